@@ -1,0 +1,18 @@
+# What every target of this project is compiled with: link tollvane_options privately.
+add_library(tollvane_options INTERFACE)
+target_include_directories(tollvane_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+# Qt's macros "emit" and "signals" would take ordinary words away from the core.
+target_compile_definitions(tollvane_options INTERFACE QT_NO_KEYWORDS)
+target_compile_options(tollvane_options INTERFACE
+  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
+  $<$<BOOL:${TOLLVANE_WERROR}>:-Werror>)
+
+if(TOLLVANE_SANITIZE)
+  add_compile_options(-fsanitize=${TOLLVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TOLLVANE_SANITIZE})
+endif()
+
+# A program that belongs into the bundle.
+function(tollvane_bundle_program target name)
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY ${TOLLVANE_BUNDLE})
+endfunction()

@@ -1,0 +1,26 @@
+// The history file: every sound that was ever recorded, one line each, oldest first. Only ever added to; never read,
+// trimmed or rotated. A line that cannot be written is lost in silence, and never half written. Main thread only.
+#pragma once
+
+#include "model/paths.h"
+#include "model/sound_event.h"
+#include "platform/date_formatter.h"
+#include "platform/files.h"
+
+namespace tollvane {
+
+class History {
+ public:
+  History(const Paths& paths, Files& files, const DateFormatter& dates) : paths_(paths), files_(files), dates_(dates) {}
+
+  // Date and time, application, kind and tab label with tabs between them, and a line feed. Texts are written as they
+  // are.
+  void append(const SoundEvent& event);
+
+ private:
+  const Paths& paths_;
+  Files& files_;
+  const DateFormatter& dates_;
+};
+
+}  // namespace tollvane

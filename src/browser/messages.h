@@ -1,0 +1,10 @@
+// The messages between Tollvane and its browser extensions: JSON objects with a text under "type".
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+namespace tollvane {
+
+using Message = nlohmann::json;  // always an object
+
+}  // namespace tollvane

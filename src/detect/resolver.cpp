@@ -1,0 +1,84 @@
+#include "detect/resolver.h"
+
+#include <array>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+// Names that tell a user nothing, and what to say instead. Two of them are cut to 16 characters because that is how
+// the sound daemons report process names.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 8> friendly = {{
+    {"afplay", "Terminal sound (afplay)"},
+    {"osascript", "Script (osascript)"},
+    {"NotificationCent", "Notification Center"},
+    {"systemsoundserve", "macOS system sound"},
+    {"imagent", "Messages"},
+    {"PowerChime", "Charger chime"},
+    {"screencapture", "Screenshot"},
+    {"", "Unknown app"},
+}};
+
+constexpr int mostAncestors = 7;
+
+std::string friendlyName(std::string_view name) {
+  for (const auto& [process, display] : friendly)
+    if (process == name) return std::string(display);
+  return std::string(name);
+}
+
+bool isRegular(const std::optional<RunningApplication>& application) {
+  return application && application->activationPolicy == ActivationPolicy::regular;
+}
+
+std::string withoutAll(std::string text, std::string_view part) {
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) text.erase(at, part.size());
+  return text;
+}
+
+}  // namespace
+
+std::optional<Pid> Resolver::responsiblePid(Pid pid) const {
+  const auto responsible = processes_.responsiblePid(pid);
+  return responsible && *responsible >= 1 ? responsible : std::nullopt;
+}
+
+std::optional<RunningApplication> Resolver::regularApp(Pid pid) const {
+  if (const auto responsible = responsiblePid(pid)) {
+    auto application = workspace_.runningApplication(*responsible);
+    if (isRegular(application)) return application;
+  }
+  for (int budget = mostAncestors; pid >= 2; --budget) {
+    auto application = workspace_.runningApplication(pid);
+    if (isRegular(application)) return application;
+    const auto parent = processes_.parentPid(pid);
+    if (!parent || *parent == pid || budget == 0) break;
+    pid = *parent;
+  }
+  return std::nullopt;
+}
+
+std::string Resolver::appName(Pid pid, std::string_view fallback) const {
+  if (auto application = regularApp(pid); application && application->localizedName)
+    return *std::move(application->localizedName);
+  if (auto application = workspace_.runningApplication(pid); application && application->localizedName)
+    return friendlyName(*application->localizedName);
+  return friendlyName(fallback);
+}
+
+std::string Resolver::appName(std::string_view bundleID) const {
+  auto running = workspace_.runningApplications(bundleID);
+  if (!running.empty() && running.front().localizedName) return *std::move(running.front().localizedName);
+  if (const auto url = workspace_.urlForApplication(bundleID)) return withoutAll(workspace_.displayName(*url), ".app");
+  return std::string(bundleID);
+}
+
+std::optional<std::filesystem::path> Resolver::appURL(std::string_view named) const {
+  for (const auto& folder : locations_.applicationFolders()) {
+    std::filesystem::path bundle = folder.string() + "/" + std::string(named) + ".app";
+    if (files_.exists(bundle)) return bundle;
+  }
+  return workspace_.urlForApplicationNamed(named);
+}
+
+}  // namespace tollvane

@@ -1,0 +1,41 @@
+// What a log message says of a sound. Pure: a process name and a message in, at most one finding out.
+//
+// Three daemons speak of sounds: "audiomxd" (some process's audio output started), "systemsoundserverd" (some process,
+// or the notification centre, asked for a short sound) and "usernoted" (a notification was presented). The forms of
+// their messages are those of the system log. One thread: the patterns are compiled once, at first use.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <variant>
+
+#include "platform/process_table.h"
+
+namespace tollvane {
+
+// All texts are parts of the message that they were found in.
+struct NotificationPresented {
+  std::string_view bundleID;
+  bool operator==(const NotificationPresented&) const = default;
+};
+struct NotificationSoundRequested {
+  bool operator==(const NotificationSoundRequested&) const = default;
+};
+struct AlertSoundRequested {
+  Pid pid;
+  std::string_view name;
+  bool operator==(const AlertSoundRequested&) const = default;
+};
+struct AudioOutputStarted {
+  Pid pid;
+  std::string_view name;
+  bool operator==(const AudioOutputStarted&) const = default;
+};
+
+using SoundMessage =
+    std::variant<NotificationPresented, NotificationSoundRequested, AlertSoundRequested, AudioOutputStarted>;
+
+// Absent for every message that is not one of the four.
+std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message);
+
+}  // namespace tollvane

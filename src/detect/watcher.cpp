@@ -1,0 +1,113 @@
+#include "detect/watcher.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+// What the log tool is asked for: the messages that sound_message.h knows, and as little else as possible.
+constexpr const char* predicate =
+    R"((process == "audiomxd" AND eventMessage CONTAINS "update_running_state") OR )"
+    R"((process == "systemsoundserverd" AND eventMessage CONTAINS "Incoming Request") OR )"
+    R"((process == "usernoted" AND (eventMessage CONTAINS "Request: Starting" OR )"
+    R"(eventMessage CONTAINS "Presenting <NotificationRecord")))";
+
+// No log tool prints such a line; one that does is broken, and must not fill the memory.
+constexpr std::size_t longestLine = 100'000'000;
+
+// Applications times kinds. Beyond it, those that can no longer suppress a repeat are forgotten now and then.
+constexpr std::size_t usualRepeats = 1024;
+
+template <class... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+
+}  // namespace
+
+Watcher::Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children, const Bundle& bundle,
+                 const Resolver& resolver)
+    : queue_(queue),
+      clock_(clock),
+      children_(children),
+      bundle_(bundle),
+      resolver_(resolver),
+      buffer_(longestLine),
+      mostSeen_(usualRepeats) {}
+
+void Watcher::start() {
+  stopped_ = false;
+  // What the last run left in the buffer stays: it is joined to the first bytes of the new one.
+  process_ = children_.launch({
+      .executable = bundle_.logTool(),
+      .arguments = {"stream", "--style", "ndjson", "--predicate", predicate},
+      .onOutput = alive_.guard([this](std::string_view bytes) { receive(bytes); }),
+      .onTermination = alive_.guard([this] {
+        queue_.after(restartDelay, alive_.guard([this] {
+          if (!stopped_) start();
+        }));
+      }),
+  });
+}
+
+void Watcher::stop() {
+  stopped_ = true;
+  if (!process_) return;
+  process_->removeTerminationHandler();
+  process_->terminate();
+}
+
+void Watcher::receive(std::string_view bytes) {
+  buffer_.append(bytes);
+  while (const auto line = buffer_.next()) readLine(*line);
+}
+
+void Watcher::readLine(std::string_view line) {
+  const auto read = reader_.read(line);
+  if (!read) return;
+  const auto found = soundMessage(read->process, read->message);
+  // Most lines are of no sound. Only one that would be heard is worth the thorough check.
+  if (found && reader_.isWellFormed(line)) handle(*found);
+}
+
+void Watcher::handle(const SoundMessage& message) {
+  std::visit(
+      Overloaded{
+          [&](const NotificationPresented& notification) {
+            // Only a sound once the sound server reports one.
+            lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
+          },
+          [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
+          [&](const AlertSoundRequested& alert) { emit(resolver_.appName(alert.pid, alert.name), kind::alertSound); },
+          [&](const AudioOutputStarted& start) {
+            emit(resolver_.appName(start.pid, start.name), kind::startedPlayingAudio);
+          },
+      },
+      message);
+}
+
+std::string Watcher::notifyingApp() const {
+  const bool recent = lastNotification_ && clock_.steadyNow() - lastNotification_->date < notificationWindow;
+  return recent ? resolver_.appName(lastNotification_->bundleID) : "Notification Center";
+}
+
+void Watcher::emit(std::string app, std::string_view kind) {
+  const Instant now = clock_.steadyNow();
+  std::string key = app + "|";
+  key += kind;
+  const auto [seen, isNew] = lastSeen_.try_emplace(std::move(key), now);
+  if (!isNew) {
+    if (now - seen->second < repeatWindow) return;  // not stamped again: a steady stream comes through now and then
+    seen->second = now;
+  }
+  if (lastSeen_.size() > mostSeen_) forgetOldRepeats(now);
+  if (onEvent) onEvent(std::make_shared<SoundEvent>(clock_.now(), app, kind));
+}
+
+void Watcher::forgetOldRepeats(Instant now) {
+  std::erase_if(lastSeen_, [&](const auto& entry) { return now - entry.second >= repeatWindow; });
+  mostSeen_ = std::max(usualRepeats, 2 * lastSeen_.size());
+}
+
+}  // namespace tollvane

@@ -1,0 +1,80 @@
+// Tollvane's only source of sounds: runs the log tool, reads what it prints, credits each sound to an application and
+// hands it on.
+//
+//   watcher.onEvent = [&](std::shared_ptr<SoundEvent> event) { ... };
+//   watcher.start();
+//
+// The log tool runs for as long as the watcher does: 3 seconds after it ended for whatever reason it is started again.
+// One that cannot be started at all is not tried again. Repeats of one application and kind within 1.5 seconds are one
+// sound. Every failure is silent: what is no message of a sound is dropped, and the next line is read.
+// Main thread only.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "detect/log_line.h"
+#include "detect/resolver.h"
+#include "detect/sound_message.h"
+#include "model/sound_event.h"
+#include "platform/bundle.h"
+#include "platform/child_processes.h"
+#include "platform/clock.h"
+#include "platform/main_queue.h"
+#include "support/line_buffer.h"
+#include "support/liveness.h"
+
+namespace tollvane {
+
+class Watcher {
+ public:
+  static constexpr std::chrono::milliseconds restartDelay{3000};
+  static constexpr std::chrono::milliseconds repeatWindow{1500};
+  static constexpr std::chrono::milliseconds notificationWindow{5000};
+
+  Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children, const Bundle& bundle,
+          const Resolver& resolver);
+
+  // Receives every sound. A sound that nobody receives is lost.
+  std::function<void(std::shared_ptr<SoundEvent>)> onEvent;
+
+  void start();
+
+  // Ends the log tool. It is not started again.
+  void stop();
+
+ private:
+  struct Notification {
+    std::string bundleID;
+    Instant date;
+  };
+
+  void receive(std::string_view bytes);
+  void readLine(std::string_view line);
+  void handle(const SoundMessage& message);
+  std::string notifyingApp() const;
+  void emit(std::string app, std::string_view kind);
+  void forgetOldRepeats(Instant now);
+
+  MainQueue& queue_;
+  const Clock& clock_;
+  ChildProcesses& children_;
+  const Bundle& bundle_;
+  const Resolver& resolver_;
+
+  std::unique_ptr<ChildProcess> process_;
+  bool stopped_ = false;
+  LineBuffer buffer_;
+  LogLineReader reader_;
+  std::optional<Notification> lastNotification_;
+  std::unordered_map<std::string, Instant> lastSeen_;  // by application, "|" and kind
+  std::size_t mostSeen_;                               // the size at which lastSeen_ is next looked through
+  Liveness alive_;
+};
+
+}  // namespace tollvane

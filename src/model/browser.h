@@ -1,0 +1,48 @@
+// The seven browsers that Tollvane can talk to through an extension.
+//
+//   if (auto browser = Browser::fromAppName("Firefox")) use(browser->bundleID());
+//   for (Browser browser : Browser::allCases) ...            // always in declaration order
+//
+// A value as small as an enumeration; any thread.
+#pragma once
+
+#include <array>
+#include <compare>
+#include <optional>
+#include <string_view>
+
+#include "platform/workspace.h"
+
+namespace tollvane {
+
+class Browser {
+ public:
+  enum Case { chrome, edge, brave, arc, chromium, firefox, safari };
+
+  constexpr Browser(Case value) : value_(value) {}  // NOLINT(google-explicit-constructor): a Case is a Browser
+
+  static const std::array<Browser, 7> allCases;
+
+  // The browser whose identifier, bundle identifier or display name is exactly this text (case-sensitive).
+  static std::optional<Browser> fromRawValue(std::string_view rawValue);
+  static std::optional<Browser> fromBundleID(std::optional<std::string_view> bundleID);
+  static std::optional<Browser> fromAppName(std::string_view appName);
+
+  std::string_view rawValue() const;  // "chrome": names the browser wherever a browser is named as text
+  std::string_view bundleID() const;
+  std::string_view appName() const;  // "Google Chrome": what the user sees
+  bool isGecko() const { return value_ == firefox; }
+
+  // Asked of the system at each call.
+  bool isInstalled(const Workspace& workspace) const;
+  bool isRunning(const Workspace& workspace) const;
+
+  constexpr operator Case() const { return value_; }  // NOLINT(google-explicit-constructor): for switch and ==
+
+ private:
+  Case value_;
+};
+
+inline constexpr std::array<Browser, 7> Browser::allCases = {chrome, edge, brave, arc, chromium, firefox, safari};
+
+}  // namespace tollvane

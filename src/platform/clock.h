@@ -1,0 +1,29 @@
+// What time it is. Every room that measures time is handed a Clock, so that tests can move it by hand.
+// Callable from any thread.
+#pragma once
+
+#include <chrono>
+
+namespace tollvane {
+
+// A point on the wall clock. Kept in whole ticks, never in floating point, so that limits such as
+// "less than 1.5 s" are exact on both sides.
+using TimePoint = std::chrono::system_clock::time_point;
+
+// A point on a clock that never jumps; for measuring how long ago something happened.
+using Instant = std::chrono::steady_clock::time_point;
+
+using Duration = std::chrono::nanoseconds;
+
+class Clock {
+ public:
+  virtual ~Clock() = default;
+
+  // The wall clock: what a person would read. May jump when the user or the network sets it.
+  virtual TimePoint now() const = 0;
+
+  // The steady clock: advances evenly with real time, is never set.
+  virtual Instant steadyNow() const = 0;
+};
+
+}  // namespace tollvane

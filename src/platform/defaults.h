@@ -1,0 +1,25 @@
+// The user's defaults: a small key/value store that outlives the process.
+// Main thread only. A set is durable when it returns; a failure to store is silent and the value is kept for the
+// rest of this run. A key that was never set reads as absent.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <variant>
+
+namespace tollvane {
+
+class Defaults {
+ public:
+  // A value of a type that Tollvane does not use (a text, say) is an `Other`: present, but of no use.
+  struct Other {};
+  using Value = std::variant<bool, double, Other>;
+
+  virtual ~Defaults() = default;
+
+  virtual std::optional<Value> object(std::string_view key) const = 0;
+  virtual void set(std::string_view key, bool value) = 0;
+  virtual void set(std::string_view key, double value) = 0;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,34 @@
+// Everything that the core asks of the system it runs on, in one handful. Whoever makes a Platform owns the roles and
+// keeps them alive longer than the AppDelegate that they are handed to. There are three: platform/linux,
+// platform/macos, and the virtual one of the tests.
+#pragma once
+
+#include "platform/bundle.h"
+#include "platform/child_processes.h"
+#include "platform/clock.h"
+#include "platform/date_formatter.h"
+#include "platform/defaults.h"
+#include "platform/files.h"
+#include "platform/locations.h"
+#include "platform/main_queue.h"
+#include "platform/process_table.h"
+#include "platform/status_item.h"
+#include "platform/workspace.h"
+
+namespace tollvane {
+
+struct Platform {
+  MainQueue& mainQueue;
+  Clock& clock;
+  DateFormatter& dates;
+  Defaults& defaults;
+  Locations& locations;
+  Files& files;
+  Bundle& bundle;
+  ChildProcesses& children;
+  ProcessTable& processes;
+  Workspace& workspace;
+  StatusBar& statusBar;
+};
+
+}  // namespace tollvane

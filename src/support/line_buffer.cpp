@@ -1,0 +1,50 @@
+#include "support/line_buffer.h"
+
+#include <algorithm>
+
+namespace tollvane {
+namespace {
+
+// An emptied buffer larger than this gives its memory back.
+constexpr std::size_t mostKept = 1 << 20;
+
+}  // namespace
+
+void LineBuffer::append(std::string_view bytes) {
+  compact();
+  if (dropping_) {
+    const auto newline = bytes.find('\n');
+    if (newline == std::string_view::npos) return;
+    bytes.remove_prefix(newline + 1);
+    dropping_ = false;
+  }
+  const std::size_t needed = bytes_.size() + bytes.size() + padding;
+  if (needed > bytes_.capacity()) bytes_.reserve(std::max(needed, 2 * bytes_.capacity()));
+  bytes_.append(bytes);
+}
+
+std::optional<std::string_view> LineBuffer::next() {
+  const auto newline = bytes_.find('\n', searched_);
+  if (newline != std::string::npos) {
+    const std::string_view line(bytes_.data() + begin_, newline - begin_);
+    begin_ = searched_ = newline + 1;
+    return line;
+  }
+  searched_ = bytes_.size();
+  if (bytes_.size() - begin_ > longestLine_) {
+    begin_ = searched_;
+    dropping_ = true;
+  }
+  compact();
+  return std::nullopt;
+}
+
+void LineBuffer::compact() {
+  if (begin_ == 0) return;
+  bytes_.erase(0, begin_);
+  searched_ -= begin_;
+  begin_ = 0;
+  if (bytes_.empty() && bytes_.capacity() > mostKept) std::string().swap(bytes_);
+}
+
+}  // namespace tollvane

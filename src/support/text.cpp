@@ -1,0 +1,64 @@
+#include "support/text.h"
+
+#include <unicode/brkiter.h>
+#include <unicode/uchar.h>
+#include <unicode/utext.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+
+namespace tollvane::text {
+namespace {
+
+// ICU counts in 32 bits. No text that is shown comes near.
+constexpr std::size_t longest = INT_MAX;
+
+icu::BreakIterator* characterIterator() {
+  // Making one reads rules from ICU's data; one serves for the life of a thread.
+  thread_local std::unique_ptr<icu::BreakIterator> iterator = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    return std::unique_ptr<icu::BreakIterator>(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  }();
+  return iterator.get();
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) {
+  const char* bytes = text.data();
+  const auto length = static_cast<std::int32_t>(std::min(text.size(), longest));
+  std::int32_t begin = 0;
+  for (std::int32_t next = 0; next < length; begin = next) {
+    UChar32 c;
+    U8_NEXT(bytes, next, length, c);
+    if (c < 0 || !u_isUWhiteSpace(c)) break;
+  }
+  std::int32_t end = length;
+  for (std::int32_t next = length; next > begin; end = next) {
+    UChar32 c;
+    U8_PREV(bytes, begin, next, c);
+    if (c < 0 || !u_isUWhiteSpace(c)) break;
+  }
+  return text.substr(begin, end - begin);
+}
+
+std::string_view prefix(std::string_view text, std::size_t characters) {
+  icu::BreakIterator* iterator = characterIterator();
+  if (iterator == nullptr || text.empty()) return text;
+  UErrorCode status = U_ZERO_ERROR;
+  UText view = UTEXT_INITIALIZER;
+  utext_openUTF8(&view, text.data(), static_cast<std::int64_t>(std::min(text.size(), longest)), &status);
+  iterator->setText(&view, status);
+  std::size_t end = text.size();
+  if (U_SUCCESS(status)) {
+    const std::int32_t boundary = iterator->next(static_cast<std::int32_t>(std::min(characters, longest)));
+    if (boundary != icu::BreakIterator::DONE) end = static_cast<std::size_t>(boundary);
+  }
+  utext_close(&view);
+  return text.substr(0, end);
+}
+
+}  // namespace tollvane::text

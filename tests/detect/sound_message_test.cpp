@@ -1,0 +1,125 @@
+#include "detect/sound_message.h"
+
+#include <gtest/gtest.h>
+
+#include "support/log_lines.h"
+
+namespace tollvane {
+namespace {
+
+using test::outputMessage;
+using test::requestMessage;
+
+std::string bundleOf(std::string_view message) {
+  const auto found = soundMessage("usernoted", message);
+  return found ? std::string(std::get<NotificationPresented>(*found).bundleID) : "(none)";
+}
+
+// "name pid", or "(none)".
+template <class Finding>
+std::string makerOf(std::string_view process, std::string_view message) {
+  const auto found = soundMessage(process, message);
+  if (!found || !std::holds_alternative<Finding>(*found)) return "(none)";
+  const auto& finding = std::get<Finding>(*found);
+  return std::string(finding.name) + " " + std::to_string(finding.pid);
+}
+std::string outputOf(std::string_view message) { return makerOf<AudioOutputStarted>("audiomxd", message); }
+std::string alertOf(std::string_view message) { return makerOf<AlertSoundRequested>("systemsoundserverd", message); }
+
+TEST(SoundMessageTest, ANotificationNamesItsBundle) {
+  EXPECT_EQ(bundleOf(R"(Presenting <NotificationRecord app:"com.example.mail" ident:"7">)"), "com.example.mail");
+  EXPECT_EQ(bundleOf("Request: Starting [bundle=com.example.mail, id=7]"), "com.example.mail");
+  EXPECT_EQ(bundleOf("Request: Starting [id=7 bundle=com.example.mail]"), "com.example.mail");
+  EXPECT_EQ(bundleOf("bundle=com.example.mail"), "com.example.mail");
+}
+
+TEST(SoundMessageTest, TheRecordGoesBeforeTheBundle) {
+  EXPECT_EQ(bundleOf(R"(bundle=second NotificationRecord app:"first")"), "first");
+  EXPECT_EQ(bundleOf(R"(bundle=second, NotificationRecord app:"")"), "second");
+}
+
+TEST(SoundMessageTest, ANotificationWithoutBundleIsNone) {
+  EXPECT_EQ(bundleOf("Presenting <NotificationRecord>"), "(none)");
+  EXPECT_EQ(bundleOf("bundle="), "(none)");
+  EXPECT_EQ(bundleOf("bundle=]"), "(none)");
+  EXPECT_EQ(bundleOf(""), "(none)");
+}
+
+TEST(SoundMessageTest, ABundleMayHoldAnythingButItsEnd) {
+  EXPECT_EQ(bundleOf("NotificationRecord app:\"two\nlines\""), "two\nlines");
+  EXPECT_EQ(bundleOf("bundle=å\nb,c"), "å\nb");
+}
+
+TEST(SoundMessageTest, AnAlertNamesItsClient) {
+  EXPECT_EQ(alertOf(requestMessage("Mail", "4242")), "Mail 4242");
+  EXPECT_EQ(alertOf(requestMessage("", "4242")), " 4242");
+  EXPECT_EQ(alertOf(requestMessage("Two Words", "1")), "Two Words 1");
+}
+
+TEST(SoundMessageTest, TheFirstClientIsTheOneThatCounts) {
+  EXPECT_EQ(alertOf("inClientPID 1(a) inClientPID 2(b)"), "a 1");
+  EXPECT_EQ(alertOf("inClientPID 1a inClientPID 2(b)"), "b 2");
+}
+
+TEST(SoundMessageTest, TheNotificationSystemIsKnownByTheBeginningOfItsName) {
+  for (const auto* name : {"NotificationCent", "NotificationCenter", "usernoted", "usernoted2"}) {
+    const auto found = soundMessage("systemsoundserverd", requestMessage(name, "4242"));
+    ASSERT_TRUE(found) << name;
+    EXPECT_TRUE(std::holds_alternative<NotificationSoundRequested>(*found)) << name;
+  }
+  for (const auto* name : {"NotificationCen", "notificationcent", " usernoted", "Usernoted"})
+    EXPECT_EQ(alertOf(requestMessage(name, "4242")), std::string(name) + " 4242");
+}
+
+TEST(SoundMessageTest, AnOutputThatStartedNamesItsProcess) {
+  EXPECT_EQ(outputOf(outputMessage("firefox", "4242")), "firefox 4242");
+  EXPECT_EQ(outputOf(outputMessage("", "4242")), " 4242");
+  EXPECT_EQ(outputOf(outputMessage("My (old) player", "4242")), "My (old) player 4242");
+}
+
+TEST(SoundMessageTest, AnOutputThatStoppedIsNone) {
+  EXPECT_EQ(outputOf(outputMessage("firefox", "4242", false)), "(none)");
+  EXPECT_EQ(outputOf(R"m({"name":"firefox(4242)","output_running": true})m"), "(none)");
+  EXPECT_EQ(outputOf(R"m({"name":"firefox(4242)"})m"), "(none)");
+}
+
+TEST(SoundMessageTest, AnOutputWithoutNameOrPidIsNone) {
+  EXPECT_EQ(outputOf(R"m({"name":"firefox","output_running":true})m"), "(none)");
+  EXPECT_EQ(outputOf(R"m({"name":"firefox()","output_running":true})m"), "(none)");
+  EXPECT_EQ(outputOf(R"m({"name":"firefox(4242) ","output_running":true})m"), "(none)");
+}
+
+TEST(SoundMessageTest, TheSoundServersOwnOutputIsNotCountedTwice) {
+  EXPECT_EQ(outputOf(outputMessage("systemsoundserverd", "123")), "(none)");
+  EXPECT_EQ(outputOf(outputMessage("systemsoundserve", "123")), "(none)");
+  EXPECT_EQ(outputOf(outputMessage("systemsoundserv", "123")), "systemsoundserv 123");
+}
+
+TEST(SoundMessageTest, PidsAreSigned32BitNumbersInAsciiDigits) {
+  EXPECT_EQ(outputOf(outputMessage("a", "2147483647")), "a 2147483647");
+  EXPECT_EQ(outputOf(outputMessage("a", "0")), "a 0");
+  EXPECT_EQ(outputOf(outputMessage("a", "00042")), "a 42");
+  for (const auto* pid : {"2147483648", "12345678901", "99999999999999999999999999", "", "-1", "1x", "٤٢", "4２"}) {
+    EXPECT_EQ(outputOf(outputMessage("a", pid)), "(none)") << pid;
+    EXPECT_EQ(alertOf(requestMessage("a", pid)), "(none)") << pid;
+  }
+}
+
+TEST(SoundMessageTest, DigitsOfOtherScriptsEndTheSearch) {
+  EXPECT_EQ(alertOf("inClientPID ٤٢(a) inClientPID 2(b)"), "(none)");
+}
+
+TEST(SoundMessageTest, OtherProcessesSayNothingOfSounds) {
+  for (const auto* process : {"", "Audiomxd", "audiomxd ", "systemsoundserve", "usernotedd", "kernel"})
+    EXPECT_EQ(soundMessage(process, outputMessage("a", "1") + requestMessage("b", "2") + "bundle=c"), std::nullopt)
+        << process;
+}
+
+TEST(SoundMessageTest, EachDaemonSpeaksOfItsOwnMatterOnly) {
+  EXPECT_EQ(soundMessage("audiomxd", requestMessage("a", "1")), std::nullopt);
+  EXPECT_EQ(soundMessage("systemsoundserverd", outputMessage("a", "1")), std::nullopt);
+  EXPECT_EQ(soundMessage("usernoted", outputMessage("a", "1")), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tollvane

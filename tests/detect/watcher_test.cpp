@@ -1,0 +1,310 @@
+#include "detect/watcher.h"
+
+#include <gtest/gtest.h>
+
+#include "support/log_lines.h"
+#include "support/virtual_platform.h"
+
+namespace tollvane {
+namespace {
+
+using namespace std::chrono_literals;
+using test::logLine;
+using test::notificationPresented;
+using test::outputStarted;
+using test::soundRequested;
+
+class WatcherTest : public testing::Test {
+ protected:
+  WatcherTest() { listen(*watcher); }
+
+  void listen(Watcher& to) {
+    to.onEvent = [this](const std::shared_ptr<SoundEvent>& event) {
+      heard.push_back(event->app + ": " + event->kind);
+      dates.push_back(event->date);
+      EXPECT_FALSE(event->hasTab());
+      EXPECT_FALSE(event->seen);
+    };
+  }
+  void print(std::string_view bytes) { system.children.last().print(bytes); }
+
+  using Heard = std::vector<std::string>;
+
+  test::VirtualPlatform system;
+  Resolver resolver{system.processes, system.workspace, system.locations, system.files};
+  std::unique_ptr<Watcher> watcher =
+      std::make_unique<Watcher>(system.queue, system.clock, system.children, system.bundle, resolver);
+  Heard heard;
+  std::vector<TimePoint> dates;
+};
+
+TEST_F(WatcherTest, TheLogToolIsStartedWithItsFiveArguments) {
+  watcher->start();
+  const auto& launch = system.children.last().launch;
+  EXPECT_EQ(launch.executable, "/usr/bin/log");
+  ASSERT_EQ(launch.arguments.size(), 5u);
+  EXPECT_EQ(std::vector(launch.arguments.begin(), launch.arguments.end() - 1),
+            (std::vector<std::string>{"stream", "--style", "ndjson", "--predicate"}));
+  EXPECT_EQ(
+      launch.arguments[4],
+      "(process == \"audiomxd\" AND eventMessage CONTAINS \"update_running_state\") OR (process == "
+      "\"systemsoundserverd\" AND eventMessage CONTAINS \"Incoming Request\") OR (process == \"usernoted\" AND "
+      "(eventMessage CONTAINS \"Request: Starting\" OR eventMessage CONTAINS \"Presenting <NotificationRecord\"))");
+  EXPECT_EQ(launch.arguments[4].size(), 288u);
+}
+
+TEST_F(WatcherTest, EachKindOfSoundIsHeard) {
+  watcher->start();
+  print(outputStarted("player", 4242));
+  print(soundRequested("mail", 4243));
+  print(soundRequested("NotificationCent", 4244));
+  EXPECT_EQ(heard,
+            (Heard{"player: started playing audio", "mail: alert sound", "Notification Center: notification sound"}));
+}
+
+TEST_F(WatcherTest, TheMakerIsResolvedAndDatedAtTheMomentOfTheSound) {
+  watcher->start();
+  system.workspace.addRunning(4242, "Google Chrome");
+  system.queue.advance(7s);
+  print(outputStarted("chrome", 4242));
+  EXPECT_EQ(heard, Heard{"Google Chrome: started playing audio"});
+  EXPECT_EQ(dates.front(), system.clock.now());
+}
+
+TEST_F(WatcherTest, ALineInTwoPiecesIsHeardOnceWhenItsNewlineArrives) {
+  watcher->start();
+  const std::string line = outputStarted("player", 4242);
+  print(line.substr(0, 30));
+  print(line.substr(30, line.size() - 31));
+  EXPECT_EQ(heard, Heard{});
+  print("\n");
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+}
+
+TEST_F(WatcherTest, SeveralLinesInOneReadAreHeardInOrder) {
+  watcher->start();
+  print(outputStarted("one", 1001) + outputStarted("two", 1002) + soundRequested("three", 1003));
+  EXPECT_EQ(heard, (Heard{"one: started playing audio", "two: started playing audio", "three: alert sound"}));
+}
+
+TEST_F(WatcherTest, BytesAfterTheLastNewlineOutliveTheLogTool) {
+  watcher->start();
+  const std::string line = outputStarted("player", 4242);
+  print("\n" + line.substr(0, 20));
+  system.children.last().end();
+  system.queue.advance(3s);
+  ASSERT_EQ(system.children.programs.size(), 2u);
+  print(line.substr(20));
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+}
+
+TEST_F(WatcherTest, AnEndedLogToolIsStartedAgainThreeSecondsLaterForEver) {
+  watcher->start();
+  for (std::size_t starts = 1; starts < 10; ++starts) {
+    system.children.last().end();
+    system.queue.advance(2999ms);
+    EXPECT_EQ(system.children.programs.size(), starts);
+    system.queue.advance(1ms);
+    EXPECT_EQ(system.children.programs.size(), starts + 1);
+  }
+}
+
+TEST_F(WatcherTest, ALogToolThatCannotBeStartedIsNotTriedAgain) {
+  system.children.cannotStart = true;
+  watcher->start();
+  system.queue.advance(1h);
+  EXPECT_EQ(system.children.attempts, 1);
+  watcher->stop();
+}
+
+TEST_F(WatcherTest, AStoppedWatcherEndsTheLogToolAndDoesNotStartItAgain) {
+  watcher->start();
+  watcher->stop();
+  EXPECT_TRUE(system.children.last().terminationAsked);
+  EXPECT_FALSE(system.children.last().running);
+  system.queue.advance(1h);
+  EXPECT_EQ(system.children.attempts, 1);
+}
+
+TEST_F(WatcherTest, AWatcherStoppedWhileARestartIsPendingStaysStopped) {
+  watcher->start();
+  system.children.last().end();
+  watcher->stop();
+  system.queue.advance(1h);
+  EXPECT_EQ(system.children.attempts, 1);
+}
+
+TEST_F(WatcherTest, StoppingWhatWasNeverStartedDoesNothing) {
+  watcher->stop();
+  EXPECT_EQ(system.children.attempts, 0);
+}
+
+TEST_F(WatcherTest, NothingHappensOnceTheWatcherIsGone) {
+  watcher->start();
+  const auto program = system.children.programs.back();
+  watcher.reset();
+  program->print(outputStarted("player", 4242));
+  program->end();
+  system.queue.advance(1h);
+  EXPECT_EQ(heard, Heard{});
+  EXPECT_EQ(system.children.attempts, 1);
+}
+
+TEST_F(WatcherTest, RepeatsWithinOneAndAHalfSecondsAreOneSound) {
+  watcher->start();
+  print(outputStarted("player", 4242));
+  system.queue.advance(1s);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard.size(), 1u);
+  system.queue.advance(499ms);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard.size(), 1u);
+  system.queue.advance(1ms);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard.size(), 2u);
+}
+
+TEST_F(WatcherTest, SoundsSixteenTenthsApartAreTwo) {
+  watcher->start();
+  print(outputStarted("player", 4242));
+  system.queue.advance(1600ms);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard.size(), 2u);
+}
+
+TEST_F(WatcherTest, ASteadyStreamOfRepeatsComesThroughNowAndThen) {
+  watcher->start();
+  for (int i = 0; i < 61; ++i) {
+    print(outputStarted("player", 4242));
+    system.queue.advance(100ms);
+  }
+  EXPECT_EQ(heard.size(), 5u);  // at 0.0, 1.5, 3.0, 4.5 and 6.0 s
+}
+
+TEST_F(WatcherTest, AWallClockThatIsSetBackSilencesNobody) {
+  watcher->start();
+  print(outputStarted("player", 4242));
+  system.clock.setWallClock(-1h);
+  system.queue.advance(2s);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard.size(), 2u);
+  EXPECT_EQ(dates.back(), system.clock.now());
+}
+
+TEST_F(WatcherTest, OneApplicationsKindsAreDifferentSounds) {
+  watcher->start();
+  print(soundRequested("player", 4242) + outputStarted("player", 4242));
+  EXPECT_EQ(heard, (Heard{"player: alert sound", "player: started playing audio"}));
+}
+
+TEST_F(WatcherTest, ProcessesOfOneApplicationAreOneSound) {
+  watcher->start();
+  system.workspace.addRunning(1001, "Google Chrome");
+  system.workspace.addRunning(1002, "Google Chrome");
+  print(outputStarted("chrome", 1001) + outputStarted("chrome", 1002));
+  EXPECT_EQ(heard.size(), 1u);
+}
+
+TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
+  watcher->start();
+  std::string lines;
+  for (int i = 0; i < 5000; ++i) lines += outputStarted("player " + std::to_string(i), 10'000 + i);
+  print(lines);
+  EXPECT_EQ(heard.size(), 5000u);
+  print(lines);
+  EXPECT_EQ(heard.size(), 5000u);
+  system.queue.advance(1500ms);
+  print(lines);
+  EXPECT_EQ(heard.size(), 10'000u);
+}
+
+TEST_F(WatcherTest, ASoundWithoutReceiverIsLostButStillSuppressesItsRepeats) {
+  watcher->onEvent = nullptr;
+  watcher->start();
+  print(outputStarted("player", 4242));
+  listen(*watcher);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard, Heard{});
+}
+
+TEST_F(WatcherTest, NotificationUpToFiveSecondsOldIsCreditedToItsApplication) {
+  watcher->start();
+  system.workspace.installed["com.example.mail"] = "/Applications/Mail.app";
+  print(notificationPresented("com.example.mail"));
+  EXPECT_EQ(heard, Heard{});
+  system.queue.advance(4900ms);
+  print(soundRequested("NotificationCent", 300));
+  EXPECT_EQ(heard, Heard{"Mail: notification sound"});
+}
+
+TEST_F(WatcherTest, NotificationAfterFiveSecondsIsCreditedToNotificationCenter) {
+  watcher->start();
+  print(notificationPresented("com.example.mail"));
+  system.queue.advance(5s);
+  print(soundRequested("NotificationCent", 300));
+  EXPECT_EQ(heard, Heard{"Notification Center: notification sound"});
+}
+
+TEST_F(WatcherTest, EveryRequestWithinTheFiveSecondsIsCreditedToTheSameApplication) {
+  watcher->start();
+  print(notificationPresented("com.example.mail"));
+  print(soundRequested("usernoted", 300));
+  system.queue.advance(2s);
+  print(soundRequested("usernoted", 300));
+  EXPECT_EQ(heard, (Heard{"com.example.mail: notification sound", "com.example.mail: notification sound"}));
+}
+
+TEST_F(WatcherTest, TheLatestNotificationCounts) {
+  watcher->start();
+  print(notificationPresented("com.example.mail") + notificationPresented("com.example.chat"));
+  print(soundRequested("NotificationCent", 300));
+  EXPECT_EQ(heard, Heard{"com.example.chat: notification sound"});
+}
+
+TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
+  watcher->start();
+  const std::string good = outputStarted("bad", 4242);
+  const std::string bad[] = {
+      "\n",
+      "Filtering the log data using \"process == ...\"\n",
+      "[]\n",
+      "null\n",
+      good.substr(0, good.size() - 2) + "\n",                                    // cut short
+      good.substr(0, good.size() - 1) + "}\n",                                   // too long by one
+      logLine("", test::outputMessage("bad", "4242")),                           // no process
+      logLine("/usr/sbin/audiomxd", test::outputMessage("bad", "4242", false)),  // stopped
+      logLine("/usr/sbin/audiomxd", test::outputMessage("systemsoundserverd", "123")),
+      logLine("/usr/sbin/audiomxd", test::outputMessage("bad", "12345678901")),  // beyond 32 bits
+      R"m({"eventMessage":"update_running_state {\"name\":\"bad(1)\",\"output_running\":true}"})m"
+      "\n",
+      "{\"processImagePath\":\"/a/"
+      "audiomxd\",\"eventMessage\":\"\xff\\\"name\\\":\\\"bad(1)\\\",\\\"output_running\\\":true\"}\n",
+      std::string("{\0}\n", 4),
+      std::string(100'000, '{') + "\n",
+  };
+  for (const auto& line : bad) {
+    print(line);
+    EXPECT_EQ(heard, Heard{}) << line.substr(0, 200);
+  }
+  print(outputStarted("good", 4242));
+  EXPECT_EQ(heard, Heard{"good: started playing audio"});
+}
+
+TEST_F(WatcherTest, ALineOf64MebibytesIsHeardLikeAnyOther) {
+  watcher->start();
+  std::string line = outputStarted("player", 4242);
+  line.insert(1, "\"padding\":\"" + std::string(64 << 20, 'x') + "\",");
+  for (std::size_t at = 0; at < line.size(); at += 65'536) print(std::string_view(line).substr(at, 65'536));
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+}
+
+TEST_F(WatcherTest, AWriterThatNeverEndsItsLineIsNotListenedToUntilItDoes) {
+  watcher->start();
+  const std::string piece(1 << 20, 'x');
+  for (int i = 0; i < 300; ++i) print(piece);
+  print("\n" + outputStarted("player", 4242));
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+}
+
+}  // namespace
+}  // namespace tollvane

@@ -1,0 +1,64 @@
+#include "model/browser.h"
+
+#include <gtest/gtest.h>
+
+#include "support/virtual_platform.h"
+
+namespace tollvane {
+namespace {
+
+TEST(BrowserTest, AllCasesStandInTheirOrderWithTheirNames) {
+  struct Row {
+    Browser::Case browser;
+    std::string_view rawValue, bundleID, appName;
+  };
+  const Row rows[] = {
+      {Browser::chrome, "chrome", "com.google.Chrome", "Google Chrome"},
+      {Browser::edge, "edge", "com.microsoft.edgemac", "Microsoft Edge"},
+      {Browser::brave, "brave", "com.brave.Browser", "Brave Browser"},
+      {Browser::arc, "arc", "company.thebrowser.Browser", "Arc"},
+      {Browser::chromium, "chromium", "org.chromium.Chromium", "Chromium"},
+      {Browser::firefox, "firefox", "org.mozilla.firefox", "Firefox"},
+      {Browser::safari, "safari", "com.apple.Safari", "Safari"},
+  };
+  ASSERT_EQ(Browser::allCases.size(), std::size(rows));
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    const Browser browser = Browser::allCases[i];
+    EXPECT_EQ(browser, rows[i].browser);
+    EXPECT_EQ(browser.rawValue(), rows[i].rawValue);
+    EXPECT_EQ(browser.bundleID(), rows[i].bundleID);
+    EXPECT_EQ(browser.appName(), rows[i].appName);
+    EXPECT_EQ(Browser::fromRawValue(rows[i].rawValue), browser);
+    EXPECT_EQ(Browser::fromBundleID(rows[i].bundleID), browser);
+    EXPECT_EQ(Browser::fromAppName(rows[i].appName), browser);
+    EXPECT_EQ(browser.isGecko(), rows[i].browser == Browser::firefox);
+  }
+}
+
+TEST(BrowserTest, LookUpsAreExact) {
+  EXPECT_EQ(Browser::fromBundleID("com.google.chrome"), std::nullopt);
+  EXPECT_EQ(Browser::fromBundleID(std::nullopt), std::nullopt);
+  EXPECT_EQ(Browser::fromAppName("Brave"), std::nullopt);
+  EXPECT_EQ(Browser::fromAppName("firefox"), std::nullopt);
+  EXPECT_EQ(Browser::fromRawValue("Chrome"), std::nullopt);
+  EXPECT_EQ(Browser::fromRawValue(""), std::nullopt);
+}
+
+TEST(BrowserTest, InstalledMeansThatTheSystemKnowsWhere) {
+  test::VirtualWorkspace workspace;
+  EXPECT_FALSE(Browser(Browser::firefox).isInstalled(workspace));
+  workspace.installed["org.mozilla.firefox"] = "/Applications/Firefox.app";
+  EXPECT_TRUE(Browser(Browser::firefox).isInstalled(workspace));
+  EXPECT_FALSE(Browser(Browser::chrome).isInstalled(workspace));
+}
+
+TEST(BrowserTest, RunningMeansThatAProcessOfItRuns) {
+  test::VirtualWorkspace workspace;
+  EXPECT_FALSE(Browser(Browser::chrome).isRunning(workspace));
+  workspace.addRunning(100, "Google Chrome", ActivationPolicy::regular, "com.google.Chrome");
+  EXPECT_TRUE(Browser(Browser::chrome).isRunning(workspace));
+  EXPECT_FALSE(Browser(Browser::chromium).isRunning(workspace));
+}
+
+}  // namespace
+}  // namespace tollvane

@@ -1,0 +1,29 @@
+#include "support/json.h"
+
+#include <gtest/gtest.h>
+
+namespace tollvane {
+namespace {
+
+TEST(JsonTest, ATextIsATextAndNothingElse) {
+  const auto object = nlohmann::json::parse(R"({"a": "x", "b": 1, "c": null, "d": ["x"]})");
+  EXPECT_EQ(json::text(object, "a"), "x");
+  for (const auto* key : {"b", "c", "d", "missing"}) EXPECT_EQ(json::text(object, key), std::nullopt) << key;
+  EXPECT_EQ(json::text(nlohmann::json::array({"a"}), "a"), std::nullopt);
+}
+
+TEST(JsonTest, WholeMeansWhole) {
+  const auto object = nlohmann::json::parse(
+      R"({"seven": 7, "minus": -7, "sevenAsDouble": 7.0, "most": 9223372036854775807, "least": -9223372036854775808,
+          "half": 1.5, "huge": 1e300, "tooMuch": 9223372036854775808, "text": "7", "true": true, "null": null})");
+  EXPECT_EQ(json::wholeNumber(object, "seven"), 7);
+  EXPECT_EQ(json::wholeNumber(object, "minus"), -7);
+  EXPECT_EQ(json::wholeNumber(object, "sevenAsDouble"), 7);
+  EXPECT_EQ(json::wholeNumber(object, "most"), INT64_MAX);
+  EXPECT_EQ(json::wholeNumber(object, "least"), INT64_MIN);
+  for (const auto* key : {"half", "huge", "tooMuch", "text", "true", "null", "missing"})
+    EXPECT_EQ(json::wholeNumber(object, key), std::nullopt) << key;
+}
+
+}  // namespace
+}  // namespace tollvane
