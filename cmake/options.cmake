@@ -5,6 +5,7 @@ target_include_directories(tollvane_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(tollvane_options INTERFACE QT_NO_KEYWORDS)
 target_compile_options(tollvane_options INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>  # wrong about operator+
   $<$<BOOL:${TOLLVANE_WERROR}>:-Werror>)
 
 if(TOLLVANE_SANITIZE)

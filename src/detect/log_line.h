@@ -1,10 +1,5 @@
 // One line of the log stream: a JSON object of which two members matter.
-//
-//   if (auto line = reader.read(text)) if (matters(*line) && reader.isWellFormed(text)) ...
-//
-// Reading looks at what it needs only, and checks no more than that: most lines are of no interest, and a line of no
-// interest need not be checked. Source of the form: the system log tool's "ndjson" style; JSON is RFC 8259, in UTF-8.
-// One thread per reader.
+// Source of the form: the system log tool's "ndjson" style; JSON is RFC 8259, in UTF-8. One thread per reader.
 #pragma once
 
 #include <memory>
@@ -23,17 +18,14 @@ class LogLineReader {
   LogLineReader();
   ~LogLineReader();
 
-  // The members of the line; the last one counts where a name is repeated. Absent when the line is visibly no JSON
-  // object or has no text under "eventMessage". What is returned is valid until the next call. `line` must have
+  // The members of the line; the last one counts where a name is repeated. Absent when the line is not one well-formed
+  // JSON object with a text under "eventMessage". What is returned is valid until the next call. `line` must have
   // LineBuffer::padding readable bytes behind it. Allocates nothing once it has seen a line of that length.
   std::optional<LogLine> read(std::string_view line);
 
-  // Whether the whole line is one well-formed JSON object.
-  bool isWellFormed(std::string_view line);
-
  private:
-  struct Parsers;
-  std::unique_ptr<Parsers> parsers_;
+  struct Parser;
+  std::unique_ptr<Parser> parser_;
 };
 
 }  // namespace tollvane

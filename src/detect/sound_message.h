@@ -38,4 +38,7 @@ using SoundMessage =
 // Absent for every message that is not one of the four.
 std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message);
 
+// Whether a JSON text can hold such a message at all. Never false for one that does; far cheaper than reading the JSON.
+bool mayHoldSoundMessage(std::string_view jsonText);
+
 }  // namespace tollvane

@@ -109,6 +109,23 @@ TEST(SoundMessageTest, DigitsOfOtherScriptsEndTheSearch) {
   EXPECT_EQ(alertOf("inClientPID ٤٢(a) inClientPID 2(b)"), "(none)");
 }
 
+TEST(SoundMessageTest, TheQuickLookNeverMissesAMessage) {
+  for (const auto& line : {test::outputStarted("a", 1), test::soundRequested("a", 1), test::notificationPresented("a"),
+                           test::logLine("usernoted", "Request: Starting [bundle=a]")}) {
+    EXPECT_TRUE(mayHoldSoundMessage(line)) << line;
+  }
+  EXPECT_TRUE(mayHoldSoundMessage(R"m({"eventMessage":"inClient\u0050ID 1(a)"})m"));
+  EXPECT_TRUE(mayHoldSoundMessage("\\u"));
+}
+
+TEST(SoundMessageTest, TheQuickLookPassesOverWhatCannotBeOne) {
+  for (const auto& line :
+       {test::logLine("audiomxd", test::outputMessage("a", "1", false)), std::string(), std::string("u\\"),
+        test::logLine("/usr/sbin/kernel", "output_running true, ClientPID 1, a \"quote\"")}) {
+    EXPECT_FALSE(mayHoldSoundMessage(line)) << line;
+  }
+}
+
 TEST(SoundMessageTest, OtherProcessesSayNothingOfSounds) {
   for (const auto* process : {"", "Audiomxd", "audiomxd ", "systemsoundserve", "usernotedd", "kernel"})
     EXPECT_EQ(soundMessage(process, outputMessage("a", "1") + requestMessage("b", "2") + "bundle=c"), std::nullopt)
