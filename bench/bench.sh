@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Every figure that Tollvane claims, each beside its baseline in the same run:
+#   bench.sh BUILD      BUILD: a release build, such as build/release
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+build=$(realpath "$1")
+
+heading() { printf '\n== %s\n' "$1"; }
+
+heading "Lines of the log tool to sound events (900 bytes a line, a quarter of them sounds)"
+"$build/bench/lines_bench" --benchmark_format=json --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  2>/dev/null >"$build/lines_bench.json"
+jq -r '
+  def rate: .items_per_second / 1e6 * 1000 | round / 1000;
+  [.benchmarks[] | select(.aggregate_name == "median")] as $b
+  | ($b[] | select(.run_name | startswith("BM_PlainPort"))) as $plain
+  | $b[] | "\(.run_name | sub("BM_"; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
+' "$build/lines_bench.json"
+
+heading "Names of applications (a desktop with 300 entries)"
+"$build/bench/apps_bench" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true 2>/dev/null |
+  grep -E '^Benchmark|_median'
+
+heading "TollvaneLog"
+"$build/bench/soundlog_bench" "$build/Tollvane/TollvaneLog"
+
+heading "Tollvane"
+"$here/program_bench.sh" "$build/Tollvane"

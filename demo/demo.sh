@@ -1,0 +1,164 @@
+#!/usr/bin/env bash
+# Shows Tollvane at work on a machine that has neither desktop nor sound card: a private X server with a panel, a
+# private sound server with a null sink, real sounds from real programs, and what Tollvane heard of them.
+#
+#   demo.sh BUNDLE OUTPUT     BUNDLE: the directory with Tollvane in it; OUTPUT: where the pictures go
+#
+# Ends with 0 only if every sound was heard exactly once, with the right kind and name, and the bell showed it.
+# Touches nothing of the user's own session, and stops everything that it started, by its id.
+set -euo pipefail
+
+if [ $# -ne 2 ] || [ ! -x "$1/Tollvane" ]; then
+  echo "usage: demo.sh BUNDLE OUTPUT (BUNDLE holds the program Tollvane)" >&2
+  exit 2
+fi
+here=$(cd "$(dirname "$0")" && pwd)
+bundle=$(realpath "$1")
+mkdir -p "$2"
+output=$(realpath "$2")
+
+# shellcheck source=demo/private_session.sh
+source "$here/private_session.sh"
+
+for program in Xvfb dbus-daemon openbox xfce4-panel xfconf-query xdotool xprop scrot identify convert pipewire \
+  wireplumber pipewire-pulse pactl pw-dump sox busctl setpriv pw-play paplay aplay canberra-gtk-play dunst \
+  notify-send; do
+  command -v "$program" >/dev/null || missing+=" $program"
+done
+if [ -n "${missing:-}" ]; then
+  echo "demo: these programs are missing:$missing" >&2
+  exit 2
+fi
+
+failures=0
+fail() {
+  echo "WRONG: $*"
+  failures=$((failures + 1))
+}
+
+# --- What Tollvane heard ---------------------------------------------------------------------------------------------
+
+history_file() { echo "$XDG_DATA_HOME/Tollvane/history.txt"; }
+heard() { if [ -f "$(history_file)" ]; then wc -l <"$(history_file)"; else echo 0; fi; }
+heard_at_least() { [ "$(heard)" -ge "$1" ]; }
+silence() { [ -z "$(pactl list short sink-inputs)" ]; }
+
+printed=0
+print_new_lines() {
+  local line
+  while IFS= read -r line; do
+    printed=$((printed + 1))
+    echo "  heard: ${line//$'\t'/  }"
+  done < <(tail -n +$((printed + 1)) "$(history_file)" 2>/dev/null)
+}
+
+# expect KIND NAME-PATTERN COMMAND...: runs it and holds what was heard against what should have been.
+expect() {
+  local kind=$1 pattern=$2 before line app
+  shift 2
+  before=$(heard)
+  echo "playing: $1"
+  "$@" >"$root/log/player.log" 2>&1 || fail "$1 could not play: $(tail -n 1 "$root/log/player.log")"
+  poll 10 heard_at_least $((before + 1)) || fail "$1 was not heard"
+  poll 10 silence || fail "$1 does not stop"
+  print_new_lines
+  [ "$(heard)" -le $((before + 1)) ] || fail "$1 was heard $(($(heard) - before)) times"
+  line=$(tail -n +$((before + 1)) "$(history_file)" 2>/dev/null | head -n 1)
+  [ -n "$line" ] || return 0
+  app=$(cut -f2 <<<"$line")
+  [ "$(cut -f3 <<<"$line")" = "$kind" ] || fail "$1 should be a \"$kind\": $line"
+  [[ $app =~ ^($pattern)$ ]] || fail "$1 goes by the name \"$app\""
+  [[ $line =~ ^[0-9]{4}-[0-9]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\t' ]] || fail "not a line of history: $line"
+  sounds=$((sounds + 1))
+}
+sounds=0
+
+# --- What the bell shows ---------------------------------------------------------------------------------------------
+
+bell_pixels() { convert "$1" -crop 32x26+768+0 +repage -format '%#' info:; }
+
+take() { scrot --overwrite "$root/now.png" && sum=$(identify -format '%#' "$root/now.png"); }
+settled() {
+  local last=${sum:-}
+  take && [ "$sum" = "$last" ]
+}
+
+# picture NAME: the screen once it has come to rest, and its bell enlarged.
+picture() {
+  sum=
+  poll 10 settled || fail "the screen does not come to rest for $1"
+  cp "$root/now.png" "$output/$1.png"
+  convert "$root/now.png" -crop 64x26+736+0 +repage -filter point -resize 800% "$output/$1-enlarged.png"
+}
+
+bell_differs_from() {
+  take && [ "$(bell_pixels "$root/now.png")" != "$(bell_pixels "$1")" ]
+}
+
+# bell_picture NAME TONE OTHER: the panel in that tone, whose bell must look different from the other picture's.
+bell_picture() {
+  panel_tone "$2"
+  poll 10 bell_differs_from "$output/$3.png" || fail "the bell of $1 looks like the one of $3"
+  picture "$1"
+}
+
+toolTip_picture() {
+  picture "$1"
+  local before=$sum
+  xdotool mousemove 780 14 mousemove_relative 2 0
+  screen_changed() { take && [ "$sum" != "$before" ]; }
+  poll 10 screen_changed || fail "no tooltip for $1"
+  picture "$1"
+  xdotool mousemove 300 200
+}
+
+# --- The demonstration -----------------------------------------------------------------------------------------------
+
+item_registered() { watcher_property RegisteredStatusNotifierItems | grep -q "StatusNotifierItem-$tollvane-"; }
+listens() {
+  log_tool=$(pgrep -P "$tollvane" -x TollvaneLog) && pw-dump | grep -q "\"\(application.process.id\|pipewire.sec.pid\)\": \"\?$log_tool\b"
+}
+
+start_session
+make_sounds
+
+panel_tone light
+picture panel-light
+panel_tone dark
+picture panel-dark
+
+poll 10 bell_differs_from "$output/panel-light.png" || fail "the dark panel looks like the light one"
+
+start tollvane "$bundle/Tollvane"
+tollvane=$!
+require 10 "Tollvane's bell in the panel" item_registered
+require 10 "Tollvane listening" listens
+
+bell_picture bell-light light panel-light
+bell_picture bell-dark dark panel-dark
+toolTip_picture tooltip-before
+
+expect "started playing audio" "pw-play" pw-play "$root/tone1.wav"
+expect "started playing audio" "paplay" paplay "$root/tone2.wav"
+expect "started playing audio" "aplay" aplay -q "$root/tone3.wav"
+expect "alert sound" "canberra-gtk-play" canberra-gtk-play --id=bell
+expect "notification sound" "Parcel Watch" \
+  notify-send --app-name=parcel-watch --hint=string:desktop-entry:parcel-watch "Parcel" "Your parcel is at the door"
+if command -v mpv >/dev/null; then
+  expect "started playing audio" "mpv|mpv Media Player" mpv --no-config --no-terminal --vo=null "$root/tone4.wav"
+fi
+if command -v play >/dev/null; then
+  expect "started playing audio" "play|sox|SoX" play -q "$root/tone5.wav"
+fi
+# Once more, so that whatever comes late of the sounds above shows itself in front of it.
+expect "started playing audio" "pw-play" pw-play "$root/tone1.wav"
+
+toolTip_picture tooltip-after
+bell_picture bell-fill-dark dark bell-dark
+bell_picture bell-fill-light light bell-light
+
+kill -0 "$tollvane" 2>/dev/null || fail "Tollvane has ended"
+[ "$(heard)" -eq "$sounds" ] || fail "$sounds sounds were played, and $(heard) heard"
+echo
+echo "$sounds sounds played, $(heard) heard, $failures wrong. Pictures are in $output."
+[ "$failures" -eq 0 ]

@@ -1,0 +1,77 @@
+#include "platform/linux/status/symbols.h"
+
+#include <QColor>
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <QtEndian>
+
+// Called from outside any namespace because the resource's initialiser lives there. A static library's resources are
+// dropped by the linker unless something asks for them.
+static void loadSymbolResources() { Q_INIT_RESOURCE(tollvane_icons); }
+
+namespace tollvane {
+namespace {
+
+struct Symbol {
+  std::string_view name;
+  const char* iconName;
+};
+
+constexpr Symbol kSymbols[] = {
+    {"bell", "tollvane-bell-symbolic"},
+    {"bell.fill", "tollvane-bell-fill-symbolic"},
+};
+
+// 16 to 24 are panel sizes, 32 and 48 the same at scale 2, 64 for docks.
+constexpr int kSizes[] = {16, 22, 24, 32, 48, 64};
+
+QColor inkFor(BarTone tone) { return tone == BarTone::dark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x2e, 0x34, 0x36); }
+
+IconPixmap toPixmap(QImage image) {
+  image.convertTo(QImage::Format_ARGB32);
+  IconPixmap pixmap{image.width(), image.height(), QByteArray(image.sizeInBytes(), Qt::Uninitialized)};
+  qToBigEndian<quint32>(image.constBits(), image.sizeInBytes() / qsizetype{sizeof(quint32)}, pixmap.argb.data());
+  return pixmap;
+}
+
+IconPixmap render(QSvgRenderer& drawing, int size, QColor ink) {
+  QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  drawing.render(&painter);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(image.rect(), ink);
+  painter.end();
+  return toPixmap(std::move(image));
+}
+
+}  // namespace
+
+QString iconNameForSymbol(std::string_view symbolName) {
+  for (const Symbol& symbol : kSymbols) {
+    if (symbol.name == symbolName) {
+      return QString::fromLatin1(symbol.iconName);
+    }
+  }
+  return {};
+}
+
+IconPixmaps renderIcon(const QString& iconName, BarTone tone) {
+  if (iconName.isEmpty()) {
+    return {};
+  }
+  loadSymbolResources();
+  QSvgRenderer drawing(QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName));
+  if (!drawing.isValid()) {
+    return {};
+  }
+  IconPixmaps pixmaps;
+  for (const int size : kSizes) {
+    pixmaps.append(render(drawing, size, inkFor(tone)));
+  }
+  return pixmaps;
+}
+
+}  // namespace tollvane

@@ -1,0 +1,26 @@
+// The drawings behind the symbol names that the core uses. Main thread only; needs a QGuiApplication.
+//
+// Every drawing goes to the bar twice: as a name in our own icon theme, which good bars recolour like their own
+// symbols, and as pixels for those that do not.
+#pragma once
+
+#include <QString>
+#include <string_view>
+
+#include "platform/linux/status/sni_types.h"
+
+namespace tollvane {
+
+// The background that pixels have to stand out from.
+enum class BarTone {
+  dark,   // light drawing
+  light,  // dark drawing
+};
+
+// The name of the symbol's drawing in the icon theme; empty for a symbol without one.
+QString iconNameForSymbol(std::string_view symbolName);
+
+// The drawing of that name, in every size a bar may want. Empty for an empty or unknown name.
+IconPixmaps renderIcon(const QString& iconName, BarTone tone);
+
+}  // namespace tollvane

@@ -1,0 +1,29 @@
+// The bundle on Linux: the directory that the running program stands in. Beside it stand Info.json (an object of texts)
+// and TollvaneLog. The directory can be copied and run from anywhere.
+#pragma once
+
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
+
+#include "platform/bundle.h"
+
+namespace tollvane {
+
+class ExecutableBundle : public Bundle {
+ public:
+  explicit ExecutableBundle(std::filesystem::path directory);
+  ~ExecutableBundle() override;
+
+  // Of the running program; absent when the system does not tell.
+  static std::optional<std::filesystem::path> runningProgramsDirectory();
+
+  const std::filesystem::path& directory() const { return directory_; }
+  std::optional<std::string> infoString(std::string_view key) const override;
+  std::filesystem::path logTool() const override { return directory_ / "TollvaneLog"; }
+
+ private:
+  std::filesystem::path directory_;
+  std::unique_ptr<nlohmann::json> info_;
+};
+
+}  // namespace tollvane

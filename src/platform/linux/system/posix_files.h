@@ -1,0 +1,18 @@
+// Files through the kernel's own calls: modes are set as things are made, never afterwards.
+#pragma once
+
+#include "platform/files.h"
+
+namespace tollvane {
+
+class PosixFiles : public Files {
+ public:
+  bool exists(const std::filesystem::path& path) const override;
+  bool createDirectories(const std::filesystem::path& directory) override;
+  Append append(const std::filesystem::path& file, std::string_view bytes) override;
+
+  // The old content is replaced only once the new one is on the disk. A symbolic link is followed, not replaced.
+  bool writeAtomically(const std::filesystem::path& file, std::string_view bytes) override;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,19 @@
+// The main queue as Qt's event loop runs it. Make it on the main thread, after the application object.
+#pragma once
+
+#include <QObject>
+
+#include "platform/main_queue.h"
+
+namespace tollvane {
+
+class QtMainQueue : public MainQueue {
+ public:
+  void post(Block block) override;
+  void after(Duration delay, Block block) override;
+
+ private:
+  QObject receiver_;  // lives on the main thread; blocks that are still waiting end with it
+};
+
+}  // namespace tollvane

@@ -1,0 +1,38 @@
+#include "platform/linux/system/termination_signals.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+
+#include <csignal>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+int writingEnd = -1;
+
+void wake(int) {
+  const char byte = 0;
+  [[maybe_unused]] const auto written = ::write(writingEnd, &byte, 1);
+}
+
+}  // namespace
+
+// A handler and a socket pair, not a blocked mask with signalfd: children would inherit the mask.
+TerminationSignals::TerminationSignals(std::function<void()> onSignal) {
+  int ends[2];
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return;
+  fd_ = UniqueFd(ends[0]);
+  writingEnd = ends[1];
+  notifier_ = std::make_unique<QSocketNotifier>(fd_.get(), QSocketNotifier::Read);
+  QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this, onSignal = std::move(onSignal)] {
+    notifier_->setEnabled(false);
+    onSignal();
+  });
+  struct sigaction action {};
+  action.sa_handler = wake;
+  action.sa_flags = SA_RESTART;
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) ::sigaction(signal, &action, nullptr);
+}
+
+}  // namespace tollvane

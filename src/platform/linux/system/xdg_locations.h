@@ -1,0 +1,17 @@
+// Where the user's files are, by the XDG Base Directory specification of freedesktop.org.
+#pragma once
+
+#include "platform/locations.h"
+
+namespace tollvane {
+
+class XdgLocations : public Locations {
+ public:
+  std::optional<std::filesystem::path> applicationSupport() const override;              // $XDG_DATA_HOME
+  std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // no such folders here
+
+  // $XDG_CONFIG_HOME; absent like applicationSupport().
+  static std::optional<std::filesystem::path> configuration();
+};
+
+}  // namespace tollvane

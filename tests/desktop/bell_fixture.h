@@ -1,0 +1,119 @@
+// What the tests of the bell share: the bell itself as a program, and looks at it over the bus.
+// One thread, which has a QCoreApplication.
+#pragma once
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusMessage>
+#include <QVariant>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/status/sni_types.h"
+#include "support/private_desktop.h"
+
+namespace tollvane::test {
+
+// As eventually(), and lets objects that this test has on the bus answer in between.
+inline bool eventuallyOnTheBus(const std::function<bool()>& condition,
+                               std::chrono::milliseconds deadline = std::chrono::milliseconds(20000)) {
+  return eventually(
+      [&] {
+        QCoreApplication::processEvents();
+        return condition();
+      },
+      deadline);
+}
+
+// A connection to the desktop's bus under a name of its own; closed when it goes.
+class TestBus {
+ public:
+  explicit TestBus(const PrivateDesktop& desktop)
+      : name_(QStringLiteral("test-%1").arg(++made_)),
+        bus_(QDBusConnection::connectToBus(QString::fromStdString(desktop.busAddress()), name_)) {
+    if (!bus_.isConnected()) {
+      throw std::runtime_error("no connection to the private bus");
+    }
+  }
+  ~TestBus() { QDBusConnection::disconnectFromBus(name_); }
+  TestBus(const TestBus&) = delete;
+  TestBus& operator=(const TestBus&) = delete;
+
+  QDBusConnection& operator*() { return bus_; }
+  QDBusConnection* operator->() { return &bus_; }
+
+ private:
+  static inline int made_ = 0;
+  QString name_;
+  QDBusConnection bus_;
+};
+
+// The bell, running as a process in the desktop.
+class Bell {
+ public:
+  explicit Bell(PrivateDesktop& desktop, const std::vector<std::string>& environment = {})
+      : program_(desktop.start({BELL_PROBE, BELL_ICONS}, environment)) {}
+
+  // Returns when the bell has done it. Handles the test's own bus objects while it waits.
+  void tell(std::string_view line) {
+    ++told_;
+    program_->writeLine(line);
+    if (!eventuallyOnTheBus([this] { return count("obeyed\n") == told_; })) {
+      throw std::runtime_error("the bell does not obey: " + std::string(line));
+    }
+  }
+
+  bool printed(std::string_view text) { return program_->output().find(text) != std::string::npos; }
+  DesktopProgram& program() { return *program_; }
+  QString service() const { return QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(program_->pid()); }
+
+ private:
+  int count(std::string_view text) {
+    int found = 0;
+    for (std::size_t at = 0; (at = program_->output().find(text, at)) != std::string::npos; at += text.size()) {
+      ++found;
+    }
+    return found;
+  }
+
+  std::unique_ptr<DesktopProgram> program_;
+  int told_ = 0;
+};
+
+// The item of a bell, seen through the bus as a bar sees it.
+class ItemOnTheBus {
+ public:
+  ItemOnTheBus(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {
+    registerStatusNotifierTypes();
+  }
+
+  QVariant property(const char* name) const {
+    const QDBusMessage reply = call("org.freedesktop.DBus.Properties", "Get",
+                                    {QStringLiteral("org.kde.StatusNotifierItem"), QString::fromLatin1(name)});
+    return reply.arguments().isEmpty() ? QVariant() : reply.arguments().first().value<QDBusVariant>().variant();
+  }
+
+  std::string text(const char* name) const { return property(name).toString().toStdString(); }
+  IconPixmaps pixmaps() const { return qdbus_cast<IconPixmaps>(property("IconPixmap")); }
+  ToolTip toolTip() const { return qdbus_cast<ToolTip>(property("ToolTip")); }
+
+  QDBusMessage call(const char* interface, const char* method, const QVariantList& arguments) const {
+    QDBusMessage message = QDBusMessage::createMethodCall(service_, QStringLiteral("/StatusNotifierItem"),
+                                                          QString::fromLatin1(interface), QString::fromLatin1(method));
+    message.setArguments(arguments);
+    return bus_.call(message, QDBus::Block, 5000);
+  }
+
+  QDBusMessage invoke(const char* method, const QVariantList& arguments) const {
+    return call("org.kde.StatusNotifierItem", method, arguments);
+  }
+
+ private:
+  QDBusConnection bus_;
+  QString service_;
+};
+
+}  // namespace tollvane::test

@@ -1,0 +1,88 @@
+// The bell by itself, for the tests to look at: bell_probe ICON_THEME_PATH.
+// Obeys lines on its standard input and prints what the user does with the item.
+//   image SYMBOL DESCRIPTION...   tooltip TEXT...   another-item   quit
+//   -> "obeyed" after each line, "activated X Y TOKEN" at a click
+#include <unistd.h>
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/status/linux_status_bar.h"
+
+namespace {
+
+using tollvane::StatusItem;
+
+class Probe {
+ public:
+  explicit Probe(const char* iconThemePath) : bar_(iconThemePath) {
+    bar_.setActivateHandler([](const tollvane::StatusItemActivation& click) {
+      std::printf("activated %d %d %s\n", click.x, click.y, click.token.toUtf8().constData());
+      std::fflush(stdout);
+    });
+    items_.push_back(bar_.makeStatusItem());
+  }
+
+  void read() {
+    std::array<char, 4096> buffer;
+    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (count <= 0) {
+      QCoreApplication::quit();
+      return;
+    }
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
+      const std::string line = received_.substr(0, end);
+      received_.erase(0, end + 1);
+      obey(line);
+      std::puts("obeyed");
+      std::fflush(stdout);
+    }
+  }
+
+ private:
+  void obey(std::string_view line) {
+    const auto [command, rest] = split(line);
+    StatusItem& item = *items_.front();
+    if (command == "image") {
+      const auto [symbol, description] = split(rest);
+      item.setImage(symbol, description);
+    } else if (command == "tooltip") {
+      item.setToolTip(rest);
+    } else if (command == "another-item") {
+      items_.push_back(bar_.makeStatusItem());
+    } else if (command == "quit") {
+      QCoreApplication::quit();
+    }
+  }
+
+  static std::pair<std::string_view, std::string_view> split(std::string_view text) {
+    const std::size_t blank = text.find(' ');
+    return blank == std::string_view::npos ? std::pair(text, std::string_view())
+                                           : std::pair(text.substr(0, blank), text.substr(blank + 1));
+  }
+
+  tollvane::LinuxStatusBar bar_;
+  std::vector<std::unique_ptr<StatusItem>> items_;
+  std::string received_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QGuiApplication application(argc, argv);
+  if (argc != 2) {
+    std::fputs("usage: bell_probe ICON_THEME_PATH\n", stderr);
+    return 2;
+  }
+  Probe probe(argv[1]);
+  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, [&probe] { probe.read(); });
+  return application.exec();
+}

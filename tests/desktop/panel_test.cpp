@@ -1,0 +1,167 @@
+// The bell in a real panel, looked at through screenshots.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <optional>
+#include <set>
+
+#include "bell_fixture.h"
+
+namespace tollvane::test {
+namespace {
+
+using Tone = PrivateDesktop::Tone;
+
+// Where the panel's last icon is: the right end of the bar at the top.
+constexpr QRect kIconArea(800 - 30, 0, 30, 26);
+
+class PanelTest : public testing::Test {
+ protected:
+  void startDesktop(PrivateDesktop::Options options) { desktop_.emplace(options); }
+
+  Bell& startBell() { return bell_.emplace(*desktop_); }
+
+  // What the icon's place shows once it has stopped changing.
+  QImage icon() {
+    const std::filesystem::path file = desktop_->root() / "screen.png";
+    const auto look = [&] {
+      desktop_->screenshot(file);
+      return QImage(QString::fromStdString(file.string())).convertToFormat(QImage::Format_RGB32).copy(kIconArea);
+    };
+    QImage last = look();
+    eventually([&] {
+      const QImage now = look();
+      return now == std::exchange(last, now);
+    });
+    return last;
+  }
+
+  // True once the icon's place looks different from all of these.
+  bool becomesOtherThan(const std::vector<QImage>& seen) {
+    return eventually([&] { return std::find(seen.begin(), seen.end(), icon()) == seen.end(); });
+  }
+
+  bool isRegistered(const Bell& bell) {
+    return eventually(
+        [&] { return desktop_->registeredItems().find(bell.service().toStdString()) != std::string::npos; });
+  }
+
+  std::optional<PrivateDesktop> desktop_;
+  std::optional<Bell> bell_;
+};
+
+// The brightness of the pixels that differ most from the bar itself.
+int inkBrightness(const QImage& icon, const QImage& bar) {
+  int strongest = -1;
+  int brightness = -1;
+  for (int y = 0; y < icon.height(); ++y) {
+    for (int x = 0; x < icon.width(); ++x) {
+      const int ink = qGray(icon.pixel(x, y));
+      const int difference = std::abs(ink - qGray(bar.pixel(x, y)));
+      if (difference > strongest) {
+        strongest = difference;
+        brightness = ink;
+      }
+    }
+  }
+  return brightness;
+}
+
+int changedPixels(const QImage& icon, const QImage& bar) {
+  int count = 0;
+  for (int y = 0; y < icon.height(); ++y) {
+    for (int x = 0; x < icon.width(); ++x) {
+      count += std::abs(qGray(icon.pixel(x, y)) - qGray(bar.pixel(x, y))) > 60 ? 1 : 0;
+    }
+  }
+  return count;
+}
+
+TEST_F(PanelTest, HollowAndFilledBellAndNoneLookDifferent) {
+  startDesktop({.tone = Tone::dark});
+  const QImage none = icon();
+  Bell& bell = startBell();
+  bell.tell("image bell No sound yet");
+  ASSERT_TRUE(isRegistered(bell));
+  ASSERT_TRUE(becomesOtherThan({none}));
+  const QImage hollow = icon();
+  bell.tell("image bell.fill A sound");
+  ASSERT_TRUE(becomesOtherThan({none, hollow}));
+  const QImage filled = icon();
+  EXPECT_LT(changedPixels(hollow, none), changedPixels(filled, none));
+  bell.tell("image bell No sound yet");
+  EXPECT_TRUE(becomesOtherThan({filled}));
+  EXPECT_EQ(icon(), hollow);
+}
+
+TEST_F(PanelTest, OnADarkPanelTheBellIsLight) {
+  startDesktop({.tone = Tone::dark});
+  const QImage none = icon();
+  startBell().tell("image bell.fill");
+  ASSERT_TRUE(becomesOtherThan({none}));
+  EXPECT_GT(inkBrightness(icon(), none), qGray(none.pixel(2, 2)) + 100);
+}
+
+TEST_F(PanelTest, OnALightPanelTheBellIsDark) {
+  startDesktop({.tone = Tone::light});
+  const QImage none = icon();
+  startBell().tell("image bell.fill");
+  ASSERT_TRUE(becomesOtherThan({none}));
+  EXPECT_LT(inkBrightness(icon(), none), qGray(none.pixel(2, 2)) - 100);
+}
+
+TEST_F(PanelTest, APanelThatStartsLaterGetsTheBell) {
+  startDesktop({.panel = false});
+  Bell& bell = startBell();
+  bell.tell("image bell");
+  desktop_->startPanel();
+  EXPECT_TRUE(isRegistered(bell));
+}
+
+TEST_F(PanelTest, APanelThatCrashedGetsTheBellAgain) {
+  startDesktop({});
+  const QImage none = icon();
+  Bell& bell = startBell();
+  bell.tell("image bell.fill");
+  ASSERT_TRUE(isRegistered(bell));
+  for (int crash = 0; crash < 2; ++crash) {
+    desktop_->panel().kill();
+    desktop_->startPanel();
+    ASSERT_TRUE(isRegistered(bell)) << "crash " << crash;
+    EXPECT_TRUE(becomesOtherThan({none}));
+  }
+}
+
+TEST_F(PanelTest, TheBellIsThereOnlyOnce) {
+  startDesktop({});
+  Bell& bell = startBell();
+  bell.tell("image bell");
+  ASSERT_TRUE(isRegistered(bell));
+  bell.tell("image bell.fill");
+  const std::string items = desktop_->registeredItems();
+  EXPECT_EQ(items.substr(0, 5), "as 1 ") << items;
+}
+
+TEST_F(PanelTest, TheBellLeavesThePanelWithItsProcess) {
+  startDesktop({});
+  const QImage none = icon();
+  Bell& bell = startBell();
+  bell.tell("image bell.fill");
+  ASSERT_TRUE(becomesOtherThan({none}));
+  bell.program().kill();
+  EXPECT_TRUE(eventually([&] { return icon() == none; }));
+}
+
+TEST_F(PanelTest, AClickInThePanelReachesTheHandler) {
+  startDesktop({});
+  const QImage none = icon();
+  Bell& bell = startBell();
+  bell.tell("image bell.fill");
+  ASSERT_TRUE(becomesOtherThan({none}));
+  ASSERT_TRUE(desktop_->run({"xdotool", "mousemove", "786", "14", "click", "1"}));
+  EXPECT_TRUE(eventually([&] { return bell.printed("activated "); }));
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,301 @@
+// The bell over a real bus, against a watcher and a portal of the test's own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDBusConnectionInterface>
+#include <fstream>
+#include <optional>
+
+#include "bell_fixture.h"
+#include "platform/linux/status/symbols.h"
+#include "watcher_and_portal.h"
+
+namespace tollvane::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class StatusItemTest : public testing::Test {
+ protected:
+  StatusItemTest() : desktop_({.screen = false, .panel = false}), bus_(desktop_) {}
+
+  Bell& startBell(const std::vector<std::string>& environment = {}) { return bell_.emplace(desktop_, environment); }
+
+  // A bell whose item can be asked, without a watcher.
+  ItemOnTheBus startItem() {
+    startBell().tell("image bell No sound yet");
+    return {*bus_, bell_->service()};
+  }
+
+  PrivateDesktop desktop_;
+  TestBus bus_;
+  std::optional<Bell> bell_;
+};
+
+TEST_F(StatusItemTest, RegistersWithAWatcherThatIsThere) {
+  TestWatcher watcher(desktop_);
+  Bell& bell = startBell();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; }));
+  EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
+}
+
+TEST_F(StatusItemTest, RegistersWithAWatcherThatComesLater) {
+  Bell& bell = startBell();
+  bell.tell("image bell");
+  TestWatcher watcher(desktop_);
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; }));
+  EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
+}
+
+TEST_F(StatusItemTest, RegistersAgainWhenTheWatcherIsReplaced) {
+  startBell();
+  for (int round = 0; round < 3; ++round) {
+    TestWatcher watcher(desktop_);
+    ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; })) << "round " << round;
+  }
+}
+
+TEST_F(StatusItemTest, RegistersAgainWhenAHostComesToAWatcherThatForgotTheItem) {
+  TestWatcher watcher(desktop_);
+  Bell& bell = startBell();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 1; }));
+  watcher.forgetItems();
+  watcher.announceHost();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 2; }));
+  EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
+}
+
+TEST_F(StatusItemTest, DoesNotRegisterAgainWhenAHostComesToAWatcherThatKnowsTheItem) {
+  TestWatcher watcher(desktop_);
+  const Bell& bell = startBell();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 1; }));
+  watcher.announceHost();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.questions() == 1; }));
+  watcher.announceHost();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.questions() == 2; }));
+  // Behind the watcher's answers on their way to the bell, and a registration would be ahead of the reply.
+  ItemOnTheBus(watcher.bus(), bell.service()).text("Id");
+  QCoreApplication::processEvents();
+  EXPECT_EQ(watcher.registrations(), 1);
+}
+
+TEST_F(StatusItemTest, EveryItemRegistersOnceUnderItsOwnName) {
+  TestWatcher watcher(desktop_);
+  Bell& bell = startBell();
+  bell.tell("another-item");
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 2; }));
+  bell.tell("image bell.fill");
+  EXPECT_EQ(watcher.registrations(), 2);
+  EXPECT_NE(watcher.items().at(0), watcher.items().at(1));
+}
+
+TEST_F(StatusItemTest, TheItemLeavesTheBusWithItsProcess) {
+  startItem();
+  const QString service = bell_->service();
+  bell_->program().kill();
+  EXPECT_TRUE(eventuallyOnTheBus([&] { return !bus_->interface()->isServiceRegistered(service).value(); }));
+}
+
+TEST_F(StatusItemTest, SaysWhatItIs) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.text("Category"), "ApplicationStatus");
+  EXPECT_EQ(item.text("Id"), "tollvane");
+  EXPECT_EQ(item.text("Title"), "Tollvane");
+  EXPECT_EQ(item.text("Status"), "Active");
+  EXPECT_EQ(item.property("WindowId"), QVariant(0));
+  EXPECT_EQ(item.text("IconThemePath"), BELL_ICONS);
+  EXPECT_EQ(item.text("IconAccessibleDesc"), "No sound yet");
+  EXPECT_EQ(item.text("OverlayIconName"), "");
+  EXPECT_EQ(item.text("AttentionIconName"), "");
+  EXPECT_EQ(item.property("ItemIsMenu"), QVariant(false));
+  EXPECT_EQ(item.property("Menu").value<QDBusObjectPath>().path().toStdString(), "/NO_DBUSMENU");
+  EXPECT_TRUE(qdbus_cast<IconPixmaps>(item.property("OverlayIconPixmap")).isEmpty());
+  EXPECT_TRUE(qdbus_cast<IconPixmaps>(item.property("AttentionIconPixmap")).isEmpty());
+}
+
+TEST_F(StatusItemTest, PropertiesHaveTheTypesOfTheProtocol) {
+  const ItemOnTheBus item = startItem();
+  const QDBusMessage reply = item.call("org.freedesktop.DBus.Introspectable", "Introspect", {});
+  const std::string xml = reply.arguments().value(0).toString().toStdString();
+  for (const char* property :
+       {R"~(name="IconPixmap" type="a(iiay)")~", R"~(name="ToolTip" type="(sa(iiay)ss)")~", R"~(name="Menu" type="o")~",
+        R"~(name="WindowId" type="i")~", R"~(name="ItemIsMenu" type="b")~"}) {
+    EXPECT_THAT(xml, HasSubstr(property));
+  }
+  for (const char* member : {"Activate", "SecondaryActivate", "ContextMenu", "Scroll", "ProvideXdgActivationToken"}) {
+    EXPECT_THAT(xml, HasSubstr("<method name=\"" + std::string(member) + "\""));
+  }
+  for (const char* member : {"NewTitle", "NewIcon", "NewToolTip", "NewStatus"}) {
+    EXPECT_THAT(xml, HasSubstr("<signal name=\"" + std::string(member) + "\""));
+  }
+}
+
+TEST_F(StatusItemTest, ImageChangesNameAndPixels) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.text("IconName"), "tollvane-bell-symbolic");
+  const IconPixmaps hollow = item.pixmaps();
+  EXPECT_EQ(hollow, renderIcon("tollvane-bell-symbolic", BarTone::dark));
+  bell_->tell("image bell.fill A sound");
+  EXPECT_EQ(item.text("IconName"), "tollvane-bell-fill-symbolic");
+  EXPECT_EQ(item.text("IconAccessibleDesc"), "A sound");
+  EXPECT_EQ(item.pixmaps(), renderIcon("tollvane-bell-fill-symbolic", BarTone::dark));
+  EXPECT_NE(item.pixmaps(), hollow);
+}
+
+TEST_F(StatusItemTest, ImageOfUnknownNameLeavesTheItemWithoutOne) {
+  const ItemOnTheBus item = startItem();
+  bell_->tell("image trumpet A trumpet");
+  EXPECT_EQ(item.text("IconName"), "");
+  EXPECT_TRUE(item.pixmaps().isEmpty());
+  bell_->tell("image bell");
+  EXPECT_EQ(item.text("IconName"), "tollvane-bell-symbolic");
+  EXPECT_FALSE(item.pixmaps().isEmpty());
+}
+
+TEST_F(StatusItemTest, SignalsAreSentOnlyWhenSomethingChanged) {
+  const ItemOnTheBus item = startItem();
+  // An answer comes behind every signal that was sent before it; so nothing of the start is counted here.
+  item.text("Id");
+  const ItemSignals heard(*bus_, bell_->service());
+  bell_->tell("image bell No sound yet");
+  bell_->tell("image bell.fill One sound");
+  bell_->tell("image bell.fill One sound");
+  bell_->tell("tooltip Mail");
+  bell_->tell("tooltip Mail");
+  bell_->tell("tooltip Mail and more");
+  item.text("Id");
+  EXPECT_TRUE(eventuallyOnTheBus([&] { return heard.icons >= 1 && heard.toolTips >= 2; }));
+  EXPECT_EQ(heard.icons, 1);
+  EXPECT_EQ(heard.toolTips, 2);
+  EXPECT_EQ(heard.others, 0);
+}
+
+TEST_F(StatusItemTest, ToolTipIsItsTitleAlone) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.toolTip().title, "");
+  bell_->tell("tooltip Mail · 14:03");
+  EXPECT_EQ(item.toolTip().title, "Mail · 14:03");
+  EXPECT_EQ(item.toolTip().subtitle, "");
+  EXPECT_EQ(item.toolTip().iconName, "");
+  EXPECT_TRUE(item.toolTip().icon.isEmpty());
+}
+
+TEST_F(StatusItemTest, HostileToolTipHoldsNoMarkup) {
+  const ItemOnTheBus item = startItem();
+  bell_->tell("tooltip <span size='900000'>Tom & Jerry\u202E\t</span>");
+  EXPECT_EQ(item.toolTip().title.toStdString(), "\u2039span size='900000'\u203ATom \uFF06 Jerry \u2039/span\u203A");
+  EXPECT_EQ(item.toolTip().subtitle, "");
+}
+
+TEST_F(StatusItemTest, ToolTipThatIsNotUtf8DoesNotCostTheConnection) {
+  const ItemOnTheBus item = startItem();
+  bell_->tell("tooltip a\xff\xc0\x80\xed\xa0\x80z");
+  EXPECT_TRUE(item.toolTip().title.startsWith(u'a'));
+  EXPECT_TRUE(item.toolTip().title.endsWith(u'z'));
+}
+
+TEST_F(StatusItemTest, AClickReachesTheHandler) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.invoke("Activate", {1266, 14}).type(), QDBusMessage::ReplyMessage);
+  EXPECT_TRUE(eventually([&] { return bell_->printed("activated 1266 14 \n"); }));
+}
+
+TEST_F(StatusItemTest, TheActivationTokenBelongsToTheClickBehindIt) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.invoke("ProvideXdgActivationToken", {QStringLiteral("token-1")}).type(), QDBusMessage::ReplyMessage);
+  item.invoke("Activate", {1, 2});
+  item.invoke("Activate", {3, 4});
+  EXPECT_TRUE(eventually([&] { return bell_->printed("activated 1 2 token-1\nactivated 3 4 \n"); }));
+}
+
+TEST_F(StatusItemTest, OtherGesturesAreAcceptedAndDoNothing) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.invoke("SecondaryActivate", {1, 2}).type(), QDBusMessage::ReplyMessage);
+  EXPECT_EQ(item.invoke("ContextMenu", {1, 2}).type(), QDBusMessage::ReplyMessage);
+  EXPECT_EQ(item.invoke("Scroll", {120, QStringLiteral("vertical")}).type(), QDBusMessage::ReplyMessage);
+  item.invoke("Activate", {5, 6});
+  ASSERT_TRUE(eventually([&] { return bell_->printed("activated 5 6 \n"); }));
+  EXPECT_FALSE(bell_->printed("activated 1 2"));
+}
+
+TEST_F(StatusItemTest, WithoutASessionBusTheBellRunsUnseen) {
+  Bell& bell = startBell({"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"});
+  bell.tell("image bell No sound yet");
+  bell.tell("tooltip Mail");
+  bell.tell("another-item");
+  bell.tell("quit");
+  ASSERT_TRUE(eventually([&] { return !bell.program().running(); }));
+  EXPECT_EQ(bell.program().exitCode(), 0);
+}
+
+TEST_F(StatusItemTest, TheBellOutlivesItsBus) {
+  // The bus that goes is not the fixture's: its own connections would go as well.
+  PrivateDesktop other({.screen = false, .panel = false});
+  Bell bell(desktop_, {"DBUS_SESSION_BUS_ADDRESS=" + other.busAddress()});
+  bell.tell("image bell");
+  other.bus().kill();
+  bell.tell("image bell.fill");
+  bell.tell("tooltip Mail");
+  EXPECT_TRUE(bell.program().running());
+}
+
+// Light and dark.
+
+IconPixmaps hollowFor(BarTone tone) { return renderIcon("tollvane-bell-symbolic", tone); }
+
+TEST_F(StatusItemTest, WithoutAPortalTheBellIsLight) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.pixmaps(), hollowFor(BarTone::dark));
+}
+
+TEST_F(StatusItemTest, AskingForTheColourSchemeStartsNoPortal) {
+  const std::filesystem::path services = desktop_.root() / "run/dbus-1/services";
+  const auto install = [&](const std::string& name, const std::string& trace) {
+    std::filesystem::create_directories(services);
+    std::ofstream(services / (name + ".service"))
+        << "[D-BUS Service]\nName=" << name << "\nExec=/usr/bin/touch " << (desktop_.root() / trace).string() << '\n';
+  };
+  install("org.freedesktop.portal.Desktop", "portal-was-started");
+  install("org.example.Started", "other-was-started");
+  ASSERT_TRUE(desktop_.run({"busctl", "--user", "call", "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                            "org.freedesktop.DBus", "ReloadConfig"}));
+  startItem();
+  // Started behind the bell's question and watched until it ran; so would the portal have.
+  desktop_.run(
+      {"busctl", "--user", "--expect-reply=no", "call", "org.example.Started", "/", "org.example.Started", "Any"});
+  ASSERT_TRUE(eventually([&] { return std::filesystem::exists(desktop_.root() / "other-was-started"); }));
+  EXPECT_FALSE(std::filesystem::exists(desktop_.root() / "portal-was-started"));
+}
+
+TEST_F(StatusItemTest, OnALightDesktopTheBellIsDark) {
+  TestPortal portal(desktop_, 2);
+  const ItemOnTheBus item = startItem();
+  EXPECT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  EXPECT_EQ(item.text("IconName"), "tollvane-bell-symbolic");
+}
+
+TEST_F(StatusItemTest, TheBellFollowsTheDesktopFromLightToDarkAndBack) {
+  TestPortal portal(desktop_, 2);
+  const ItemOnTheBus item = startItem();
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  const ItemSignals heard(*bus_, bell_->service());
+  portal.changeTo(1);
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::dark); }));
+  portal.changeSomethingElse();
+  portal.changeTo(0);
+  portal.changeTo(2);
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  ASSERT_TRUE(eventuallyOnTheBus([&] { return heard.icons >= 2; }));
+  EXPECT_EQ(heard.icons, 2) << "no preference looks like dark, and another setting like nothing";
+}
+
+TEST_F(StatusItemTest, APortalThatComesLaterIsAsked) {
+  const ItemOnTheBus item = startItem();
+  EXPECT_EQ(item.pixmaps(), hollowFor(BarTone::dark));
+  TestPortal portal(desktop_, 2);
+  EXPECT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,96 @@
+#include "platform/linux/system/json_defaults.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "model/prefs.h"
+#include "platform/linux/system/posix_files.h"
+#include "support/temporary_directory.h"
+
+namespace tollvane {
+namespace {
+
+class JsonDefaultsTest : public testing::Test {
+ protected:
+  JsonDefaults open() { return {files, home / "Tollvane/defaults.json"}; }
+
+  test::TemporaryDirectory home;
+  PosixFiles files;
+};
+
+TEST_F(JsonDefaultsTest, AMissingFileHasNoValuesAndIsNotMadeByReading) {
+  EXPECT_EQ(open().object("markTabs"), std::nullopt);
+  EXPECT_FALSE(files.exists(home / "Tollvane"));
+}
+
+TEST_F(JsonDefaultsTest, ValuesOutliveTheProcessThatSetThem) {
+  {
+    JsonDefaults defaults = open();
+    defaults.set("markTabs", true);
+    defaults.set("updateLastCheck", 1738332309.25);
+  }
+  JsonDefaults defaults = open();
+  EXPECT_EQ(std::get<bool>(*defaults.object("markTabs")), true);
+  EXPECT_EQ(std::get<double>(*defaults.object("updateLastCheck")), 1738332309.25);
+  EXPECT_EQ(test::modeOf(home / "Tollvane/defaults.json"),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(JsonDefaultsTest, AProcessKilledRightAfterASetHasStoredIt) {
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    JsonDefaults defaults = open();
+    defaults.set("hasLaunchedBefore", true);
+    ::kill(::getpid(), SIGKILL);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  JsonDefaults defaults = open();
+  EXPECT_TRUE(Prefs(defaults).hasLaunchedBefore());
+}
+
+TEST_F(JsonDefaultsTest, ACorruptFileIsSetAsideNotEmptied) {
+  for (const auto* broken : {"{\"markTabs\": tr", "[1]", "", "\xff\xfe"}) {
+    home.write("Tollvane/defaults.json", broken);
+    JsonDefaults defaults = open();
+    EXPECT_EQ(defaults.object("markTabs"), std::nullopt);
+    EXPECT_EQ(home.read("Tollvane/defaults.json.corrupt"), broken);
+    EXPECT_FALSE(files.exists(home / "Tollvane/defaults.json"));
+    defaults.set("markTabs", true);
+    EXPECT_EQ(home.read("Tollvane/defaults.json"), "{\n  \"markTabs\": true\n}\n");
+    std::filesystem::remove(home / "Tollvane/defaults.json");
+  }
+}
+
+TEST_F(JsonDefaultsTest, ValuesOfOtherTypesAreThereButOfNoUse) {
+  home.write("Tollvane/defaults.json", R"({"suggestExtension": "no", "markTabs": ["x"], "other": null})");
+  JsonDefaults defaults = open();
+  EXPECT_TRUE(std::holds_alternative<Defaults::Other>(*defaults.object("suggestExtension")));
+  EXPECT_TRUE(Prefs(defaults).suggestExtension());
+  EXPECT_FALSE(Prefs(defaults).markTabs());
+  EXPECT_EQ(defaults.object("other"), std::nullopt);
+}
+
+TEST_F(JsonDefaultsTest, MembersOfOtherVersionsAreKept) {
+  home.write("Tollvane/defaults.json", R"({"fromTheFuture": {"a": [1, "x"]}})");
+  open().set("markTabs", true);
+  EXPECT_NE(home.read("Tollvane/defaults.json").find("fromTheFuture"), std::string::npos);
+}
+
+TEST_F(JsonDefaultsTest, WithoutAPlaceToStoreValuesAreKeptForThisRun) {
+  home.write("file", "in the way");
+  JsonDefaults blocked(files, home / "file/defaults.json");
+  blocked.set("markTabs", true);
+  EXPECT_TRUE(Prefs(blocked).markTabs());
+  JsonDefaults homeless(files, std::nullopt);
+  homeless.set("markTabs", true);
+  EXPECT_TRUE(Prefs(homeless).markTabs());
+}
+
+}  // namespace
+}  // namespace tollvane

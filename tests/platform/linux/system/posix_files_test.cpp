@@ -1,0 +1,100 @@
+#include "platform/linux/system/posix_files.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+
+#include "support/temporary_directory.h"
+
+namespace tollvane {
+namespace {
+
+using std::filesystem::perms;
+using test::modeOf;
+
+constexpr perms ownFile = perms::owner_read | perms::owner_write;
+
+class PosixFilesTest : public testing::Test {
+ protected:
+  test::TemporaryDirectory home;
+  PosixFiles files;
+};
+
+TEST_F(PosixFilesTest, DirectoriesAreMadeForTheUserOnly) {
+  EXPECT_TRUE(files.createDirectories(home / "a/b/c"));
+  for (const auto* name : {"a", "a/b", "a/b/c"}) EXPECT_EQ(modeOf(home / name), perms::owner_all) << name;
+  EXPECT_TRUE(files.createDirectories(home / "a/b/c"));
+}
+
+TEST_F(PosixFilesTest, AFileInTheWayOfADirectoryIsLeftAlone) {
+  home.write("file", "content");
+  EXPECT_FALSE(files.createDirectories(home / "file"));
+  EXPECT_FALSE(files.createDirectories(home / "file/below"));
+  EXPECT_EQ(home.read("file"), "content");
+}
+
+TEST_F(PosixFilesTest, AppendingNeverMakesAFile) {
+  EXPECT_EQ(files.append(home / "history", "line\n"), Files::Append::notOpened);
+  EXPECT_FALSE(files.exists(home / "history"));
+}
+
+TEST_F(PosixFilesTest, WhatIsWrittenIsForTheUserOnlyAndCanBeAppendedTo) {
+  EXPECT_TRUE(files.writeAtomically(home / "history", "one\n"));
+  EXPECT_EQ(modeOf(home / "history"), ownFile);
+  EXPECT_EQ(files.append(home / "history", "two\n"), Files::Append::done);
+  EXPECT_EQ(home.read("history"), "one\ntwo\n");
+}
+
+TEST_F(PosixFilesTest, WritingReplacesTheWholeContentAndLeavesNothingElse) {
+  home.write("settings", "a long old content");
+  EXPECT_TRUE(files.writeAtomically(home / "settings", "new"));
+  EXPECT_EQ(home.read("settings"), "new");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
+}
+
+TEST_F(PosixFilesTest, WritingThroughALinkKeepsTheLink) {
+  home.write("elsewhere/settings", "old");
+  std::filesystem::create_symlink(home / "elsewhere/settings", home / "settings");
+  EXPECT_TRUE(files.writeAtomically(home / "settings", "new"));
+  EXPECT_TRUE(std::filesystem::is_symlink(home / "settings"));
+  EXPECT_EQ(home.read("elsewhere/settings"), "new");
+}
+
+TEST_F(PosixFilesTest, AMissingDirectoryIsAFailureAndNoMore) {
+  EXPECT_FALSE(files.writeAtomically(home / "missing/settings", "new"));
+  EXPECT_EQ(files.append(home / "missing/history", "line\n"), Files::Append::notOpened);
+}
+
+TEST_F(PosixFilesTest, APipeThatNobodyReadsIsAnErrorNotAWait) {
+  ASSERT_EQ(::mkfifo((home / "history").c_str(), 0600), 0);
+  EXPECT_EQ(files.append(home / "history", "line\n"), Files::Append::notOpened);
+}
+
+TEST_F(PosixFilesTest, AFullDeviceIsAFailureAndNoMore) {
+  std::filesystem::create_symlink("/dev/full", home / "history");
+  EXPECT_EQ(files.append(home / "history", "line\n"), Files::Append::notWritten);
+}
+
+// A file may grow to 10 bytes and no further: the disk that is full in the middle of a line.
+TEST_F(PosixFilesTest, ALineThatDoesNotFitLeavesNoHalf) {
+  ASSERT_TRUE(files.writeAtomically(home / "history", "12345\n"));
+  rlimit old{};
+  ::getrlimit(RLIMIT_FSIZE, &old);
+  const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit = old;
+  limit.rlim_cur = 10;
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  const auto appended = files.append(home / "history", "abcdefghij\n");
+  const bool replaced = files.writeAtomically(home / "history", "a content of more than ten bytes");
+  ::setrlimit(RLIMIT_FSIZE, &old);
+  std::signal(SIGXFSZ, oldHandler);
+  EXPECT_EQ(appended, Files::Append::notWritten);
+  EXPECT_FALSE(replaced);
+  EXPECT_EQ(home.read("history"), "12345\n");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
+}
+
+}  // namespace
+}  // namespace tollvane

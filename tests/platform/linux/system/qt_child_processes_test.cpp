@@ -1,0 +1,145 @@
+#include "platform/linux/system/qt_child_processes.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include "detect/watcher.h"
+#include "platform/linux/system/executable_bundle.h"
+#include "support/log_lines.h"
+#include "support/temporary_directory.h"
+#include "support/virtual_platform.h"
+
+namespace tollvane {
+namespace {
+
+class QtChildProcessesTest : public testing::Test {
+ protected:
+  QtChildProcessesTest() {
+    // A test that waits for what never comes ends, and fails.
+    QTimer::singleShot(20'000, &application, [] { QCoreApplication::exit(1); });
+  }
+
+  std::unique_ptr<ChildProcess> shell(const std::string& script) {
+    return children.launch({
+        .executable = "/bin/sh",
+        .arguments = {"-c", script},
+        .onOutput =
+            [this](std::string_view bytes) {
+              output += bytes;
+              if (whenOutput) whenOutput();
+            },
+        .onTermination =
+            [this] {
+              ++terminations;
+              QCoreApplication::exit(0);
+            },
+    });
+  }
+  void waitForEnd() { ASSERT_EQ(QCoreApplication::exec(), 0) << "the program did not end"; }
+
+  int argc = 1;
+  char name[5] = "test";
+  char* argv[2] = {name, nullptr};
+  QCoreApplication application{argc, argv};
+  QtChildProcesses children;
+  std::string output;
+  std::function<void()> whenOutput;
+  int terminations = 0;
+};
+
+TEST_F(QtChildProcessesTest, OutputArrivesWholeBeforeTheEnd) {
+  const auto process = shell("printf 'one\\ntwo'; echo silent >&2; exit 3");
+  ASSERT_NE(process, nullptr);
+  waitForEnd();
+  EXPECT_EQ(output, "one\ntwo");
+  EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(QtChildProcessesTest, ArgumentsAreNotReadByAShell) {
+  const auto process = children.launch({
+      .executable = "/bin/echo",
+      .arguments = {"-n", "a b", "$HOME;*", ""},
+      .onOutput = [this](std::string_view bytes) { output += bytes; },
+      .onTermination = [] { QCoreApplication::exit(0); },
+  });
+  waitForEnd();
+  EXPECT_EQ(output, "a b $HOME;* ");
+}
+
+TEST_F(QtChildProcessesTest, AProgramThatCannotBeStartedIsNone) {
+  const test::TemporaryDirectory directory;
+  directory.write("not-executable", "#!/bin/sh\n");
+  for (const auto& path : {directory / "missing", directory / "not-executable", directory.path()}) {
+    const auto process = children.launch({
+        .executable = path,
+        .arguments = {},
+        .onOutput = [](std::string_view) {},
+        .onTermination = [this] { ++terminations; },
+    });
+    EXPECT_EQ(process, nullptr);
+  }
+  QCoreApplication::processEvents();
+  EXPECT_EQ(terminations, 0);
+}
+
+TEST_F(QtChildProcessesTest, AKilledProgramIsReportedLikeAnyOther) {
+  const auto process = shell("kill -9 $$");
+  waitForEnd();
+  EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(QtChildProcessesTest, TerminatingEndsTheProgram) {
+  const auto process = shell("echo ready; exec sleep 1000");
+  whenOutput = [&] { process->terminate(); };
+  waitForEnd();
+  EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(QtChildProcessesTest, ARemovedHandlerIsNotCalledAndTheProgramEndsWithItsOwner) {
+  auto process = shell("echo $$; exec sleep 1000");
+  whenOutput = [] { QCoreApplication::exit(0); };
+  waitForEnd();
+  const pid_t pid = std::stoi(output);
+  ASSERT_EQ(::kill(pid, 0), 0);
+  process->removeTerminationHandler();
+  process.reset();
+  EXPECT_NE(::kill(pid, 0), 0);
+  EXPECT_EQ(terminations, 0);
+}
+
+TEST_F(QtChildProcessesTest, AProgramThatIgnoresTheRequestToEndIsEndedWithItsOwner) {
+  auto process = shell("trap '' TERM; echo $$; while :; do sleep 1000; done");
+  whenOutput = [] { QCoreApplication::exit(0); };
+  waitForEnd();
+  const pid_t pid = std::stoi(output);
+  process->terminate();
+  process.reset();
+  EXPECT_NE(::kill(pid, 0), 0);
+}
+
+// Whatever stands in the bundle under the name TollvaneLog is the log tool.
+TEST_F(QtChildProcessesTest, TheWatcherHearsARealProgram) {
+  const test::TemporaryDirectory directory;
+  directory.write("TollvaneLog",
+                  "#!/bin/sh\n[ \"$1 $2 $3 $4\" = 'stream --style ndjson --predicate' ] || exit 1\ncat <<'END'\n" +
+                      test::outputStarted("player", 4242) + "END\n");
+  std::filesystem::permissions(directory / "TollvaneLog", std::filesystem::perms::owner_all);
+  test::VirtualPlatform system;
+  const ExecutableBundle bundle(directory.path());
+  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
+  Watcher watcher(system.queue, system.clock, children, bundle, resolver);
+  std::vector<std::string> heard;
+  watcher.onEvent = [&](const std::shared_ptr<SoundEvent>& event) {
+    heard.push_back(event->app);
+    QCoreApplication::exit(0);
+  };
+  watcher.start();
+  waitForEnd();
+  EXPECT_EQ(heard, std::vector<std::string>{"player"});
+}
+
+}  // namespace
+}  // namespace tollvane

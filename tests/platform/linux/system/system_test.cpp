@@ -1,0 +1,176 @@
+// The small roles: locations, bundle, dates, the main queue.
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <cstdlib>
+#include <optional>
+#include <thread>
+
+#include "platform/linux/system/executable_bundle.h"
+#include "platform/linux/system/icu_date_formatter.h"
+#include "platform/linux/system/qt_main_queue.h"
+#include "platform/linux/system/xdg_locations.h"
+#include "support/temporary_directory.h"
+
+namespace tollvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Sets an environment variable for as long as a test runs.
+class Environment {
+ public:
+  Environment(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    value ? ::setenv(name, value, 1) : ::unsetenv(name);
+  }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+  ~Environment() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+TEST(XdgLocationsTest, DataHomeGoesBeforeHome) {
+  const Environment home("HOME", "/home/user");
+  {
+    const Environment data("XDG_DATA_HOME", "/data");
+    EXPECT_EQ(XdgLocations().applicationSupport(), "/data");
+  }
+  const Environment data("XDG_DATA_HOME", nullptr);
+  EXPECT_EQ(XdgLocations().applicationSupport(), "/home/user/.local/share");
+  const Environment configuration("XDG_CONFIG_HOME", nullptr);
+  EXPECT_EQ(XdgLocations::configuration(), "/home/user/.config");
+}
+
+TEST(XdgLocationsTest, RelativeAndEmptyPathsAreIgnored) {
+  const Environment home("HOME", "/home/user");
+  for (const auto* relative : {"", "data", "./data"}) {
+    const Environment data("XDG_DATA_HOME", relative);
+    EXPECT_EQ(XdgLocations().applicationSupport(), "/home/user/.local/share");
+  }
+}
+
+TEST(XdgLocationsTest, WithoutHomeTheUserDatabaseIsAsked) {
+  const Environment home("HOME", nullptr);
+  const Environment data("XDG_DATA_HOME", nullptr);
+  const auto path = XdgLocations().applicationSupport();
+  ASSERT_TRUE(path);  // whoever runs the tests has an entry
+  EXPECT_TRUE(path->is_absolute());
+}
+
+TEST(ExecutableBundleTest, TheVersionStandsInInfoJson) {
+  const test::TemporaryDirectory directory;
+  directory.write("Info.json", R"({"CFBundleShortVersionString": "1.2.3", "number": 4})");
+  const ExecutableBundle bundle(directory.path());
+  EXPECT_EQ(bundle.infoString("CFBundleShortVersionString"), "1.2.3");
+  EXPECT_EQ(bundle.infoString("number"), std::nullopt);
+  EXPECT_EQ(bundle.infoString("missing"), std::nullopt);
+  EXPECT_EQ(bundle.logTool(), directory / "TollvaneLog");
+}
+
+TEST(ExecutableBundleTest, AMissingOrBrokenInfoJsonSaysNothing) {
+  const test::TemporaryDirectory directory;
+  EXPECT_EQ(ExecutableBundle(directory.path()).infoString("CFBundleShortVersionString"), std::nullopt);
+  for (const auto* broken : {"", "{", "[]", "\"CFBundleShortVersionString\""}) {
+    directory.write("Info.json", broken);
+    EXPECT_EQ(ExecutableBundle(directory.path()).infoString("CFBundleShortVersionString"), std::nullopt);
+  }
+}
+
+TEST(ExecutableBundleTest, TheBundleIsWhereTheProgramStands) {
+  EXPECT_EQ(ExecutableBundle::runningProgramsDirectory(), std::filesystem::canonical("/proc/self/exe").parent_path());
+}
+
+class IcuDateFormatterTest : public testing::Test {
+ protected:
+  std::string format(std::string_view pattern, const char* language, const char* zone) const {
+    const Environment all("LC_ALL", language);
+    const Environment tz("TZ", zone);
+    return IcuDateFormatter().string(pattern, time);
+  }
+
+  const TimePoint time{1738332309s + 999ms};  // 2025-01-31 14:05:09.999 UTC
+};
+
+TEST_F(IcuDateFormatterTest, TimesAreInTheUsersZone) {
+  EXPECT_EQ(format("h:mm:ss a", "en_US.UTF-8", "UTC"), "2:05:09 PM");
+  EXPECT_EQ(format("h:mm:ss a", "en_US.UTF-8", "America/New_York"), "9:05:09 AM");
+  EXPECT_EQ(format("yyyy-MM-dd HH:mm:ss", "en_US.UTF-8", "Asia/Kolkata"), "2025-01-31 19:35:09");
+  EXPECT_EQ(format("yyyy-MM-dd HH:mm:ss", "en_US.UTF-8", "Pacific/Kiritimati"), "2025-02-01 04:05:09");
+}
+
+TEST_F(IcuDateFormatterTest, TimesAreInTheUsersLanguage) {
+  EXPECT_EQ(format("h:mm:ss a", "ja_JP.UTF-8", "UTC"), "2:05:09 午後");
+  EXPECT_EQ(format("h:mm:ss a", "C", "UTC"), "2:05:09 PM");
+  EXPECT_EQ(format("h:mm:ss a", "C.UTF-8", "UTC"), "2:05:09 PM");
+  EXPECT_EQ(format("h:mm:ss a", "no such language", "UTC").substr(0, 7), "2:05:09");
+}
+
+TEST_F(IcuDateFormatterTest, TheTimeLanguageGoesBeforeTheGeneralOne) {
+  const Environment all("LC_ALL", nullptr);
+  const Environment general("LANG", "en_US.UTF-8");
+  const Environment tz("TZ", "UTC");
+  const Environment times("LC_TIME", "ja_JP.UTF-8");
+  EXPECT_EQ(IcuDateFormatter().string("h:mm:ss a", time), "2:05:09 午後");
+}
+
+class QtMainQueueTest : public testing::Test {
+ protected:
+  int argc = 1;
+  char name[5] = "test";
+  char* argv[2] = {name, nullptr};
+  QCoreApplication application{argc, argv};
+};
+
+TEST_F(QtMainQueueTest, BlocksRunInOrderAfterTheCurrentWork) {
+  QtMainQueue queue;
+  std::string order;
+  queue.post([&] {
+    queue.post([&] { order += "3"; });
+    order += "1";
+  });
+  queue.post([&] { order += "2"; });
+  queue.after(20ms, [&] {
+    order += "5";
+    QCoreApplication::quit();
+  });
+  queue.after(0s, [&] { order += "4"; });
+  EXPECT_EQ(order, "");
+  QCoreApplication::exec();
+  EXPECT_EQ(order.back(), '5');
+  EXPECT_LT(order.find('1'), order.find('2'));
+  EXPECT_LT(order.find('2'), order.find('3'));
+}
+
+TEST_F(QtMainQueueTest, ADelayIsNeverCutShort) {
+  QtMainQueue queue;
+  const auto start = std::chrono::steady_clock::now();
+  std::chrono::nanoseconds passed{};
+  queue.after(50ms, [&] {
+    passed = std::chrono::steady_clock::now() - start;
+    QCoreApplication::quit();
+  });
+  QCoreApplication::exec();
+  EXPECT_GE(passed, 50ms);
+}
+
+TEST_F(QtMainQueueTest, AnotherThreadMayPostAndTheBlockRunsOnTheMainOne) {
+  QtMainQueue queue;
+  std::thread::id ran;
+  std::thread other([&] {
+    queue.post([&] {
+      ran = std::this_thread::get_id();
+      QCoreApplication::quit();
+    });
+  });
+  QCoreApplication::exec();
+  other.join();
+  EXPECT_EQ(ran, std::this_thread::get_id());
+}
+
+}  // namespace
+}  // namespace tollvane
