@@ -2,12 +2,13 @@
 // heard, and the quick look at a line agrees with the thorough one.
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "detect/watcher.h"
 #include "fuzz.h"
+#include "support/json.h"
+#include "support/json_value.h"
 #include "support/virtual_platform.h"
 
 namespace tollvane {
@@ -38,9 +39,9 @@ void checkLine(std::string_view text) {
   LogLineReader reader;
   const auto read = reader.read(line);
   if (!read) return;
-  const auto object = nlohmann::json::parse(line, nullptr, false);
-  FUZZ_REQUIRE(object.is_object());
-  FUZZ_REQUIRE(object["eventMessage"] == nlohmann::json(read->message));
+  const auto object = json::object(line);
+  FUZZ_REQUIRE(object);
+  FUZZ_REQUIRE(json::text(*object, "eventMessage") == read->message);
   if (soundMessage(read->process, read->message)) FUZZ_REQUIRE(mayHoldSoundMessage(line));
 }
 

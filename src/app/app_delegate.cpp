@@ -4,6 +4,7 @@
 
 #include "menu/bell.h"
 #include "support/fatal.h"
+#include "support/json_value.h"
 
 namespace tollvane {
 

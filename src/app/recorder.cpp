@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "support/json.h"
+#include "support/json_value.h"
 
 namespace tollvane {
 namespace {

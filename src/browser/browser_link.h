@@ -12,11 +12,13 @@ namespace tollvane {
 
 class BrowserLink {
  public:
+  BrowserLink();
+
   // Called with every report that a tab makes sound.
   std::function<void(const BrowserConnection& from, const Message& report)> onTab;
 
-  // Supplies the settings that every extension is sent.
-  std::function<Message()> settings = [] { return Message::object(); };
+  // Supplies the settings that every extension is sent; at first none.
+  std::function<Message()> settings;
 
   // In the order in which they came.
   std::vector<std::shared_ptr<BrowserConnection>> connections;

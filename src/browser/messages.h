@@ -1,7 +1,7 @@
 // The messages between Tollvane and its browser extensions: JSON objects with a text under "type".
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace tollvane {
 

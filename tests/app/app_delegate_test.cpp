@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/json_value.h"
 #include "support/log_lines.h"
 #include "support/virtual_platform.h"
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/json_value.h"
 #include "support/virtual_platform.h"
 
 namespace tollvane {

@@ -1,17 +1,18 @@
 #include "platform/linux/system/executable_bundle.h"
 
 #include <fstream>
-#include <nlohmann/json.hpp>
+#include <iterator>
 #include <utility>
 
 #include "support/json.h"
+#include "support/json_value.h"
 
 namespace tollvane {
 
 ExecutableBundle::ExecutableBundle(std::filesystem::path directory)
     : directory_(std::move(directory)), info_(std::make_unique<nlohmann::json>()) {
   std::ifstream stream(directory_ / "Info.json", std::ios::binary);
-  *info_ = nlohmann::json::parse(stream, nullptr, /*allow_exceptions=*/false);
+  if (auto info = json::object(std::string(std::istreambuf_iterator<char>(stream), {}))) *info_ = *std::move(info);
 }
 
 ExecutableBundle::~ExecutableBundle() = default;

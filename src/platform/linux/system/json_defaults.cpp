@@ -1,9 +1,12 @@
 #include "platform/linux/system/json_defaults.h"
 
 #include <fstream>
-#include <nlohmann/json.hpp>
+#include <iterator>
 #include <string>
 #include <utility>
+
+#include "support/json.h"
+#include "support/json_value.h"
 
 namespace tollvane {
 namespace {
@@ -12,8 +15,7 @@ nlohmann::json read(const std::filesystem::path& file) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) return nlohmann::json::object();
   std::ifstream stream(file, std::ios::binary);
-  auto values = nlohmann::json::parse(stream, nullptr, /*allow_exceptions=*/false);
-  if (values.is_object()) return values;
+  if (auto values = json::object(std::string(std::istreambuf_iterator<char>(stream), {}))) return *std::move(values);
   std::filesystem::rename(file, file.string() + ".corrupt", error);
   return nlohmann::json::object();
 }
@@ -48,7 +50,7 @@ void JsonDefaults::set(std::string_view key, double value) {
 void JsonDefaults::store() {
   if (!file_) return;
   files_.createDirectories(file_->parent_path());
-  files_.writeAtomically(*file_, values_->dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+  files_.writeAtomically(*file_, json::pretty(*values_) + "\n");
 }
 
 }  // namespace tollvane

@@ -1,0 +1,255 @@
+// How long it takes to find out which application a process belongs to: with 300 desktop entries, 300 more processes,
+// and the longest walk from a player up to the application that started it.
+#include <benchmark/benchmark.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/apps/linux_process_table.h"
+#include "platform/linux/apps/linux_workspace.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tollvane;
+using namespace std::chrono_literals;
+
+constexpr int kEntries = 300;
+constexpr int kBystanders = 300;
+constexpr int kGenerations = 8;
+
+void write(const fs::path& file, const std::string& text) {
+  std::ofstream(file, std::ios::binary) << text;
+  fs::permissions(file, fs::perms::owner_all);
+}
+
+template <typename Condition>
+void await(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + 20s;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      std::fputs("the processes to measure with did not come up\n", stderr);
+      std::exit(1);
+    }
+    std::this_thread::sleep_for(2ms);
+  }
+}
+
+// The machine to measure on: folders, programs and processes of its own, gone with the object.
+class Machine {
+ public:
+  Machine() {
+    std::string name = (fs::temp_directory_path() / "tollvane-bench-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) std::exit(1);
+    root_ = fs::canonical(name);
+    fs::create_directories(root_ / "bin");
+    fs::create_directories(root_ / "share/applications");
+    environment.dataFolders = {(root_ / "share").string(), "/usr/local/share", "/usr/share"};
+    environment.searchPath = "/usr/local/bin:/usr/bin:/bin:" + (root_ / "bin").string();
+    for (int i = 0; i < kEntries; ++i) writeEntry(i);
+    startChain();
+    // A browser as Debian installs it: the executable is not the program that the entry names.
+    const fs::path browser = root_ / "lib/chromium/chromium";
+    fs::create_directories(browser.parent_path());
+    fs::copy_file(fs::canonical("/bin/sleep"), browser);
+    write(root_ / "bin/chromium", "#!/bin/sh\n");
+    write(root_ / "share/applications/chromium.desktop",
+          "[Desktop Entry]\nType=Application\nName=Chromium\nExec=chromium %U\nCategories=WebBrowser;\n");
+    children_.push_back(start({browser.string(), "600"}));
+    for (int i = 0; i < kBystanders; ++i) children_.push_back(start({"/bin/sleep", "600"}));
+    await([&] { return processes.executable(children_.back()) == fs::canonical("/bin/sleep").string(); });
+  }
+
+  ~Machine() {
+    // The application first: nothing of the chain is left to start anything.
+    for (const pid_t pid : children_) ::kill(pid, SIGKILL);
+    for (const pid_t pid : chain_) ::kill(pid, SIGKILL);
+    for (const pid_t pid : children_) ::waitpid(pid, nullptr, 0);
+    fs::remove_all(root_);
+  }
+
+  void writeEntry(int number) const {
+    const std::string id = "org.example.App" + std::to_string(number);
+    const std::string program = "app-" + std::to_string(number);
+    std::string text = "[Desktop Entry]\nType=Application\nName=Application " + std::to_string(number) + "\n";
+    for (int language = 0; language < 40; ++language) {
+      const std::string tag = {static_cast<char>('a' + language % 26), static_cast<char>('a' + language / 26)};
+      text += "Name[" + tag + "]=Anwendung\nComment[" + tag + "]=A sentence that says what this is good for\n";
+    }
+    text += "Exec=" + program + " %U\nIcon=example\nStartupWMClass=" + program + "\nCategories=Utility;\n";
+    text += "Actions=new;\n\n[Desktop Action new]\nName=New\nExec=" + program + " --new\n";
+    write(root_ / "share/applications" / (id + ".desktop"), text);
+    if (number != kEntries - 1) write(root_ / "bin" / program, "#!/bin/sh\n");
+  }
+
+  const fs::path& root() const { return root_; }
+  Pid application() const { return children_.front(); }
+  Pid player() const { return chain_.back(); }
+
+  ProcFs processes;
+  DesktopEnvironment environment;
+
+ private:
+  static pid_t start(std::vector<std::string> arguments) {
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    const pid_t parent = ::getpid();
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+      if (::getppid() == parent) ::execv(pointers[0], pointers.data());
+      ::_exit(127);
+    }
+    return pid;
+  }
+
+  // The application, then one shell script below the other, then the player.
+  void startChain() {
+    const std::string application = (root_ / "bin" / ("app-" + std::to_string(kEntries - 1))).string();
+    fs::copy_file(fs::canonical("/bin/sh"), application);
+    const auto level = [&](int generation) { return (root_ / ("level" + std::to_string(generation))).string(); };
+    for (int i = 1; i < kGenerations - 1; ++i) {
+      const std::string next = i + 1 < kGenerations - 1 ? level(i + 1) : "/bin/sleep 600";
+      write(level(i), "#!/bin/sh\nexec 2>/dev/null\n" + next + "\ntrue\n");
+    }
+    children_.push_back(start({application, "-c", level(1) + "; true"}));
+    const LinuxProcessTable table(processes);
+    await([&] {
+      chain_.assign(1, children_.front());
+      for (const Pid pid : processes.all()) {
+        if (table.parentPid(pid) == chain_.back()) chain_.push_back(pid);
+      }
+      return chain_.size() == kGenerations &&
+             processes.executable(chain_.back()) == fs::canonical("/bin/sleep").string();
+    });
+  }
+
+  fs::path root_;
+  std::vector<pid_t> children_;
+  std::vector<pid_t> chain_;
+};
+
+std::unique_ptr<Machine> machine;
+
+struct Desktop {
+  Desktop() {
+    // Folders that were just written are read again and again until their time stamps can be relied on.
+    await([&] {
+      entries.refresh();
+      return std::chrono::file_clock::now() - fs::last_write_time(machine->root() / "share/applications") > 100ms;
+    });
+    entries.refresh();
+  }
+
+  DesktopEntries entries{machine->environment};
+  NoX11Windows windows;
+  Applications applications{machine->processes, entries, windows};
+  LinuxWorkspace workspace{machine->processes, applications};
+};
+
+void nameOfAnApplication(benchmark::State& state) {
+  const Desktop desktop;
+  for (auto _ : state) {
+    const auto application = desktop.workspace.runningApplication(machine->application());
+    if (!application) state.SkipWithError("not found");
+    benchmark::DoNotOptimize(application);
+  }
+}
+BENCHMARK(nameOfAnApplication)->Unit(benchmark::kMicrosecond);
+
+// From a player without a name up to the application, eight processes in all.
+void nameAfterTheLongestWalk(benchmark::State& state) {
+  const Desktop desktop;
+  const LinuxProcessTable table(machine->processes);
+  for (auto _ : state) {
+    Pid pid = machine->player();
+    int seen = 1;
+    auto application = desktop.workspace.runningApplication(pid);
+    for (; !application && seen < kGenerations; ++seen) {
+      pid = table.parentPid(pid).value_or(0);
+      application = desktop.workspace.runningApplication(pid);
+    }
+    if (!application || seen != kGenerations) state.SkipWithError("not found");
+    benchmark::DoNotOptimize(application);
+  }
+}
+BENCHMARK(nameAfterTheLongestWalk)->Unit(benchmark::kMicrosecond);
+
+// What the start costs: everything is read.
+void readAllEntries(benchmark::State& state) {
+  for (auto _ : state) {
+    DesktopEntries entries(machine->environment);
+    entries.refresh();
+    benchmark::DoNotOptimize(entries.withId("org.example.App1"));
+  }
+}
+BENCHMARK(readAllEntries)->Unit(benchmark::kMillisecond);
+
+void refreshWithoutAChange(benchmark::State& state) {
+  Desktop desktop;
+  for (auto _ : state) desktop.entries.refresh();
+}
+BENCHMARK(refreshWithoutAChange)->Unit(benchmark::kMicrosecond);
+
+void refreshAfterOneEntryChanged(benchmark::State& state) {
+  Desktop desktop;
+  for (auto _ : state) {
+    state.PauseTiming();
+    machine->writeEntry(7);
+    desktop.entries.distrust();
+    state.ResumeTiming();
+    desktop.entries.refresh();
+  }
+}
+BENCHMARK(refreshAfterOneEntryChanged)->Unit(benchmark::kMillisecond);
+
+void findRunningApplication(benchmark::State& state) {
+  const Desktop desktop;
+  for (auto _ : state) {
+    const auto running = desktop.workspace.runningApplications("org.example.App" + std::to_string(kEntries - 1));
+    if (running.size() != 1) state.SkipWithError("not found");
+    benchmark::DoNotOptimize(running);
+  }
+  state.counters["processes"] = static_cast<double>(machine->processes.all().size());
+}
+BENCHMARK(findRunningApplication)->Unit(benchmark::kMicrosecond);
+
+void findRunningBrowser(benchmark::State& state) {
+  const Desktop desktop;
+  for (auto _ : state) {
+    const auto running = desktop.workspace.runningApplications("org.chromium.Chromium");
+    if (running.size() != 1) state.SkipWithError("not found");
+    benchmark::DoNotOptimize(running);
+  }
+  state.counters["processes"] = static_cast<double>(machine->processes.all().size());
+}
+BENCHMARK(findRunningBrowser)->Unit(benchmark::kMicrosecond);
+
+void findBrowserThatIsNotInstalled(benchmark::State& state) {
+  const Desktop desktop;
+  for (auto _ : state) benchmark::DoNotOptimize(desktop.workspace.runningApplications("com.google.Chrome"));
+}
+BENCHMARK(findBrowserThatIsNotInstalled)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  machine = std::make_unique<Machine>();
+  benchmark::RunSpecifiedBenchmarks();
+  machine.reset();
+  return 0;
+}

@@ -1,0 +1,198 @@
+#include "platform/linux/apps/desktop_entry.h"
+
+#include <glib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "platform/linux/apps/file_bytes.h"
+#include "platform/linux/apps/program_line.h"
+
+namespace tollvane {
+
+namespace {
+
+// The longest entries there are, with a hundred translations, have some 60 KB.
+constexpr std::size_t kLongestEntry = 1024 * 1024;
+constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
+
+struct FreeKeyFile {
+  void operator()(GKeyFile* file) const { g_key_file_free(file); }
+};
+struct FreeText {
+  void operator()(gchar* text) const { g_free(text); }
+};
+struct FreeTexts {
+  void operator()(gchar** texts) const { g_strfreev(texts); }
+};
+using KeyFile = std::unique_ptr<GKeyFile, FreeKeyFile>;
+using Text = std::unique_ptr<gchar, FreeText>;
+using Texts = std::unique_ptr<gchar*, FreeTexts>;
+
+std::string string(GKeyFile* file, const char* key) {
+  const Text text(g_key_file_get_string(file, kGroup, key, nullptr));
+  return text ? std::string(text.get()) : std::string();
+}
+
+bool boolean(GKeyFile* file, const char* key) { return g_key_file_get_boolean(file, kGroup, key, nullptr) != FALSE; }
+
+std::vector<std::string> list(GKeyFile* file, const char* key) {
+  const Texts texts(g_key_file_get_string_list(file, kGroup, key, nullptr, nullptr));
+  std::vector<std::string> result;
+  for (gchar** text = texts.get(); text != nullptr && *text != nullptr; ++text) result.emplace_back(*text);
+  return result;
+}
+
+bool contains(const std::vector<std::string>& list, std::string_view text) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+bool shownOn(std::string_view desktops, GKeyFile* file) {
+  const auto only = list(file, G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN);
+  const auto never = list(file, G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN);
+  // The first of the current desktop's names that either list holds decides.
+  while (!desktops.empty()) {
+    const std::string_view desktop = desktops.substr(0, desktops.find(':'));
+    desktops.remove_prefix(std::min(desktop.size() + 1, desktops.size()));
+    if (contains(only, desktop)) return true;
+    if (contains(never, desktop)) return false;
+  }
+  return only.empty();
+}
+
+// Only the first group is of interest, and the others (a browser's actions in a hundred languages) are most of the
+// text.
+void keepFirstGroup(std::string& text) {
+  const auto header = text.find("[Desktop Entry]");
+  if (header == std::string::npos) return;
+  const auto next = text.find("\n[", header);
+  if (next != std::string::npos) text.resize(next + 1);
+}
+
+// "%U" is nothing, "--name=%c" is nothing that can be compared with, "100%%" is "100%".
+std::optional<std::string> withoutFieldCodes(std::string_view argument) {
+  std::string result;
+  for (std::size_t i = 0; i < argument.size(); ++i) {
+    if (argument[i] != '%') {
+      result += argument[i];
+    } else if (i + 1 < argument.size() && argument[i + 1] == '%') {
+      result += argument[++i];
+    } else {
+      return std::nullopt;
+    }
+  }
+  return result;
+}
+
+std::vector<std::string> commandLine(const std::string& exec) {
+  std::vector<std::string> command;
+  gchar** parsed = nullptr;
+  if (exec.empty() || !g_shell_parse_argv(exec.c_str(), nullptr, &parsed, nullptr)) return command;
+  const Texts arguments(parsed);
+  for (gchar** argument = arguments.get(); *argument != nullptr; ++argument) {
+    if (auto plain = withoutFieldCodes(*argument)) command.push_back(std::move(*plain));
+  }
+  // Flatpak encloses the field code of file names in these.
+  std::erase_if(command, [](const std::string& argument) { return argument == "@@" || argument == "@@u"; });
+  return withoutPrefixes(std::move(command));
+}
+
+// Empty when there is no such program.
+std::string findProgram(std::string_view name, std::string_view searchPath) {
+  if (name.empty()) return {};
+  if (name.find('/') != std::string_view::npos) {
+    std::string path(name);
+    return name.front() == '/' && ::access(path.c_str(), X_OK) == 0 ? path : std::string();
+  }
+  while (!searchPath.empty()) {
+    const std::string_view folder = searchPath.substr(0, searchPath.find(':'));
+    searchPath.remove_prefix(std::min(folder.size() + 1, searchPath.size()));
+    if (!folder.starts_with('/')) continue;
+    std::string path = std::string(folder) + "/" + std::string(name);
+    if (::access(path.c_str(), X_OK) == 0) return path;
+  }
+  return {};
+}
+
+std::string realPathOf(const std::string& path) { return path.empty() ? path : realPath(path).value_or(std::string()); }
+
+bool saysNothing(std::string_view path) { return isInterpreter(path) || isLauncher(path); }
+
+}  // namespace
+
+bool DesktopEntry::isInterpretersOwn() const { return command.size() == 1 && isInterpreter(command.front()); }
+
+std::string sanitized(std::string_view text) {
+  const auto length = static_cast<gssize>(text.size());
+  if (g_utf8_validate(text.data(), length, nullptr)) return std::string(text);
+  const Text valid(g_utf8_make_valid(text.data(), length));
+  return std::string(valid.get());
+}
+
+std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view currentDesktop) {
+  keepFirstGroup(text);
+  text = sanitized(text);
+  const KeyFile owner(g_key_file_new());
+  GKeyFile* file = owner.get();
+  // Without KEEP_TRANSLATIONS GLib keeps the user's languages only.
+  if (!g_key_file_load_from_data(file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr)) return std::nullopt;
+
+  DesktopEntry entry;
+  entry.hidden = boolean(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN);
+  const std::string type = string(file, G_KEY_FILE_DESKTOP_KEY_TYPE);
+  // Who deletes an entry of the system by one of his own often leaves everything else out.
+  if (type != G_KEY_FILE_DESKTOP_TYPE_APPLICATION && !(type.empty() && entry.hidden)) return std::nullopt;
+  const Text name(g_key_file_get_locale_string(file, kGroup, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
+  if (name) entry.name = name.get();
+  entry.command = commandLine(string(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
+  entry.tryExec = string(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  entry.startupWmClass = string(file, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
+  entry.flatpakId = string(file, "X-Flatpak");
+  entry.snapInstance = string(file, "X-SnapInstanceName");
+  entry.noDisplay = boolean(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
+  entry.terminal = boolean(file, G_KEY_FILE_DESKTOP_KEY_TERMINAL);
+  entry.shownHere = shownOn(currentDesktop, file);
+  const auto categories = list(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES);
+  entry.isTerminalEmulator = contains(categories, "TerminalEmulator");
+  entry.isFileManager = contains(categories, "FileManager");
+  entry.isWebBrowser = contains(categories, "WebBrowser");
+  return entry;
+}
+
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string_view currentDesktop) {
+  auto text = readPlainFile(path, kLongestEntry);
+  if (!text) return std::nullopt;
+  auto entry = parseDesktopEntry(std::move(*text), currentDesktop);
+  if (entry) entry->path = path;
+  return entry;
+}
+
+void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
+  entry.program.clear();
+  entry.realProgram.clear();
+  entry.realTryExec.clear();
+  entry.script.clear();
+  if (!entry.command.empty()) {
+    const std::string& first = entry.command.front();
+    const std::string program = findProgram(first, searchPath);
+    const std::string real = realPathOf(program);
+    if (isInterpreter(first) || isInterpreter(real)) {
+      const auto script = scriptOf(isInterpreter(real) ? real : first, entry.command);
+      if (script && script->starts_with('/')) entry.script = realPath(*script).value_or(*script);
+      if (script && entry.script.empty()) entry.script = lastComponent(*script);
+    } else if (!saysNothing(first)) {
+      entry.program = program;
+      // A link to a launcher (each /snap/bin/NAME is one) says as little as the launcher, but its own name does.
+      if (!saysNothing(real)) entry.realProgram = real;
+    }
+  }
+  if (entry.tryExec.empty()) return;
+  const std::string tryExec = findProgram(entry.tryExec, searchPath);
+  entry.installed = !tryExec.empty();
+  const std::string real = realPathOf(tryExec);
+  if (!saysNothing(tryExec) && !saysNothing(real)) entry.realTryExec = real;
+}
+
+}  // namespace tollvane

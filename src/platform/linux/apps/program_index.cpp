@@ -1,0 +1,119 @@
+#include "platform/linux/apps/program_index.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+#include "platform/linux/apps/program_line.h"
+
+namespace tollvane {
+
+namespace {
+
+const ProgramIndex::Entries kNone;
+
+// Names that say nothing about whose script it is.
+constexpr std::string_view kCommonScriptNames[] = {
+    "main", "__main__", "app", "index", "run", "start", "launcher", "gui", "cli", "launch", "server", "client", "test"};
+
+auto rank(const DesktopEntry& entry) {
+  return std::tuple(!entry.isRegular(), entry.hidden, entry.extraArguments(), entry.id.size(),
+                    std::string_view(entry.id));
+}
+
+template <typename Table>
+const ProgramIndex::Entries* find(const Table& table, std::string_view key) {
+  const auto found = table.find(std::string(key));
+  return found == table.end() ? nullptr : &found->second;
+}
+
+template <typename Table>
+void add(Table& table, std::string_view key, const ProgramIndex::Entry& entry) {
+  if (key.empty()) return;
+  auto& entries = table[std::string(key)];
+  if (entries.empty() || entries.back() != entry) entries.push_back(entry);
+}
+
+bool isCommonScriptName(std::string_view name) {
+  return std::find(std::begin(kCommonScriptNames), std::end(kCommonScriptNames), name) != std::end(kCommonScriptNames);
+}
+
+}  // namespace
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
+ProgramIndex::ProgramIndex(Entries entries) : entries_(std::move(entries)) {
+  std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return rank(*a) < rank(*b); });
+  for (const Entry& entry : entries_) {
+    if (entry->isInterpretersOwn()) continue;
+    add(byProgram_, entry->program, entry);
+    add(byProgram_, entry->realProgram, entry);
+    add(byTryExec_, entry->realTryExec, entry);
+    for (const std::string& file : {entry->realProgram, entry->script}) {
+      const std::string_view folder = directoryOf(file);
+      if (!isSharedDirectory(folder)) add(byFolder_, folder, entry);
+    }
+    if (!entry->command.empty()) {
+      const std::string& program = entry->command.front();
+      if (!isInterpreter(program) && !isLauncher(program)) add(byName_, lastComponent(program), entry);
+    }
+    add(byScript_, entry->script, entry);
+    add(byClass_, lowerCase(entry->startupWmClass), entry);
+  }
+  // A class that an entry claims goes before one that is merely its file's name.
+  for (const Entry& entry : entries_) {
+    if (!entry->isInterpretersOwn()) add(byClass_, lowerCase(entry->id), entry);
+  }
+}
+
+// Absent, too, when several programs share the folder and none of them has this name: then it tells nothing.
+const ProgramIndex::Entries* ProgramIndex::inFolder(std::string_view folder, std::string_view name) const {
+  if (isSharedDirectory(folder)) return nullptr;
+  const Entries* entries = find(byFolder_, folder);
+  if (entries == nullptr) return nullptr;
+  const bool oneProgram = std::all_of(entries->begin(), entries->end(), [&](const Entry& entry) {
+    return entry->realProgram == entries->front()->realProgram && entry->script == entries->front()->script;
+  });
+  if (oneProgram) return entries;
+  const Entries* named = find(byName_, name);
+  const bool allHere = named != nullptr && std::all_of(named->begin(), named->end(), [&](const Entry& entry) {
+                         return directoryOf(entry->realProgram) == folder;
+                       });
+  return allHere ? named : nullptr;
+}
+
+const ProgramIndex::Entries& ProgramIndex::ofExecutable(const std::string& executable) const {
+  const std::string_view name = lastComponent(executable);
+  if (const Entries* entries = find(byProgram_, executable)) return *entries;
+  if (const Entries* entries = find(byTryExec_, executable)) return *entries;
+  if (const Entries* entries = inFolder(directoryOf(executable), name)) return *entries;
+  if (const Entries* entries = find(byName_, name)) return *entries;
+  if (const Entries* entries = find(byClass_, lowerCase(name))) return *entries;
+  return kNone;
+}
+
+const ProgramIndex::Entries& ProgramIndex::ofScript(const std::string& script) const {
+  if (const Entries* entries = find(byProgram_, script)) return *entries;
+  if (const Entries* entries = find(byScript_, script)) return *entries;
+  const std::string_view name = lastComponent(script);
+  const std::string_view bare = withoutScriptEnding(name);
+  if (const Entries* entries = inFolder(directoryOf(script), bare)) return *entries;
+  if (const Entries* entries = find(byScript_, name)) return *entries;
+  if (isCommonScriptName(bare)) return kNone;
+  if (const Entries* entries = find(byName_, name)) return *entries;
+  if (const Entries* entries = find(byName_, bare)) return *entries;
+  return kNone;
+}
+
+const ProgramIndex::Entries& ProgramIndex::ofWindowClass(std::string_view windowClass) const {
+  const Entries* entries = find(byClass_, lowerCase(windowClass));
+  return entries == nullptr ? kNone : *entries;
+}
+
+}  // namespace tollvane

@@ -1,0 +1,56 @@
+// Finds the desktop entry that a program belongs to. Made from all entries at once, and made anew when they change.
+//
+// Every answer is a list, the best entry first: ordinary applications before hidden ones and tools, then the entry that
+// gives its program the fewest arguments (the browser itself before its private window). An interpreter's own entry is
+// never among them. One thread at a time.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/linux/apps/desktop_entry.h"
+
+namespace tollvane {
+
+class ProgramIndex {
+ public:
+  using Entry = std::shared_ptr<const DesktopEntry>;
+  using Entries = std::vector<Entry>;
+
+  explicit ProgramIndex(Entries entries);
+
+  // By the real path of a running program. In this order: the very program of an entry; its TryExec; the program that
+  // an entry's wrapper stands beside (/opt/example/example-browser -> /opt/example/browser); a program of the same name
+  // somewhere else (/usr/bin/example -> /usr/lib/example/example); StartupWMClass.
+  const Entries& ofExecutable(const std::string& executable) const;
+
+  // By the script that an interpreter runs: a real path, or the name of a module, class or Windows program.
+  const Entries& ofScript(const std::string& script) const;
+
+  // By a window's class, as StartupWMClass or as an entry's id, in any case.
+  const Entries& ofWindowClass(std::string_view windowClass) const;
+
+  // All, in order of rank.
+  const Entries& all() const { return entries_; }
+
+ private:
+  using Table = std::unordered_map<std::string, Entries>;
+
+  const Entries* inFolder(std::string_view folder, std::string_view name) const;
+
+  Entries entries_;
+  Table byProgram_;  // by path, links followed and not followed
+  Table byTryExec_;
+  Table byFolder_;
+  Table byName_;
+  Table byScript_;
+  Table byClass_;
+};
+
+// Lower-case ASCII; other characters as they are.
+std::string lowerCase(std::string_view text);
+
+}  // namespace tollvane

@@ -1,0 +1,225 @@
+#include "platform/linux/apps/desktop_entries.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+#include "fake_system.h"
+
+namespace tollvane {
+namespace {
+
+namespace fs = std::filesystem;
+using test::FakeSystem;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+
+DesktopEntries& refreshed(FakeSystem& system) {
+  system.entries().refresh();
+  return system.entries();
+}
+
+std::string nameOf(const DesktopEntries::Entry& entry) { return entry ? entry->name : "(none)"; }
+
+TEST(DesktopEntries, TheFirstFolderWinsAnId) {
+  FakeSystem system;
+  system.entry("player", "Name=System's\nExec=player\n");
+  system.entry("player", "Name=Mine\nExec=player\n", "/home/share");
+  EXPECT_EQ(nameOf(refreshed(system).withId("player")), "Mine");
+  EXPECT_THAT(system.entries().programs().all(), SizeIs(1));
+}
+
+TEST(DesktopEntries, AnUnreadableOverrideDoesNotHideTheEntryBelow) {
+  FakeSystem system;
+  system.entry("player", "Name=System's\nExec=player\n");
+  test::writeFile(system.at("/home/share/applications/player.desktop"),
+                  "\x7f"
+                  "ELF nonsense");
+  EXPECT_EQ(nameOf(refreshed(system).withId("player")), "System's");
+}
+
+TEST(DesktopEntries, FoldersBelowArePartOfTheId) {
+  FakeSystem system;
+  system.entry("kde4/okular", "Name=Okular\nExec=okular\n");
+  system.entry("a/b/c", "Name=Deep\nExec=c\n");
+  EXPECT_EQ(nameOf(refreshed(system).withId("kde4-okular")), "Okular");
+  EXPECT_EQ(nameOf(system.entries().withId("a-b-c")), "Deep");
+  EXPECT_EQ(system.entries().withId("okular"), nullptr);
+}
+
+TEST(DesktopEntries, IdsAreFoundWithEndingAndInAnyCase) {
+  FakeSystem system;
+  system.entry("org.example.Player", "Name=Player\nExec=player\n");
+  const DesktopEntries& entries = refreshed(system);
+  EXPECT_EQ(nameOf(entries.withId("org.example.Player")), "Player");
+  EXPECT_EQ(nameOf(entries.withId("org.example.Player.desktop")), "Player");
+  EXPECT_EQ(nameOf(entries.withId("ORG.example.player")), "Player");
+  EXPECT_EQ(entries.withId("org.example"), nullptr);
+  EXPECT_EQ(entries.withId(""), nullptr);
+}
+
+TEST(DesktopEntries, OddThingsInTheFoldersDoNoHarm) {
+  FakeSystem system;
+  const fs::path folder = system.at("/usr/share/applications");
+  system.entry("good", "Name=Good\nExec=good\n");
+  ASSERT_EQ(::mkfifo((folder / "pipe.desktop").c_str(), 0600), 0);
+  fs::create_directories(folder / "folder.desktop");
+  fs::create_directory_symlink(folder, folder / "circle");
+  fs::create_directory_symlink(folder.parent_path(), folder / "outside");
+  fs::create_symlink("self.desktop", folder / "self.desktop");
+  fs::create_symlink("/nonexistent", folder / "dangling.desktop");
+  test::writeFile(folder / "huge.desktop", std::string(3'000'000, 'x'));
+  std::string binary;
+  for (int i = 0; i < 100'000; ++i) binary += static_cast<char>(i * 7919 >> 3);
+  test::writeFile(folder / "binary.desktop", binary);
+  test::writeFile(folder / "caf\xe9.desktop", "[Desktop Entry]\nType=Application\nName=Caf\xe9\nExec=cafe\n");
+  test::writeFile(folder / ".desktop", "[Desktop Entry]\nType=Application\nName=Nameless\n");
+  test::writeFile(folder / "locked.desktop", "[Desktop Entry]\nType=Application\nName=Locked\n");
+  fs::permissions(folder / "locked.desktop", fs::perms::none);
+
+  const DesktopEntries& entries = refreshed(system);
+  EXPECT_EQ(nameOf(entries.withId("good")), "Good");
+  EXPECT_EQ(nameOf(entries.withId("caf\xe9")), "Caf\uFFFD");
+  for (const char* id : {"pipe", "folder", "self", "dangling", "huge", "binary", "circle-good", "outside-good"})
+    EXPECT_EQ(entries.withId(id), nullptr) << id;
+}
+
+TEST(DesktopEntries, ChangesAreSeenAtTheNextLook) {
+  FakeSystem system;
+  system.entry("one", "Name=One\nExec=one\n");
+  DesktopEntries& entries = refreshed(system);
+  const auto before = entries.generation();
+  entries.refresh();
+  EXPECT_EQ(entries.generation(), before) << "nothing changed";
+
+  const fs::path two = system.entry("two", "Name=Two\nExec=two\n");
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("two")), "Two");
+
+  fs::remove(two);
+  entries.refresh();
+  EXPECT_EQ(entries.withId("two"), nullptr);
+  EXPECT_EQ(nameOf(entries.withId("one")), "One");
+}
+
+TEST(DesktopEntries, ChangesThatFollowEachOtherAtOnceAreAllSeen) {
+  FakeSystem system;
+  DesktopEntries& entries = refreshed(system);
+  // Within one tick of the file system's clock a folder's time does not tell the second change from the first.
+  for (int i = 0; i < 200; ++i) {
+    const std::string id = "entry" + std::to_string(i);
+    system.entry(id, "Name=" + id + "\nExec=x\n");
+    entries.refresh();
+    ASSERT_EQ(nameOf(entries.withId(id)), id);
+  }
+}
+
+TEST(DesktopEntries, AFolderThatAppearsLaterIsSeen) {
+  FakeSystem system;
+  DesktopEntries& entries = refreshed(system);
+  EXPECT_THAT(entries.programs().all(), IsEmpty());
+  system.entry("new", "Name=New\nExec=new\n", "/home/share");
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("new")), "New");
+  system.entry("below/newer", "Name=Newer\nExec=newer\n", "/home/share");
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("below-newer")), "Newer");
+}
+
+TEST(DesktopEntries, AFileThatWasReplacedIsReadAgainAndTheOthersAreKept) {
+  FakeSystem system;
+  system.entry("kept", "Name=Kept\nExec=kept\n");
+  const fs::path file = system.entry("player", "Name=Old\nExec=player\n");
+  DesktopEntries& entries = refreshed(system);
+  test::writeFile(file.string() + ".new", "[Desktop Entry]\nType=Application\nName=New\nExec=player\n");
+  fs::rename(file.string() + ".new", file);
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "New");
+  EXPECT_EQ(nameOf(entries.withId("kept")), "Kept");
+}
+
+TEST(DesktopEntries, AFileThatWasWrittenInPlaceIsNoticedByWhoUsesIt) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  const fs::path file = system.entry("player", "Name=Old\nExec=player\n");
+  system.process({.pid = 100, .executable = system.at("/usr/bin/player")});
+  EXPECT_EQ(system.workspace().runningApplication(100)->localizedName, "Old");
+  test::writeFile(file, "[Desktop Entry]\nType=Application\nName=Changed\nExec=player\n");
+  EXPECT_EQ(system.workspace().runningApplication(100)->localizedName, "Changed");
+}
+
+TEST(DesktopEntries, HiddenOnesHideThoseBelow) {
+  FakeSystem system;
+  system.entry("player", "Name=Player\nExec=player\n");
+  test::writeFile(system.at("/home/share/applications/player.desktop"), "[Desktop Entry]\nHidden=true\n");
+  const auto entry = refreshed(system).withId("player");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_TRUE(entry->hidden);
+  EXPECT_EQ(system.entries().named("Player"), nullptr);
+  EXPECT_FALSE(system.workspace().urlForApplication("player"));
+}
+
+class EnvironmentVariables : public ::testing::Test {
+ protected:
+  void set(const char* name, const char* value) {
+    const char* old = std::getenv(name);
+    old_.emplace_back(name, old == nullptr ? std::nullopt : std::optional<std::string>(old));
+    value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1);
+  }
+  ~EnvironmentVariables() override {
+    for (auto variable = old_.rbegin(); variable != old_.rend(); ++variable)
+      variable->second ? ::setenv(variable->first.c_str(), variable->second->c_str(), 1)
+                       : ::unsetenv(variable->first.c_str());
+  }
+
+ private:
+  std::vector<std::pair<std::string, std::optional<std::string>>> old_;
+};
+
+TEST_F(EnvironmentVariables, DefaultsAreThoseOfTheBaseDirectories) {
+  set("HOME", "/home/me");
+  set("XDG_DATA_HOME", nullptr);
+  set("XDG_DATA_DIRS", nullptr);
+  EXPECT_THAT(DesktopEnvironment::current().dataFolders,
+              ElementsAre("/home/me/.local/share", "/usr/local/share", "/usr/share",
+                          "/home/me/.local/share/flatpak/exports/share", "/var/lib/flatpak/exports/share",
+                          "/var/lib/snapd/desktop"));
+}
+
+TEST_F(EnvironmentVariables, GivenFoldersComeInTheirOrderAndOnce) {
+  set("HOME", "/home/me");
+  set("XDG_DATA_HOME", "/data/");
+  set("XDG_DATA_DIRS", "relative:/var/lib/snapd/desktop::/usr/share/:/usr/share");
+  EXPECT_THAT(DesktopEnvironment::current().dataFolders,
+              ElementsAre("/data", "/var/lib/snapd/desktop", "/usr/share", "/data/flatpak/exports/share",
+                          "/home/me/.local/share/flatpak/exports/share", "/var/lib/flatpak/exports/share"));
+}
+
+TEST_F(EnvironmentVariables, ARelativeDataHomeIsIgnored) {
+  set("HOME", "/home/me");
+  set("XDG_DATA_HOME", "data");
+  EXPECT_EQ(DesktopEnvironment::current().dataFolders.front(), "/home/me/.local/share");
+}
+
+TEST_F(EnvironmentVariables, AUserWithoutAHomeHasTheSystemsEntries) {
+  set("HOME", nullptr);
+  set("XDG_DATA_HOME", nullptr);
+  set("XDG_DATA_DIRS", nullptr);
+  set("PATH", nullptr);
+  const auto environment = DesktopEnvironment::current();
+  EXPECT_EQ(environment.dataFolders.front(), "/usr/local/share");
+  EXPECT_THAT(environment.searchPath, ::testing::HasSubstr("/usr/bin"));
+}
+
+}  // namespace
+}  // namespace tollvane

@@ -1,0 +1,98 @@
+// A system of a test's own in a temporary directory: programs, desktop entries and processes, as files that look like
+// the real ones. Gone with the object. One thread.
+//
+//   FakeSystem system;
+//   system.program("/usr/bin/player");
+//   system.entry("player", "Name=Player\nExec=player %U\n");
+//   system.process({.pid = 100, .executable = system.at("/usr/bin/player")});
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/apps/applications.h"
+#include "platform/linux/apps/linux_workspace.h"
+
+namespace tollvane::test {
+
+class TemporaryDirectory {
+ public:
+  TemporaryDirectory();
+  ~TemporaryDirectory();
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Writes a file and what is missing above it.
+void writeFile(const std::filesystem::path& file, std::string_view content);
+
+// Windows that a test makes up.
+class FakeWindows : public X11Windows {
+ public:
+  const std::vector<X11Window>& normalWindows() override {
+    ++questions;
+    return windows;
+  }
+
+  std::vector<X11Window> windows;
+  int questions = 0;
+};
+
+struct FakeProcess {
+  Pid pid = 0;
+  Pid parent = 1;
+  std::string executable = {};  // empty: the kernel does not tell
+  std::vector<std::string> arguments = {};
+  std::vector<std::string> environment = {};
+  std::string cgroup = "/init.scope";
+  std::string command = "program";
+  std::string flatpakInfo = {};
+  std::uint64_t startTime = 1000;
+  char state = 'S';
+};
+
+class FakeSystem {
+ public:
+  FakeSystem();
+
+  // The place of a path within this system.
+  std::string at(std::string_view path) const;
+
+  std::string program(std::string_view path, std::string_view content = "#!/bin/sh\n");
+  void link(std::string_view path, std::string_view target);
+
+  // An entry of the system, or with a folder of one's own. "Type=Application" is added, and "@" in the text stands for
+  // this system's root.
+  std::filesystem::path entry(std::string_view id, std::string_view text, std::string_view folder = "/usr/share");
+
+  void process(const FakeProcess& process);
+
+  // Everything below is made at the first use; the environment can be changed until then.
+  DesktopEnvironment environment;
+  FakeWindows windows;
+  DesktopEntries& entries();
+  Applications& applications();
+  LinuxWorkspace& workspace();
+
+  const ProcFs& processes() const { return processes_; }
+  std::optional<std::string> idOf(Pid pid) { return applications().desktopIdOf(pid); }
+
+ private:
+  TemporaryDirectory directory_;
+  ProcFs processes_;
+  std::unique_ptr<DesktopEntries> entries_;
+  std::unique_ptr<Applications> applications_;
+  std::unique_ptr<LinuxWorkspace> workspace_;
+};
+
+}  // namespace tollvane::test

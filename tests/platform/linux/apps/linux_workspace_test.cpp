@@ -1,0 +1,354 @@
+#include "platform/linux/apps/linux_workspace.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "fake_system.h"
+#include "platform/linux/apps/linux_process_table.h"
+
+namespace tollvane {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using test::FakeSystem;
+
+TEST(LinuxWorkspace, WhatIsNotARegularEntryIsAnAccessoryWithAName) {
+  FakeSystem system;
+  for (const char* name : {"hidden", "tool", "foreign", "plain"}) system.program(std::string("/usr/bin/") + name);
+  system.entry("hidden", "Name=Hidden One\nExec=hidden\nNoDisplay=true\n");
+  system.entry("tool", "Name=Tool\nExec=tool\nTerminal=true\n");
+  system.entry("foreign", "Name=Foreign\nExec=foreign\nOnlyShowIn=Elsewhere;\n");
+  system.entry("plain", "Name=Plain\nExec=plain\n");
+  Pid pid = 100;
+  for (const char* name : {"hidden", "tool", "foreign", "plain"})
+    system.process({.pid = pid++, .executable = system.at(std::string("/usr/bin/") + name)});
+  const auto& workspace = system.workspace();
+  for (const Pid accessory : {100, 101, 102})
+    EXPECT_EQ(workspace.runningApplication(accessory)->activationPolicy, ActivationPolicy::accessory);
+  EXPECT_EQ(workspace.runningApplication(100)->localizedName, "Hidden One");
+  EXPECT_EQ(workspace.runningApplication(103)->activationPolicy, ActivationPolicy::regular);
+}
+
+TEST(LinuxWorkspace, AWindowMakesAProcessRegular) {
+  FakeSystem system;
+  system.program("/usr/bin/hidden");
+  system.entry("hidden", "Name=Hidden One\nExec=hidden\nNoDisplay=true\n");
+  system.process({.pid = 100, .executable = system.at("/usr/bin/hidden")});
+  system.process({.pid = 101, .executable = "/home/me/radio"});
+  system.process({.pid = 102, .executable = "/usr/bin/python3.11", .arguments = {"python3", "/home/me/radio.py"}});
+  system.process({.pid = 103, .executable = "/home/me/nameless"});
+  system.windows.windows = {{100, "x", "X"}, {101, "radio", "Radio\xff"}, {102, "python3", "python3"}, {103, "", ""}};
+  const auto named = [&](Pid pid) {
+    const auto application = system.workspace().runningApplication(pid);
+    EXPECT_EQ(application->activationPolicy, ActivationPolicy::regular);
+    return application->localizedName.value_or("");
+  };
+  EXPECT_EQ(named(100), "Hidden One");
+  EXPECT_EQ(named(101), "Radio\uFFFD");
+  EXPECT_EQ(named(102), "radio.py") << "never the interpreter";
+  EXPECT_EQ(named(103), "nameless");
+}
+
+TEST(LinuxWorkspace, ASandboxWithoutAnEntryIsNamedByTheEndOfItsId) {
+  FakeSystem system;
+  system.process({.pid = 100, .executable = "/app/x", .flatpakInfo = "[Application]\nname=org.example.Player\n"});
+  const auto application = system.workspace().runningApplication(100);
+  EXPECT_EQ(application->localizedName, "Player");
+  EXPECT_EQ(application->activationPolicy, ActivationPolicy::accessory);
+}
+
+TEST(LinuxWorkspace, AnInterpretersOwnEntryIsNeverTheApplication) {
+  FakeSystem system;
+  const std::string python = system.program("/usr/bin/python3.11");
+  system.entry("python3.11", "Name=Python\nExec=@/usr/bin/python3.11\n");
+  system.process({.pid = 100, .executable = python, .arguments = {"python3", "/home/me/x.py"}});
+  system.process({.pid = 101, .executable = python, .arguments = {"python3"}});
+  system.windows.windows = {{101, "python3.11", "python3.11"}};
+  EXPECT_FALSE(system.workspace().runningApplication(100));
+  EXPECT_NE(system.workspace().runningApplication(101)->localizedName, "Python");
+}
+
+TEST(LinuxWorkspace, NamesLeadToVisibleEntriesOnly) {
+  FakeSystem system;
+  const auto file = system.entry("player", "Name=My Player\nExec=player\n");
+  system.entry("aaa", "Name=My Player\nExec=aaa\nNoDisplay=true\n");
+  const auto& workspace = system.workspace();
+  EXPECT_EQ(workspace.urlForApplicationNamed("My Player"), file);
+  EXPECT_FALSE(workspace.urlForApplicationNamed("my player"));
+  EXPECT_FALSE(workspace.urlForApplicationNamed("My"));
+  EXPECT_FALSE(workspace.urlForApplicationNamed(""));
+}
+
+TEST(LinuxWorkspace, DisplayNamesComeFromEntriesElseFromThePath) {
+  FakeSystem system;
+  const auto file = system.entry("player", "Name=My Player\nExec=player\n");
+  test::writeFile(system.at("/loose.desktop"), "[Desktop Entry]\nType=Application\nName=Loose\n");
+  const auto& workspace = system.workspace();
+  EXPECT_EQ(workspace.displayName(file), "My Player");
+  EXPECT_EQ(workspace.displayName(system.at("/loose.desktop")), "Loose");
+  EXPECT_EQ(workspace.displayName("/nowhere/gone.desktop"), "gone.desktop");
+  EXPECT_EQ(workspace.displayName("/usr/bin/mpv"), "mpv");
+  EXPECT_EQ(workspace.displayName("/opt/Example/"), "Example");
+  EXPECT_EQ(workspace.displayName("/opt/caf\xe9"), "caf\uFFFD");
+  EXPECT_EQ(workspace.displayName(""), "");
+}
+
+TEST(LinuxWorkspace, NobodyIsLookedForWhenNothingIsInstalled) {
+  FakeSystem system;
+  system.process({.pid = 100, .executable = "/opt/google/chrome/chrome"});
+  EXPECT_TRUE(system.workspace().runningApplications("com.google.Chrome").empty());
+  EXPECT_TRUE(system.workspace().runningApplications("com.apple.Safari").empty());
+  EXPECT_FALSE(system.workspace().urlForApplication("com.google.Chrome"));
+}
+
+std::vector<Pid> pidsOf(FakeSystem& system, std::string_view bundleID) {
+  std::vector<Pid> pids;
+  for (const auto& application : system.workspace().runningApplications(bundleID)) pids.push_back(application.pid);
+  return pids;
+}
+
+TEST(RunningApplications, WhoIsKnownByTheUnitAloneIsFoundToo) {
+  FakeSystem system;
+  system.program("/usr/bin/radio");  // a script that starts something of another name
+  system.entry("radio", "Name=Radio\nExec=radio\n");
+  const std::string unit = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-gnome-radio-7.scope";
+  system.process({.pid = 100, .executable = "/usr/lib/other/backend", .cgroup = unit});
+  system.process({.pid = 101, .executable = "/usr/lib/other/backend"});
+  EXPECT_EQ(pidsOf(system, "radio"), std::vector<Pid>{100});
+}
+
+TEST(RunningApplications, ScriptsAndWindowsAreFoundToo) {
+  FakeSystem system;
+  system.program("/usr/bin/tuner");
+  system.entry("tuner", "Name=Tuner\nExec=tuner\nStartupWMClass=TunerWindow\n");
+  system.process(
+      {.pid = 100, .executable = "/usr/bin/python3.11", .arguments = {"python3", system.at("/usr/bin/tuner")}});
+  system.process({.pid = 101, .executable = "/usr/lib/other/viewer"});
+  system.process({.pid = 102, .executable = "/usr/lib/other/viewer"});
+  system.windows.windows = {{101, "x", "TunerWindow"}};
+  EXPECT_EQ(pidsOf(system, "tuner"), (std::vector<Pid>{100, 101}));
+}
+
+TEST(RunningApplications, AnApplicationInAContainerIsFoundWhateverItsExecutableIs) {
+  FakeSystem system;
+  system.entry("org.example.Player", "Name=Player\nExec=/usr/bin/flatpak run org.example.Player\n");
+  const std::string python = system.program("/usr/bin/python3.11");
+  const std::string info = "[Application]\nname=org.example.Player\n";
+  system.process({.pid = 100, .executable = "/app/bin/player", .flatpakInfo = info});
+  system.process({.pid = 101, .executable = python, .arguments = {"python3", "/app/x.py"}, .flatpakInfo = info});
+  system.process({.pid = 102, .executable = "/usr/bin/only-in-the-runtime", .flatpakInfo = info});
+  system.process({.pid = 103, .executable = "/app/bin/player", .flatpakInfo = "[Application]\nname=org.x.Other\n"});
+  EXPECT_EQ(pidsOf(system, "org.example.Player"), (std::vector<Pid>{100, 101, 102}));
+}
+
+TEST(RunningApplications, ABrowsersWrapperScriptIsNotTheBrowser) {
+  FakeSystem system;
+  system.program("/usr/bin/chromium");
+  system.entry("chromium", "Name=Chromium\nExec=@/usr/bin/chromium %U\n");
+  system.process({.pid = 100,
+                  .executable = "/usr/bin/dash",
+                  .arguments = {"/bin/sh", system.at("/usr/bin/chromium")},
+                  .startTime = 1});
+  system.process({.pid = 101, .parent = 100, .executable = "/usr/lib/chromium/chromium", .startTime = 2});
+  EXPECT_EQ(pidsOf(system, "org.chromium.Chromium"), std::vector<Pid>{101});
+}
+
+TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNobody) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  const auto file = system.entry("player", "Name=Old\nExec=player\n");
+  for (const Pid pid : {100, 101}) system.process({.pid = pid, .executable = system.at("/usr/bin/player")});
+  EXPECT_EQ(pidsOf(system, "player"), (std::vector<Pid>{100, 101}));
+  test::writeFile(file, "[Desktop Entry]\nType=Application\nName=Changed\nExec=player\n");
+  EXPECT_EQ(pidsOf(system, "player"), (std::vector<Pid>{100, 101}));
+}
+
+TEST(RunningApplications, ProcessesOfOtherUsersAreNotListed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs the right to give files away";
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  for (const Pid pid : {100, 101}) system.process({.pid = pid, .executable = system.at("/usr/bin/player")});
+  ASSERT_EQ(::chown((system.processes().root() / "100").c_str(), 12345, 12345), 0);
+  EXPECT_EQ(pidsOf(system, "player"), std::vector<Pid>{101});
+}
+
+bool eventually(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + 20s;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(2ms);
+  }
+  return true;
+}
+
+// A real program, ended with the object or with the test.
+class Child {
+ public:
+  explicit Child(std::vector<std::string> arguments) {
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    const pid_t parent = ::getpid();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+      if (::getppid() == parent) ::execv(pointers[0], pointers.data());
+      ::_exit(127);
+    }
+  }
+  ~Child() { end(); }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  Pid pid() const { return pid_; }
+
+  void kill() const { ::kill(pid_, SIGKILL); }
+
+  void end() {
+    if (pid_ <= 0) return;
+    kill();
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+
+ private:
+  pid_t pid_;
+};
+
+// Real processes of this machine, with entries of the test's own.
+class RealProcesses : public ::testing::Test {
+ protected:
+  RealProcesses()
+      : entries(system.environment), applications(processes, entries, windows), workspace(processes, applications) {}
+
+  void awaitExecutable(Pid pid, const std::string& executable) {
+    // The kernel tells the executable a moment before the arguments.
+    ASSERT_TRUE(
+        eventually([&] { return processes.executable(pid) == executable && !processes.arguments(pid).empty(); }));
+  }
+
+  FakeSystem system;
+  ProcFs processes;
+  DesktopEntries entries;
+  NoX11Windows windows;
+  Applications applications;
+  LinuxWorkspace workspace;
+};
+
+const std::string kSleep = fs::canonical("/bin/sleep").string();
+
+TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
+  const std::string nap = system.at("/usr/bin/nap");
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry("nap", "Name=Afternoon Nap\nExec=nap %U\n");
+  const Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  const auto application = workspace.runningApplication(child.pid());
+  ASSERT_TRUE(application);
+  EXPECT_EQ(application->localizedName, "Afternoon Nap");
+  EXPECT_EQ(application->activationPolicy, ActivationPolicy::regular);
+  const auto running = workspace.runningApplications("nap");
+  ASSERT_EQ(running.size(), 1u);
+  EXPECT_EQ(running.front().pid, child.pid());
+  EXPECT_EQ(LinuxProcessTable(processes).parentPid(child.pid()), ::getpid());
+}
+
+TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
+  const std::string nap = system.at("/usr/bin/nap");
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  const Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  fs::copy_file(kSleep, nap + ".new");
+  fs::rename(nap + ".new", nap);
+  EXPECT_EQ(workspace.runningApplication(child.pid())->localizedName, "Afternoon Nap");
+}
+
+TEST_F(RealProcesses, ALinkedToolIsItsLinkAndTheToolIsNot) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::create_symlink(kSleep, system.at("/usr/bin/nap"));
+  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  const Child linked({system.at("/usr/bin/nap"), "60"});
+  const Child direct({kSleep, "60"});
+  awaitExecutable(linked.pid(), kSleep);
+  awaitExecutable(direct.pid(), kSleep);
+  EXPECT_EQ(workspace.runningApplication(linked.pid())->localizedName, "Afternoon Nap");
+  EXPECT_FALSE(workspace.runningApplication(direct.pid()));
+  EXPECT_EQ(processes.programName(linked.pid()), "nap");
+  EXPECT_EQ(processes.programName(direct.pid()), "sleep");
+}
+
+TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
+  const std::string script = system.program("/usr/bin/tuner", "#!/bin/sh\nexec 2>/dev/null\n" + kSleep + " 60\ntrue\n");
+  system.entry("tuner", "Name=Tuner\nExec=tuner\n");
+  const Child child({script});
+  const auto sleeper = [&]() -> std::optional<Pid> {
+    for (const Pid pid : processes.all()) {
+      if (LinuxProcessTable(processes).parentPid(pid) == child.pid() && processes.executable(pid) == kSleep &&
+          !processes.arguments(pid).empty())
+        return pid;
+    }
+    return std::nullopt;
+  };
+  ASSERT_TRUE(eventually([&] { return sleeper().has_value(); }));
+  const Pid player = *sleeper();
+  EXPECT_FALSE(workspace.runningApplication(player));
+  EXPECT_EQ(workspace.runningApplication(*LinuxProcessTable(processes).parentPid(player))->localizedName, "Tuner");
+  ::kill(player, SIGKILL);
+}
+
+TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
+  const std::string nap = system.at("/usr/bin/nap");
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  const Pid pid = child.pid();
+  child.kill();
+  // Dead, but not yet buried: it has a parent still, and no name.
+  ASSERT_TRUE(eventually([&] { return processes.status(pid) && processes.status(pid)->state == 'Z'; }));
+  EXPECT_FALSE(workspace.runningApplication(pid));
+  EXPECT_EQ(LinuxProcessTable(processes).parentPid(pid), ::getpid());
+  child.end();
+  EXPECT_FALSE(workspace.runningApplication(pid));
+  EXPECT_FALSE(LinuxProcessTable(processes).parentPid(pid));
+  EXPECT_TRUE(workspace.runningApplications("nap").empty());
+}
+
+TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
+  const std::string nap = system.at("/usr/bin/nap");
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  const Child first({nap, "60"});
+  awaitExecutable(first.pid(), nap);
+  // The kernel counts hundredths of a second.
+  const auto age = processes.status(first.pid())->startTime;
+  std::unique_ptr<Child> second;
+  ASSERT_TRUE(eventually([&] {
+    second = std::make_unique<Child>(std::vector<std::string>{nap, "60"});
+    return processes.status(second->pid())->startTime > age;
+  }));
+  awaitExecutable(second->pid(), nap);
+  const auto running = workspace.runningApplications("nap");
+  ASSERT_EQ(running.size(), 2u);
+  EXPECT_EQ(running[0].pid, first.pid());
+  EXPECT_EQ(running[1].pid, second->pid());
+}
+
+}  // namespace
+}  // namespace tollvane

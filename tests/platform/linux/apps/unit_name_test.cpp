@@ -1,0 +1,85 @@
+#include "platform/linux/apps/unit_name.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tollvane {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const std::string kUser = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
+
+TEST(UnitName, IdsAreTakenFromScopesAndServices) {
+  struct Row {
+    const char* unit;
+    const char* id;
+  };
+  const Row rows[] = {
+      {"app-firefox-1234.scope", "firefox"},
+      {"app-gnome-firefox\\x2desr-2345.scope", "firefox-esr"},
+      {"app-gnome-org.gnome.Evolution\\x2dalarm\\x2dnotify-2345.scope", "org.gnome.Evolution-alarm-notify"},
+      {"app-org.kde.dolphin@3f2a.service", "org.kde.dolphin"},
+      {"app-KDE-org.kde.dolphin@3f2a.service", "org.kde.dolphin"},
+      {"app-org.kde.yakuake@autostart.service", "org.kde.yakuake"},
+      {"app-org.example.Player.service", "org.example.Player"},
+      {"app-niri-mpv-99.scope", "mpv"},
+      {"dbus-:1.2-org.gnome.Nautilus@0.service", "org.gnome.Nautilus"},
+  };
+  for (const Row& row : rows)
+    EXPECT_THAT(applicationUnit(kUser + row.unit).desktopIds, ::testing::Contains(row.id)) << row.unit;
+}
+
+TEST(UnitName, TheWholeNameGoesBeforeTheOneWithoutALauncher) {
+  EXPECT_THAT(applicationUnit(kUser + "app-a-b-1.scope").desktopIds, ElementsAre("a-b", "b"));
+}
+
+TEST(UnitName, FlatpakScopesNameTheApplicationForCertain) {
+  const UnitName unit = applicationUnit(kUser + "app-flatpak-org.mozilla.firefox-4711.scope");
+  EXPECT_EQ(unit.flatpakId, "org.mozilla.firefox");
+  EXPECT_THAT(unit.desktopIds, IsEmpty());
+  EXPECT_EQ(applicationUnit(kUser + "app-flatpak-com.example.A\\x2dB-1.scope").flatpakId, "com.example.A-B");
+}
+
+TEST(UnitName, SnapScopesNameSnapAndApplication) {
+  for (const char* name : {"snap.firefox.firefox-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope",
+                           "snap.firefox.firefox.3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope"}) {
+    const UnitName unit = applicationUnit(kUser + name);
+    EXPECT_EQ(unit.snapInstance, "firefox") << name;
+    EXPECT_EQ(unit.snapApplication, "firefox") << name;
+  }
+  const UnitName dashes =
+      applicationUnit(kUser + "snap.gnome-calculator.gnome-calculator-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope");
+  EXPECT_EQ(dashes.snapApplication, "gnome-calculator");
+  EXPECT_EQ(applicationUnit("/system.slice/snap.cups.cupsd.service").snapInstance, "cups");
+  EXPECT_EQ(
+      applicationUnit(kUser + "snap.firefox.hook.configure-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope").snapInstance,
+      "");
+}
+
+TEST(UnitName, TheInnermostUnitThatNamesAnApplicationCounts) {
+  EXPECT_THAT(applicationUnit(kUser + "app-org.kde.konsole-11.scope/tab(12).scope").desktopIds,
+              ElementsAre("org.kde.konsole"));
+  EXPECT_THAT(applicationUnit(kUser + "app-outer-11.scope/app-inner-12.scope").desktopIds, ElementsAre("inner"));
+}
+
+TEST(UnitName, OtherUnitsNameNobody) {
+  for (const char* name :
+       {"", "/", "/init.scope", "/user.slice/user-1000.slice/session-2.scope", "app-.scope", "app-firefox-1.slice",
+        "/user.slice/user-1000.slice/user@1000.service/app.slice/vte-spawn-1234.scope", "snap..scope", "snap.x.scope",
+        "dbus-:1.2.service", "dbus-:.service", "app-flatpak-.scope", "/system.slice/pipewire.service"}) {
+    const UnitName unit = applicationUnit(name);
+    EXPECT_THAT(unit.desktopIds, IsEmpty()) << name;
+    EXPECT_EQ(unit.flatpakId + unit.snapInstance, "") << name;
+  }
+}
+
+TEST(UnitName, BrokenEscapesStayAsTheyAre) {
+  EXPECT_THAT(applicationUnit("app-a\\x2-1.scope").desktopIds, ElementsAre("a\\x2"));
+  EXPECT_THAT(applicationUnit("app-a\\xzz-1.scope").desktopIds, ElementsAre("a\\xzz"));
+  EXPECT_THAT(applicationUnit("app-a\\x00b-1.scope").desktopIds, ElementsAre("a\\x00b"));
+}
+
+}  // namespace
+}  // namespace tollvane
