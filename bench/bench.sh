@@ -22,7 +22,7 @@ heading "Names of applications (a desktop with 300 entries)"
   grep -E '^Benchmark|_median'
 
 heading "TollvaneLog"
-"$build/bench/soundlog_bench" "$build/Tollvane/TollvaneLog"
+"$build/bench/soundlog_bench"
 
 heading "Tollvane"
 "$here/program_bench.sh" "$build/Tollvane"

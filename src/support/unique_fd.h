@@ -13,17 +13,15 @@ class UniqueFd {
   explicit UniqueFd(int fd) : fd_(fd) {}
   UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
   UniqueFd& operator=(UniqueFd&& other) noexcept {
-    std::swap(fd_, other.fd_);
+    std::swap(fd_, other.fd_);  // `other` closes what was here
     return *this;
   }
   ~UniqueFd() { reset(); }
 
   explicit operator bool() const { return fd_ >= 0; }
   int get() const { return fd_; }
-  int release() { return std::exchange(fd_, -1); }
   void reset() {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = -1;
+    if (fd_ >= 0) ::close(std::exchange(fd_, -1));
   }
 
  private:

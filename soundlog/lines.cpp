@@ -1,0 +1,154 @@
+#include "lines.h"
+
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <nlohmann/json.hpp>
+
+namespace tollvane::soundlog {
+namespace {
+
+struct Voice {
+  Kind kind;
+  std::string_view path;
+  std::string_view title;
+};
+
+// The paths name roles, not files: a reader knows the speakers by the last component.
+constexpr std::array kVoices = {
+    Voice{Kind::outputStarted, "/tollvane/audiomxd", "sound"},
+    Voice{Kind::alertRequested, "/tollvane/systemsoundserverd", "alert"},
+    Voice{Kind::notificationSound, "/tollvane/systemsoundserverd", "notification sound"},
+    Voice{Kind::notificationPresented, "/tollvane/usernoted", "notification"},
+};
+
+// A name that begins so would be taken for the system's own.
+constexpr std::array<std::string_view, 3> kReserved = {"notificationcent", "usernoted", "systemsoundserve"};
+
+constexpr std::string_view kNotificationService = "NotificationCenter";
+constexpr std::string_view kUnknown = "Unknown app";
+
+const Voice& voice(Kind kind) {
+  return *std::find_if(kVoices.begin(), kVoices.end(), [kind](const Voice& each) { return each.kind == kind; });
+}
+
+// Controls (C0, DEL, C1), and the separators that some readers take for line ends.
+bool breaksLine(std::int32_t character) {
+  return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 || character == 0x2029;
+}
+
+std::int32_t harmless(std::int32_t character) {
+  if (breaksLine(character)) return ' ';
+  return character == '"' ? '\'' : character;
+}
+
+bool beginsWithReserved(std::string_view name) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return std::any_of(kReserved.begin(), kReserved.end(), [&](std::string_view word) {
+    return name.size() >= word.size() &&
+           std::equal(word.begin(), word.end(), name.begin(), [&](char a, char b) { return a == lower(b); });
+  });
+}
+
+struct LocalTime {
+  std::string date, clock, zone;
+};
+
+LocalTime localTime(TimePoint time) {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  std::array<char, 64> text{};
+  const std::size_t size = std::strftime(text.data(), text.size(), "%F %T%z", &parts);
+  const std::string_view all(text.data(), size);
+  const std::size_t blank = all.find(' ');
+  if (blank == std::string_view::npos) return {};
+  const std::string_view rest = all.substr(blank + 1);
+  return {std::string(all.substr(0, blank)), std::string(rest.substr(0, 8)),
+          std::string(rest.substr(std::min<std::size_t>(rest.size(), 8)))};
+}
+
+std::string timestamp(TimePoint time) {
+  const auto since = std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
+  std::array<char, 8> micros{};
+  std::snprintf(micros.data(), micros.size(), ".%06u", static_cast<unsigned>(since % 1'000'000));
+  const LocalTime local = localTime(time);
+  return local.date + ' ' + local.clock + micros.data() + local.zone;
+}
+
+std::string identity(const Happening& happening) {
+  std::string text = plainText(happening.name);
+  return text.empty() ? std::string(kUnknown) : text;
+}
+
+}  // namespace
+
+std::string plainText(std::string_view text) {
+  std::string result;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  // Four bytes a character at most: what lies behind this cannot matter, however long the text is.
+  const std::size_t length = std::min(text.size(), 8 * kLongestName);
+  for (std::size_t at = 0; at < length;) {
+    std::int32_t character = 0;
+    U8_NEXT_OR_FFFD(bytes, at, length, character);
+    character = harmless(character);
+    if (result.empty() && character == ' ') continue;
+    std::array<std::uint8_t, 4> encoded{};
+    std::size_t size = 0;
+    U8_APPEND_UNSAFE(encoded.data(), size, character);
+    if (result.size() + size > kLongestName) break;
+    result.append(encoded.begin(), encoded.begin() + static_cast<std::ptrdiff_t>(size));
+  }
+  while (!result.empty() && result.back() == ' ') result.pop_back();
+  return result;
+}
+
+std::string processName(std::string_view name) {
+  std::string text = plainText(name);
+  std::replace(text.begin(), text.end(), '(', '[');
+  std::replace(text.begin(), text.end(), ')', ']');
+  return beginsWithReserved(text) ? plainText("_" + text) : text;
+}
+
+std::string_view processImagePath(Kind kind) { return voice(kind).path; }
+
+std::string eventMessage(const Happening& happening) {
+  const std::string pid = std::to_string(happening.pid);
+  switch (happening.kind) {
+    case Kind::outputStarted:
+      return "update_running_state {\"name\":\"" + processName(happening.name) + "(" + pid +
+             ")\",\"output_running\":true}";
+    case Kind::alertRequested:
+      return "Incoming Request: inClientPID " + pid + "(" + processName(happening.name) + ")";
+    case Kind::notificationSound:
+      return "Incoming Request: inClientPID " + pid + "(" + std::string(kNotificationService) + ")";
+    case Kind::notificationPresented:
+      return "Presenting <NotificationRecord app:\"" + identity(happening) + "\">";
+  }
+  return {};
+}
+
+std::string ndjsonLine(const Happening& happening, TimePoint time) {
+  const nlohmann::json line = {
+      {"eventMessage", eventMessage(happening)},
+      {"processImagePath", processImagePath(happening.kind)},
+      {"timestamp", timestamp(time)},
+  };
+  return line.dump() + '\n';
+}
+
+std::string readableLine(const Happening& happening, TimePoint time) {
+  std::string line = localTime(time).clock + "  " + std::string(voice(happening.kind).title);
+  if (happening.kind == Kind::notificationPresented) return line + "  " + identity(happening) + '\n';
+  if (happening.kind != Kind::notificationSound) {
+    const std::string name = processName(happening.name);
+    line += "  " + (name.empty() ? std::string(kUnknown) : name);
+  }
+  return line + "  (" + (happening.pid == 0 ? "no process" : "pid " + std::to_string(happening.pid)) + ")\n";
+}
+
+}  // namespace tollvane::soundlog

@@ -1,0 +1,50 @@
+// What TollvaneLog says, and how: one Happening becomes one line, as JSON for a program or as text for a person.
+// Pure functions, any thread. This is the only place where names from outside (processes, applications) are made
+// harmless: whatever a program calls itself, it can forge neither another line, nor another process, nor another kind.
+//
+// JSON lines: RFC 8259, one object a line, always valid UTF-8. A reader needs two keys:
+//   processImagePath  who speaks; its last component tells the kind (audiomxd, systemsoundserverd, usernoted)
+//   eventMessage      what is said
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/process_table.h"
+
+namespace tollvane::soundlog {
+
+enum class Kind {
+  outputStarted,          // a process began to play
+  alertRequested,         // a process played a short signal sound (a bell, a dialog)
+  notificationSound,      // the notification service played a sound
+  notificationPresented,  // an application showed a notification
+};
+
+struct Happening {
+  Kind kind = Kind::outputStarted;
+  // The process's name; for notificationPresented the application's identity; not used for notificationSound.
+  std::string name;
+  Pid pid = 0;  // 0: not known. Not used for notificationPresented.
+};
+
+// The longest name or identity that a line carries, in bytes.
+inline constexpr std::size_t kLongestName = 256;
+
+// `text` as valid UTF-8 on one line: what is not UTF-8 becomes U+FFFD, control characters and line separators become
+// blanks, double quotes become single ones; no blanks at the ends; at most kLongestName bytes, cut between characters.
+std::string plainText(std::string_view text);
+
+// `name` as plainText, further without parentheses, and never beginning with a word that marks a message of the
+// system's own.
+std::string processName(std::string_view name);
+
+std::string_view processImagePath(Kind kind);
+std::string eventMessage(const Happening& happening);
+
+// One line, with the line feed at its end. Shorter than 4096 bytes, so that a pipe takes it in one piece.
+std::string ndjsonLine(const Happening& happening, TimePoint time);
+std::string readableLine(const Happening& happening, TimePoint time);
+
+}  // namespace tollvane::soundlog

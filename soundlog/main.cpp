@@ -1,0 +1,95 @@
+// The entry of TollvaneLog.
+#include <fcntl.h>
+#include <sys/signalfd.h>
+#include <sysexits.h>
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <variant>
+
+#include "arguments.h"
+#include "platform/linux/apps/applications.h"
+#include "sound_log.h"
+#include "support/unique_fd.h"
+
+namespace tollvane::soundlog {
+namespace {
+
+struct LoopDeleter {
+  void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
+};
+
+// Which application a process is. Made at the first question: it keeps what it read of all desktop entries.
+class DesktopApplications {
+ public:
+  std::optional<Identities::Application> operator()(Pid pid) const {
+    const auto application = applications_.of(pid);
+    if (!application) return std::nullopt;
+    return Identities::Application{application->id, application->isRegular()};
+  }
+
+ private:
+  ProcFs processes_;
+  DesktopEntries entries_;
+  NoX11Windows windows_;  // an identity is an entry's id, which no window tells
+  Applications applications_{processes_, entries_, windows_};
+};
+
+Identities::Lookup desktopApplications() {
+  return [made = std::shared_ptr<DesktopApplications>()](Pid pid) mutable {
+    if (!made) made = std::make_shared<DesktopApplications>();
+    return (*made)(pid);
+  };
+}
+
+// The signals that ask the process to end, as a descriptor: no thread of any library shall take them.
+UniqueFd endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
+  return UniqueFd(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
+}
+
+int run(const Stream& stream) {
+  if (fcntl(STDOUT_FILENO, F_GETFD) < 0) {
+    std::fputs("TollvaneLog: There is no standard output to write to.\n", stderr);
+    return EX_IOERR;
+  }
+  const UniqueFd signals = endingSignals();
+  const std::unique_ptr<GMainLoop, LoopDeleter> loop(g_main_loop_new(nullptr, FALSE));
+  const auto end = [&loop] { g_main_loop_quit(loop.get()); };
+  const Watch ending = watchDescriptor(signals.get(), G_IO_IN, [&end](GIOCondition) { end(); });
+  const auto format = stream.style == Stream::Style::ndjson ? ndjsonLine : readableLine;
+  SoundLog log(STDOUT_FILENO, format, processEnvironment(), desktopApplications(), end);
+  log.start();
+  g_main_loop_run(loop.get());
+  return EX_OK;
+}
+
+int print(std::FILE* file, std::string_view text, int code) {
+  std::fwrite(text.data(), 1, text.size(), file);
+  return std::fflush(file) == 0 ? code : EX_IOERR;
+}
+
+struct Perform {
+  int operator()(const Stream& stream) const { return run(stream); }
+  int operator()(const Help&) const { return print(stdout, usage(), EX_OK); }
+  int operator()(const Version&) const { return print(stdout, "TollvaneLog " TOLLVANE_VERSION "\n", EX_OK); }
+  int operator()(const Mistake& mistake) const { return print(stderr, mistake.sentence + '\n', EX_USAGE); }
+};
+
+}  // namespace
+}  // namespace tollvane::soundlog
+
+int main(int count, char** arguments) {
+  using namespace tollvane::soundlog;
+  const std::span<const char* const> given(arguments + (count > 0),
+                                           static_cast<std::size_t>(count > 0 ? count - 1 : 0));
+  return std::visit(Perform(), parseArguments(given));
+}

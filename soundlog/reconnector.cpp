@@ -1,0 +1,46 @@
+#include "reconnector.h"
+
+#include <utility>
+
+namespace tollvane::soundlog {
+
+Reconnector::Reconnector(std::optional<std::filesystem::path> socket, std::function<bool()> connect)
+    : socket_(std::move(socket)), connect_(std::move(connect)) {}
+
+void Reconnector::start() {
+  watchSocket();
+  attempt();
+}
+
+void Reconnector::stop() {
+  timer_.reset();
+  watch_.reset();
+}
+
+void Reconnector::served() {
+  plan_.connected(std::chrono::steady_clock::now());
+  watch_.reset();
+}
+
+bool Reconnector::ended(bool served) {
+  // Watch first, then try: a server that comes back in between is noticed either way.
+  watchSocket();
+  return tryAgain(served ? plan_.lost(std::chrono::steady_clock::now()) : plan_.failed());
+}
+
+void Reconnector::watchSocket() {
+  if (watch_ || !socket_) return;
+  watch_ = std::make_unique<SocketWatch>(*socket_, [this] { tryAgain(plan_.appeared()); });
+}
+
+bool Reconnector::tryAgain(std::optional<Duration> delay) {
+  timer_.reset();
+  if (delay) timer_ = callAfter(*delay, [this] { attempt(); });
+  return delay.has_value();
+}
+
+void Reconnector::attempt() {
+  if (!connect_()) tryAgain(plan_.failed());
+}
+
+}  // namespace tollvane::soundlog

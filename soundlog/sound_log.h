@@ -1,0 +1,55 @@
+// TollvaneLog as a whole: listens to the sound server and to the session bus, decides what each thing heard is, and
+// writes lines until its reader is gone or it is told to end. Main thread only.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "addresses.h"
+#include "identity.h"
+#include "lines.h"
+#include "loop.h"
+#include "maker.h"
+#include "notification_service.h"
+#include "notification_source.h"
+#include "output_queue.h"
+#include "reconnector.h"
+#include "sound_servers.h"
+#include "stream_tracker.h"
+
+namespace tollvane::soundlog {
+
+class SoundLog {
+ public:
+  using Format = std::string (*)(const Happening&, TimePoint);
+
+  // Writes to `output`, which stays the caller's. `ended` is called when nobody reads it any more.
+  SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
+           std::function<void()> ended);
+
+  void start();
+
+ private:
+  void soundStarted(const StreamStart& start);
+  void notificationPresented(const Notice& notice, std::optional<Pid> sender);
+  void write(const Happening& happening);
+  void watchOutput();
+
+  ProcFs processes_;
+  Makers makers_;
+  Identities identities_;
+  NotificationService service_;
+  StartMerger merger_;
+  OutputQueue output_;
+  int descriptor_;
+  Format format_;
+  std::function<void()> ended_;
+  bool waiting_ = false;  // the output watch waits for room, too
+  Watch outputWatch_;
+  SoundServers servers_;
+  std::optional<NotificationSource> notifications_;  // absent: there is no session bus
+  std::optional<Reconnector> busLink_;
+};
+
+}  // namespace tollvane::soundlog

@@ -1,0 +1,193 @@
+// TollvaneLog when servers, buses and readers come and go.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "running_log.h"
+
+namespace tollvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class LifecycleTest : public ::testing::Test {
+ protected:
+  void hearsANewSound(RunningLog& log) {
+    log.heardSoFar();  // what was played to see that the server is ready
+    const auto player = sound_.begin({"pw-play", sound_.tone(200ms)});
+    EXPECT_EQ(log.next(), (Heard{"audiomxd", "pw-play", player->pid()}));
+  }
+
+  PrivateSound sound_;
+};
+
+TEST_F(LifecycleTest, AServerThatIsStartedLaterIsHeard) {
+  RunningLog log(sound_);
+  sound_.start();
+  ASSERT_TRUE(log.listens());
+  hearsANewSound(log);
+}
+
+TEST_F(LifecycleTest, AServerIsHeardWhoseDirectoryIsMadeLater) {
+  const auto directory = sound_.directory() / "later" / "run";
+  sound_.setVariable("XDG_RUNTIME_DIR", directory);
+  RunningLog log(sound_);
+  std::filesystem::create_directories(directory);
+  sound_.startBus();
+  sound_.startPipeWire();
+  ASSERT_TRUE(log.listens());
+}
+
+TEST_F(LifecycleTest, AServerThatCrashesAndComesBackIsHeardAgain) {
+  sound_.start();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  for (int round = 0; round < 2; ++round) {
+    sound_.killPipeWire();
+    sound_.startPipeWire();
+    ASSERT_TRUE(log.listens());
+  }
+  hearsANewSound(log);
+  EXPECT_TRUE(log.process().running());
+}
+
+TEST_F(LifecycleTest, AServerThatIsRestartedIsHeardAgain) {
+  sound_.start();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  sound_.stopPipeWire();
+  sound_.startPipeWire();
+  ASSERT_TRUE(log.listens());
+  hearsANewSound(log);
+}
+
+TEST_F(LifecycleTest, ABusThatCrashesAndComesBackIsSeenAgain) {
+  sound_.startBus();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.seesNotifications());
+  sound_.killBus();
+  sound_.startBus();
+  ASSERT_TRUE(log.seesNotifications());
+  notify(sound_, "", {"1", "desktop-entry", "s", "org.example.Mail"});
+  EXPECT_EQ(log.next(), (Heard{"usernoted", "org.example.Mail", -1}));
+}
+
+TEST_F(LifecycleTest, ABusThatIsStartedLaterIsSeen) {
+  RunningLog log(sound_);
+  sound_.startBus();
+  EXPECT_TRUE(log.seesNotifications());
+}
+
+TEST_F(LifecycleTest, WithoutBusAndServerItWaits) {
+  RunningLog log(sound_);
+  EXPECT_EQ(log.process().exitCode(300ms), std::nullopt);
+}
+
+TEST_F(LifecycleTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
+  sound_.start();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  log.process().closeOutput();
+  EXPECT_EQ(log.process().exitCode(), 0);
+}
+
+TEST_F(LifecycleTest, ItEndsWhenItsReaderIsKilled) {
+  // The shell stands for the application: it holds the reading end alone.
+  const std::string fifo = sound_.directory() / "fifo";
+  ASSERT_EQ(run({"mkfifo", fifo}, sound_.variables()), 0);
+  const auto reader = sound_.begin({"sh", "-c", "exec sleep 100 < " + fifo});
+  const auto log = sound_.begin({"sh", "-c", "exec \"$0\" stream --style ndjson > " + fifo, TOLLVANE_LOG});
+  ASSERT_TRUE(waitUntil([&log] {
+    std::ifstream name("/proc/" + std::to_string(log->pid()) + "/comm");
+    std::string command;
+    return std::getline(name, command) && command == "TollvaneLog";
+  }));
+  EXPECT_TRUE(log->running());
+  reader->kill();
+  EXPECT_EQ(log->exitCode(), 0);
+}
+
+TEST_F(LifecycleTest, ItEndsWhenAsked) {
+  sound_.startBus();
+  for (const int signal : {SIGTERM, SIGINT}) {
+    RunningLog log(sound_);
+    ASSERT_TRUE(log.seesNotifications());
+    log.process().signal(signal);
+    EXPECT_EQ(log.process().exitCode(), 0);
+  }
+}
+
+TEST_F(LifecycleTest, AServerThatHangsDoesNotKeepItFromEnding) {
+  sound_.start();
+  kill(sound_.pipeWirePid(), SIGSTOP);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.seesNotifications());
+  log.process().signal(SIGTERM);
+  EXPECT_EQ(log.process().exitCode(), 0);
+}
+
+TEST_F(LifecycleTest, AReaderWhoPausesMissesNothing) {
+  sound_.startBus();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.seesNotifications());
+  // More than a pipe takes: the first lines wait in the pipe, the others in the log.
+  const std::string longName(200, 'n');
+  constexpr int kCount = 300;
+  for (int i = 0; i < kCount; ++i) {
+    notify(sound_, "", {"1", "desktop-entry", "s", longName + std::to_string(i)});
+  }
+  for (int i = 0; i < kCount; ++i) {
+    ASSERT_EQ(log.next(), (Heard{"usernoted", longName + std::to_string(i), -1}));
+  }
+}
+
+struct Result {
+  int code = -1;
+  std::string output;
+  std::string errors;
+};
+
+Result runLog(const PrivateSound& sound, std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), TOLLVANE_LOG);
+  const auto errors = sound.directory() / "said.log";
+  std::filesystem::remove(errors);
+  Process process(arguments, {.output = Process::Output::read, .variables = sound.variables(), .errors = errors});
+  Result result;
+  result.output = process.rest();
+  result.code = process.exitCode().value_or(-1);
+  std::ifstream said(errors);
+  result.errors.assign(std::istreambuf_iterator<char>(said), {});
+  return result;
+}
+
+TEST_F(LifecycleTest, HelpIsPrintedForWhoAsks) {
+  const Result help = runLog(sound_, {"--help"});
+  EXPECT_EQ(help.code, 0);
+  EXPECT_NE(help.output.find("Usage: TollvaneLog stream"), std::string::npos);
+  EXPECT_EQ(help.errors, "");
+}
+
+TEST_F(LifecycleTest, AMistakeIsOneSentenceAndExitCode64) {
+  const Result mistake = runLog(sound_, {"stream", "--colour"});
+  EXPECT_EQ(mistake.code, 64);
+  EXPECT_EQ(mistake.output, "");
+  EXPECT_EQ(mistake.errors, "TollvaneLog: '--colour' is not understood. Try --help.\n");
+}
+
+TEST_F(LifecycleTest, WithoutAStyleAPersonCanRead) {
+  sound_.start();
+  const auto log = sound_.begin({TOLLVANE_LOG, "stream"}, Process::Output::read);
+  std::string line;
+  ASSERT_TRUE(waitUntil([&] {
+    EXPECT_TRUE(sound_.play({"pw-play", sound_.tone(10ms)}));
+    line = log->line(300ms).value_or("");
+    return !line.empty();
+  }));
+  EXPECT_NE(line.find("  sound  pw-play  (pid "), std::string::npos) << line;
+}
+
+}  // namespace
+}  // namespace tollvane::test

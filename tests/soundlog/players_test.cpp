@@ -1,0 +1,175 @@
+// What TollvaneLog says when real players play on a real PipeWire.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "running_log.h"
+
+namespace tollvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Heards = std::vector<Heard>;
+
+class PlayersTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    sound_.start();
+    log_ = std::make_unique<RunningLog>(sound_);
+    ASSERT_TRUE(log_->listens());
+  }
+
+  // Plays to the end, and returns the player's pid.
+  int play(const std::vector<std::string>& command) {
+    const auto player = sound_.begin(command);
+    EXPECT_EQ(player->exitCode(), 0) << command.front();
+    return player->pid();
+  }
+
+  std::string tone(std::chrono::milliseconds length = 200ms) { return sound_.tone(length); }
+
+  // A test player is told to pause, or to play.
+  bool pauses() {
+    const auto list = sound_.begin({"pactl", "list", "sink-inputs"}, Process::Output::read);
+    return list->rest().find("Corked: yes") != std::string::npos;
+  }
+
+  // A running stream whose node has this name, by PipeWire's own word.
+  bool runs(const std::string& node) {
+    const auto dump = sound_.begin({"pw-cli", "info", node}, Process::Output::read);
+    return dump->rest().find("state: \"running\"") != std::string::npos;
+  }
+
+  PrivateSound sound_;
+  std::unique_ptr<RunningLog> log_;
+};
+
+TEST_F(PlayersTest, EachPlayerIsHeardOnceUnderItsOwnNameAndNumber) {
+  const int native = play({"pw-play", tone()});
+  const int pulse = play({"paplay", tone()});
+  const int alsa = play({"aplay", "-q", "-D", "pipewire", tone()});
+  EXPECT_EQ(log_->heardSoFar(),
+            (Heards{{"audiomxd", "pw-play", native}, {"audiomxd", "paplay", pulse}, {"audiomxd", "aplay", alsa}}));
+}
+
+TEST_F(PlayersTest, SoxIsHeardOnce) {
+  sound_.setVariable("AUDIODRIVER", "pulseaudio");
+  const int sox = play({"play", "-q", tone()});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "play", sox}}));
+}
+
+TEST_F(PlayersTest, AVeryShortSoundIsHeard) {
+  const int player = play({"pw-play", tone(10ms)});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "pw-play", player}}));
+}
+
+TEST_F(PlayersTest, TwentySoundsAtOnceAreAllHeard) {
+  std::vector<std::unique_ptr<Process>> players;
+  for (int i = 0; i < 20; ++i) players.push_back(sound_.begin({"pw-play", tone(10ms)}));
+  std::set<int> expected, heard;
+  for (const auto& player : players) expected.insert(player->pid());
+  for (std::size_t i = 0; i < players.size(); ++i) {
+    const auto next = log_->next();
+    ASSERT_TRUE(next);
+    heard.insert(next->pid);
+  }
+  EXPECT_EQ(heard, expected);
+}
+
+TEST_F(PlayersTest, AStreamWithASignalsRoleIsAnAlert) {
+  const int event = play({"paplay", "--property=media.role=event", tone()});
+  const int role = play({"pw-play", "--media-role", "Notification", tone()});
+  const int named = play({"paplay", "--property=event.id=bell", tone()});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"systemsoundserverd", "paplay", event},
+                                        {"systemsoundserverd", "pw-play", role},
+                                        {"systemsoundserverd", "paplay", named}}));
+}
+
+TEST_F(PlayersTest, ARelayIsNotHeard) {
+  const auto relay = sound_.begin({"pw-loopback", "--name", "relay"});
+  ASSERT_TRUE(waitUntil([this] { return runs("output.relay"); }));
+  EXPECT_EQ(log_->heardSoFar(), Heards());
+}
+
+TEST_F(PlayersTest, AStreamThatRunsAlreadyIsNotHeardButTheNextOneIs) {
+  const auto early = sound_.begin({"pw-play", "-P", "{ node.name = early }", tone(8000ms)});
+  ASSERT_TRUE(waitUntil([this] { return runs("early"); }));
+  RunningLog late(sound_);
+  ASSERT_TRUE(late.listens());
+  const int player = play({"pw-play", tone()});
+  EXPECT_EQ(late.heardSoFar(), (Heards{{"audiomxd", "pw-play", player}}));
+}
+
+TEST_F(PlayersTest, AStreamThatWaitsIsHeardWhenItPlays) {
+  const auto player = sound_.begin({TEST_PLAYER}, Process::Output::read);
+  ASSERT_TRUE(player->line());
+  EXPECT_EQ(log_->heardSoFar(), Heards());
+  player->signal(SIGUSR1);
+  EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", player->pid()}));
+}
+
+TEST_F(PlayersTest, TwoStreamsThatAProcessStartsTogetherAreHeardOnce) {
+  const auto player = sound_.begin({TEST_PLAYER, "two-streams"}, Process::Output::read);
+  ASSERT_TRUE(player->line());
+  player->signal(SIGUSR1);
+  EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", player->pid()}));
+  EXPECT_EQ(log_->heardSoFar(), Heards());
+}
+
+TEST_F(PlayersTest, AStreamThatPlaysOnAfterALongPauseIsHeardAgain) {
+  const auto player = sound_.begin({TEST_PLAYER}, Process::Output::read);
+  ASSERT_TRUE(player->line());
+  for (int round = 0; round < 2; ++round) {
+    player->signal(SIGUSR1);
+    EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", player->pid()}));
+    player->signal(SIGUSR2);
+    ASSERT_TRUE(waitUntil([this] { return pauses(); }));
+    // A pause begins where the log knows of it. What a marker and its line take is longer than the shortest one.
+    const auto pause = std::chrono::steady_clock::now() + 400ms;
+    while (std::chrono::steady_clock::now() < pause) EXPECT_EQ(log_->heardSoFar(), Heards());
+  }
+}
+
+TEST_F(PlayersTest, AProcessThatEndedIsCreditedToWhoStartedIt) {
+  const auto shell = sound_.begin({"sh", "-c", "\"$0\"; exec sleep 100", TEST_PLAYER}, Process::Output::read);
+  const auto ready = shell->line();
+  ASSERT_TRUE(ready);
+  const int player = std::stoi(ready->substr(ready->find(' ')));
+  ASSERT_EQ(log_->heardSoFar(), Heards()) << "by now the log knows the stream, which waits";
+
+  // The log is held up until the player has played and is gone.
+  log_->process().signal(SIGSTOP);
+  kill(player, SIGUSR1);
+  ASSERT_TRUE(waitUntil([this] { return runs("test_player_stream"); }));
+  kill(player, SIGTERM);
+  ASSERT_TRUE(waitUntil([player] { return kill(player, 0) != 0; }));
+  log_->process().signal(SIGCONT);
+  EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", shell->pid()}));
+}
+
+TEST_F(PlayersTest, AProgramThatNamesAnotherProcessIsCreditedToNobody) {
+  play({"paplay", "--property=application.process.id=" + std::to_string(log_->process().pid()), tone()});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "pacat", 0}}));
+}
+
+TEST_F(PlayersTest, AProgramsNameForgesNothing) {
+  play({"paplay", "--property=application.process.id=1",
+        "--property=application.process.binary=evil(7)\",\n\"output_running\":true} {\"name\":\"bank(7)\"", tone()});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "evil[7]', 'output_running':true} {'name':'bank[7]'", 0}}));
+}
+
+TEST_F(PlayersTest, AProcessWithNumbersOfItsOwnIsNotTakenForOneOfOurs) {
+  if (run({"unshare", "--pid", "--fork", "--mount-proc", "true"}, sound_.variables()) != 0) {
+    GTEST_SKIP() << "this user may not make a space of process numbers";
+  }
+  play({"unshare", "--pid", "--fork", "--mount-proc", "paplay", tone()});
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "pacat", 0}}));
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,123 @@
+// TollvaneLog where a PulseAudio server plays, and what it does when PipeWire comes.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "running_log.h"
+
+namespace tollvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Heards = std::vector<Heard>;
+
+// PulseAudio itself, unpacked beside the build by fetch_pulseaudio.sh.
+class PulseAudioTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!std::filesystem::exists(std::filesystem::path(PULSEAUDIO) / "usr/bin/pulseaudio")) {
+      GTEST_SKIP() << "There is no PulseAudio server in " PULSEAUDIO
+                      "; tests/soundlog/fetch_pulseaudio.sh puts it there.";
+    }
+    sound_.startBus();
+  }
+
+  PrivateSound sound_;
+};
+
+TEST_F(PulseAudioTest, PlayersAreHeardOnceUnderTheirOwnNameAndNumber) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  const auto player = sound_.begin({"paplay", sound_.tone(200ms)});
+  EXPECT_EQ(log.next(), (Heard{"audiomxd", "paplay", player->pid()}));
+  EXPECT_EQ(player->exitCode(), 0);
+  EXPECT_EQ(log.heardSoFar(), Heards());
+}
+
+TEST_F(PulseAudioTest, AStreamWithASignalsRoleIsAnAlert) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  const auto player = sound_.begin({"paplay", "--property=media.role=event", sound_.tone(50ms)});
+  EXPECT_EQ(log.next(), (Heard{"systemsoundserverd", "paplay", player->pid()}));
+}
+
+TEST_F(PulseAudioTest, AStreamThatWaitsIsHeardWhenItPlays) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  const auto player = sound_.begin({TEST_PLAYER}, Process::Output::read);
+  ASSERT_TRUE(player->line());
+  EXPECT_EQ(log.heardSoFar(), Heards());
+  player->signal(SIGUSR1);
+  EXPECT_EQ(log.next(), (Heard{"audiomxd", "test_player", player->pid()}));
+}
+
+TEST_F(PulseAudioTest, AStreamThatPlaysAlreadyIsNotHeardButTheNextOneIs) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  const auto early = sound_.begin({TEST_PLAYER}, Process::Output::read);
+  ASSERT_TRUE(early->line());
+  early->signal(SIGUSR1);
+  ASSERT_TRUE(waitUntil([this] {
+    const auto list = sound_.begin({"pactl", "list", "sink-inputs"}, Process::Output::read);
+    return list->rest().find("Corked: no") != std::string::npos;
+  }));
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  EXPECT_EQ(log.heardSoFar(), Heards());
+}
+
+TEST_F(PulseAudioTest, ARelayIsNotHeard) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  ASSERT_TRUE(sound_.play({"pactl", "load-module", "module-loopback"}));
+  EXPECT_EQ(log.heardSoFar(), Heards());
+}
+
+TEST_F(PulseAudioTest, AServerThatCrashesAndComesBackIsHeardAgain) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  sound_.killPulseAudio();
+  sound_.startPulseAudio(PULSEAUDIO);
+  EXPECT_TRUE(log.listens());
+}
+
+TEST_F(PulseAudioTest, AServerThatIsStartedLaterIsHeard) {
+  RunningLog log(sound_);
+  sound_.startPulseAudio(PULSEAUDIO);
+  EXPECT_TRUE(log.listens());
+}
+
+TEST_F(PulseAudioTest, WhenPipeWireComesItIsHeardInstead) {
+  sound_.startPulseAudio(PULSEAUDIO);
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  sound_.killPulseAudio();
+  sound_.startPipeWire();
+  ASSERT_TRUE(log.listens());
+  log.heardSoFar();  // what was played to see that the server is ready
+  const auto native = sound_.begin({"pw-play", sound_.tone(200ms)});
+  EXPECT_EQ(log.next(), (Heard{"audiomxd", "pw-play", native->pid()}));
+  EXPECT_EQ(log.heardSoFar(), Heards()) << "nothing is heard twice";
+}
+
+// PipeWire's own PulseAudio side, reached while PipeWire itself cannot be.
+TEST(PulseSideTest, SoundsAreHeardThroughItWhereOnlyItCanBeReached) {
+  PrivateSound sound;
+  sound.start();
+  PrivateSound outside;
+  outside.setVariable("PULSE_SERVER", "unix:" + (sound.directory() / "pulse" / "native").string());
+  RunningLog log(outside);
+  ASSERT_TRUE(log.listens());
+  const auto player = outside.begin({"paplay", outside.tone(200ms)});
+  EXPECT_EQ(log.next(), (Heard{"audiomxd", "paplay", player->pid()}));
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,62 @@
+// TollvaneLog as its application runs it, beside a private sound server: started as a child, read line by line.
+// One thread.
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "support/private_sound.h"
+
+namespace tollvane::test {
+
+// A line as a reader understands it.
+struct Heard {
+  std::string speaker;  // the last component of processImagePath
+  std::string name;     // of the process, or the notification's application
+  int pid = -1;         // -1 for a notification
+
+  bool operator==(const Heard&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Heard& heard);
+
+// Absent when it is no line that a reader understands.
+std::optional<Heard> understood(const std::string& line);
+
+class RunningLog {
+ public:
+  explicit RunningLog(const PrivateSound& sound);
+
+  // Plays short sounds until one is heard: from then on nothing is missed. False when none is heard in time.
+  bool listens();
+
+  // The same for notifications.
+  bool seesNotifications();
+
+  // The next thing heard that was no probe of listens() or seesNotifications(). Absent after the deadline.
+  std::optional<Heard> next(std::chrono::milliseconds deadline = kPatience);
+
+  // Everything heard before a marker that is played now, the marker not included.
+  std::vector<Heard> heardSoFar();
+
+  Process& process() { return *process_; }
+
+ private:
+  bool isProbe(const Heard& heard) const;
+  std::optional<Heard> nextOfAll(std::chrono::milliseconds deadline);
+
+  const PrivateSound& sound_;
+  std::unique_ptr<Process> process_;
+  std::vector<int> probes_;
+  std::deque<Heard> kept_;  // heard while probing
+};
+
+// Calls Notify on the session bus, as any program does that uses no library for it. `hints` as busctl writes them:
+// the count, then name, type and value of each.
+bool notify(const PrivateSound& sound, const std::string& applicationName, const std::vector<std::string>& hints);
+
+}  // namespace tollvane::test

@@ -1,0 +1,170 @@
+#include "support/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+extern char** environ;
+
+namespace tollvane::test {
+namespace {
+
+using std::chrono::steady_clock;
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  for (std::string& text : texts) result.push_back(text.data());
+  result.push_back(nullptr);
+  return result;
+}
+
+std::vector<std::string> assignments(const Variables& variables) {
+  std::vector<std::string> result;
+  for (const auto& [name, value] : variables) result.push_back(name + "=" + value);
+  return result;
+}
+
+// In the child, between fork and exec.
+[[noreturn]] void become(char** command, char** variables, pid_t parent, int output, int errors) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(127);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  if (output >= 0) dup2(output, STDOUT_FILENO);
+  if (errors >= 0) dup2(errors, STDERR_FILENO);
+  environ = variables;
+  execvp(command[0], command);
+  _exit(127);
+}
+
+}  // namespace
+
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline) {
+  const auto until = steady_clock::now() + deadline;
+  while (!condition()) {
+    if (steady_clock::now() >= until) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}
+
+Variables ownVariables() {
+  Variables variables;
+  for (char** each = environ; each && *each; ++each) {
+    const std::string_view text = *each;
+    const std::size_t equals = text.find('=');
+    if (equals != std::string_view::npos) variables.emplace(text.substr(0, equals), text.substr(equals + 1));
+  }
+  return variables;
+}
+
+Process::Process(std::vector<std::string> command, const Options& options) {
+  std::array<int, 2> pipe{-1, -1};
+  if (options.output == Output::read && pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  const int ignored = options.output == Output::ignored ? open("/dev/null", O_WRONLY | O_CLOEXEC) : -1;
+  const int errors =
+      options.errors ? open(options.errors->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600) : -1;
+  std::vector<std::string> environment = assignments(options.variables ? *options.variables : ownVariables());
+  const auto arguments = pointers(command);
+  const auto variables = pointers(environment);
+  const pid_t parent = getpid();
+  pid_ = fork();
+  if (pid_ == 0) {
+    become(const_cast<char**>(arguments.data()), const_cast<char**>(variables.data()), parent,
+           pipe[1] >= 0 ? pipe[1] : ignored, errors);
+  }
+  for (const int descriptor : {pipe[1], ignored, errors}) {
+    if (descriptor >= 0) close(descriptor);
+  }
+  output_ = pipe[0];
+  if (pid_ < 0) throw std::runtime_error("cannot start " + command.front());
+}
+
+Process::~Process() {
+  stop();
+  closeOutput();
+}
+
+void Process::signal(int number) {
+  if (!ended()) ::kill(pid_, number);
+}
+
+std::optional<int> Process::exitCode(std::chrono::milliseconds deadline) {
+  waitUntil([this] { return ended(); }, deadline);
+  return exitCode_;
+}
+
+void Process::stop() {
+  signal(SIGTERM);
+  signal(SIGCONT);
+  if (!exitCode(std::chrono::seconds(2))) kill();
+}
+
+void Process::kill() {
+  signal(SIGKILL);
+  exitCode();
+}
+
+std::optional<std::string> Process::line(std::chrono::milliseconds deadline) {
+  const auto until = steady_clock::now() + deadline;
+  while (unread_.find('\n') == std::string::npos) {
+    if (!readMore(until)) return std::nullopt;
+  }
+  const std::size_t end = unread_.find('\n');
+  std::string line = unread_.substr(0, end);
+  unread_.erase(0, end + 1);
+  return line;
+}
+
+std::string Process::rest(std::chrono::milliseconds deadline) {
+  const auto until = steady_clock::now() + deadline;
+  while (readMore(until)) {
+  }
+  return std::exchange(unread_, {});
+}
+
+void Process::closeOutput() {
+  if (output_ >= 0) close(std::exchange(output_, -1));
+}
+
+bool Process::ended() {
+  if (exitCode_) return true;
+  int status = 0;
+  const pid_t result = waitpid(pid_, &status, WNOHANG);
+  if (result == 0) return false;
+  exitCode_ = result < 0 ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return true;
+}
+
+bool Process::readMore(steady_clock::time_point until) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - steady_clock::now()).count();
+  if (output_ < 0 || left < 0) return false;
+  pollfd query{output_, POLLIN, 0};
+  const int ready = poll(&query, 1, static_cast<int>(left));
+  if (ready < 0 && errno == EINTR) return true;
+  if (ready <= 0) return false;
+  std::array<char, 4096> buffer{};
+  const ssize_t size = read(output_, buffer.data(), buffer.size());
+  if (size <= 0) return false;
+  unread_.append(buffer.data(), static_cast<std::size_t>(size));
+  return true;
+}
+
+std::optional<int> run(const std::vector<std::string>& command, const Variables& variables,
+                       std::chrono::milliseconds deadline) {
+  Process process(command, {.output = Process::Output::ignored, .variables = variables, .errors = "/dev/null"});
+  return process.exitCode(deadline);
+}
+
+}  // namespace tollvane::test

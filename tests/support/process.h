@@ -1,0 +1,82 @@
+// A program that a test starts. Its standard output can be read line by line; destroying it ends it and waits for it.
+// It dies by itself should the test be killed. One thread, the one that stays: the kernel ties the program to it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tollvane::test {
+
+inline constexpr std::chrono::milliseconds kPatience{10000};
+
+// Looks at the condition again and again; false when it still does not hold after the deadline.
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = kPatience);
+
+// Of the whole environment of a program.
+using Variables = std::map<std::string, std::string>;
+Variables ownVariables();
+
+class Process {
+ public:
+  enum class Output { ignored, read };
+
+  struct Options {
+    Output output = Output::ignored;
+    std::optional<Variables> variables;           // absent: the test's own
+    std::optional<std::filesystem::path> errors;  // a file for standard error; absent: the test's own
+  };
+
+  // `command`: the program (looked for in PATH) and its arguments. Throws when it cannot be started.
+  explicit Process(std::vector<std::string> command) : Process(std::move(command), Options()) {}
+  Process(std::vector<std::string> command, const Options& options);
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  pid_t pid() const { return pid_; }
+  bool running() { return !ended(); }
+
+  void signal(int number);
+
+  // Its exit code, or 128 plus the signal that ended it. Absent when it still runs after the deadline.
+  std::optional<int> exitCode(std::chrono::milliseconds deadline = kPatience);
+
+  // Asks it to end, insists after two seconds, and waits until it is gone.
+  void stop();
+  void kill();
+
+  // The next line that it prints, without the line feed. Absent after the deadline, and at the end of its output.
+  std::optional<std::string> line(std::chrono::milliseconds deadline = kPatience);
+
+  // Everything it prints until it closes its output, or until the deadline.
+  std::string rest(std::chrono::milliseconds deadline = kPatience);
+
+  // Where its output arrives, to wait for it along with other things.
+  int output() const { return output_; }
+
+  // From now on nobody reads its output.
+  void closeOutput();
+
+ private:
+  bool ended();
+  bool readMore(std::chrono::steady_clock::time_point until);
+
+  pid_t pid_ = -1;
+  int output_ = -1;
+  std::string unread_;
+  std::optional<int> exitCode_;
+};
+
+// Runs a program to its end. Its exit code; absent when it had to be killed after the deadline.
+std::optional<int> run(const std::vector<std::string>& command, const Variables& variables,
+                       std::chrono::milliseconds deadline = kPatience);
+
+}  // namespace tollvane::test
