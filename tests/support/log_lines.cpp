@@ -27,8 +27,8 @@ std::string soundRequested(std::string_view name, int pid) {
 }
 
 std::string notificationPresented(std::string_view bundleID) {
-  return logLine("/usr/sbin/usernoted", "Presenting <NotificationRecord app:\"" + std::string(bundleID) +
-                                            "\" ident:\"7\">");
+  return logLine("/usr/sbin/usernoted",
+                 "Presenting <NotificationRecord app:\"" + std::string(bundleID) + "\" ident:\"7\">");
 }
 
 }  // namespace tollvane::test

@@ -135,7 +135,10 @@ TEST_F(WholeProgramTest, AKilledLogToolIsStartedAgainAndHears) {
   ASSERT_TRUE(waitUntil([&] { return logTool().value_or(log) != log; }));
   const auto file = sound.tone(50ms);
   EXPECT_TRUE(waitUntil(
-      [&] { return sound.play({"paplay", file}) && historyHolds("paplay\tstarted playing audio\t"); }, 30s));
+      [&] {
+        return sound.play({"paplay", file}) && historyHolds("paplay\tstarted playing audio\t");
+      },
+      30s));
 }
 
 TEST_F(WholeProgramTest, LivesWithALogToolThatIsMissingOrEndsAtOnce) {
