@@ -32,7 +32,7 @@ std::string Identities::identify(const Notice& notice, std::optional<Pid> busSen
   for (const Maker& sender : senders) {
     if (auto id = applicationOf(sender)) return *id;
   }
-  return senders.front().name;
+  return notice.applicationName.empty() ? senders.front().name : notice.applicationName;
 }
 
 // The sender's own application, else the nearest of its ancestors' that the user would recognise.

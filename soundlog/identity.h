@@ -31,8 +31,8 @@ class Identities {
 
   Identities(const Makers& makers, Lookup lookup) : makers_(makers), lookup_(std::move(lookup)) {}
 
-  // The application's own word where it is an id; else the application that one of the senders belongs to; else a
-  // sender's program; else the name for display. `busSender` is the process that the bus knows as the sender.
+  // The application's own word where it is an id; else the application that one of the senders belongs to; else the
+  // name for display; else a sender's program. `busSender` is the process that the bus knows as the sender.
   std::string identify(const Notice& notice, std::optional<Pid> busSender) const;
 
  private:

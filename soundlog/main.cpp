@@ -23,13 +23,19 @@ struct LoopDeleter {
   void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
 };
 
-// Which application a process is. Made at the first question: it keeps what it read of all desktop entries.
+// The user's applications. Made at the first question: it keeps what it read of all desktop entries.
 class DesktopApplications {
  public:
-  std::optional<Identities::Application> operator()(Pid pid) const {
+  std::optional<Identities::Application> of(Pid pid) const {
     const auto application = applications_.of(pid);
     if (!application) return std::nullopt;
     return Identities::Application{application->id, application->isRegular()};
+  }
+
+  std::string nameOf(std::string_view id) {
+    entries_.refresh();
+    const auto entry = entries_.withId(id);
+    return entry ? entry->name : std::string();
   }
 
  private:
@@ -38,13 +44,6 @@ class DesktopApplications {
   NoX11Windows windows_;  // an identity is an entry's id, which no window tells
   Applications applications_{processes_, entries_, windows_};
 };
-
-Identities::Lookup desktopApplications() {
-  return [made = std::shared_ptr<DesktopApplications>()](Pid pid) mutable {
-    if (!made) made = std::make_shared<DesktopApplications>();
-    return (*made)(pid);
-  };
-}
 
 // The signals that ask the process to end, as a descriptor: no thread of any library shall take them.
 UniqueFd endingSignals() {
@@ -66,7 +65,11 @@ int run(const Stream& stream) {
   const auto end = [&loop] { g_main_loop_quit(loop.get()); };
   const Watch ending = watchDescriptor(signals.get(), G_IO_IN, [&end](GIOCondition) { end(); });
   const auto format = stream.style == Stream::Style::ndjson ? ndjsonLine : readableLine;
-  SoundLog log(STDOUT_FILENO, format, processEnvironment(), desktopApplications(), end);
+  std::optional<DesktopApplications> made;
+  const auto applications = [&made]() -> DesktopApplications& { return made ? *made : made.emplace(); };
+  SoundLog log(
+      STDOUT_FILENO, format, processEnvironment(), [&](Pid pid) { return applications().of(pid); },
+      [&](std::string_view id) { return applications().nameOf(id); }, end);
   log.start();
   g_main_loop_run(loop.get());
   return EX_OK;

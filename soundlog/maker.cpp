@@ -53,9 +53,17 @@ Maker Makers::remember(const ClientClaims& claims) const {
     maker.cgroup = processes_.cgroup(*pid);
     maker.runByDunst = isRunByDunst(processes_, *pid);
   }
-  if (maker.name.empty()) maker.name = std::string(lastComponent(claims.binary));
-  if (maker.name.empty()) maker.name = claims.name;
+  if (maker.name.empty()) maker.name = nameByClaims(claims);
   return maker;
+}
+
+// A client in a sandbox speaks of process numbers that mean others here. Its application's name is all there is to
+// credit it by, so it must be the one that the desktop shows.
+std::string Makers::nameByClaims(const ClientClaims& claims) const {
+  if (!claims.sandboxId.empty() && nameOfApplication_) {
+    if (std::string name = nameOfApplication_(claims.sandboxId); !name.empty()) return name;
+  }
+  return claims.name.empty() ? std::string(lastComponent(claims.binary)) : claims.name;
 }
 
 Pid Makers::creditedPid(const Maker& maker) const {

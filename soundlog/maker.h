@@ -4,8 +4,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/apps/proc_fs.h"
@@ -26,6 +29,7 @@ struct ClientClaims {
   std::optional<Pid> declaredPid = {};  // told by the client itself: believed only when `binary` agrees
   std::string binary = {};              // the client's program, by its own word
   std::string name = {};                // the client's name, by its own word
+  std::string sandboxId = {};           // of the application whose sandbox it is in, told by the server
   bool operator==(const ClientClaims&) const = default;
 };
 
@@ -41,7 +45,11 @@ struct Maker {
 
 class Makers {
  public:
-  explicit Makers(const ProcFs& processes) : processes_(processes) {}
+  // What the desktop calls the application with this id; empty when it knows none.
+  using NameOfApplication = std::function<std::string(std::string_view id)>;
+
+  explicit Makers(const ProcFs& processes, NameOfApplication nameOfApplication = {})
+      : processes_(processes), nameOfApplication_(std::move(nameOfApplication)) {}
 
   Maker remember(const ClientClaims& claims) const;
 
@@ -52,8 +60,10 @@ class Makers {
 
  private:
   std::optional<Pid> believedPid(const ClientClaims& claims) const;
+  std::string nameByClaims(const ClientClaims& claims) const;
 
   const ProcFs& processes_;
+  NameOfApplication nameOfApplication_;
 };
 
 }  // namespace tollvane::soundlog

@@ -71,6 +71,7 @@ ClientClaims pipeWireClaims(const Properties& properties) {
     // The kernel's word would be about the server that speaks PulseAudio's language for the client. (Over a network
     // it is another machine's process.)
     claims.declaredPid = processNumber(properties(PW_KEY_APP_PROCESS_ID));
+    claims.sandboxId = properties("pipewire.access.portal.app_id");
   }
   return claims;
 }

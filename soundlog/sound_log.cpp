@@ -6,8 +6,8 @@
 namespace tollvane::soundlog {
 
 SoundLog::SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
-                   std::function<void()> ended)
-    : makers_(processes_),
+                   Makers::NameOfApplication nameOfApplication, std::function<void()> ended)
+    : makers_(processes_, std::move(nameOfApplication)),
       identities_(makers_, std::move(applications)),
       service_(processes_, makers_),
       output_(output),

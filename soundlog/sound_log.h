@@ -26,7 +26,7 @@ class SoundLog {
 
   // Writes to `output`, which stays the caller's. `ended` is called when nobody reads it any more.
   SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
-           std::function<void()> ended);
+           Makers::NameOfApplication nameOfApplication, std::function<void()> ended);
 
   void start();
 

@@ -62,8 +62,9 @@ TEST_F(IdentityTest, ASenderThatTheUserDoesNotKnowIsStillItself) {
   EXPECT_EQ(identify({}, 400), "org.example.Daemon");
 }
 
-TEST_F(IdentityTest, ASenderWithoutApplicationIsItsProgram) {
-  EXPECT_EQ(identify({.applicationName = "Anything"}, 300), "notify-send");
+TEST_F(IdentityTest, ASenderWithoutApplicationIsWhatItCallsItselfElseItsProgram) {
+  EXPECT_EQ(identify({.applicationName = "Backup"}, 300), "Backup");
+  EXPECT_EQ(identify({}, 300), "notify-send");
 }
 
 TEST_F(IdentityTest, ASenderThatEndsMeanwhileKeepsItsNameAndItsAncestors) {

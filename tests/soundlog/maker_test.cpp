@@ -67,9 +67,20 @@ TEST_F(MakerTest, ANumberThatWasGivenToAnotherProcessIsNotCredited) {
 TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
   const Maker maker = makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv", .name = "mpv Media Player"});
   EXPECT_FALSE(maker.known());
-  EXPECT_EQ(maker.name, "mpv");
+  EXPECT_EQ(maker.name, "mpv Media Player");
   EXPECT_EQ(makers_.creditedPid(maker), 0);
-  EXPECT_EQ(makers_.remember({.checkedPid = 999, .name = "Player"}).name, "Player");
+  EXPECT_EQ(makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv"}).name, "mpv");
+}
+
+TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
+  const Makers makers(processes_, [](std::string_view id) {
+    return id == "org.mozilla.firefox" ? std::string("Firefox") : std::string();
+  });
+  ClientClaims claims{.declaredPid = 2, .binary = "firefox-bin", .name = "Client", .sandboxId = "org.mozilla.firefox"};
+  EXPECT_EQ(makers.remember(claims).name, "Firefox");
+  EXPECT_EQ(makers.creditedPid(makers.remember(claims)), 0);
+  claims.sandboxId = "org.example.Unknown";
+  EXPECT_EQ(makers.remember(claims).name, "Client");
 }
 
 TEST_F(MakerTest, ADeclaredProcessIsBelievedWhereItsProgramAgrees) {
@@ -80,7 +91,7 @@ TEST_F(MakerTest, ADeclaredProcessIsBelievedWhereItsProgramAgrees) {
 TEST_F(MakerTest, ADeclaredProcessIsNotBelievedWhereItsProgramDisagrees) {
   const Maker maker = declared(300, "firefox");
   EXPECT_EQ(makers_.creditedPid(maker), 0);
-  EXPECT_EQ(maker.name, "firefox");
+  EXPECT_EQ(maker.name, "Some name");
   EXPECT_EQ(makers_.creditedPid(declared(300, "")), 0) << "nothing to compare";
   EXPECT_EQ(makers_.creditedPid(declared(1, "init")), 0) << "a sandbox counts from 1";
 }
@@ -177,6 +188,13 @@ TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
       properties({{"client.api", "pipewire-pulse"}, {"pipewire.sec.pid", "42"}, {"application.process.id", "77"}}));
   EXPECT_EQ(claims.checkedPid, std::nullopt);
   EXPECT_EQ(claims.declaredPid, 77);
+  EXPECT_EQ(claims.sandboxId, "");
+}
+
+TEST(PipeWireClaims, TheServerTellsWhoseSandboxAClientIsIn) {
+  const auto claims = pipeWireClaims(properties(
+      {{"client.api", "pipewire-pulse"}, {"pipewire.access.portal.app_id", "org.mozilla.firefox"}}));
+  EXPECT_EQ(claims.sandboxId, "org.mozilla.firefox");
 }
 
 TEST(PipeWireClaims, AProcessOfAnotherMachineIsNone) {
