@@ -4,6 +4,7 @@
 
 root=$(mktemp -d "${TMPDIR:-/tmp}/tollvane-demo-XXXXXX")
 started=()
+panel_settings=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../tests/support/xfce4-panel.xml")
 
 # start NAME COMMAND...: in the background, with a log; its id is in $! and it dies with this shell.
 start() {
@@ -108,8 +109,9 @@ start_desktop() {
   require 10 "the X server" test -s "$root/display"
   DISPLAY=:$(cat "$root/display")
   export DISPLAY
-  start openbox openbox --sm-disable
-  require 10 "the window manager" eval 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+  # It names itself on the root window too early: a window that is mapped while it starts may escape it for ever.
+  start openbox openbox --sm-disable --startup "echo ready"
+  require 10 "the window manager" grep -qx ready "$root/log/openbox.log"
   write_panel_settings
   command -v xsetroot >/dev/null && xsetroot -solid '#4f6272'
   start_panel
@@ -118,34 +120,7 @@ start_desktop() {
 write_panel_settings() {
   local directory=$XDG_CONFIG_HOME/xfce4/xfconf/xfce-perchannel-xml
   mkdir -p "$directory"
-  cat >"$directory/xfce4-panel.xml" <<'XML'
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="true"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value="28"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray">
-      <property name="square-icons" type="bool" value="true"/>
-    </property>
-  </property>
-</channel>
-XML
+  sed 's/@DARK_MODE@/true/' "$panel_settings" >"$directory/xfce4-panel.xml"
 }
 
 start_panel() {

@@ -14,18 +14,18 @@
 
 #include "platform/linux/status/sni_types.h"
 #include "support/private_desktop.h"
+#include "support/process.h"
 
 namespace tollvane::test {
 
-// As eventually(), and lets objects that this test has on the bus answer in between.
-inline bool eventuallyOnTheBus(const std::function<bool()>& condition,
-                               std::chrono::milliseconds deadline = std::chrono::milliseconds(20000)) {
-  return eventually(
+// As waitUntil(), and lets objects that this test has on the bus answer in between.
+inline bool waitUntilOnTheBus(const std::function<bool()>& condition) {
+  return waitUntil(
       [&] {
         QCoreApplication::processEvents();
         return condition();
       },
-      deadline);
+      kDesktopPatience);
 }
 
 // A connection to the desktop's bus under a name of its own; closed when it goes.
@@ -54,32 +54,32 @@ class TestBus {
 // The bell, running as a process in the desktop.
 class Bell {
  public:
-  explicit Bell(PrivateDesktop& desktop, const std::vector<std::string>& environment = {})
-      : program_(desktop.start({BELL_PROBE, BELL_ICONS}, environment)) {}
+  explicit Bell(PrivateDesktop& desktop, const Variables& extra = {})
+      : program_(desktop.start({BELL_PROBE, BELL_ICONS}, extra)) {}
 
   // Returns when the bell has done it. Handles the test's own bus objects while it waits.
   void tell(std::string_view line) {
     ++told_;
     program_->writeLine(line);
-    if (!eventuallyOnTheBus([this] { return count("obeyed\n") == told_; })) {
+    if (!waitUntilOnTheBus([this] { return count("obeyed\n") == told_; })) {
       throw std::runtime_error("the bell does not obey: " + std::string(line));
     }
   }
 
-  bool printed(std::string_view text) { return program_->output().find(text) != std::string::npos; }
-  DesktopProgram& program() { return *program_; }
+  bool printed(std::string_view text) { return program_->printed().find(text) != std::string::npos; }
+  Process& program() { return *program_; }
   QString service() const { return QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(program_->pid()); }
 
  private:
   int count(std::string_view text) {
     int found = 0;
-    for (std::size_t at = 0; (at = program_->output().find(text, at)) != std::string::npos; at += text.size()) {
+    for (std::size_t at = 0; (at = program_->printed().find(text, at)) != std::string::npos; at += text.size()) {
       ++found;
     }
     return found;
   }
 
-  std::unique_ptr<DesktopProgram> program_;
+  std::unique_ptr<Process> program_;
   int told_ = 0;
 };
 

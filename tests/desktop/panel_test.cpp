@@ -30,21 +30,24 @@ class PanelTest : public testing::Test {
       return QImage(QString::fromStdString(file.string())).convertToFormat(QImage::Format_RGB32).copy(kIconArea);
     };
     QImage last = look();
-    eventually([&] {
-      const QImage now = look();
-      return now == std::exchange(last, now);
-    });
+    waitUntil(
+        [&] {
+          const QImage now = look();
+          return now == std::exchange(last, now);
+        },
+        kDesktopPatience);
     return last;
   }
 
   // True once the icon's place looks different from all of these.
   bool becomesOtherThan(const std::vector<QImage>& seen) {
-    return eventually([&] { return std::find(seen.begin(), seen.end(), icon()) == seen.end(); });
+    return waitUntil([&] { return std::find(seen.begin(), seen.end(), icon()) == seen.end(); }, kDesktopPatience);
   }
 
   bool isRegistered(const Bell& bell) {
-    return eventually(
-        [&] { return desktop_->registeredItems().find(bell.service().toStdString()) != std::string::npos; });
+    return waitUntil(
+        [&] { return desktop_->registeredItems().find(bell.service().toStdString()) != std::string::npos; },
+        kDesktopPatience);
   }
 
   std::optional<PrivateDesktop> desktop_;
@@ -150,7 +153,7 @@ TEST_F(PanelTest, TheBellLeavesThePanelWithItsProcess) {
   bell.tell("image bell.fill");
   ASSERT_TRUE(becomesOtherThan({none}));
   bell.program().kill();
-  EXPECT_TRUE(eventually([&] { return icon() == none; }));
+  EXPECT_TRUE(waitUntil([&] { return icon() == none; }, kDesktopPatience));
 }
 
 TEST_F(PanelTest, AClickInThePanelReachesTheHandler) {
@@ -160,7 +163,7 @@ TEST_F(PanelTest, AClickInThePanelReachesTheHandler) {
   bell.tell("image bell.fill");
   ASSERT_TRUE(becomesOtherThan({none}));
   ASSERT_TRUE(desktop_->run({"xdotool", "mousemove", "786", "14", "click", "1"}));
-  EXPECT_TRUE(eventually([&] { return bell.printed("activated "); }));
+  EXPECT_TRUE(waitUntil([&] { return bell.printed("activated "); }, kDesktopPatience));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ class StatusItemTest : public testing::Test {
  protected:
   StatusItemTest() : desktop_({.screen = false, .panel = false}), bus_(desktop_) {}
 
-  Bell& startBell(const std::vector<std::string>& environment = {}) { return bell_.emplace(desktop_, environment); }
+  Bell& startBell(const Variables& extra = {}) { return bell_.emplace(desktop_, extra); }
 
   // A bell whose item can be asked, without a watcher.
   ItemOnTheBus startItem() {
@@ -36,7 +36,7 @@ class StatusItemTest : public testing::Test {
 TEST_F(StatusItemTest, RegistersWithAWatcherThatIsThere) {
   TestWatcher watcher(desktop_);
   Bell& bell = startBell();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() > 0; }));
   EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
 }
 
@@ -44,7 +44,7 @@ TEST_F(StatusItemTest, RegistersWithAWatcherThatComesLater) {
   Bell& bell = startBell();
   bell.tell("image bell");
   TestWatcher watcher(desktop_);
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() > 0; }));
   EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
 }
 
@@ -52,28 +52,28 @@ TEST_F(StatusItemTest, RegistersAgainWhenTheWatcherIsReplaced) {
   startBell();
   for (int round = 0; round < 3; ++round) {
     TestWatcher watcher(desktop_);
-    ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() > 0; })) << "round " << round;
+    ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() > 0; })) << "round " << round;
   }
 }
 
 TEST_F(StatusItemTest, RegistersAgainWhenAHostComesToAWatcherThatForgotTheItem) {
   TestWatcher watcher(desktop_);
   Bell& bell = startBell();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 1; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() == 1; }));
   watcher.forgetItems();
   watcher.announceHost();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 2; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() == 2; }));
   EXPECT_THAT(watcher.items(), ElementsAre(bell.service() + "/StatusNotifierItem"));
 }
 
 TEST_F(StatusItemTest, DoesNotRegisterAgainWhenAHostComesToAWatcherThatKnowsTheItem) {
   TestWatcher watcher(desktop_);
   const Bell& bell = startBell();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 1; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() == 1; }));
   watcher.announceHost();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.questions() == 1; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.questions() == 1; }));
   watcher.announceHost();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.questions() == 2; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.questions() == 2; }));
   // Behind the watcher's answers on their way to the bell, and a registration would be ahead of the reply.
   ItemOnTheBus(watcher.bus(), bell.service()).text("Id");
   QCoreApplication::processEvents();
@@ -84,7 +84,7 @@ TEST_F(StatusItemTest, EveryItemRegistersOnceUnderItsOwnName) {
   TestWatcher watcher(desktop_);
   Bell& bell = startBell();
   bell.tell("another-item");
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return watcher.registrations() == 2; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.registrations() == 2; }));
   bell.tell("image bell.fill");
   EXPECT_EQ(watcher.registrations(), 2);
   EXPECT_NE(watcher.items().at(0), watcher.items().at(1));
@@ -94,7 +94,7 @@ TEST_F(StatusItemTest, TheItemLeavesTheBusWithItsProcess) {
   startItem();
   const QString service = bell_->service();
   bell_->program().kill();
-  EXPECT_TRUE(eventuallyOnTheBus([&] { return !bus_->interface()->isServiceRegistered(service).value(); }));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return !bus_->interface()->isServiceRegistered(service).value(); }));
 }
 
 TEST_F(StatusItemTest, SaysWhatItIs) {
@@ -165,7 +165,7 @@ TEST_F(StatusItemTest, SignalsAreSentOnlyWhenSomethingChanged) {
   bell_->tell("tooltip Mail");
   bell_->tell("tooltip Mail and more");
   item.text("Id");
-  EXPECT_TRUE(eventuallyOnTheBus([&] { return heard.icons >= 1 && heard.toolTips >= 2; }));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return heard.icons >= 1 && heard.toolTips >= 2; }));
   EXPECT_EQ(heard.icons, 1);
   EXPECT_EQ(heard.toolTips, 2);
   EXPECT_EQ(heard.others, 0);
@@ -198,7 +198,7 @@ TEST_F(StatusItemTest, ToolTipThatIsNotUtf8DoesNotCostTheConnection) {
 TEST_F(StatusItemTest, AClickReachesTheHandler) {
   const ItemOnTheBus item = startItem();
   EXPECT_EQ(item.invoke("Activate", {1266, 14}).type(), QDBusMessage::ReplyMessage);
-  EXPECT_TRUE(eventually([&] { return bell_->printed("activated 1266 14 \n"); }));
+  EXPECT_TRUE(waitUntil([&] { return bell_->printed("activated 1266 14 \n"); }, kDesktopPatience));
 }
 
 TEST_F(StatusItemTest, TheActivationTokenBelongsToTheClickBehindIt) {
@@ -206,7 +206,7 @@ TEST_F(StatusItemTest, TheActivationTokenBelongsToTheClickBehindIt) {
   EXPECT_EQ(item.invoke("ProvideXdgActivationToken", {QStringLiteral("token-1")}).type(), QDBusMessage::ReplyMessage);
   item.invoke("Activate", {1, 2});
   item.invoke("Activate", {3, 4});
-  EXPECT_TRUE(eventually([&] { return bell_->printed("activated 1 2 token-1\nactivated 3 4 \n"); }));
+  EXPECT_TRUE(waitUntil([&] { return bell_->printed("activated 1 2 token-1\nactivated 3 4 \n"); }, kDesktopPatience));
 }
 
 TEST_F(StatusItemTest, OtherGesturesAreAcceptedAndDoNothing) {
@@ -215,24 +215,24 @@ TEST_F(StatusItemTest, OtherGesturesAreAcceptedAndDoNothing) {
   EXPECT_EQ(item.invoke("ContextMenu", {1, 2}).type(), QDBusMessage::ReplyMessage);
   EXPECT_EQ(item.invoke("Scroll", {120, QStringLiteral("vertical")}).type(), QDBusMessage::ReplyMessage);
   item.invoke("Activate", {5, 6});
-  ASSERT_TRUE(eventually([&] { return bell_->printed("activated 5 6 \n"); }));
+  ASSERT_TRUE(waitUntil([&] { return bell_->printed("activated 5 6 \n"); }, kDesktopPatience));
   EXPECT_FALSE(bell_->printed("activated 1 2"));
 }
 
 TEST_F(StatusItemTest, WithoutASessionBusTheBellRunsUnseen) {
-  Bell& bell = startBell({"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"});
+  Bell& bell = startBell({{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
   bell.tell("image bell No sound yet");
   bell.tell("tooltip Mail");
   bell.tell("another-item");
   bell.tell("quit");
-  ASSERT_TRUE(eventually([&] { return !bell.program().running(); }));
+  ASSERT_TRUE(waitUntil([&] { return !bell.program().running(); }, kDesktopPatience));
   EXPECT_EQ(bell.program().exitCode(), 0);
 }
 
 TEST_F(StatusItemTest, TheBellOutlivesItsBus) {
   // The bus that goes is not the fixture's: its own connections would go as well.
   PrivateDesktop other({.screen = false, .panel = false});
-  Bell bell(desktop_, {"DBUS_SESSION_BUS_ADDRESS=" + other.busAddress()});
+  Bell bell(desktop_, {{"DBUS_SESSION_BUS_ADDRESS", other.busAddress()}});
   bell.tell("image bell");
   other.bus().kill();
   bell.tell("image bell.fill");
@@ -264,29 +264,30 @@ TEST_F(StatusItemTest, AskingForTheColourSchemeStartsNoPortal) {
   // Started behind the bell's question and watched until it ran; so would the portal have.
   desktop_.run(
       {"busctl", "--user", "--expect-reply=no", "call", "org.example.Started", "/", "org.example.Started", "Any"});
-  ASSERT_TRUE(eventually([&] { return std::filesystem::exists(desktop_.root() / "other-was-started"); }));
+  ASSERT_TRUE(
+      waitUntil([&] { return std::filesystem::exists(desktop_.root() / "other-was-started"); }, kDesktopPatience));
   EXPECT_FALSE(std::filesystem::exists(desktop_.root() / "portal-was-started"));
 }
 
 TEST_F(StatusItemTest, OnALightDesktopTheBellIsDark) {
   TestPortal portal(desktop_, 2);
   const ItemOnTheBus item = startItem();
-  EXPECT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
   EXPECT_EQ(item.text("IconName"), "tollvane-bell-symbolic");
 }
 
 TEST_F(StatusItemTest, TheBellFollowsTheDesktopFromLightToDarkAndBack) {
   TestPortal portal(desktop_, 2);
   const ItemOnTheBus item = startItem();
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
   const ItemSignals heard(*bus_, bell_->service());
   portal.changeTo(1);
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::dark); }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::dark); }));
   portal.changeSomethingElse();
   portal.changeTo(0);
   portal.changeTo(2);
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
-  ASSERT_TRUE(eventuallyOnTheBus([&] { return heard.icons >= 2; }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return heard.icons >= 2; }));
   EXPECT_EQ(heard.icons, 2) << "no preference looks like dark, and another setting like nothing";
 }
 
@@ -294,7 +295,7 @@ TEST_F(StatusItemTest, APortalThatComesLaterIsAsked) {
   const ItemOnTheBus item = startItem();
   EXPECT_EQ(item.pixmaps(), hollowFor(BarTone::dark));
   TestPortal portal(desktop_, 2);
-  EXPECT_TRUE(eventuallyOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
 }
 
 }  // namespace

@@ -1,23 +1,19 @@
 #include "support/private_desktop.h"
 
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <map>
+#include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
-#include <thread>
-#include <utility>
 
 namespace tollvane::test {
 namespace {
@@ -44,50 +40,9 @@ constexpr std::string_view kForeignVariables[] = {
     "XDG_",
 };
 
-bool isForeign(std::string_view variable) {
-  for (const std::string_view prefix : kForeignVariables) {
-    if (variable.substr(0, prefix.size()) == prefix) {
-      return true;
-    }
-  }
-  return false;
-}
-
-std::vector<char*> pointers(const std::vector<std::string>& texts) {
-  std::vector<char*> result;
-  for (const std::string& text : texts) {
-    result.push_back(const_cast<char*>(text.c_str()));
-  }
-  result.push_back(nullptr);
-  return result;
-}
-
-struct Pipe {
-  std::array<int, 2> ends{-1, -1};
-  Pipe() {
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-      throw std::system_error(errno, std::generic_category(), "pipe");
-    }
-  }
-};
-
-// Only calls that are safe between fork and exec in a program with threads.
-[[noreturn]] void becomeProgram(pid_t parent, int input, int output, int quiet, char* const* arguments,
-                                char* const* environment) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) {
-    _exit(127);
-  }
-  sigset_t none;
-  sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
-  dup2(input, STDIN_FILENO);
-  dup2(output, STDOUT_FILENO);
-  if (quiet >= 0) {
-    dup2(quiet, STDERR_FILENO);
-  }
-  execvpe(arguments[0], arguments, environment);
-  _exit(127);
+bool isForeign(const std::string& name) {
+  const std::string start = name + '=';
+  return std::ranges::any_of(kForeignVariables, [&](std::string_view foreign) { return start.starts_with(foreign); });
 }
 
 std::filesystem::path makeRoot() {
@@ -115,89 +70,19 @@ void require(bool condition, const std::string& what) {
   }
 }
 
+// Reads the program's lines until it prints this one.
+bool prints(Process& program, std::string_view wanted) {
+  while (const auto line = program.line(kDesktopPatience)) {
+    if (*line == wanted) {
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
-bool eventually(const std::function<bool()>& condition, std::chrono::milliseconds deadline) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) {
-      return false;
-    }
-    std::this_thread::sleep_for(10ms);
-  }
-  return true;
-}
-
-DesktopProgram::~DesktopProgram() {
-  stop();
-  closeInput();
-  close(output_);
-}
-
-void DesktopProgram::reap(int status) { exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status); }
-
-bool DesktopProgram::running() {
-  int status = 0;
-  if (!exitCode_ && waitpid(pid_, &status, WNOHANG) == pid_) {
-    reap(status);
-  }
-  return !exitCode_;
-}
-
-std::optional<int> DesktopProgram::exitCode() {
-  running();
-  return exitCode_;
-}
-
-void DesktopProgram::writeLine(std::string_view line) {
-  std::string bytes(line);
-  bytes += '\n';
-  std::string_view rest = bytes;
-  while (!rest.empty()) {
-    const ssize_t written = write(input_, rest.data(), rest.size());
-    if (written < 0 && errno != EINTR) {
-      throw std::system_error(errno, std::generic_category(), "writing to a program");
-    }
-    rest.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
-  }
-}
-
-void DesktopProgram::closeInput() {
-  if (input_ >= 0) {
-    close(std::exchange(input_, -1));
-  }
-}
-
-const std::string& DesktopProgram::output() {
-  std::array<char, 4096> buffer;
-  ssize_t count = 0;
-  while ((count = read(output_, buffer.data(), buffer.size())) > 0) {
-    printed_.append(buffer.data(), static_cast<std::size_t>(count));
-  }
-  return printed_;
-}
-
-void DesktopProgram::stop() {
-  if (running()) {
-    ::kill(pid_, SIGTERM);
-    if (!eventually([this] { return !running(); }, 2000ms)) {
-      kill();
-    }
-  }
-}
-
-void DesktopProgram::kill() {
-  if (running()) {
-    ::kill(pid_, SIGKILL);
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    reap(status);
-  }
-}
-
 PrivateDesktop::PrivateDesktop(Options options) : options_(options), root_(makeRoot()) {
-  // A program that ended must not take the test with it when it is written to.
-  signal(SIGPIPE, SIG_IGN);
   std::filesystem::create_directory(root_ / "run");
   std::filesystem::permissions(root_ / "run", std::filesystem::perms::owner_all);
   startBus();
@@ -222,137 +107,83 @@ PrivateDesktop::~PrivateDesktop() {
 
 std::string PrivateDesktop::busAddress() const { return "unix:path=" + (root_ / "run/bus").string(); }
 
-std::vector<std::string> PrivateDesktop::environmentFor(const std::vector<std::string>& extra) const {
-  std::vector<std::string> own = {
-      "HOME=" + root_.string(),
-      "XDG_RUNTIME_DIR=" + (root_ / "run").string(),
-      "XDG_CURRENT_DESKTOP=XFCE",
-      "DBUS_SESSION_BUS_ADDRESS=" + busAddress(),
-      "NO_AT_BRIDGE=1",
-      "LANG=C.UTF-8",
-      display_.empty() ? std::string("QT_QPA_PLATFORM=offscreen") : "DISPLAY=" + display_,
-  };
-  own.insert(own.end(), extra.begin(), extra.end());
-
-  std::map<std::string, std::string> variables;
-  const auto set = [&](std::string_view assignment) {
-    const std::size_t equals = assignment.find('=');
-    variables[std::string(assignment.substr(0, equals))] = assignment.substr(equals + 1);
-  };
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    if (!isForeign(*variable)) {
-      set(*variable);
-    }
-  }
-  for (const std::string& variable : own) {
-    set(variable);
-  }
-  std::vector<std::string> environment;
-  for (const auto& [name, value] : variables) {
-    environment.push_back(name + '=' + value);
-  }
-  return environment;
-}
-
-std::unique_ptr<DesktopProgram> PrivateDesktop::start(const std::vector<std::string>& arguments,
-                                                      const std::vector<std::string>& extraEnvironment) {
-  const std::vector<std::string> environment = environmentFor(extraEnvironment);
-  const std::vector<char*> argv = pointers(arguments);
-  const std::vector<char*> envp = pointers(environment);
-  const Pipe input;
-  const Pipe output;
-  const int quiet = std::getenv("TOLLVANE_TEST_VERBOSE") == nullptr ? open("/dev/null", O_WRONLY | O_CLOEXEC) : -1;
-  const pid_t parent = getpid();
-  const pid_t pid = fork();
-  if (pid == 0) {
-    becomeProgram(parent, input.ends[0], output.ends[1], quiet, argv.data(), envp.data());
-  }
-  close(input.ends[0]);
-  close(output.ends[1]);
-  if (quiet >= 0) {
-    close(quiet);
-  }
-  fcntl(output.ends[0], F_SETFL, O_NONBLOCK);
-  require(pid > 0, arguments.front());
-  return std::make_unique<DesktopProgram>(pid, input.ends[1], output.ends[0]);
-}
-
-std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& arguments) {
-  const std::unique_ptr<DesktopProgram> program = start(arguments);
-  program->closeInput();
-  const bool ended = eventually([&] {
-    program->output();
-    return !program->running();
+Variables PrivateDesktop::variablesWith(const Variables& extra) const {
+  // What is there already stays.
+  Variables variables = extra;
+  variables.merge(Variables{
+      {"HOME", root_.string()},
+      {"XDG_RUNTIME_DIR", (root_ / "run").string()},
+      {"XDG_CURRENT_DESKTOP", "XFCE"},
+      {"DBUS_SESSION_BUS_ADDRESS", busAddress()},
+      {"NO_AT_BRIDGE", "1"},
+      {"LANG", "C.UTF-8"},
+      display_.empty() ? Variables::value_type("QT_QPA_PLATFORM", "offscreen")
+                       : Variables::value_type("DISPLAY", display_),
   });
-  if (!ended || program->exitCode() != 0) {
+  Variables inherited = ownVariables();
+  std::erase_if(inherited, [](const auto& variable) { return isForeign(variable.first); });
+  variables.merge(inherited);
+  return variables;
+}
+
+std::unique_ptr<Process> PrivateDesktop::start(const std::vector<std::string>& command, const Variables& extra) {
+  Process::Options options{
+      .input = Process::Input::written, .output = Process::Output::read, .variables = variablesWith(extra)};
+  if (std::getenv("TOLLVANE_TEST_VERBOSE") == nullptr) {
+    options.errors = "/dev/null";
+  }
+  return std::make_unique<Process>(command, options);
+}
+
+std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& command) {
+  const std::unique_ptr<Process> program = start(command);
+  program->closeInput();
+  std::string printed = program->rest(kDesktopPatience);
+  if (program->exitCode(kDesktopPatience) != 0) {
     return std::nullopt;
   }
-  return program->output();
+  return printed;
 }
 
 void PrivateDesktop::startBus() {
   bus_ = start({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + busAddress()});
-  require(eventually([this] { return accepts(root_ / "run/bus") || !bus_->running(); }) && bus_->running(),
-          "dbus-daemon");
+  const auto decided = [this] { return accepts(root_ / "run/bus") || !bus_->running(); };
+  require(waitUntil(decided, kDesktopPatience) && bus_->running(), "dbus-daemon");
 }
 
 void PrivateDesktop::startScreen() {
   // Without -noreset the server would start over when the first client that only looks around leaves.
   server_ = start({"Xvfb", "-displayfd", "1", "-screen", "0", "800x480x24", "-nolisten", "tcp", "-noreset"});
-  require(eventually([this] { return server_->output().find('\n') != std::string::npos || !server_->running(); }) &&
-              server_->running(),
-          "Xvfb");
-  display_ = ":" + server_->output().substr(0, server_->output().find('\n'));
-  windowManager_ = start({"openbox", "--sm-disable"});
-  require(eventually([this] {
-            const auto property = run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"});
-            return property && property->find("window id") != std::string::npos;
-          }),
-          "openbox");
+  const auto number = server_->line(kDesktopPatience);
+  require(number.has_value(), "Xvfb");
+  display_ = ":" + *number;
+  // It names itself on the root window too early: a window that is mapped while it starts may escape it for ever.
+  windowManager_ = start({"openbox", "--sm-disable", "--startup", "echo ready"});
+  require(prints(*windowManager_, "ready"), "openbox");
 }
 
 void PrivateDesktop::writePanelSettings() {
+  std::ostringstream file;
+  file << std::ifstream(XFCE4_PANEL_SETTINGS).rdbuf();
+  std::string settings = file.str();
+  constexpr std::string_view kPlace = "@DARK_MODE@";
+  const std::size_t place = settings.find(kPlace);
+  require(place != std::string::npos, XFCE4_PANEL_SETTINGS);
+  settings.replace(place, kPlace.size(), options_.tone == Tone::dark ? "true" : "false");
   const std::filesystem::path directory = root_ / ".config/xfce4/xfconf/xfce-perchannel-xml";
   std::filesystem::create_directories(directory);
-  std::ofstream(directory / "xfce4-panel.xml") << R"(<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value=")"
-                                               << (options_.tone == Tone::dark ? "true" : "false") << R"("/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value="28"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray">
-      <property name="square-icons" type="bool" value="true"/>
-    </property>
-  </property>
-</channel>
-)";
+  std::ofstream(directory / "xfce4-panel.xml") << settings;
 }
 
 void PrivateDesktop::startPanel() {
   panel_ = start({"xfce4-panel", "--disable-wm-check"});
-  require(eventually([this] {
-            const auto host =
-                run({"busctl", "--user", "get-property", "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
-                     "org.kde.StatusNotifierWatcher", "IsStatusNotifierHostRegistered"});
-            return host && host->find("true") != std::string::npos;
-          }),
-          "xfce4-panel");
+  const auto hasHost = [this] {
+    const auto host =
+        run({"busctl", "--user", "get-property", "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+             "org.kde.StatusNotifierWatcher", "IsStatusNotifierHostRegistered"});
+    return host && host->find("true") != std::string::npos;
+  };
+  require(waitUntil(hasHost, kDesktopPatience), "xfce4-panel");
 }
 
 std::string PrivateDesktop::registeredItems() {
@@ -389,7 +220,7 @@ void PrivateDesktop::stopStrays() {
     }
   };
   signalAll(SIGTERM);
-  if (!eventually([&] { return strays().empty(); }, 2000ms)) {
+  if (!waitUntil([&] { return strays().empty(); }, 2s)) {
     signalAll(SIGKILL);
   }
 }

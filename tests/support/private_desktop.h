@@ -10,56 +10,19 @@
 // condition with a deadline.
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "support/process.h"
 
 namespace tollvane::test {
 
-// Polls until the condition holds; false when it still does not after the deadline.
-bool eventually(const std::function<bool()>& condition,
-                std::chrono::milliseconds deadline = std::chrono::milliseconds(20000));
-
-// A program in the desktop. Destroying it stops it.
-class DesktopProgram {
- public:
-  DesktopProgram(pid_t pid, int input, int output) : pid_(pid), input_(input), output_(output) {}
-  ~DesktopProgram();
-  DesktopProgram(const DesktopProgram&) = delete;
-  DesktopProgram& operator=(const DesktopProgram&) = delete;
-
-  pid_t pid() const { return pid_; }
-  bool running();
-  // Its exit code, or 128 plus the signal that ended it; absent while it runs.
-  std::optional<int> exitCode();
-
-  // Sends one line to its standard input.
-  void writeLine(std::string_view line);
-  void closeInput();
-  // Everything that it printed so far.
-  const std::string& output();
-
-  // Asks it to end, insists after two seconds, and returns when it is gone.
-  void stop();
-  // Ends it at once, as a crash would.
-  void kill();
-
- private:
-  void reap(int status);
-
-  pid_t pid_;
-  int input_;
-  int output_;
-  std::string printed_;
-  std::optional<int> exitCode_;
-};
+// Screens and panels may take longer than other programs.
+inline constexpr std::chrono::milliseconds kDesktopPatience{20000};
 
 class PrivateDesktop {
  public:
@@ -78,19 +41,18 @@ class PrivateDesktop {
 
   const std::filesystem::path& root() const { return root_; }
   std::string busAddress() const;
-  DesktopProgram& bus() { return *bus_; }
+  Process& bus() { return *bus_; }
 
-  // Starts a program in this desktop, with pipes at its standard input and output. The extra environment
-  // ("NAME=value") goes over the desktop's own.
-  std::unique_ptr<DesktopProgram> start(const std::vector<std::string>& arguments,
-                                        const std::vector<std::string>& extraEnvironment = {});
+  // Starts a program in this desktop, with pipes at its standard input and output. The extra variables go over the
+  // desktop's own.
+  std::unique_ptr<Process> start(const std::vector<std::string>& command, const Variables& extra = {});
 
   // Runs a program to its end and returns what it printed; absent when it failed.
-  std::optional<std::string> run(const std::vector<std::string>& arguments);
+  std::optional<std::string> run(const std::vector<std::string>& command);
 
   // Returns when the panel shows status items.
   void startPanel();
-  DesktopProgram& panel() { return *panel_; }
+  Process& panel() { return *panel_; }
 
   // The status items that the panel knows, as the watcher lists them: one text, empty when there is none.
   std::string registeredItems();
@@ -99,7 +61,7 @@ class PrivateDesktop {
   void screenshot(const std::filesystem::path& file);
 
  private:
-  std::vector<std::string> environmentFor(const std::vector<std::string>& extra) const;
+  Variables variablesWith(const Variables& extra) const;
   void startBus();
   void startScreen();
   void writePanelSettings();
@@ -109,10 +71,10 @@ class PrivateDesktop {
   std::filesystem::path root_;
   std::string display_;
   // In order of their start; they are stopped in the opposite one.
-  std::unique_ptr<DesktopProgram> bus_;
-  std::unique_ptr<DesktopProgram> server_;
-  std::unique_ptr<DesktopProgram> windowManager_;
-  std::unique_ptr<DesktopProgram> panel_;
+  std::unique_ptr<Process> bus_;
+  std::unique_ptr<Process> server_;
+  std::unique_ptr<Process> windowManager_;
+  std::unique_ptr<Process> panel_;
 };
 
 }  // namespace tollvane::test

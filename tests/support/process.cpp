@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -34,15 +35,34 @@ std::vector<std::string> assignments(const Variables& variables) {
   return result;
 }
 
+struct Pipe {
+  int readEnd = -1;
+  int writeEnd = -1;
+};
+
+Pipe makePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  return {ends[0], ends[1]};
+}
+
+// What the child gets; absent ones are the test's own.
+struct Streams {
+  int input = -1;
+  int output = -1;
+  int errors = -1;
+};
+
 // In the child, between fork and exec.
-[[noreturn]] void become(char** command, char** variables, pid_t parent, int output, int errors) {
+[[noreturn]] void become(char** command, char** variables, pid_t parent, const Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(127);
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-  if (output >= 0) dup2(output, STDOUT_FILENO);
-  if (errors >= 0) dup2(errors, STDERR_FILENO);
+  if (streams.input >= 0) dup2(streams.input, STDIN_FILENO);
+  if (streams.output >= 0) dup2(streams.output, STDOUT_FILENO);
+  if (streams.errors >= 0) dup2(streams.errors, STDERR_FILENO);
   environ = variables;
   execvp(command[0], command);
   _exit(127);
@@ -70,29 +90,34 @@ Variables ownVariables() {
 }
 
 Process::Process(std::vector<std::string> command, const Options& options) {
-  std::array<int, 2> pipe{-1, -1};
-  if (options.output == Output::read && pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-  const int ignored = options.output == Output::ignored ? open("/dev/null", O_WRONLY | O_CLOEXEC) : -1;
-  const int errors =
-      options.errors ? open(options.errors->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600) : -1;
+  const Pipe input = options.input == Input::written ? makePipe() : Pipe();
+  const Pipe output = options.output == Output::read ? makePipe() : Pipe();
+  // A program that ended must not take the test with it when it is written to.
+  if (options.input == Input::written) ::signal(SIGPIPE, SIG_IGN);
+  input_ = input.writeEnd;
+  output_ = output.readEnd;
+  const Streams streams{
+      .input = input.readEnd,
+      .output = options.output == Output::ignored ? open("/dev/null", O_WRONLY | O_CLOEXEC) : output.writeEnd,
+      .errors = options.errors ? open(options.errors->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600) : -1,
+  };
   std::vector<std::string> environment = assignments(options.variables ? *options.variables : ownVariables());
   const auto arguments = pointers(command);
   const auto variables = pointers(environment);
   const pid_t parent = getpid();
   pid_ = fork();
   if (pid_ == 0) {
-    become(const_cast<char**>(arguments.data()), const_cast<char**>(variables.data()), parent,
-           pipe[1] >= 0 ? pipe[1] : ignored, errors);
+    become(const_cast<char**>(arguments.data()), const_cast<char**>(variables.data()), parent, streams);
   }
-  for (const int descriptor : {pipe[1], ignored, errors}) {
+  for (const int descriptor : {streams.input, streams.output, streams.errors}) {
     if (descriptor >= 0) close(descriptor);
   }
-  output_ = pipe[0];
   if (pid_ < 0) throw std::runtime_error("cannot start " + command.front());
 }
 
 Process::~Process() {
   stop();
+  closeInput();
   closeOutput();
 }
 
@@ -116,6 +141,20 @@ void Process::kill() {
   exitCode();
 }
 
+void Process::writeLine(std::string_view line) {
+  const std::string bytes = std::string(line) + '\n';
+  std::string_view left = bytes;
+  while (!left.empty()) {
+    const ssize_t written = write(input_, left.data(), left.size());
+    if (written < 0 && errno != EINTR) throw std::system_error(errno, std::generic_category(), "writing to a program");
+    left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+  }
+}
+
+void Process::closeInput() {
+  if (input_ >= 0) close(std::exchange(input_, -1));
+}
+
 std::optional<std::string> Process::line(std::chrono::milliseconds deadline) {
   const auto until = steady_clock::now() + deadline;
   while (unread_.find('\n') == std::string::npos) {
@@ -134,6 +173,12 @@ std::string Process::rest(std::chrono::milliseconds deadline) {
   return std::exchange(unread_, {});
 }
 
+const std::string& Process::printed() {
+  while (readWithin(std::chrono::milliseconds(0))) {
+  }
+  return unread_;
+}
+
 void Process::closeOutput() {
   if (output_ >= 0) close(std::exchange(output_, -1));
 }
@@ -148,10 +193,15 @@ bool Process::ended() {
 }
 
 bool Process::readMore(steady_clock::time_point until) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - steady_clock::now()).count();
-  if (output_ < 0 || left < 0) return false;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - steady_clock::now());
+  return left.count() >= 0 && readWithin(left);
+}
+
+// False when there is nothing to read in this time, and at the end of the output.
+bool Process::readWithin(std::chrono::milliseconds time) {
+  if (output_ < 0) return false;
   pollfd query{output_, POLLIN, 0};
-  const int ready = poll(&query, 1, static_cast<int>(left));
+  const int ready = poll(&query, 1, static_cast<int>(time.count()));
   if (ready < 0 && errno == EINTR) return true;
   if (ready <= 0) return false;
   std::array<char, 4096> buffer{};

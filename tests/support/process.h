@@ -1,5 +1,6 @@
-// A program that a test starts. Its standard output can be read line by line; destroying it ends it and waits for it.
-// It dies by itself should the test be killed. One thread, the one that stays: the kernel ties the program to it.
+// A program that a test starts. Lines can be written to its standard input and read from its standard output;
+// destroying it ends it and waits for it. It dies by itself should the test be killed. One thread, the one that stays:
+// the kernel ties the program to it.
 #pragma once
 
 #include <sys/types.h>
@@ -11,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tollvane::test {
@@ -26,9 +28,11 @@ Variables ownVariables();
 
 class Process {
  public:
+  enum class Input { inherited, written };
   enum class Output { ignored, read };
 
   struct Options {
+    Input input = Input::inherited;
     Output output = Output::ignored;
     std::optional<Variables> variables;           // absent: the test's own
     std::optional<std::filesystem::path> errors;  // a file for standard error; absent: the test's own
@@ -53,11 +57,18 @@ class Process {
   void stop();
   void kill();
 
+  // Sends one line to its standard input. Throws when nobody reads there any more.
+  void writeLine(std::string_view line);
+  void closeInput();
+
   // The next line that it prints, without the line feed. Absent after the deadline, and at the end of its output.
   std::optional<std::string> line(std::chrono::milliseconds deadline = kPatience);
 
   // Everything it prints until it closes its output, or until the deadline.
   std::string rest(std::chrono::milliseconds deadline = kPatience);
+
+  // What it has printed so far and line() has not taken. Does not wait.
+  const std::string& printed();
 
   // Where its output arrives, to wait for it along with other things.
   int output() const { return output_; }
@@ -68,8 +79,10 @@ class Process {
  private:
   bool ended();
   bool readMore(std::chrono::steady_clock::time_point until);
+  bool readWithin(std::chrono::milliseconds time);
 
   pid_t pid_ = -1;
+  int input_ = -1;
   int output_ = -1;
   std::string unread_;
   std::optional<int> exitCode_;
