@@ -20,7 +20,8 @@ void give(SoundEvent& event, const Recorder::PendingTab& tab) {
 
 std::optional<Browser> Recorder::browser(const SoundEvent& event) const {
   for (Browser browser : Browser::allCases)
-    if (resolver_.appName(browser.bundleID()) == event.app || browser.appName() == event.app) return browser;
+    // The system's name for it costs a look at all processes; its own name costs nothing.
+    if (browser.appName() == event.app || resolver_.appName(browser.bundleID()) == event.app) return browser;
   return std::nullopt;
 }
 

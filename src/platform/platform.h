@@ -1,6 +1,6 @@
 // Everything that the core asks of the system it runs on, in one handful. Whoever makes a Platform owns the roles and
-// keeps them alive longer than the AppDelegate that they are handed to. There are three: platform/linux,
-// platform/macos, and the virtual one of the tests.
+// keeps them alive longer than the AppDelegate that they are handed to: platform/linux for people, the virtual platform
+// (tests/support) for the tests.
 #pragma once
 
 #include "platform/bundle.h"

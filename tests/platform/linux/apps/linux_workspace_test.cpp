@@ -244,32 +244,33 @@ class RealProcesses : public ::testing::Test {
   NoX11Windows windows;
   Applications applications;
   LinuxWorkspace workspace;
+  // A program of this test process alone: others look at the same machine at the same time.
+  const std::string name = "nap-" + std::to_string(::getpid());
+  const std::string nap = system.at("/usr/bin/" + name);
 };
 
 const std::string kSleep = fs::canonical("/bin/sleep").string();
 
 TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
-  const std::string nap = system.at("/usr/bin/nap");
   fs::create_directories(system.at("/usr/bin"));
   fs::copy_file(kSleep, nap);
-  system.entry("nap", "Name=Afternoon Nap\nExec=nap %U\n");
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + " %U\n");
   const Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
   const auto application = workspace.runningApplication(child.pid());
   ASSERT_TRUE(application);
   EXPECT_EQ(application->localizedName, "Afternoon Nap");
   EXPECT_EQ(application->activationPolicy, ActivationPolicy::regular);
-  const auto running = workspace.runningApplications("nap");
+  const auto running = workspace.runningApplications(name);
   ASSERT_EQ(running.size(), 1u);
   EXPECT_EQ(running.front().pid, child.pid());
   EXPECT_EQ(LinuxProcessTable(processes).parentPid(child.pid()), ::getpid());
 }
 
 TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
-  const std::string nap = system.at("/usr/bin/nap");
   fs::create_directories(system.at("/usr/bin"));
   fs::copy_file(kSleep, nap);
-  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   const Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
   fs::copy_file(kSleep, nap + ".new");
@@ -279,15 +280,15 @@ TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
 
 TEST_F(RealProcesses, ALinkedToolIsItsLinkAndTheToolIsNot) {
   fs::create_directories(system.at("/usr/bin"));
-  fs::create_symlink(kSleep, system.at("/usr/bin/nap"));
-  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
-  const Child linked({system.at("/usr/bin/nap"), "60"});
+  fs::create_symlink(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  const Child linked({nap, "60"});
   const Child direct({kSleep, "60"});
   awaitExecutable(linked.pid(), kSleep);
   awaitExecutable(direct.pid(), kSleep);
   EXPECT_EQ(workspace.runningApplication(linked.pid())->localizedName, "Afternoon Nap");
   EXPECT_FALSE(workspace.runningApplication(direct.pid()));
-  EXPECT_EQ(processes.programName(linked.pid()), "nap");
+  EXPECT_EQ(processes.programName(linked.pid()), name);
   EXPECT_EQ(processes.programName(direct.pid()), "sleep");
 }
 
@@ -311,10 +312,9 @@ TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
 }
 
 TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
-  const std::string nap = system.at("/usr/bin/nap");
   fs::create_directories(system.at("/usr/bin"));
   fs::copy_file(kSleep, nap);
-  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
   const Pid pid = child.pid();
@@ -326,14 +326,13 @@ TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
   child.end();
   EXPECT_FALSE(workspace.runningApplication(pid));
   EXPECT_FALSE(LinuxProcessTable(processes).parentPid(pid));
-  EXPECT_TRUE(workspace.runningApplications("nap").empty());
+  EXPECT_TRUE(workspace.runningApplications(name).empty());
 }
 
 TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
-  const std::string nap = system.at("/usr/bin/nap");
   fs::create_directories(system.at("/usr/bin"));
   fs::copy_file(kSleep, nap);
-  system.entry("nap", "Name=Afternoon Nap\nExec=nap\n");
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   const Child first({nap, "60"});
   awaitExecutable(first.pid(), nap);
   // The kernel counts hundredths of a second.
@@ -344,7 +343,7 @@ TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
     return processes.status(second->pid())->startTime > age;
   }));
   awaitExecutable(second->pid(), nap);
-  const auto running = workspace.runningApplications("nap");
+  const auto running = workspace.runningApplications(name);
   ASSERT_EQ(running.size(), 2u);
   EXPECT_EQ(running[0].pid, first.pid());
   EXPECT_EQ(running[1].pid, second->pid());
