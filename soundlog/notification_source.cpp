@@ -185,7 +185,7 @@ void NotificationSource::called(sd_bus_message* call) {
 }
 
 void NotificationSource::askSender(const char* sender, Notice notice) {
-  Question& question = questions_.emplace_back(this, std::move(notice), nullptr);
+  Question& question = questions_.emplace_back(Question{this, std::move(notice), nullptr});
   sd_bus_slot* slot = nullptr;
   const int result = sd_bus_call_method_async(queries_->get(), &slot, kBus, kBusPath, kBus,
                                               "GetConnectionUnixProcessID", Question::answered, &question, "s", sender);

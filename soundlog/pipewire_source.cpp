@@ -67,11 +67,12 @@ ClientClaims pipeWireClaims(const Properties& properties) {
   claims.name = properties(PW_KEY_APP_NAME);
   if (properties(PW_KEY_CLIENT_API) != "pipewire-pulse") {
     claims.checkedPid = processNumber(properties(PW_KEY_SEC_PID));
-  } else if (properties("pulse.server.type") != "tcp") {
-    // The kernel's word would be about the server that speaks PulseAudio's language for the client. (Over a network
-    // it is another machine's process.)
-    claims.declaredPid = processNumber(properties(PW_KEY_APP_PROCESS_ID));
+  } else {
+    // The kernel's word would be about the server that speaks PulseAudio's language for the client. The client's own is
+    // of no use from another machine, nor from a sandbox, which counts its processes by itself.
     claims.sandboxId = properties("pipewire.access.portal.app_id");
+    const bool elsewhere = properties("pulse.server.type") == "tcp" || !claims.sandboxId.empty();
+    if (!elsewhere) claims.declaredPid = processNumber(properties(PW_KEY_APP_PROCESS_ID));
   }
   return claims;
 }
@@ -94,10 +95,13 @@ class PipeWireSource::Client : public Bound {
     if (!(info.change_mask & PW_CLIENT_CHANGE_MASK_PROPS)) return;
     ClientClaims claims = pipeWireClaims(lookup(info.props));
     if (claims == claims_) return;
+    const bool wasChecked = claims_.checkedPid.has_value();
     claims_ = std::move(claims);
     Maker maker = remember_(claims_);
-    // What was known while the process lived is better than what is found now.
-    if (maker.known() || !maker_->known()) *maker_ = std::move(maker);
+    // What was known while the process lived is better than what is found now; unless it was not known to be a client
+    // of PulseAudio's yet, and the process was the server's.
+    const bool wasServers = wasChecked && !claims_.checkedPid;
+    if (maker.known() || !maker_->known() || wasServers) *maker_ = std::move(maker);
   }
 
   const Remember& remember_;

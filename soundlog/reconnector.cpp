@@ -9,6 +9,9 @@ Reconnector::Reconnector(std::optional<std::filesystem::path> socket, std::funct
 
 void Reconnector::start() {
   watchSocket();
+  // A socket that is there already may still be on its way to listening, and would not appear again.
+  std::error_code ignored;
+  if (socket_ && std::filesystem::exists(*socket_, ignored)) plan_.appeared();
   attempt();
 }
 

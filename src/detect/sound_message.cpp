@@ -1,8 +1,11 @@
 #include "detect/sound_message.h"
 
-#include <re2/re2.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
 
+#include <algorithm>
 #include <charconv>
+#include <climits>
 
 namespace tollvane {
 namespace {
@@ -12,61 +15,124 @@ constexpr std::string_view notificationCenter = "NotificationCent";
 constexpr std::string_view notificationDaemon = "usernoted";
 constexpr std::string_view soundServer = "systemsoundserve";
 
-// \p{Nd}: a digit of the patterns is any decimal digit of Unicode. The conversion that follows takes ASCII only, so
-// a process id in other digits makes its line ignored, not some later match found.
-struct Patterns {
-  RE2 record{R"re(NotificationRecord app:"([^"]+)")re"};
-  RE2 bundle{R"re(bundle=([^\],]+))re"};
-  RE2 client{R"re(inClientPID (\p{Nd}+)\(([^)]*)\))re"};
-  RE2 output{R"re("name":"([^"]*)\((\p{Nd}+)\)")re"};
-};
+// The forms below are regular expressions, read by hand: messages may be of any length, and no expression library reads
+// a capture of many megabytes in the time of a glance. Each search goes on behind the place that did not match.
 
-const Patterns& patterns() {
-  static const Patterns compiled;
-  return compiled;
+bool isDigit(UChar32 c) { return c >= 0 && u_charType(c) == U_DECIMAL_DIGIT_NUMBER; }
+
+// How many bytes of decimal digits, in any of Unicode's scripts, there are at the beginning of the text.
+std::size_t leadingDigits(std::string_view text) {
+  const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT_MAX));
+  std::int32_t end = 0;
+  for (std::int32_t next = 0; next < length; end = next) {
+    UChar32 c;
+    U8_NEXT(text.data(), next, length, c);
+    if (!isDigit(c)) break;
+  }
+  return static_cast<std::size_t>(end);
 }
 
-std::string_view view(re2::StringPiece piece) { return {piece.data(), piece.size()}; }
+// The same, at the end.
+std::size_t trailingDigits(std::string_view text) {
+  const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT_MAX));
+  std::int32_t begin = length;
+  for (std::int32_t next = length; next > 0; begin = next) {
+    UChar32 c;
+    U8_PREV(text.data(), 0, next, c);
+    if (!isDigit(c)) break;
+  }
+  return static_cast<std::size_t>(length - begin);
+}
 
-std::optional<Pid> pidOf(re2::StringPiece digits) {
+// ASCII digits only: a process id in others makes its line ignored, and no later match is looked for.
+std::optional<Pid> pidOf(std::string_view digits) {
   Pid pid = 0;
   const char* const end = digits.data() + digits.size();
   const auto [stop, error] = std::from_chars(digits.data(), end, pid);
   return error == std::errc() && stop == end ? std::optional(pid) : std::nullopt;
 }
 
+struct Client {
+  std::string_view digits;
+  std::string_view name;
+};
+
+// The text behind the first `start` for which `read` finds something there.
+template <typename Read>
+auto firstBehind(std::string_view message, std::string_view start, Read read) -> decltype(read(message)) {
+  for (auto at = message.find(start); at != message.npos; at = message.find(start, at + 1))
+    if (auto found = read(message.substr(at + start.size()))) return found;
+  return std::nullopt;
+}
+
+// NotificationRecord app:"([^"]+)"
+std::optional<std::string_view> recordBundle(std::string_view message) {
+  return firstBehind(message, "NotificationRecord app:\"",
+                     [](std::string_view rest) -> std::optional<std::string_view> {
+                       const auto end = rest.find('"');
+                       return end == rest.npos || end == 0 ? std::nullopt : std::optional(rest.substr(0, end));
+                     });
+}
+
+// bundle=([^\],]+)
+std::optional<std::string_view> requestBundle(std::string_view message) {
+  return firstBehind(message, "bundle=", [](std::string_view rest) -> std::optional<std::string_view> {
+    const auto bundle = rest.substr(0, rest.find_first_of("],"));
+    return bundle.empty() ? std::nullopt : std::optional(bundle);
+  });
+}
+
+// inClientPID (\d+)\(([^)]*)\)
+std::optional<Client> requestClient(std::string_view message) {
+  message = message.substr(0, message.rfind(')') + 1);  // nothing behind the last one can match
+  return firstBehind(message, "inClientPID ", [](std::string_view rest) -> std::optional<Client> {
+    const auto digits = rest.substr(0, leadingDigits(rest));
+    rest.remove_prefix(digits.size());
+    if (digits.empty() || !rest.starts_with('(')) return std::nullopt;
+    return Client{digits, rest.substr(1, rest.find(')') - 1)};
+  });
+}
+
+// "name":"([^"]*)\((\d+)\)"
+std::optional<Client> outputClient(std::string_view message) {
+  return firstBehind(message, "\"name\":\"", [](std::string_view rest) -> std::optional<Client> {
+    auto text = rest.substr(0, rest.find('"'));
+    if (text.size() == rest.size() || !text.ends_with(')')) return std::nullopt;
+    text.remove_suffix(1);
+    const auto digits = text.substr(text.size() - trailingDigits(text));
+    text.remove_suffix(digits.size());
+    if (digits.empty() || !text.ends_with('(')) return std::nullopt;
+    text.remove_suffix(1);
+    return Client{digits, text};
+  });
+}
+
 std::optional<SoundMessage> notification(std::string_view message) {
-  re2::StringPiece bundleID;
-  if (!RE2::PartialMatch(message, patterns().record, &bundleID) &&
-      !RE2::PartialMatch(message, patterns().bundle, &bundleID))
-    return std::nullopt;
-  return NotificationPresented{view(bundleID)};
+  auto bundleID = recordBundle(message);
+  if (!bundleID) bundleID = requestBundle(message);
+  if (!bundleID) return std::nullopt;
+  return NotificationPresented{*bundleID};
 }
 
 std::optional<SoundMessage> soundRequest(std::string_view message) {
-  re2::StringPiece digits;
-  re2::StringPiece piece;
-  if (!RE2::PartialMatch(message, patterns().client, &digits, &piece)) return std::nullopt;
-  const auto pid = pidOf(digits);
+  const auto client = requestClient(message);
+  const auto pid = client ? pidOf(client->digits) : std::nullopt;
   if (!pid) return std::nullopt;
-  const std::string_view name = view(piece);
-  if (name.starts_with(notificationCenter) || name.starts_with(notificationDaemon)) return NotificationSoundRequested{};
-  return AlertSoundRequested{*pid, name};
+  if (client->name.starts_with(notificationCenter) || client->name.starts_with(notificationDaemon))
+    return NotificationSoundRequested{};
+  return AlertSoundRequested{*pid, client->name};
 }
 
 std::optional<SoundMessage> outputStart(std::string_view message) {
   if (message.find(R"("output_running":true)") == std::string_view::npos) return std::nullopt;
-  re2::StringPiece piece;
-  re2::StringPiece digits;
-  if (!RE2::PartialMatch(message, patterns().output, &piece, &digits)) return std::nullopt;
-  const auto pid = pidOf(digits);
-  const std::string_view name = view(piece);
+  const auto client = outputClient(message);
+  const auto pid = client ? pidOf(client->digits) : std::nullopt;
   // The sound server's own output is the alert or notification that it was asked for: counted there, not twice.
-  if (!pid || name.starts_with(soundServer)) return std::nullopt;
-  return AudioOutputStarted{*pid, name};
+  if (!pid || client->name.starts_with(soundServer)) return std::nullopt;
+  return AudioOutputStarted{*pid, client->name};
 }
 
-// What each pattern above cannot do without, as it stands in a JSON text (a quote of the message is escaped there), and
+// What each form above cannot do without, as it stands in a JSON text (a quote of the message is escaped there), and
 // the character of it that log lines hold least often: looking for that one alone is the fastest way past a line.
 struct Needle {
   std::string_view text;

@@ -2,7 +2,7 @@
 //
 // Three daemons speak of sounds: "audiomxd" (some process's audio output started), "systemsoundserverd" (some process,
 // or the notification centre, asked for a short sound) and "usernoted" (a notification was presented). The forms of
-// their messages are those of the system log. One thread: the patterns are compiled once, at first use.
+// their messages are those of the system log. Any thread. The time is linear in the length.
 #pragma once
 
 #include <optional>

@@ -19,8 +19,10 @@ constexpr std::size_t longestLine = 100'000'000;
 // Of a large read, so that the lines are still in the processor's cache when they are looked at.
 constexpr std::size_t mostAtOnce = 1 << 16;
 
-// Applications times kinds. Beyond it, those that can no longer suppress a repeat are forgotten now and then.
+// Applications times kinds. Beyond it, those that can no longer suppress a repeat are forgotten now and then; and
+// whenever a name is too long to be an application's.
 constexpr std::size_t usualRepeats = 1024;
+constexpr std::size_t longName = 4096;
 
 template <class... Functions>
 struct Overloaded : Functions... {
@@ -107,7 +109,7 @@ void Watcher::emit(std::string app, std::string_view kind) {
     if (now - seen->second < repeatWindow) return;  // not stamped again: a steady stream comes through now and then
     seen->second = now;
   }
-  if (lastSeen_.size() > mostSeen_) forgetOldRepeats(now);
+  if (lastSeen_.size() > mostSeen_ || app.size() > longName) forgetOldRepeats(now);
   if (onEvent) onEvent(std::make_shared<SoundEvent>(clock_.now(), app, kind));
 }
 

@@ -1,6 +1,10 @@
 #include "detect/sound_message.h"
 
 #include <gtest/gtest.h>
+#include <re2/re2.h>
+
+#include <algorithm>
+#include <random>
 
 #include "support/log_lines.h"
 
@@ -124,6 +128,78 @@ TEST(SoundMessageTest, TheQuickLookPassesOverWhatCannotBeOne) {
         test::logLine("/usr/sbin/kernel", "output_running true, ClientPID 1, a \"quote\"")}) {
     EXPECT_FALSE(mayHoldSoundMessage(line)) << line;
   }
+}
+
+// The forms as expressions: what they match is what must be found.
+std::optional<SoundMessage> byExpressions(std::string_view process, std::string_view message) {
+  static const RE2 record(R"re(NotificationRecord app:"([^"]+)")re");
+  static const RE2 bundle(R"re(bundle=([^\],]+))re");
+  static const RE2 client(R"re(inClientPID (\p{Nd}+)\(([^)]*)\))re");
+  static const RE2 output(R"re("name":"([^"]*)\((\p{Nd}+)\)")re");
+  re2::StringPiece first;
+  re2::StringPiece second;
+  const auto view = [](re2::StringPiece piece) { return std::string_view(piece.data(), piece.size()); };
+  const auto pidOf = [](re2::StringPiece digits) -> std::optional<Pid> {
+    Pid pid = 0;
+    const bool ascii = std::ranges::all_of(digits, [](char c) { return c >= '0' && c <= '9'; });
+    return ascii && digits.size() < 10 && RE2::FullMatch(digits, "([0-9]+)", &pid) ? std::optional(pid) : std::nullopt;
+  };
+  if (process == "usernoted") {
+    if (!RE2::PartialMatch(message, record, &first) && !RE2::PartialMatch(message, bundle, &first)) return std::nullopt;
+    return NotificationPresented{view(first)};
+  }
+  if (process == "systemsoundserverd") {
+    if (!RE2::PartialMatch(message, client, &first, &second) || !pidOf(first)) return std::nullopt;
+    return AlertSoundRequested{*pidOf(first), view(second)};
+  }
+  if (message.find("\"output_running\":true") == message.npos) return std::nullopt;
+  if (!RE2::PartialMatch(message, output, &first, &second) || !pidOf(second)) return std::nullopt;
+  return AudioOutputStarted{*pidOf(second), view(first)};
+}
+
+TEST(SoundMessageTest, TheFormsMatchWhatTheirExpressionsMatch) {
+  const std::string_view pieces[] = {"NotificationRecord app:\"",
+                                     "bundle=",
+                                     "inClientPID ",
+                                     "\"name\":\"",
+                                     "name\":\"",
+                                     "\"",
+                                     "(",
+                                     ")",
+                                     "]",
+                                     ",",
+                                     "1",
+                                     "42",
+                                     "٤",
+                                     "x",
+                                     "é",
+                                     "\n",
+                                     " ",
+                                     "\"output_running\":true"};
+  std::mt19937 random(20251120);  // always the same messages
+  int found = 0;
+  for (int i = 0; i < 200'000; ++i) {
+    std::string message = i % 2 == 0 ? "\"output_running\":true" : "";
+    for (auto length = random() % 12; length > 0; --length) message += pieces[random() % std::size(pieces)];
+    for (const auto* process : {"usernoted", "systemsoundserverd", "audiomxd"}) {
+      const auto expected = byExpressions(process, message);
+      found += expected.has_value();
+      ASSERT_EQ(soundMessage(process, message), expected) << process << ": " << message;
+    }
+  }
+  EXPECT_GT(found, 10'000);  // the messages are worth trying
+}
+
+TEST(SoundMessageTest, MessagesOfManyMegabytesAreReadOnce) {
+  const std::string much(20 << 20, '(');
+  EXPECT_EQ(outputOf(outputMessage(much, "42")), much + " 42");
+  EXPECT_EQ(alertOf(requestMessage(much, "42")), much + " 42");
+  EXPECT_EQ(bundleOf("bundle=" + much), much);
+  std::string starts;
+  for (int i = 0; i < 200'000; ++i) starts += "inClientPID 1( \"name\":\"(1 NotificationRecord app:\"\" bundle=],";
+  EXPECT_EQ(alertOf(starts), "(none)");
+  EXPECT_EQ(outputOf("\"output_running\":true" + starts), "(none)");
+  EXPECT_EQ(bundleOf(starts), "(none)");
 }
 
 TEST(SoundMessageTest, OtherProcessesSayNothingOfSounds) {

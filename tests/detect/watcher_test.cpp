@@ -218,6 +218,16 @@ TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
   EXPECT_EQ(heard.size(), 10'000u);
 }
 
+TEST_F(WatcherTest, NamesThatAreNoneAreHeardAndSuppressTheirRepeats) {
+  watcher->start();
+  const std::string one = outputStarted(std::string(1 << 20, 'a'), 1);
+  print(one + outputStarted(std::string(1 << 20, 'b'), 2) + one);
+  EXPECT_EQ(heard.size(), 2u);
+  system.queue.advance(1500ms);
+  print(one);
+  EXPECT_EQ(heard.size(), 3u);
+}
+
 TEST_F(WatcherTest, ASoundWithoutReceiverIsLostButStillSuppressesItsRepeats) {
   watcher->onEvent = nullptr;
   watcher->start();

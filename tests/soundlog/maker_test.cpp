@@ -192,9 +192,11 @@ TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
 }
 
 TEST(PipeWireClaims, TheServerTellsWhoseSandboxAClientIsIn) {
-  const auto claims = pipeWireClaims(properties(
-      {{"client.api", "pipewire-pulse"}, {"pipewire.access.portal.app_id", "org.mozilla.firefox"}}));
+  const auto claims = pipeWireClaims(properties({{"client.api", "pipewire-pulse"},
+                                                 {"application.process.id", "77"},
+                                                 {"pipewire.access.portal.app_id", "org.mozilla.firefox"}}));
   EXPECT_EQ(claims.sandboxId, "org.mozilla.firefox");
+  EXPECT_EQ(claims.declaredPid, std::nullopt) << "a number that counts in the sandbox only";
 }
 
 TEST(PipeWireClaims, AProcessOfAnotherMachineIsNone) {

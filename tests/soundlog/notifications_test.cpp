@@ -110,12 +110,12 @@ TEST_F(DunstTest, ItsScriptsSoundIsTheNotificationsSound) {
 }
 
 // The sender waits until its notification is closed, as applications live on after theirs.
-TEST_F(DunstTest, WithoutAnEntryTheSendersProgramIsTheIdentity) {
+TEST_F(DunstTest, WithoutAnEntryTheSenderIsWhatItCallsItself) {
   startDunst("exit 0");
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
   const auto sender = sound_.begin({"notify-send", "--wait", "--app-name=Anything", "Summary"});
-  EXPECT_EQ(log.next(), presented("notify-send"));
+  EXPECT_EQ(log.next(), presented("Anything"));
 }
 
 TEST_F(DunstTest, WithoutAnEntryTheSendersApplicationIsTheIdentity) {

@@ -154,12 +154,12 @@ TEST_F(PlayersTest, AProcessThatEndedIsCreditedToWhoStartedIt) {
 
 TEST_F(PlayersTest, AProgramThatNamesAnotherProcessIsCreditedToNobody) {
   play({"paplay", "--property=application.process.id=" + std::to_string(log_->process().pid()), tone()});
-  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "pacat", 0}}));
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "paplay", 0}}));
 }
 
 TEST_F(PlayersTest, AProgramsNameForgesNothing) {
   play({"paplay", "--property=application.process.id=1",
-        "--property=application.process.binary=evil(7)\",\n\"output_running\":true} {\"name\":\"bank(7)\"", tone()});
+        "--property=application.name=evil(7)\",\n\"output_running\":true} {\"name\":\"bank(7)\"", tone()});
   EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "evil[7]', 'output_running':true} {'name':'bank[7]'", 0}}));
 }
 
@@ -168,7 +168,7 @@ TEST_F(PlayersTest, AProcessWithNumbersOfItsOwnIsNotTakenForOneOfOurs) {
     GTEST_SKIP() << "this user may not make a space of process numbers";
   }
   play({"unshare", "--pid", "--fork", "--mount-proc", "paplay", tone()});
-  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "pacat", 0}}));
+  EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "paplay", 0}}));
 }
 
 }  // namespace

@@ -127,12 +127,12 @@ Variables PrivateDesktop::variablesWith(const Variables& extra) const {
 }
 
 std::unique_ptr<Process> PrivateDesktop::start(const std::vector<std::string>& command, const Variables& extra) {
-  Process::Options options{
-      .input = Process::Input::written, .output = Process::Output::read, .variables = variablesWith(extra)};
-  if (std::getenv("TOLLVANE_TEST_VERBOSE") == nullptr) {
-    options.errors = "/dev/null";
-  }
-  return std::make_unique<Process>(command, options);
+  const bool verbose = std::getenv("TOLLVANE_TEST_VERBOSE") != nullptr;
+  return std::make_unique<Process>(
+      command, Process::Options{.input = Process::Input::written,
+                                .output = Process::Output::read,
+                                .variables = variablesWith(extra),
+                                .errors = verbose ? std::nullopt : std::optional<std::filesystem::path>("/dev/null")});
 }
 
 std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& command) {

@@ -92,7 +92,7 @@ TEST_F(WholeProgramTest, CreditsAToolToTheApplicationThatStartedIt) {
   start();
   awaitHearing();
   const auto file = sound.tone(100ms).string();
-  EXPECT_TRUE(sound.play({(home / "fine-terminal").string(), "-c", "paplay '" + file + "'; true"}));
+  const auto terminal = sound.begin({(home / "fine-terminal").string(), "-c", "paplay '" + file + "'; sleep 1000"});
   EXPECT_TRUE(waitUntil([&] { return historyHolds("Fine Terminal\tstarted playing audio\t"); }));
 }
 

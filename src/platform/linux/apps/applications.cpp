@@ -207,7 +207,7 @@ Application Applications::identify(Pid pid, Program& program) const {
   DesktopEntries::Entry entry = launchedEntry(pid);
   if (entry == nullptr) {
     entry = unitEntry(unit);
-    if (entry != nullptr && !isTrusted(entry, program)) entry = nullptr;
+    if (entry != nullptr && !unit.isOwnService && !isTrusted(entry, program)) entry = nullptr;
   }
   if (entry == nullptr) entry = program.entry();
   if (entry == nullptr || entry->isInterpretersOwn()) return {};

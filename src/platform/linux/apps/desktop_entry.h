@@ -1,5 +1,5 @@
 // One desktop entry: the file by which an application describes itself to the desktop.
-// Source of the format: freedesktop.org, Desktop Entry Specification 1.5. The localised name follows LANGUAGE, LC_ALL,
+// Source of the format: freedesktop.org, Desktop Entry 1.5. The localised name follows LANGUAGE, LC_ALL,
 // LC_MESSAGES and LANG as GLib reads them. Values; any thread.
 #pragma once
 

@@ -1,6 +1,6 @@
 // The folders in which desktop entries stand, and how to notice that something in them changed without watching them:
 // no descriptor, no timer, no wakeup, a few `stat` calls when somebody asks. One thread at a time.
-// Source: freedesktop.org, XDG Base Directory Specification 0.8 and Desktop Entry Specification 1.5 (file naming).
+// Source: freedesktop.org, XDG Base Directory 0.8 and Desktop Entry 1.5 (file naming).
 #pragma once
 
 #include <sys/stat.h>

@@ -8,25 +8,15 @@
 #include <climits>
 #include <cstdlib>
 
+#include "support/unique_fd.h"
+
 namespace tollvane {
 
 namespace {
 
-class Descriptor {
- public:
-  explicit Descriptor(const std::string& path)
-      : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-  ~Descriptor() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
+UniqueFd openForReading(const std::string& path) {
+  return UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+}
 
 bool isPlain(const struct stat& status) { return S_ISREG(status.st_mode); }
 
@@ -50,7 +40,7 @@ std::optional<std::string> readPlainFile(const std::string& path, std::size_t li
   struct stat status {};
   // Asked before opening, too: opening alone can have an effect on a device.
   if (::stat(path.c_str(), &status) != 0 || !isPlain(status)) return std::nullopt;
-  const Descriptor file(path);
+  const UniqueFd file = openForReading(path);
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !isPlain(status)) return std::nullopt;
   if (static_cast<std::size_t>(status.st_size) > limit) return std::nullopt;
   std::string bytes;
@@ -60,7 +50,7 @@ std::optional<std::string> readPlainFile(const std::string& path, std::size_t li
 }
 
 std::optional<std::string> readKernelFile(const std::string& path, std::size_t limit) {
-  const Descriptor file(path);
+  const UniqueFd file = openForReading(path);
   if (file.get() < 0) return std::nullopt;
   std::string bytes;
   // The kernel ends a piece early only where the next line does not fit: what is less than half full was all.

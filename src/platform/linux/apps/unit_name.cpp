@@ -102,15 +102,33 @@ bool read(std::string_view name, UnitName& unit) {
   return !unit.desktopIds.empty();
 }
 
+// Takes the last component off a path.
+std::string_view takeComponent(std::string_view& path) {
+  const auto slash = path.rfind('/');
+  const std::string_view component = slash == std::string_view::npos ? path : path.substr(slash + 1);
+  path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
+  return component;
+}
+
+// "…/app-org.example.Terminal.slice/example-terminal-server.service": an application's own service. What it starts has
+// scopes of its own beside it.
+bool readOwnService(std::string_view cgroup, UnitName& unit) {
+  if (!takeComponent(cgroup).ends_with(".service")) return false;
+  std::string_view slice = takeComponent(cgroup);
+  if (!takePrefix(slice, "app-") || !takeSuffix(slice, ".slice")) return false;
+  addId(unit, slice);
+  unit.isOwnService = !unit.desktopIds.empty();
+  return unit.isOwnService;
+}
+
 }  // namespace
 
 UnitName applicationUnit(std::string_view cgroup) {
+  if (UnitName unit; readOwnService(cgroup, unit)) return unit;
   while (!cgroup.empty()) {
-    const auto slash = cgroup.rfind('/');
-    const std::string_view component = slash == std::string_view::npos ? cgroup : cgroup.substr(slash + 1);
+    const std::string_view component = takeComponent(cgroup);
     UnitName unit;
     if (read(component, unit)) return unit;
-    cgroup = cgroup.substr(0, slash == std::string_view::npos ? 0 : slash);
   }
   return {};
 }

@@ -16,6 +16,9 @@ struct UnitName {
   std::string flatpakId;     // certain, even where no entry has it
   std::string snapInstance;  // likewise, with the name of the application within the snap
   std::string snapApplication;
+  // The unit is of this application's own making and of nothing that it starts, so that the process is the application
+  // whatever its program is called.
+  bool isOwnService = false;
 };
 
 // `cgroup` is a path such as "/user.slice/user-1000.slice/user@1000.service/app.slice/app-example-42.scope". The

@@ -1,4 +1,4 @@
-// Where the user's files are, by the XDG Base Directory specification of freedesktop.org.
+// Where the user's files are, by XDG Base Directory 0.8 of freedesktop.org.
 #pragma once
 
 #include "platform/locations.h"

@@ -112,6 +112,15 @@ TEST_F(ApplicationsTest, ATerminalsUnitOwnsTheTerminalOnly) {
   EXPECT_EQ(idOf({.executable = "/usr/bin/pw-cat", .cgroup = scope}), "-");
 }
 
+TEST_F(ApplicationsTest, ATerminalsServerIsTheTerminalWhateverItsProgramIsCalled) {
+  system.entry("org.gnome.Terminal", "Name=Terminal\nExec=gnome-terminal\nCategories=System;TerminalEmulator;\n");
+  const std::string slice = kUser + "app-org.gnome.Terminal.slice/";
+  EXPECT_EQ(
+      idOf({.executable = "/usr/libexec/gnome-terminal-server", .cgroup = slice + "gnome-terminal-server.service"}),
+      "org.gnome.Terminal");
+  EXPECT_EQ(idOf({.executable = "/usr/bin/bash", .cgroup = slice + "vte-spawn-1234.scope"}), "-");
+}
+
 TEST_F(ApplicationsTest, WhatIsToRunInATerminalDoesNotOwnTheTerminal) {
   install("term", "Categories=System;TerminalEmulator;\n");
   install("editor", "Terminal=true\n");

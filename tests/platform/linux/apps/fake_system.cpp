@@ -11,12 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path makeDirectory() {
-  std::string name = (fs::temp_directory_path() / "tollvane-apps-XXXXXX").string();
-  if (::mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), name);
-  return fs::canonical(name);
-}
-
 std::string nulTerminated(const std::vector<std::string>& texts) {
   std::string joined;
   for (const std::string& text : texts) joined.append(text).push_back('\0');
@@ -24,13 +18,6 @@ std::string nulTerminated(const std::vector<std::string>& texts) {
 }
 
 }  // namespace
-
-TemporaryDirectory::TemporaryDirectory() : path_(makeDirectory()) {}
-
-TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
 
 void writeFile(const fs::path& file, std::string_view content) {
   fs::create_directories(file.parent_path());

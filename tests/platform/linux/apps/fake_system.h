@@ -17,21 +17,9 @@
 
 #include "platform/linux/apps/applications.h"
 #include "platform/linux/apps/linux_workspace.h"
+#include "support/temporary_directory.h"
 
 namespace tollvane::test {
-
-class TemporaryDirectory {
- public:
-  TemporaryDirectory();
-  ~TemporaryDirectory();
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 // Writes a file and what is missing above it.
 void writeFile(const std::filesystem::path& file, std::string_view content);

@@ -64,6 +64,14 @@ TEST(UnitName, TheInnermostUnitThatNamesAnApplicationCounts) {
   EXPECT_THAT(applicationUnit(kUser + "app-outer-11.scope/app-inner-12.scope").desktopIds, ElementsAre("inner"));
 }
 
+TEST(UnitName, AnApplicationsOwnServiceIsItAndTheScopesBesideItAreNot) {
+  const UnitName server = applicationUnit(kUser + "app-org.gnome.Terminal.slice/gnome-terminal-server.service");
+  EXPECT_THAT(server.desktopIds, ElementsAre("org.gnome.Terminal"));
+  EXPECT_TRUE(server.isOwnService);
+  EXPECT_THAT(applicationUnit(kUser + "app-org.gnome.Terminal.slice/vte-spawn-1234.scope").desktopIds, IsEmpty());
+  EXPECT_FALSE(applicationUnit(kUser + "app-org.example.Player.service").isOwnService);
+}
+
 TEST(UnitName, OtherUnitsNameNobody) {
   for (const char* name :
        {"", "/", "/init.scope", "/user.slice/user-1000.slice/session-2.scope", "app-.scope", "app-firefox-1.slice",
