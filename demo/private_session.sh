@@ -94,6 +94,9 @@ start_session() {
 start_sound() {
   start pipewire pipewire
   require 10 "PipeWire" test -S "$XDG_RUNTIME_DIR/pipewire-0"
+  # WirePlumber ends where there is no login service, which it asks about Bluetooth only.
+  mkdir -p "$XDG_CONFIG_HOME/wireplumber/bluetooth.lua.d"
+  echo 'bluez_monitor.enabled = false' >"$XDG_CONFIG_HOME/wireplumber/bluetooth.lua.d/51-no-bluetooth.lua"
   start wireplumber wireplumber
   start pipewire-pulse pipewire-pulse
   sox -n -r 48000 -b 16 -c 2 "$root/silence.wav" trim 0 0.01

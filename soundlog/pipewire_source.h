@@ -23,7 +23,7 @@ namespace tollvane::soundlog {
 // What a client's properties, as PipeWire gives them, tell of its process. Pure.
 ClientClaims pipeWireClaims(const Properties& properties);
 
-class PipeWireSource : public SoundSource {
+class PipeWireSource final : public SoundSource {
  public:
   PipeWireSource(Remember remember, Events events);
   ~PipeWireSource() override;

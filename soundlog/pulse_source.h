@@ -21,7 +21,7 @@ namespace tollvane::soundlog {
 // What the properties of a client, or of a stream, tell of its process. Pure.
 ClientClaims pulseClaims(const Properties& properties);
 
-class PulseSource : public SoundSource {
+class PulseSource final : public SoundSource {
  public:
   PulseSource(Remember remember, Events events);
   ~PulseSource() override;

@@ -121,9 +121,17 @@ void PrivateSound::startPipeWire() {
   pipeWire_ = launch({"pipewire"});
   if (!waitUntil([this] { return connects(std::filesystem::path(variables_.at("XDG_RUNTIME_DIR")) / "pipewire-0"); }))
     fail("PipeWire did not start");
+  configureSessionManager();
   sessionManager_ = launch({"wireplumber"});
   pulse_ = launch({"pipewire-pulse"});
   awaitPlaying();
+}
+
+// WirePlumber ends where there is no login service, which it asks about Bluetooth only.
+void PrivateSound::configureSessionManager() const {
+  const auto directory = std::filesystem::path(variables_.at("XDG_CONFIG_HOME")) / "wireplumber" / "bluetooth.lua.d";
+  std::filesystem::create_directories(directory);
+  std::ofstream(directory / "51-no-bluetooth.lua") << "bluez_monitor.enabled = false\n";
 }
 
 void PrivateSound::stopPipeWire() {

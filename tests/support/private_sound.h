@@ -57,6 +57,7 @@ class PrivateSound {
   pid_t pipeWirePid() const { return pipeWire_->pid(); }
 
  private:
+  void configureSessionManager() const;
   std::unique_ptr<Process> launch(const std::vector<std::string>& command) const;
   [[noreturn]] void fail(const std::string& what) const;
   void awaitPlaying() const;
