@@ -141,6 +141,11 @@ panel_tone() {
   start_panel
 }
 
+notifications_are_served() {
+  gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
+    --method org.freedesktop.DBus.NameHasOwner org.freedesktop.Notifications | grep -q true
+}
+
 # A notification service that plays a sound with each notification, and an application that sends one.
 start_notifications() {
   cat >"$root/ring.sh" <<END
@@ -164,7 +169,7 @@ Name=Parcel Watch
 Exec=parcel-watch
 END
   start dunst dunst -conf "$root/dunstrc"
-  require 10 "the notification service" busctl --user status org.freedesktop.Notifications
+  require 10 "the notification service" notifications_are_served
 }
 
 make_sounds() {
