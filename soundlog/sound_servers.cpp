@@ -1,5 +1,7 @@
 #include "sound_servers.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "pipewire_source.h"
@@ -16,7 +18,11 @@ SoundServers::SoundServers(const Environment& environment, SoundSource::Remember
                       connected ? stopFallback() : startFallback();
                       return connected;
                     }),
-      pulseLink_(pulseSocket(environment), [this] { return pulse_->connect(); }) {
+      // libpulse makes the directory of a socket that is not there, and may do so just when a server is about to.
+      pulseLink_(pulseSocket(environment), [this, socket = pulseSocket(environment)] {
+        std::error_code ignored;
+        return (!socket || std::filesystem::exists(*socket, ignored)) && pulse_->connect();
+      }) {
   const auto ended = [this](bool served) {
     if (!pipeWireLink_.ended(served)) startFallback();
   };
