@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "platform/linux/apps/program_line.h"
+
 namespace tollvane::soundlog {
 namespace {
 
@@ -12,8 +14,6 @@ constexpr std::size_t kDeepest = 64;
 
 // The kernel keeps that many bytes of a program's name.
 constexpr std::size_t kCommandLength = 15;
-
-std::string_view lastComponent(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 // A client in a sandbox counts processes from 1 and would name any innocent process of ours.
 bool agrees(const ProcFs& processes, Pid pid, std::string_view binary) {
