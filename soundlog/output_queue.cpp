@@ -1,5 +1,6 @@
 #include "output_queue.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -18,22 +19,22 @@ bool isSocket(int descriptor) {
   return fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
+// A pipe of one page can be written exactly when it is empty. Anything but a pipe refuses, and so does a pipe that
+// holds more already: it drains.
+void makeSmall(int descriptor) { fcntl(descriptor, F_SETPIPE_SZ, 4096); }
+
 }  // namespace
 
 OutputQueue::OutputQueue(int descriptor, std::size_t limit)
-    : descriptor_(descriptor), limit_(limit), socket_(isSocket(descriptor)) {}
+    : descriptor_(descriptor), limit_(limit), socket_(isSocket(descriptor)) {
+  makeSmall(descriptor);
+}
 
-void OutputQueue::push(std::string line) {
+void OutputQueue::push(Line line) {
   if (broken_) return;
-  bytes_ += line.size();
   lines_.push_back(std::move(line));
   flush();
-  // A line that the reader has the beginning of is never dropped.
-  while (bytes_ > limit_ && lines_.size() > 1) {
-    const auto oldest = lines_.begin() + (begun_ > 0 ? 1 : 0);
-    bytes_ -= oldest->size();
-    lines_.erase(oldest);
-  }
+  while (lines_.size() > limit_) lines_.pop_front();
 }
 
 void OutputQueue::flush() {
@@ -45,7 +46,7 @@ void OutputQueue::flush() {
   }
   if (!broken_) return;
   lines_.clear();
-  bytes_ = 0;
+  begun_.clear();
 }
 
 OutputQueue::Room OutputQueue::room() const {
@@ -57,28 +58,23 @@ OutputQueue::Room OutputQueue::room() const {
 
 // A pipe that can be written takes PIPE_BUF bytes without blocking, see pipe(7).
 bool OutputQueue::writeSome() {
-  const std::string& line = lines_.front();
-  const std::size_t size = std::min<std::size_t>(line.size() - begun_, PIPE_BUF);
-  const char* bytes = line.data() + begun_;
-  const ssize_t written =
-      socket_ ? send(descriptor_, bytes, size, MSG_DONTWAIT | MSG_NOSIGNAL) : write(descriptor_, bytes, size);
-  if (written < 0) {
-    if (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR) return false;
-    // A full disk loses lines, but it is no reader who went away.
-    if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) {
-      bytes_ -= line.size();
-      begun_ = 0;
-      lines_.pop_front();
-      return true;
-    }
-    broken_ = true;
-    return true;
+  const bool fresh = begun_.empty();
+  if (fresh) begun_ = lines_.front()();
+  const std::size_t size = std::min<std::size_t>(begun_.size(), PIPE_BUF);
+  const ssize_t written = socket_ ? send(descriptor_, begun_.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL)
+                                  : write(descriptor_, begun_.data(), size);
+  if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+    if (fresh) begun_.clear();  // worded again when it can be written
+    return false;
   }
-  begun_ += static_cast<std::size_t>(written);
-  if (begun_ < line.size()) return true;
-  bytes_ -= line.size();
-  begun_ = 0;
-  lines_.pop_front();
+  if (fresh) lines_.pop_front();
+  if (written >= 0) {
+    begun_.erase(0, static_cast<std::size_t>(written));
+  } else {
+    begun_.clear();
+    // A full disk loses lines, but it is no reader who went away.
+    broken_ = errno != ENOSPC && errno != EDQUOT && errno != EFBIG;
+  }
   return true;
 }
 

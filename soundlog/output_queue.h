@@ -1,5 +1,7 @@
 // Whole lines on their way to a reader who may be slow. Never blocks: what the reader does not take yet waits here, up
-// to a limit; beyond it the oldest lines are dropped, whole. One thread. The descriptor belongs to the caller, who also
+// to a limit; beyond it the oldest lines are dropped, whole. A line is worded only when it is written, and a pipe is
+// made so small that it takes the next line only when the reader has taken the last: what a line says of processes is
+// true when it is handed over, however long it waited. One thread. The descriptor belongs to the caller, who also
 // decides when to call flush() again (when the descriptor can be written).
 //
 // The descriptor's O_NONBLOCK is never set: standard output is often shared with the process that started this one.
@@ -8,28 +10,33 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <string>
 
 namespace tollvane::soundlog {
 
 class OutputQueue {
  public:
-  static constexpr std::size_t kLimit = 256 * 1024;
+  static constexpr std::size_t kLimit = 512;
+
+  // Words a line, which ends with a line feed.
+  using Line = std::function<std::string()>;
 
   explicit OutputQueue(int descriptor, std::size_t limit = kLimit);
 
-  // Adds a line, which ends with a line feed, and writes as much as can be written at once.
-  void push(std::string line);
+  // Adds a line, and writes as much as can be written at once.
+  void push(Line line);
 
   void flush();
 
   // Something waits for the reader.
-  bool pending() const { return !lines_.empty(); }
+  bool pending() const { return !lines_.empty() || !begun_.empty(); }
 
   // The reader is gone for good; nothing is kept any more.
   bool broken() const { return broken_; }
 
-  std::size_t size() const { return bytes_; }
+  // Lines that the reader has nothing of yet.
+  std::size_t size() const { return lines_.size(); }
 
  private:
   enum class Room { none, some, gone };
@@ -39,9 +46,8 @@ class OutputQueue {
   int descriptor_;
   std::size_t limit_;
   bool socket_;
-  std::deque<std::string> lines_;
-  std::size_t bytes_ = 0;  // in lines_
-  std::size_t begun_ = 0;  // bytes of the first line that the reader has already
+  std::deque<Line> lines_;
+  std::string begun_;  // what the reader has still to get of a line that it has the beginning of
   bool broken_ = false;
 };
 

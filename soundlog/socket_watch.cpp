@@ -1,68 +1,15 @@
 #include "socket_watch.h"
 
-#include <sys/inotify.h>
-
-#include <array>
-#include <cstddef>
-#include <string>
+#include <utility>
 
 namespace tollvane::soundlog {
-namespace {
-
-constexpr std::uint32_t kAppearance = IN_CREATE | IN_MOVED_TO;
-constexpr std::uint32_t kDirectoryGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT;
-
-// A step that is there but cannot be watched (no permission, no directory) would be looked at for ever.
-constexpr int kMostLooks = 16;
-
-bool isThere(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::symlink_status(path, ignored).type() > std::filesystem::file_type::not_found;
-}
-
-}  // namespace
 
 SocketWatch::SocketWatch(std::filesystem::path socket, std::function<void()> appeared)
-    : socket_(std::move(socket)), appeared_(std::move(appeared)), inotify_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-  if (!inotify_) return;
-  anchor();
-  watch_ = watchDescriptor(inotify_.get(), G_IO_IN, [this](GIOCondition) { readEvents(); });
-}
-
-// Watches the nearest directory that exists on the way to the socket. Something may be created on that way between
-// looking and watching: then look again, one step nearer.
-void SocketWatch::anchor() {
-  for (int looks = 0; looks < kMostLooks; ++looks) {
-    if (descriptor_ >= 0) inotify_rm_watch(inotify_.get(), descriptor_);
-    descriptor_ = -1;
-    std::filesystem::path step = socket_;
-    while (descriptor_ < 0 && step.has_relative_path()) {
-      awaited_ = step.filename().string();
-      step = step.parent_path();
-      descriptor_ =
-          inotify_add_watch(inotify_.get(), step.c_str(), kAppearance | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR);
-    }
-    if (descriptor_ < 0 || step == socket_.parent_path() || !isThere(step / awaited_)) return;
-  }
-}
-
-void SocketWatch::readEvents() {
-  bool nearer = false;
-  alignas(inotify_event) std::array<char, 4096> buffer{};
-  ssize_t size = 0;
-  while ((size = read(inotify_.get(), buffer.data(), buffer.size())) > 0) {
-    for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
-      const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
-      at += sizeof(inotify_event) + event->len;
-      const bool overflow = event->mask & IN_Q_OVERFLOW;
-      const bool ours = event->wd == descriptor_;
-      const bool created = ours && event->len > 0 && (event->mask & kAppearance) && awaited_ == event->name;
-      nearer = nearer || overflow || created || (ours && (event->mask & kDirectoryGone));
-    }
-  }
-  if (!nearer) return;
-  anchor();
-  if (isThere(socket_)) appeared_();
+    : file_(std::move(socket)), appeared_(std::move(appeared)) {
+  if (file_.descriptor() < 0) return;
+  watch_ = watchDescriptor(file_.descriptor(), G_IO_IN, [this](GIOCondition) {
+    if (file_.appeared()) appeared_();
+  });
 }
 
 }  // namespace tollvane::soundlog

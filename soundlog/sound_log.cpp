@@ -50,18 +50,21 @@ void SoundLog::soundStarted(const StreamStart& start) {
     who += start.maker.name;
   }
   if (merger_.merges(who, std::chrono::steady_clock::now())) return;
-  happening.pid = makers_.creditedPid(start.maker);
-  write(happening);
+  write(std::move(happening), start.maker);
 }
 
 void SoundLog::notificationPresented(const Notice& notice, std::optional<Pid> sender) {
   // The service is asked to be silent for this one, so a sound of the service that follows belongs to another.
   if (notice.playsItself) return;
-  write({Kind::notificationPresented, identities_.identify(notice, sender), 0});
+  write({Kind::notificationPresented, identities_.identify(notice, sender), 0}, {});
 }
 
-void SoundLog::write(const Happening& happening) {
-  output_.push(format_(happening, std::chrono::system_clock::now()));
+void SoundLog::write(Happening happening, Maker maker) {
+  output_.push([this, happening = std::move(happening), maker = std::move(maker),
+                time = std::chrono::system_clock::now()]() mutable {
+    happening.pid = makers_.creditedPid(maker);
+    return format_(happening, time);
+  });
   if (output_.pending() != waiting_ || output_.broken()) watchOutput();
 }
 

@@ -33,7 +33,7 @@ class SoundLog {
  private:
   void soundStarted(const StreamStart& start);
   void notificationPresented(const Notice& notice, std::optional<Pid> sender);
-  void write(const Happening& happening);
+  void write(Happening happening, Maker maker);
   void watchOutput();
 
   ProcFs processes_;

@@ -90,7 +90,7 @@ TEST_F(LifecycleTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
   sound_.start();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
-  log.process().closeOutput();
+  log.closeOutput();
   EXPECT_EQ(log.process().exitCode(), 0);
 }
 

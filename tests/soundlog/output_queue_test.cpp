@@ -21,7 +21,6 @@ struct Ends {
 Ends makePipe() {
   std::array<int, 2> ends{};
   EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-  fcntl(ends[1], F_SETPIPE_SZ, 4096);
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 
@@ -42,6 +41,10 @@ std::string drain(const UniqueFd& reader) {
     bytes.append(buffer.data(), static_cast<std::size_t>(size));
   }
   return bytes;
+}
+
+OutputQueue::Line says(std::string line) {
+  return [line = std::move(line)] { return line; };
 }
 
 std::string numbered(int number, std::size_t size = 100) {
@@ -79,7 +82,7 @@ class OutputQueueTest : public ::testing::Test {
 TEST_F(OutputQueueTest, ALineIsWrittenAtOnce) {
   const Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
-  queue.push("one\n");
+  queue.push(says("one\n"));
   EXPECT_FALSE(queue.pending());
   EXPECT_EQ(drain(ends.reader), "one\n");
 }
@@ -87,54 +90,68 @@ TEST_F(OutputQueueTest, ALineIsWrittenAtOnce) {
 TEST_F(OutputQueueTest, AReaderWhoStopsReadingBlocksNothingAndLosesNothing) {
   const Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
-  for (int i = 0; i < 1000; ++i) queue.push(numbered(i));
+  for (int i = 0; i < 500; ++i) queue.push(says(numbered(i)));
   EXPECT_TRUE(queue.pending());
   int last = 0;
-  EXPECT_EQ(readWholeLines(queue, ends.reader, &last), 1000);
-  EXPECT_EQ(last, 999);
+  EXPECT_EQ(readWholeLines(queue, ends.reader, &last), 500);
+  EXPECT_EQ(last, 499);
 }
 
 TEST_F(OutputQueueTest, BeyondTheLimitTheOldestLinesAreDroppedWhole) {
   const Ends ends = makePipe();
-  OutputQueue queue(ends.writer.get(), 10'000);
+  OutputQueue queue(ends.writer.get(), 100);
   for (int i = 0; i < 1000; ++i) {
-    queue.push(numbered(i));
-    ASSERT_LE(queue.size(), 10'000u);
+    queue.push(says(numbered(i)));
+    ASSERT_LE(queue.size(), 100u);
   }
   int last = 0;
   const int count = readWholeLines(queue, ends.reader, &last);
   EXPECT_EQ(last, 999) << "the newest is kept";
-  EXPECT_GE(count, 100);
-  EXPECT_LT(count, 200);
+  EXPECT_EQ(count, 101) << "and the one that the pipe held";
 }
 
 TEST_F(OutputQueueTest, ALineThatTheReaderHasHalfOfIsNeverDropped) {
   const Ends ends = makeSockets();
   const int small = 4096;
   setsockopt(ends.writer.get(), SOL_SOCKET, SO_SNDBUF, &small, sizeof small);
-  OutputQueue queue(ends.writer.get(), 30'000);
-  for (int i = 0; i < 300; ++i) queue.push(numbered(i, 9'999));
+  OutputQueue queue(ends.writer.get(), 3);
+  for (int i = 0; i < 300; ++i) queue.push(says(numbered(i, 9'999)));
   int last = 0;
   EXPECT_LT(readWholeLines(queue, ends.reader, &last), 300);
   EXPECT_EQ(last, 299);
+}
+
+TEST_F(OutputQueueTest, ALineSaysWhatIsTrueWhenTheReaderHasTakenTheOneBeforeIt) {
+  const Ends ends = makePipe();
+  OutputQueue queue(ends.writer.get());
+  std::string truth = "then\n";
+  const auto line = [&truth] { return truth; };
+  queue.push(line);
+  queue.push(line);
+  queue.flush();
+  truth = "now\n";
+  EXPECT_EQ(drain(ends.reader), "then\n");
+  queue.flush();
+  EXPECT_EQ(drain(ends.reader), "now\n");
+  EXPECT_FALSE(queue.pending());
 }
 
 TEST_F(OutputQueueTest, AReaderWhoIsGoneIsNoticed) {
   Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
   ends.reader.reset();
-  queue.push("one\n");
+  queue.push(says("one\n"));
   EXPECT_TRUE(queue.broken());
   EXPECT_FALSE(queue.pending());
-  queue.push("two\n");
+  queue.push(says("two\n"));
   EXPECT_EQ(queue.size(), 0u);
 }
 
 TEST_F(OutputQueueTest, AReaderWhoGoesWhileLinesWaitIsNoticed) {
   for (Ends (*make)() : {makePipe, makeSockets}) {
     Ends ends = make();
-    OutputQueue queue(ends.writer.get(), 1 << 20);
-    for (int i = 0; !queue.pending(); ++i) queue.push(numbered(i));
+    OutputQueue queue(ends.writer.get());
+    for (int i = 0; !queue.pending(); ++i) queue.push(says(numbered(i)));
     ends.reader.reset();
     queue.flush();
     EXPECT_TRUE(queue.broken());
@@ -145,7 +162,7 @@ TEST_F(OutputQueueTest, TheDescriptorStaysAsItWas) {
   const Ends ends = makePipe();
   const int before = fcntl(ends.writer.get(), F_GETFL);
   OutputQueue queue(ends.writer.get());
-  for (int i = 0; i < 1000; ++i) queue.push(numbered(i));
+  for (int i = 0; i < 1000; ++i) queue.push(says(numbered(i)));
   EXPECT_EQ(fcntl(ends.writer.get(), F_GETFL), before);
 }
 

@@ -47,7 +47,28 @@ std::optional<Heard> understood(const std::string& line) {
 RunningLog::RunningLog(const PrivateSound& sound)
     : sound_(sound),
       process_(sound.begin({TOLLVANE_LOG, "stream", "--style", "ndjson", "--predicate", "process == \"anything\""},
-                           Process::Output::read)) {}
+                           Process::Output::read)),
+      reader_([this] { read(); }) {}
+
+void RunningLog::read() {
+  while (reading_) {
+    auto line = process_->line(50ms);
+    if (!line) continue;
+    const std::lock_guard lock(mutex_);
+    lines_.push_back(*std::move(line));
+    arrived_.notify_one();
+  }
+}
+
+void RunningLog::stopReading() {
+  reading_ = false;
+  if (reader_.joinable()) reader_.join();
+}
+
+void RunningLog::closeOutput() {
+  stopReading();
+  process_->closeOutput();
+}
 
 bool RunningLog::listens() {
   const auto until = std::chrono::steady_clock::now() + kPatience;
@@ -103,9 +124,11 @@ std::vector<Heard> RunningLog::heardSoFar() {
 }
 
 std::optional<Heard> RunningLog::nextOfAll(std::chrono::milliseconds deadline) {
-  const auto line = process_->line(deadline);
-  if (!line) return std::nullopt;
-  return understood(*line).value_or(Heard{"", "not understood: " + *line, 0});
+  std::unique_lock lock(mutex_);
+  if (!arrived_.wait_for(lock, deadline, [this] { return !lines_.empty(); })) return std::nullopt;
+  const std::string line = std::move(lines_.front());
+  lines_.pop_front();
+  return understood(line).value_or(Heard{"", "not understood: " + line, 0});
 }
 
 bool notify(const PrivateSound& sound, const std::string& applicationName, const std::vector<std::string>& hints) {
