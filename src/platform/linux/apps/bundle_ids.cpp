@@ -35,22 +35,30 @@ constexpr Row kRows[] = {
     {"com.apple.Safari", ""},
 };
 
+std::string_view takeWord(std::string_view& words) {
+  const auto word = words.substr(0, words.find(' '));
+  words.remove_prefix(std::min(word.size() + 1, words.size()));
+  return word;
+}
+
 }  // namespace
 
 std::vector<std::string> desktopIdsOfBundle(std::string_view bundleID) {
   for (const Row& row : kRows) {
     if (row.bundleID != bundleID) continue;
     std::vector<std::string> ids;
-    std::string_view rest = row.desktopIDs;
-    while (!rest.empty()) {
-      const auto end = rest.find(' ');
-      ids.emplace_back(rest.substr(0, end));
-      rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-    }
+    for (std::string_view rest = row.desktopIDs; !rest.empty();) ids.emplace_back(takeWord(rest));
     return ids;
   }
   if (bundleID.empty()) return {};
   return {std::string(bundleID)};
+}
+
+std::string_view bundleOfDesktopId(std::string_view desktopID) {
+  for (const Row& row : kRows)
+    for (std::string_view rest = row.desktopIDs; !rest.empty();)
+      if (takeWord(rest) == desktopID) return row.bundleID;
+  return {};
 }
 
 bool isKnownBundle(std::string_view bundleID) {

@@ -12,6 +12,9 @@ namespace tollvane {
 // an id. Empty for an application that does not exist on Linux.
 std::vector<std::string> desktopIdsOfBundle(std::string_view bundleID);
 
+// The identifier of the application whose desktop entry has this id; empty for one that is not in the table.
+std::string_view bundleOfDesktopId(std::string_view desktopID);
+
 // Whether the identifier is in the table.
 bool isKnownBundle(std::string_view bundleID);
 

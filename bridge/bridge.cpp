@@ -1,0 +1,162 @@
+#include "bridge.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "application_socket.h"
+
+namespace tollvane::bridge {
+namespace {
+
+constexpr std::size_t kReadSize = 64 * 1024;
+constexpr short kHungUp = POLLHUP | POLLERR | POLLNVAL;
+
+// A descriptor of which nothing is wanted is not asked about, lest its hanging up wake us again and again.
+pollfd query(int descriptor, short events) { return {events ? descriptor : -1, events, 0}; }
+
+enum class Reading { some, nothingNow, ended };
+
+Reading read(int descriptor, char* buffer, std::string_view& bytes) {
+  const ssize_t size = ::read(descriptor, buffer, kReadSize);
+  if (size < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) return Reading::nothingNow;
+  if (size <= 0) return Reading::ended;
+  bytes = {buffer, static_cast<std::size_t>(size)};
+  return Reading::some;
+}
+
+}  // namespace
+
+struct Bridge::Events {
+  short input = 0;
+  short output = 0;
+  short process = 0;
+  short application = 0;
+  short watch = 0;
+};
+
+Bridge::Bridge(Browser browser, std::string socket, std::string introduction)
+    : browser_(std::move(browser)),
+      socket_(std::move(socket)),
+      relay_(std::move(introduction)),
+      watch_(socket_),
+      buffer_(std::make_unique_for_overwrite<char[]>(kReadSize)) {}
+
+void Bridge::run() {
+  seek();
+  while (true) {
+    const Events events = wait();
+    if (events.process || !serveInput(events) || !serveOutput(events)) return;
+    serveApplication(events);
+    if (events.watch && watch_.appeared()) {
+      delay_.appeared();
+      seek();
+    }
+    serveTimers();
+  }
+}
+
+Bridge::Events Bridge::wait() {
+  const bool applicationReads = relay_.toApplication.size() < kMostWaiting;
+  const bool browserReads = relay_.toBrowser.size() < kMostWaiting;
+  const short toApplication = relay_.toApplication.empty() ? 0 : POLLOUT;
+  const short fromApplication = browserReads ? POLLIN : 0;
+  std::array<pollfd, 5> queries = {{
+      // Of the browser's own ends it is always good to know that they were closed.
+      {browser_.input, static_cast<short>(applicationReads ? POLLIN : 0), 0},
+      {browser_.output, static_cast<short>(relay_.toBrowser.empty() ? 0 : POLLOUT), 0},
+      query(browser_.process.get(), POLLIN),
+      query(application_.get(), static_cast<short>(toApplication | fromApplication)),
+      // What appears while there is an application is looked at when it is gone.
+      query(watch_.descriptor(), application_ ? 0 : POLLIN),
+  }};
+  if (poll(queries.data(), queries.size(), timeout()) < 0) return {};
+  return {queries[0].revents, queries[1].revents, queries[2].revents, queries[3].revents, queries[4].revents};
+}
+
+// In milliseconds, as poll(2) takes it.
+int Bridge::timeout() const {
+  const auto next = application_ ? leaveAt_ : seekAt_;
+  if (!next) return -1;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now());
+  return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
+
+// False when the browser sends no more.
+bool Bridge::serveInput(const Events& events) {
+  if (!(events.input & POLLIN)) return !(events.input & kHungUp);
+  std::string_view bytes;
+  const Reading reading = read(browser_.input, buffer_.get(), bytes);
+  if (reading == Reading::some) {
+    relay_.fromBrowser(bytes);
+    flushToApplication();
+  }
+  return reading != Reading::ended;
+}
+
+// False when the browser reads no more.
+bool Bridge::serveOutput(const Events& events) {
+  return !(events.output & kHungUp) && relay_.toBrowser.flush(browser_.output);
+}
+
+void Bridge::serveApplication(const Events& events) {
+  if (!application_ || !events.application) return;
+  flushToApplication();
+  if (!application_ || relay_.toBrowser.size() >= kMostWaiting) return;
+  std::string_view bytes;
+  const Reading reading = read(application_.get(), buffer_.get(), bytes);
+  if (reading == Reading::ended) return leave();
+  if (reading == Reading::nothingNow) return;
+  relay_.fromApplication(bytes);
+  if (relay_.answered()) delay_.reset();
+  // If this fails, so does the next look at the browser.
+  relay_.toBrowser.flush(browser_.output);
+}
+
+void Bridge::serveTimers() {
+  const auto now = Clock::now();
+  if (application_ && leaveAt_ && now >= *leaveAt_) {
+    // The kernel tells of room only when there is much; an application that reads slowly has made some.
+    flushToApplication();
+    if (application_ && leaveAt_ && now >= *leaveAt_) leave();
+  }
+  if (!application_ && seekAt_ && now >= *seekAt_) seek();
+}
+
+void Bridge::seek() {
+  application_ = connectTo(socket_);
+  leaveAt_.reset();
+  seekAt_.reset();
+  if (!application_) {
+    seekAt_ = Clock::now() + delay_.next();
+    return;
+  }
+  relay_.connected();
+  flushToApplication();
+}
+
+void Bridge::leave() {
+  application_.reset();
+  relay_.disconnected();
+  leaveAt_.reset();
+  seekAt_ = Clock::now() + delay_.next();
+}
+
+void Bridge::flushToApplication() {
+  if (!application_) return;
+  const std::size_t before = relay_.toApplication.size();
+  if (!relay_.toApplication.flush(application_.get())) return leave();
+  const std::size_t waiting = relay_.toApplication.size();
+  if (waiting == 0) {
+    leaveAt_.reset();
+  } else if (!leaveAt_ || waiting < before) {
+    leaveAt_ = Clock::now() + kPatience;
+  }
+}
+
+}  // namespace tollvane::bridge

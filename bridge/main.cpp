@@ -1,0 +1,59 @@
+// The entry of TollvaneBridge. The browser starts it with frames on standard input and output, and nothing but frames
+// may ever be written there. Descriptors that the browser left open are left alone: by one of them Firefox notices that
+// its program has ended.
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <sysexits.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "application_socket.h"
+#include "bridge.h"
+#include "launcher.h"
+#include "platform/linux/system/xdg_locations.h"
+
+namespace tollvane::bridge {
+namespace {
+
+// glibc 2.36 declares its own pidfd_open for C only.
+UniqueFd processDescriptor(pid_t process) { return UniqueFd(static_cast<int>(syscall(SYS_pidfd_open, process, 0))); }
+
+bool makeNonBlocking(int descriptor) {
+  const int flags = fcntl(descriptor, F_GETFL);
+  return flags >= 0 && fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+int run(const std::vector<std::string>& arguments) {
+  const pid_t browser = getppid();
+  if (!makeNonBlocking(STDIN_FILENO) || !makeNonBlocking(STDOUT_FILENO)) return EX_USAGE;
+  // No socket of ours may become the standard error, to which libraries write.
+  if (fcntl(STDERR_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
+  // Not by PR_SET_PDEATHSIG: that is sent when the thread ends that started us, which need not be the browser's last.
+  UniqueFd browserProcess = processDescriptor(browser);
+  const auto launchedBy = launcher(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
+  if (getppid() != browser) return EX_OK;
+  std::signal(SIGPIPE, SIG_IGN);
+  const auto data = XdgLocations().applicationSupport();
+  if (!data) return EX_CONFIG;
+  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)}, applicationSocket(*data),
+                introduction(launchedBy));
+  bridge.run();
+  return EX_OK;
+}
+
+}  // namespace
+}  // namespace tollvane::bridge
+
+int main(int count, char** arguments) {
+  try {
+    return tollvane::bridge::run({arguments + (count > 0), arguments + count});
+  } catch (const std::exception&) {
+    return EX_OSERR;  // no memory; the extension starts another bridge
+  }
+}

@@ -1,0 +1,50 @@
+#include "relay.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "message_kind.h"
+
+namespace tollvane::bridge {
+
+Relay::Relay(std::string introduction)
+    : introduction_(std::move(introduction)), frames_(kLongestFromBrowser), lines_(kLongestToBrowser) {}
+
+void Relay::fromBrowser(std::string_view bytes) {
+  while (auto message = frames_.next(bytes)) passOn(std::move(*message));
+}
+
+void Relay::passOn(std::string message) {
+  if (!connected_ && message.size() > longestHello) return;  // nobody would get it, whatever it is
+  const MessageKind kind = kindOf(message);
+  if (kind == MessageKind::malformed) return;
+  // In JSON a newline can only stand between two tokens, where a blank says the same.
+  std::replace(message.begin(), message.end(), '\n', ' ');
+  if (kind == MessageKind::hello && message.size() <= longestHello) hello_ = message;
+  if (!connected_) return;
+  message += '\n';
+  toApplication.push(std::move(message));
+}
+
+void Relay::fromApplication(std::string_view bytes) {
+  lines_.append(bytes);
+  while (const auto line = lines_.next()) {
+    if (line->size() > kLongestToBrowser || kindOf(*line) == MessageKind::malformed) continue;
+    answered_ = true;
+    toBrowser.push(frame(*line));
+  }
+}
+
+void Relay::connected() {
+  connected_ = true;
+  toApplication.push(introduction_ + '\n');
+  if (!hello_.empty()) toApplication.push(hello_ + '\n');
+}
+
+void Relay::disconnected() {
+  connected_ = answered_ = false;
+  toApplication.clear();
+  lines_ = LineBuffer(kLongestToBrowser);
+}
+
+}  // namespace tollvane::bridge

@@ -1,0 +1,188 @@
+// Bytes in odd pieces, sides that do not read, and messages of every size.
+#include <algorithm>
+#include <random>
+
+#include "bridge_fixture.h"
+
+namespace tollvane::test {
+namespace {
+
+// A bridge that has grown by more than this keeps what it should not.
+#ifdef TOLLVANE_SANITIZED  // which keeps for a while what is freed
+constexpr std::size_t kLittle = 1 << 30;
+constexpr std::size_t kLong = 4 << 20;  // more would take them too long
+#else
+constexpr std::size_t kLittle = 4 << 20;
+constexpr std::size_t kLong = bridge::kLongestFromBrowser;
+#endif
+
+class PressureTest : public BridgeTest {
+ protected:
+  PressureTest() : application(socket()), bridge(dataHome()), connection(application.accept()) {
+    EXPECT_EQ(connection.line(), kIntroduction);
+    baseline = bridge.residentBytes();
+  }
+
+  std::size_t grown() const { return bridge.residentBytes() - std::min(bridge.residentBytes(), baseline); }
+
+  FakeApplication application;
+  RunningBridge bridge;
+  Wire connection;
+  std::size_t baseline = 0;
+};
+
+std::string numbered(int number, std::size_t size) {
+  return "{\"n\":" + std::to_string(number) + ",\"text\":\"" + std::string(size, 'x') + "\"}";
+}
+
+TEST_F(PressureTest, AFrameMayBeCutAtEachByte) {
+  const std::string bytes = frame(kAudible);
+  for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
+    ASSERT_TRUE(bridge.input.write(bytes.substr(0, cut)));
+    ASSERT_TRUE(bridge.readsAll());
+    ASSERT_TRUE(bridge.input.write(bytes.substr(cut)));
+    ASSERT_EQ(connection.line(), kAudible) << cut;
+  }
+}
+
+TEST_F(PressureTest, ALineMayBeCutAtEachByte) {
+  const std::string bytes = line(kSettings);
+  for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
+    ASSERT_TRUE(connection.write(bytes.substr(0, cut)));
+    // What came before has been read when its answer is here: one byte of the line is always left.
+    ASSERT_TRUE(bridge.input.write(frame(kAudible)));
+    ASSERT_EQ(connection.line(), kAudible);
+    ASSERT_TRUE(connection.write(bytes.substr(cut)));
+    ASSERT_EQ(bridge.output.frame(), kSettings) << cut;
+  }
+}
+
+TEST_F(PressureTest, BytesMayComeOneByOne) {
+  for (int i = 0; i < 20; ++i) {
+    for (const char byte : frame(numbered(i, 20))) ASSERT_TRUE(bridge.input.write({&byte, 1}));
+    for (const char byte : line(numbered(i, 20))) ASSERT_TRUE(connection.write({&byte, 1}));
+  }
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(connection.line(), numbered(i, 20));
+    EXPECT_EQ(bridge.output.frame(), numbered(i, 20));
+  }
+}
+
+TEST_F(PressureTest, MessagesOfAllSizesKeepTheirOrder) {
+  std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same sizes at each run
+  std::uniform_int_distribution<std::size_t> shift(0, 17);
+  for (int i = 0; i < 1000; ++i) {
+    const std::string message = numbered(i, random() >> (32 - shift(random)));
+    ASSERT_TRUE(bridge.input.write(frame(message)));
+    ASSERT_TRUE(connection.line() == message);
+    ASSERT_TRUE(connection.write(line(message)));
+    ASSERT_TRUE(bridge.output.frame() == message);
+  }
+}
+
+TEST_F(PressureTest, TheLongestMessagePassesAndLeavesNothingBehind) {
+  const std::string begin = R"({"a":")";
+  const std::string longest = begin + std::string(kLong - begin.size() - 2, 'x') + "\"}";
+  // Written and read in turns: neither side keeps so much.
+  const std::string bytes = frame(longest);
+  ASSERT_TRUE(bridge.input.write(bytes));
+  const auto received = connection.line();
+  ASSERT_TRUE(received.has_value());
+  EXPECT_TRUE(*received == longest);
+  ASSERT_TRUE(bridge.input.write(frame(kAudible)));
+  EXPECT_EQ(connection.line(), kAudible);
+  EXPECT_LT(grown(), kLittle);
+}
+
+TEST_F(PressureTest, ABrowserThatDoesNotReadLosesNothingAndCostsNoMemory) {
+  const std::string message = numbered(1, 1000);
+  const std::string rest = connection.fill(line(message));
+  EXPECT_LT(grown(), kLittle);
+  // The other direction is not held up.
+  ASSERT_TRUE(bridge.input.write(frame(kAudible)));
+  EXPECT_EQ(connection.line(), kAudible);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(bridge.output.frame(), message);
+  ASSERT_TRUE(connection.write(rest + line(kSettings)));
+  auto next = bridge.output.frame();
+  while (next == message) next = bridge.output.frame();
+  EXPECT_EQ(next, kSettings);
+}
+
+TEST_F(PressureTest, AnApplicationThatReadsLateLosesNothingAndCostsNoMemory) {
+  const std::string message = numbered(1, 1000);
+  const std::string rest = bridge.input.fill(frame(message));
+  EXPECT_LT(grown(), kLittle);
+  ASSERT_TRUE(connection.write(line(kSettings)));
+  EXPECT_EQ(bridge.output.frame(), kSettings);
+  // The kernel wakes who waits for room in a socket only when most of it is free.
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(connection.line(), message);
+  ASSERT_TRUE(bridge.input.write(rest + frame(kAudible)));
+  auto next = connection.line();
+  while (next == message) next = connection.line();
+  EXPECT_EQ(next, kAudible);
+}
+
+TEST_F(PressureTest, TwoSidesThatBothDoNotReadDoNotLockEachOther) {
+  const std::string message = numbered(1, 1000);
+  const std::string restOfFrames = bridge.input.fill(frame(message));
+  const std::string restOfLines = connection.fill(line(message));
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(connection.line(), message);
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(bridge.output.frame(), message);
+  ASSERT_TRUE(bridge.input.write(restOfFrames + frame(kAudible)));
+  ASSERT_TRUE(connection.write(restOfLines + line(kSettings)));
+  std::optional<std::string> next;
+  while ((next = connection.line()) == message) {
+  }
+  EXPECT_EQ(next, kAudible);
+  while ((next = bridge.output.frame()) == message) {
+  }
+  EXPECT_EQ(next, kSettings);
+}
+
+TEST_F(PressureTest, AnApplicationThatNeverReadsIsLeftAndSoughtAgain) {
+  ASSERT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_EQ(connection.line(), kHello);
+  const std::string message = numbered(1, 1000);
+  const std::string rest = bridge.input.fill(frame(message));
+  Wire next = application.accept();
+  expectIntroduced(bridge, next);
+  // The old connection is over, and its last line with it.
+  EXPECT_TRUE(connection.ends());
+  // Not one line that was meant for the old connection follows on the new one before what comes now.
+  ASSERT_TRUE(bridge.input.write(rest + frame(kAudible)));
+  std::optional<std::string> heard;
+  while ((heard = next.line()) == message) {
+  }
+  EXPECT_EQ(heard, kAudible);
+}
+
+TEST_F(PressureTest, TheBrowserMayCloseWhileTheApplicationDoesNotRead) {
+  bridge.input.fill(frame(numbered(1, 1000)));
+  bridge.input.close();
+  EXPECT_EQ(bridge.exitCode(), 0);
+}
+
+TEST_F(PressureTest, TheBrowserMayCloseWhileItDoesNotRead) {
+  connection.fill(line(numbered(1, 1000)));
+  bridge.input.close();
+  EXPECT_EQ(bridge.exitCode(), 0);
+}
+
+TEST_F(PressureTest, AnApplicationMayEndWhileTheBrowserDoesNotRead) {
+  const std::string message = numbered(1, 1000);
+  connection.fill(line(message));
+  connection.close();
+  Wire next;
+  // What had been said is still heard, and then the next application.
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(bridge.output.frame(), message);
+  next = application.accept();
+  EXPECT_EQ(next.line(), kIntroduction);
+  ASSERT_TRUE(next.write(line(kSettings)));
+  std::optional<std::string> heard;
+  while ((heard = bridge.output.frame()) == message) {
+  }
+  EXPECT_EQ(heard, kSettings);
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,129 @@
+// How a bridge finds its application, loses it and finds it again.
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "bridge_fixture.h"
+
+namespace tollvane::test {
+namespace {
+
+class ReconnectionTest : public BridgeTest {};
+
+TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
+  FakeApplication application(socket());
+  RunningBridge bridge(dataHome());
+  Wire connection = application.accept();
+  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  expectIntroduced(bridge, connection);
+}
+
+TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) {
+  RunningBridge bridge(dataHome());
+  EXPECT_TRUE(bridge.input.write(frame(kAudible) + frame(kHello) + frame(kAudible)));
+  EXPECT_TRUE(bridge.readsAll());
+  FakeApplication application(socket());
+  Wire connection = application.accept();
+  expectIntroduced(bridge, connection);
+}
+
+TEST_F(ReconnectionTest, ASocketWhereNobodyListensYetIsTriedAgain) {
+  std::filesystem::create_directories(socket().parent_path());
+  RunningBridge bridge(dataHome());
+  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.readsAll());
+  const UniqueFd listener = boundSocket(socket());
+  // Not to be seen from outside: the bridge has tried meanwhile, or it has not; both must end well.
+  listen(listener.get(), 1);
+  Wire connection(UniqueFd(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC)));
+  expectIntroduced(bridge, connection);
+}
+
+TEST_F(ReconnectionTest, TheExtensionIsIntroducedToEachNewApplication) {
+  RunningBridge bridge(dataHome());
+  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.readsAll());
+  for (int i = 0; i < 5; ++i) {
+    FakeApplication application(socket());
+    Wire connection = application.accept();
+    expectIntroduced(bridge, connection);
+    EXPECT_TRUE(bridge.input.write(frame(kAudible)));
+    EXPECT_EQ(connection.line(), kAudible);
+  }
+}
+
+TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsSoughtAgain) {
+  FakeApplication application(socket());
+  RunningBridge bridge(dataHome());
+  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  for (int i = 0; i < 3; ++i) {
+    Wire connection = application.accept();
+    expectIntroduced(bridge, connection);
+  }
+}
+
+TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
+  RunningBridge bridge(dataHome());
+  {
+    FakeApplication application(socket());
+    Wire connection = application.accept();
+    EXPECT_TRUE(connection.write(line(kSettings) + R"({"type":"foc)"));
+    EXPECT_EQ(bridge.output.frame(), kSettings);
+  }
+  FakeApplication application(socket());
+  Wire connection = application.accept();
+  EXPECT_TRUE(connection.write("us\"}\n" + line(kSettings)));
+  EXPECT_EQ(bridge.output.frame(), kSettings);
+  bridge.input.close();
+  EXPECT_TRUE(bridge.output.ends());
+  EXPECT_EQ(bridge.output.unread(), "");
+}
+
+TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
+  RunningBridge bridge(dataHome());
+  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.readsAll());
+  std::size_t atFirst = 0;
+  for (int i = 0; i < 1000 && !HasFailure(); ++i) {
+    FakeApplication application(socket());
+    Wire connection = application.accept();
+    expectIntroduced(bridge, connection);
+    if (i == 0) atFirst = bridge.descriptors();
+    EXPECT_EQ(bridge.descriptors(), atFirst);
+  }
+}
+
+TEST_F(ReconnectionTest, ThePathIsCutAsTheApplicationCutsIt) {
+  const std::filesystem::path deep = directory / std::string(103 - directory.path().native().size() - 14, 'd');
+  const std::string whole = deep / "Tollvane" / "bridge.sock";
+  ASSERT_GT(whole.size(), 103u);
+  FakeApplication application(whole.substr(0, 103));
+  const RunningBridge bridge(deep);
+  EXPECT_EQ(application.accept().line(), kIntroduction);
+}
+
+TEST_F(ReconnectionTest, AnApplicationOfAnotherUserHearsNothing) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+  std::filesystem::permissions(directory.path(), std::filesystem::perms::all);
+  std::filesystem::create_directories(socket().parent_path());
+  std::filesystem::permissions(socket().parent_path(), std::filesystem::perms::all);
+  const pid_t other = fork();
+  if (other == 0) {
+    // What the stranger's process does is its exit code: 0 when the bridge came and left without a word.
+    if (setuid(65534) != 0) _exit(2);
+    FakeApplication stranger(socket());
+    Wire connection = stranger.accept();
+    _exit(connection.ends() && connection.unread().empty() ? 0 : 1);
+  }
+  ASSERT_TRUE(waitUntil([this] { return std::filesystem::exists(socket()); }));
+  const RunningBridge bridge(dataHome());
+  int status = -1;
+  ASSERT_TRUE(waitUntil([&] { return waitpid(other, &status, WNOHANG) != 0; }));
+  EXPECT_EQ(status, 0);
+}
+
+}  // namespace
+}  // namespace tollvane::test
