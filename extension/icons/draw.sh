@@ -1,0 +1,7 @@
+#!/bin/sh
+# Draws the PNGs again after a change of bell.svg. Needs rsvg-convert.
+set -eu
+cd "$(dirname "$0")"
+for size in 16 32 48 128; do
+  rsvg-convert --width="$size" --height="$size" --output="bell-$size.png" bell.svg
+done

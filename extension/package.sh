@@ -1,0 +1,33 @@
+#!/bin/sh
+# package.sh OUT_DIR: the extension in the forms that browsers take it in. The same source makes the same bytes.
+#   OUT_DIR/chromium/              to be loaded unpacked
+#   OUT_DIR/firefox/tollvane.xpi
+#   OUT_DIR/tollvane-chromium.zip  for a store, which gives the extension its own key and takes none
+set -eu
+[ $# = 1 ] || { echo "usage: $0 OUT_DIR" >&2; exit 64; }
+mkdir -p "$1/firefox"
+out=$(cd "$1" && pwd)
+cd "$(dirname "$0")"
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+umask 022
+mkdir -p "$work/files/src" "$work/files/icons"
+cp manifest.json "$work/files"
+cp src/*.js src/*.html src/*.css "$work/files/src"
+cp icons/*.png icons/bell.svg "$work/files/icons"
+chmod -R u=rwX,go=rX "$work/files"
+
+# archive FILE: all files in an order and with a date that do not depend on the machine.
+archive() {
+  find "$work/files" -exec touch -d '2000-01-01T00:00:00Z' {} +
+  rm -f "$1"
+  (cd "$work/files" && find . -type f | LC_ALL=C sort | TZ=UTC zip -q -X -9 "$1" -@)
+}
+
+rm -rf "$out/chromium"
+cp -R "$work/files" "$out/chromium"
+archive "$out/firefox/tollvane.xpi"
+jq 'del(.key)' manifest.json >"$work/files/manifest.json"
+archive "$out/tollvane-chromium.zip"

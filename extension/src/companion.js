@@ -1,0 +1,147 @@
+// The whole extension, put together: listens to the browser and to Tollvane, and lets the parts do the work.
+//
+// start() must run to its end before the background script returns to the browser, which otherwise does not know that
+// it has to wake the script for these events. It also connects: whatever event wakes a stopped background restores the
+// link. The parts wait for memory.ready themselves where they need what an earlier background knew.
+
+import { KnownTabs } from './known_tabs.js';
+import { Link } from './link.js';
+import { Marks } from './marks.js';
+import { RunMemory } from './run_memory.js';
+import { SoundingTabs } from './sounding_tabs.js';
+import { reportOf } from './tab_report.js';
+
+export class Companion {
+  #api;
+  #memory;
+  #link;
+  #known;
+  #marks;
+  #sounding = new SoundingTabs();
+
+  constructor(api, clock) {
+    this.#api = api;
+    this.#memory = new RunMemory(api.storage, clock);
+    this.#link = new Link(api, clock, this.#memory, (message) => this.#received(message));
+    this.#known = new KnownTabs(this.#memory);
+    this.#marks = new Marks(api, this.#memory);
+  }
+
+  start() {
+    this.#listenToTabs();
+    this.#listenToPeople();
+    this.#listenToLife();
+    this.#link.connect();
+    this.#memory.ready.then(() => this.#memory.carried && this.#marks.apply());
+  }
+
+  #listenToTabs() {
+    const { tabs, windows } = this.#api;
+    tabs.onUpdated.addListener((id, change, tab) => this.#tabChanged(change, tab));
+    tabs.onRemoved.addListener(async (id) => {
+      await this.#memory.ready;
+      this.#sounding.forget(id);
+      this.#known.forget(id);
+      this.#marks.forget(id);
+    });
+    tabs.onReplaced?.addListener(async (added, removed) => {
+      await this.#memory.ready;
+      this.#sounding.forget(removed);
+      this.#known.replace(removed, added);
+      this.#marks.replace(removed, added);
+    });
+    tabs.onActivated.addListener(({ tabId }) => this.#marks.visited(tabId));
+    windows.onFocusChanged.addListener(async (windowId) => {
+      if (windowId === windows.WINDOW_ID_NONE) return;
+      for (const tab of await tabs.query({ active: true, windowId })) this.#marks.visited(tab.id);
+    });
+  }
+
+  #listenToPeople() {
+    const { action, permissions, runtime } = this.#api;
+    action.onClicked.addListener(() => runtime.openOptionsPage());
+    permissions.onAdded.addListener(() => this.#marks.apply());
+    permissions.onRemoved.addListener(() => this.#marks.apply());
+    // Answered through the callback: not every browser waits for a promise here.
+    runtime.onMessage.addListener((message, sender, answer) => {
+      if (message?.type !== 'status') return false;
+      this.#memory.ready.then(() => answer({ linked: this.#link.isOpen, markTabs: this.#marks.wanted }));
+      return true;
+    });
+  }
+
+  #listenToLife() {
+    const { alarms, runtime } = this.#api;
+    // Nothing to do for these two: that they are listened to is what starts the background.
+    runtime.onStartup.addListener(() => {});
+    runtime.onInstalled.addListener(() => {});
+    alarms.onAlarm.addListener((alarm) => this.#link.onAlarm(alarm));
+    // The open link keeps this background from ever being idle, so an update would wait for the browser's end.
+    runtime.onUpdateAvailable.addListener(async () => {
+      await this.#memory.ready;
+      await this.#marks.withdraw();
+      await this.#memory.carryOver();
+      runtime.reload();
+    });
+  }
+
+  #tabChanged(change, tab) {
+    if (tab.incognito) return;
+    if (this.#sounding.starts(change, tab)) {
+      this.#report(tab);
+      this.#marks.sounded(tab);
+    }
+    if (change.status === 'complete') this.#marks.loaded(tab.id);
+  }
+
+  // The report is sent at once: it is only what becomes of a later "focus" that needs the memory.
+  #report(tab) {
+    this.#link.send(reportOf(tab));
+    this.#memory.ready.then(() => this.#known.add(tab.id));
+  }
+
+  async #received(message) {
+    switch (message?.type) {
+      case 'settings':
+        return this.#settings(message);
+      case 'whichAudible':
+        return this.#tellWhichSound();
+      case 'focus':
+        return this.#focus(message);
+      default:
+        return undefined;
+    }
+  }
+
+  async #settings({ markTabs }) {
+    if (typeof markTabs !== 'boolean') return;
+    const turnedOn = await this.#marks.want(markTabs);
+    // The only moment at which access to the pages is brought up without being looked for.
+    if (turnedOn && !(await this.#marks.allowed())) await this.#api.runtime.openOptionsPage();
+  }
+
+  async #tellWhichSound() {
+    for (const tab of await this.#api.tabs.query({ audible: true })) {
+      if (!tab.incognito && !tab.mutedInfo?.muted) this.#report(tab);
+    }
+  }
+
+  async #focus({ req, tabId }) {
+    if (!Number.isSafeInteger(req)) return;
+    await this.#memory.ready;
+    const id = this.#known.find(tabId);
+    const ok = id !== undefined && (await this.#bringForward(id));
+    this.#link.send({ type: 'focusResult', req, ok });
+  }
+
+  async #bringForward(id) {
+    try {
+      const tab = await this.#api.tabs.update(id, { active: true });
+      await this.#api.windows.update(tab.windowId, { focused: true });
+    } catch {
+      return false;  // closed
+    }
+    this.#marks.visited(id);
+    return true;
+  }
+}

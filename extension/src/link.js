@@ -1,0 +1,88 @@
+// The way to Tollvane: a port to its bridge, which the browser starts. Introduces the extension on each new port, and
+// comes back when the port breaks: soon at first, then ever later, and at last once a minute by an alarm, because
+// the browser stops a background that only waits. While Tollvane is not running its bridge waits for it, so that the
+// port stays open and none of this is needed.
+
+const HOST = 'com.quarnel.tollvane';
+const ALARM = 'reconnect';
+const FIRST_DELAY = 250;  // ms, doubled by each failure
+const LONGEST_DELAY = 16_000;  // ms; a background that waits for longer may be stopped
+const HAS_LASTED = 10_000;  // ms; a port that lived this long was a success
+
+export class Link {
+  #api;
+  #clock;
+  #memory;
+  #received;
+  #port = null;
+  #openedAt = 0;
+  #timer;
+
+  // `received` gets what Tollvane says; it may return a promise, whose failure is nobody's business.
+  constructor(api, clock, memory, received) {
+    this.#api = api;
+    this.#clock = clock;
+    this.#memory = memory;
+    this.#received = received;
+  }
+
+  get isOpen() {
+    return this.#port !== null;
+  }
+
+  connect() {
+    if (this.#port) return;
+    this.#clock.clearTimeout(this.#timer);
+    this.#openedAt = this.#clock.now();
+    const { runtime } = this.#api;
+    let port;
+    try {
+      port = runtime.connectNative(HOST);
+    } catch {
+      this.#closed();
+      return;
+    }
+    this.#port = port;
+    port.onMessage.addListener((message) => {
+      if (port === this.#port) Promise.resolve(this.#received(message)).catch(() => {});
+    });
+    port.onDisconnect.addListener(() => {
+      void runtime.lastError;  // read, or the browser reports an unchecked error
+      if (port === this.#port) this.#closed();
+    });
+    this.#memory.ready.then(() => this.#tellOfChange());
+    this.send({ type: 'hello', version: runtime.getManifest().version });
+  }
+
+  // What cannot be sent is lost: nobody wants to hear late of a sound.
+  send(message) {
+    try {
+      this.#port?.postMessage(message);
+    } catch {
+      // The port is breaking, and says so itself.
+    }
+  }
+
+  onAlarm({ name }) {
+    if (name !== ALARM) return;
+    if (this.#port) this.#api.alarms.clear(ALARM);
+    else this.connect();
+  }
+
+  async #closed() {
+    this.#port = null;
+    this.#api.alarms.create(ALARM, { delayInMinutes: 1, periodInMinutes: 1 });
+    const lasted = this.#clock.now() - this.#openedAt >= HAS_LASTED;
+    await this.#memory.ready;
+    const failures = lasted ? 0 : (this.#memory.get('failures') ?? 0);
+    const delay = FIRST_DELAY * 2 ** failures;
+    this.#memory.set('failures', Math.min(failures + 1, 10));
+    this.#tellOfChange();
+    if (delay <= LONGEST_DELAY) this.#timer = this.#clock.setTimeout(() => this.connect(), delay);
+  }
+
+  // The options page watches this value.
+  #tellOfChange() {
+    if (this.#memory.get('linked') !== this.isOpen) this.#memory.set('linked', this.isOpen);
+  }
+}

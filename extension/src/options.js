@@ -1,0 +1,32 @@
+// The options page. The switch is the browser's own record of the access given: nothing is stored beside it.
+
+import { SITES } from './marks.js';
+import { describe } from './options_text.js';
+
+const api = globalThis.browser ?? globalThis.chrome;
+const find = (id) => document.getElementById(id);
+
+async function show() {
+  const allowed = await api.permissions.contains(SITES);
+  const status = await api.runtime.sendMessage({ type: 'status' }).catch(() => undefined);
+  const view = describe({ linked: status?.linked, markTabs: status?.markTabs, allowed });
+  find('link').dataset.state = view.state;
+  find('status').textContent = view.status;
+  find('marks').checked = view.switchedOn;
+  find('hint').textContent = view.hint;
+}
+
+// Asked before anything is waited for: browsers take the request only straight from the user's hand.
+find('marks').addEventListener('change', async ({ target }) => {
+  const change = target.checked ? api.permissions.request(SITES) : api.permissions.remove(SITES);
+  await change.catch(() => {});
+  await show();
+});
+
+api.permissions.onAdded.addListener(show);
+api.permissions.onRemoved.addListener(show);
+api.storage.onChanged.addListener((changes, area) => {
+  if (area === 'session') show();
+});
+find('version').textContent = api.runtime.getManifest().version;
+show();

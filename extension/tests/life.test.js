@@ -1,0 +1,134 @@
+// What outlives what: updates of the extension, the status for the options page, the button.
+
+import assert from 'node:assert/strict';
+import { beforeEach, test } from 'node:test';
+
+import { describe } from '../src/options_text.js';
+import { FakeBrowser } from './fake_browser.js';
+import { VirtualClock, settle } from './virtual_clock.js';
+
+let clock;
+let browser;
+
+beforeEach(async () => {
+  clock = new VirtualClock();
+  browser = new FakeBrowser(clock);
+  browser.siteAccess = true;
+  await browser.start();
+  browser.openTab(1, { active: true });
+  browser.openTab(7);
+});
+
+// The browser has a new version of the extension, and runs it as soon as the old one lets it.
+async function update({ after = 500 } = {}) {
+  browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
+  await settle();
+  assert.equal(browser.reloads, 1);
+  browser.stopBackground();
+  browser.session.values = {};
+  await clock.advance(after);
+  await browser.start();
+}
+
+const ok = async () => {
+  await browser.says({ type: 'focus', req: 1, tabId: 7 });
+  return browser.sent.at(-1).ok;
+};
+
+test('an update is let in at once', async () => {
+  browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
+  await settle();
+  assert.equal(browser.reloads, 1);
+});
+
+test('an update comes back, and says hello', async () => {
+  await update();
+  assert.equal(browser.sent[0].type, 'hello');
+});
+
+test('a tab that was reported before an update is found after it', async () => {
+  await browser.sound(7);
+  await update();
+  assert.equal(await ok(), true);
+});
+
+test('an update takes its marks out of the pages, and puts them in again', async () => {
+  await browser.says({ type: 'settings', markTabs: true });
+  await browser.sound(7);
+  const { length } = browser.injected;
+  browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
+  await settle();
+  assert.equal(browser.marked.size, 0);
+  browser.stopBackground();
+  browser.session.values = {};
+  await browser.start();
+  assert.deepEqual(browser.injected.slice(length), [7]);
+  await browser.activate(7);
+  assert.equal(browser.marked.size, 0);
+});
+
+test('what an update carried over is used once', async () => {
+  await browser.sound(7);
+  await update();
+  assert.deepEqual(browser.local.values, {});
+  await browser.restart();
+  browser.openTab(7);
+  assert.equal(await ok(), false);
+});
+
+test('what was carried over long ago is another run of the browser, and dropped', async () => {
+  await browser.sound(7);
+  await update({ after: 61_000 });
+  assert.equal(await ok(), false);
+  assert.deepEqual(browser.local.values, {});
+});
+
+test('a clock that was set back does not make it fresh', async () => {
+  await browser.sound(7);
+  await update({ after: -3_600_000 });
+  assert.equal(await ok(), false);
+});
+
+test('nothing is kept on the disk', async () => {
+  await browser.sound(7);
+  await browser.says({ type: 'settings', markTabs: true });
+  assert.deepEqual(browser.local.values, {});
+});
+
+test('the button opens the options page', () => {
+  browser.api.action.onClicked.fire({});
+  assert.equal(browser.optionsOpened, 1);
+});
+
+test('the options page is told of the link and of the setting', async () => {
+  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: undefined });
+  await browser.says({ type: 'settings', markTabs: true });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: true });
+  await browser.hostExits();
+  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: false, markTabs: true });
+});
+
+test('a change of the link is in session storage, where the options page sees it', async () => {
+  assert.equal(browser.session.values.linked, true);
+  await browser.hostExits();
+  assert.equal(browser.session.values.linked, false);
+});
+
+test('other questions are not answered', () => {
+  const results = browser.api.runtime.onMessage.fire({ type: 'unmark' }, {}, () => assert.fail('answered'));
+  assert.deepEqual(results, [false]);
+});
+
+test('the page says where Tollvane is', () => {
+  assert.equal(describe({}).state, 'unknown');
+  assert.equal(describe({ linked: true }).state, 'linked');
+  assert.equal(describe({ linked: false }).state, 'missing');
+  assert.match(describe({ linked: false }).status, /not found/);
+});
+
+test('the page says what is missing for marks', () => {
+  assert.match(describe({ markTabs: true, allowed: false }).hint, /waits for this switch/);
+  assert.match(describe({ markTabs: false, allowed: true }).hint, /settings of Tollvane/);
+  assert.match(describe({ markTabs: true, allowed: true }).hint, /^On\./);
+  assert.equal(describe({ markTabs: false, allowed: false }).hint, '');
+});

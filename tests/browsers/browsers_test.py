@@ -1,0 +1,294 @@
+#!/usr/bin/env python3
+"""The extension in real browsers: browsers_test.py chromium|firefox-esr [unittest's arguments].
+
+TOLLVANE_EXTENSION is the directory that extension/package.sh filled. TOLLVANE_BRIDGE names the bridge to be started by
+the browser; a relay of the tests stands in where it is not set. Ends with 77 when the browser is not installed.
+"""
+
+import json
+import os
+import pathlib
+import signal
+import sys
+import unittest
+
+from chromium import Chromium
+from fake_application import FakeApplication
+from firefox import Firefox
+from pages import Pages
+from private_session import PrivateSession
+from waiting import wait_until
+
+HERE = pathlib.Path(__file__).resolve().parent
+EXTENSION = pathlib.Path(os.environ.get('TOLLVANE_EXTENSION', HERE))
+BRIDGE = os.environ.get('TOLLVANE_BRIDGE', HERE / 'fake_host.py')
+BUNDLES = {Chromium: 'org.chromium.Chromium', Firefox: 'org.mozilla.firefox'}
+KIND = None  # of the browser
+
+
+class ExtensionTest(unittest.TestCase):
+    """One browser for all tests of the class; each test closes its tabs."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.pages = Pages()
+        cls.addClassCleanup(cls.pages.close)
+        cls.session = PrivateSession()
+        cls.enterClassContext(cls.session)
+        cls.application = FakeApplication(cls.session)
+        cls.addClassCleanup(cls.application.stop)
+        cls.browser = KIND(cls.session, EXTENSION)
+        cls.browser.install_host(BRIDGE)
+        cls.browser.start()
+        cls.application.wait_for('hello')
+
+    def setUp(self):
+        self.application.listen(0)
+        self.start = len(self.application.messages)
+
+    def open(self, title, host='localhost'):
+        tab = self.browser.open_tab(self.pages.address(title, host))
+        self.addCleanup(self.close, tab)
+        return tab
+
+    def close(self, tab):
+        tabs = self.browser.tabs()
+        if tab in tabs and len(tabs) > 1:  # the browser ends with its last tab
+            self.browser.close_tab(tab)
+
+    def play(self, tab):
+        """Lets the page play, and returns what is reported of it."""
+        title = self.browser.title(tab).removeprefix('♪ ')
+        self.application.listen(0)
+        start = len(self.application.messages)
+        self.browser.run(tab, 'playSound()')
+        return self.application.wait_for('audible', start=start, title=title)
+
+    def focus(self, tab_id, req):
+        answer = self.application.ask('focusResult', type='focus', req=req, tabId=tab_id)
+        self.assertEqual(answer['req'], req)
+        return answer['ok']
+
+    def await_title(self, tab, title):
+        wait_until(lambda: self.browser.title(tab) == title, f'the title {title}; it is {self.browser.title(tab)}')
+
+    def await_front(self, tab):
+        wait_until(lambda: self.browser.is_in_front(tab), 'the coming forward of the tab')
+
+    def await_background(self, tab):
+        wait_until(lambda: not self.browser.is_in_front(tab), 'the going to the back of the tab')
+
+    def options(self):
+        """The options page, which opens when the user turns the marks on without having given access to pages."""
+        page = "location.pathname === '/src/options.html'"
+        tab = self.browser.find_tab(page)
+        if not tab:
+            for on in (False, True):
+                self.application.send(type='settings', markTabs=on)
+            tab = wait_until(lambda: self.browser.find_tab(page), 'the options page')
+        wait_until(lambda: self.browser.run(tab, "document.getElementById('version').textContent"), 'the page')
+        return tab
+
+    def bridges(self):
+        """The processes of the bridge in this session."""
+        def is_bridge(pid):
+            try:
+                return str(BRIDGE).encode() in pathlib.Path(f'/proc/{pid}/cmdline').read_bytes()
+            except OSError:
+                return False
+        return [pid for pid in self.session.strays() if is_bridge(pid)]
+
+    def in_extension(self, expression):
+        """The value of an expression in a page of the extension, where `api` is the browser's API."""
+        return self.browser.run(self.options(), f'(api => {expression})(globalThis.browser ?? chrome)')
+
+
+class Reports(ExtensionTest):
+    def test_hello_carries_the_version(self):
+        version = json.loads((EXTENSION / 'chromium/manifest.json').read_text())['version']
+        self.assertEqual(self.application.messages[:2], [
+            {'type': 'bridge', 'bundleID': BUNDLES[KIND]}, {'type': 'hello', 'version': version}])
+
+    def test_background_tab_that_sounds_is_reported_with_title_and_host(self):
+        report = self.play(self.open('Evening%20news'))
+        self.assertEqual({**report, 'tabId': 0},
+                         {'type': 'audible', 'tabId': 0, 'title': 'Evening news', 'host': 'localhost'})
+        self.assertIsInstance(report['tabId'], int)
+
+    def test_each_of_two_tabs_is_reported_under_its_own_id(self):
+        first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
+        self.assertNotEqual(first['tabId'], second['tabId'])
+        self.assertEqual(second['host'], '127.0.0.1')
+
+    def test_question_which_tabs_sound_is_answered(self):
+        report = self.play(self.open('Asked'))
+        self.assertEqual(self.application.ask('audible', type='whichAudible'), report)
+
+    def test_muted_tab_sounds_when_it_is_unmuted(self):
+        tab = self.open('Muted')
+        report = self.play(tab)
+        self.in_extension(f'api.tabs.update({report["tabId"]}, {{muted: true}}).then(() => true)')
+        self.application.listen(0)
+        start = len(self.application.messages)
+        self.in_extension(f'api.tabs.update({report["tabId"]}, {{muted: false}}).then(() => true)')
+        self.assertEqual(self.application.wait_for('audible', start=start), report)
+
+    def test_tab_muted_from_the_start_is_not_reported(self):
+        quiet, loud = self.open('Quiet'), self.open('Loud')
+        tab_id = self.in_extension("api.tabs.query({}).then(tabs => tabs.find(tab => tab.title === 'Quiet').id)")
+        self.in_extension(f'api.tabs.update({tab_id}, {{muted: true}}).then(() => true)')
+        self.browser.run(quiet, 'playSound()')
+        self.play(loud)
+        titles = [message['title'] for message in self.application.messages[self.start:]]
+        self.assertEqual(titles, ['Loud'])
+
+    def test_private_window_is_not_reported(self):
+        public = self.open('Public')
+        private = self.browser.open_private_window(self.pages.address('Private'))
+        self.addCleanup(self.browser.close_tab, private)
+        self.browser.run(private, 'playSound()')
+        self.play(public)
+        self.application.send(type='whichAudible')
+        self.application.wait_for('audible', start=len(self.application.messages))
+        titles = {message['title'] for message in self.application.messages[self.start:]}
+        self.assertEqual(titles, {'Public'})
+
+
+class Focus(ExtensionTest):
+    def test_background_tab_comes_forward(self):
+        tab = self.open('Wanted')
+        report = self.play(tab)
+        self.await_background(tab)
+        self.assertTrue(self.focus(report['tabId'], 11))
+        self.await_front(tab)
+
+    def test_window_of_the_tab_comes_forward(self):
+        tab = self.open('Behind')
+        report = self.play(tab)
+        window = self.browser.open_window(self.pages.address('Before'))
+        self.addCleanup(self.browser.close_tab, window)
+        wait_until(lambda: self.browser.front_window_title().startswith('Before'), 'the second window')
+        self.assertTrue(self.focus(report['tabId'], 12))
+        self.await_front(tab)
+        wait_until(lambda: self.browser.front_window_title().startswith('Behind'), 'the first window')
+
+    def test_minimised_window_comes_forward(self):
+        tab = self.open('Minimised')
+        report = self.play(tab)
+        self.session.succeeds('xdotool', 'getactivewindow', 'windowminimize')
+        wait_until(lambda: not self.browser.front_window_title(), 'the minimised state')
+        self.assertTrue(self.focus(report['tabId'], 13))
+        self.await_front(tab)
+
+    def test_closed_tab_is_answered_with_false(self):
+        tab = self.open('Closed')
+        report = self.play(tab)
+        self.browser.close_tab(tab)
+        self.assertFalse(self.focus(report['tabId'], 14))
+
+    def test_tab_that_was_never_reported_is_answered_with_false(self):
+        options = self.options()
+        self.browser.show_tab(options)
+        tab = self.open('Silent')
+        self.await_background(tab)
+        silent = self.in_extension("api.tabs.query({}).then(tabs => tabs.find(tab => tab.title === 'Silent').id)")
+        self.assertFalse(self.focus(silent, 15))
+        self.assertFalse(self.browser.is_in_front(tab))
+        self.assertTrue(self.browser.is_in_front(options))
+
+    def test_discarded_tab_is_still_found(self):
+        report = self.play(self.open('Discarded'))
+        self.in_extension(f'api.tabs.discard({report["tabId"]}).then(() => true)')
+        self.assertTrue(self.focus(report['tabId'], 16))
+        wait_until(lambda: 'Discarded' in self.in_extension(
+            'api.tabs.query({active: true}).then(tabs => tabs.map(tab => tab.title))'), 'the discarded tab')
+
+
+class Marks(ExtensionTest):
+    def test_marks_come_and_go(self):
+        tab = self.open('Radio')
+        self.play(tab)
+        options = self.options()
+        self.assertEqual(self.browser.title(tab), 'Radio')
+
+        self.browser.allow_marks(options)
+        self.await_title(tab, '♪ Radio')
+
+        self.browser.run(tab, "document.title = 'Next song'")
+        self.await_title(tab, '♪ Next song')
+        self.assertEqual(self.application.ask('audible', type='whichAudible')['title'], 'Next song')
+
+        self.application.send(type='settings', markTabs=False)
+        self.await_title(tab, 'Next song')
+        self.application.send(type='settings', markTabs=True)
+        self.await_title(tab, '♪ Next song')
+
+        self.browser.show_tab(tab)
+        self.await_title(tab, 'Next song')
+
+        another = self.open('News')
+        self.play(another)
+        self.await_title(another, '♪ News')
+        self.browser.run(another, 'location.reload()')
+        wait_until(lambda: self.browser.run(another, "typeof context === 'undefined'"), 'the new page')
+        self.await_title(another, '♪ News')
+        self.browser.show_tab(options)
+        self.browser.click(options, '#marks')
+        self.await_title(another, 'News')
+
+
+class Life(ExtensionTest):
+    def test_dead_bridge_is_started_again(self):
+        os.kill(self.application.bridge_pid(), signal.SIGKILL)
+        self.application.wait_for('hello', start=self.start)
+        self.play(self.open('After%20the%20bridge'))
+
+    def test_stopped_background_comes_back_with_the_next_sound_and_remembers(self):
+        before = self.play(self.open('Before'))
+        self.options()
+        tab = self.open('After')
+        start = len(self.application.messages)
+        self.browser.stop_background()
+        self.browser.run(tab, 'playSound()')
+        self.application.wait_for('hello', start=start)
+        self.application.wait_for('audible', start=start, title='After')
+        self.assertTrue(self.focus(before['tabId'], 21))
+
+    def test_reloaded_extension_comes_back(self):
+        self.open('Not%20of%20the%20extension')  # or the window closes with the last tab
+        self.options()
+        start = len(self.application.messages)
+        self.in_extension('void setTimeout(() => api.runtime.reload())')
+        self.application.wait_for('hello', start=start)
+
+    def test_restarted_browser_is_linked_again_and_follows_no_old_id(self):
+        report = self.play(self.open('Yesterday'))
+        self.browser.stop()
+        wait_until(lambda: not self.bridges(), 'the end of the bridge')
+        self.application.listen(0)
+        start = len(self.application.messages)
+        self.browser.start()
+        self.application.wait_for('hello', start=start)
+        self.assertFalse(self.focus(report['tabId'], 22))
+        today = self.play(self.open('Today'))
+        self.assertTrue(self.focus(today['tabId'], 23))
+
+
+class Death(ExtensionTest):
+    def test_killed_browser_leaves_no_bridge(self):
+        self.assertTrue(self.bridges())
+        self.browser.kill()
+        wait_until(lambda: not self.bridges(), 'the end of the bridge')
+        self.application.listen(0)
+        start = len(self.application.messages)
+        self.browser.start()
+        self.application.wait_for('hello', start=start)
+
+
+if __name__ == '__main__':
+    KIND = {kind.name: kind for kind in (Chromium, Firefox)}[sys.argv.pop(1)]
+    if not KIND.is_installed():
+        print(f'{KIND.name} is not installed')
+        sys.exit(77)
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the session is cleared away
+    unittest.main(verbosity=2)

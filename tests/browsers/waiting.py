@@ -1,0 +1,17 @@
+"""Waiting for a condition, with a deadline that only a broken program reaches."""
+
+import time
+
+DEADLINE = 30.0  # seconds
+
+
+def wait_until(condition, what, deadline=DEADLINE, pause=0.02):
+    """Returns the first true value of condition(); raises TimeoutError, which says what did not happen."""
+    end = time.monotonic() + deadline
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise TimeoutError(f'this did not happen within {deadline:.0f} s: {what}')
+        time.sleep(pause)
