@@ -11,4 +11,10 @@ bool Prefs::boolean(std::string_view key, bool otherwise) const {
   return otherwise;
 }
 
+double Prefs::updateLastCheck() const {
+  const auto value = store_.object("updateLastCheck");
+  const double* seconds = value ? std::get_if<double>(&*value) : nullptr;
+  return seconds ? *seconds : 0;
+}
+
 }  // namespace tollvane

@@ -23,6 +23,10 @@ class Prefs {
   bool hasLaunchedBefore() const { return boolean("hasLaunchedBefore", false); }
   void setHasLaunchedBefore(bool on) { store_.set("hasLaunchedBefore", on); }
 
+  // When the last update check was completed, in seconds since 1970-01-01 00:00 UTC; 0 before the first.
+  double updateLastCheck() const;
+  void setUpdateLastCheck(double seconds) { store_.set("updateLastCheck", seconds); }
+
  private:
   // The stored truth value; the setting's own default when there is none or what is stored is something else.
   bool boolean(std::string_view key, bool otherwise) const;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tollvane {
 
@@ -14,6 +15,15 @@ class Bundle {
 
   // A text from the bundle's information record; absent when the key is missing or its value is not a text.
   virtual std::optional<std::string> infoString(std::string_view key) const = 0;
+
+  // The texts of a list in the bundle's information record; empty when there is none. What is no text is left out.
+  virtual std::vector<std::string> infoStrings(std::string_view key) const = 0;
+
+  // A program of the bundle; absent when the bundle has none of that name.
+  virtual std::optional<std::filesystem::path> auxiliaryExecutable(std::string_view name) const = 0;
+
+  // A file or folder of the bundle that is no program; absent when the bundle has none of that name.
+  virtual std::optional<std::filesystem::path> resource(std::string_view name) const = 0;
 
   // The program that prints the system's sound messages as JSON lines: the system's own log tool, or the one in the
   // bundle. It need not exist.

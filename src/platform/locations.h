@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace tollvane {
@@ -11,9 +12,21 @@ class Locations {
  public:
   virtual ~Locations() = default;
 
+  // The user's own directory; absent for a user without one.
+  virtual std::optional<std::filesystem::path> home() const = 0;
+
   // The directory in which applications keep their data for this user. It need not exist.
   // Absent when the system names none (a user without a home).
   virtual std::optional<std::filesystem::path> applicationSupport() const = 0;
+
+  // A directory in which a browser looks for the manifests of native programs that it may start.
+  struct NativeHostDirectory {
+    std::filesystem::path path;
+    bool usual = true;  // used whenever the browser is installed; others only where the browser has been at work
+  };
+
+  // Those of the browser with this bundle identifier; empty for one that is not known, or starts no such programs.
+  virtual std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const = 0;
 
   // The folders in which applications stand as bundles named after themselves ("Mail.app"), in the order in which
   // to look. Empty on a system that has no such folders.

@@ -3,16 +3,23 @@
 // (tests/support) for the tests.
 #pragma once
 
+#include "platform/alerts.h"
+#include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 #include "platform/date_formatter.h"
 #include "platform/defaults.h"
 #include "platform/files.h"
+#include "platform/http.h"
 #include "platform/locations.h"
+#include "platform/login_service.h"
 #include "platform/main_queue.h"
 #include "platform/process_table.h"
+#include "platform/safari_services.h"
+#include "platform/settings_window.h"
 #include "platform/status_item.h"
+#include "platform/wording.h"
 #include "platform/workspace.h"
 
 namespace tollvane {
@@ -29,6 +36,13 @@ struct Platform {
   ProcessTable& processes;
   Workspace& workspace;
   StatusBar& statusBar;
+  Application& application;
+  Alerts& alerts;
+  Http& http;
+  SafariServices& safari;
+  LoginService& login;
+  SettingsWindows& settingsWindows;
+  const Wording& wording;
 };
 
 }  // namespace tollvane

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/menu.h"
+
 namespace tollvane {
 
 class StatusItem {
@@ -16,6 +18,9 @@ class StatusItem {
   virtual void setImage(std::string_view symbolName, std::string_view accessibilityDescription) = 0;
 
   virtual void setToolTip(std::string_view text) = 0;
+
+  // Attaches an empty menu, which the delegate fills each time that the user opens it. The delegate outlives the item.
+  virtual void setMenu(MenuDelegate& delegate) = 0;
 };
 
 class StatusBar {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,6 +36,9 @@ class Workspace {
   // All running processes of the application with this bundle identifier, the oldest first.
   virtual std::vector<RunningApplication> runningApplications(std::string_view bundleID) const = 0;
 
+  // All applications that run as this user, each process of theirs, in the system's own order.
+  virtual std::vector<RunningApplication> runningApplications() const = 0;
+
   // Where the application with this bundle identifier is installed: its bundle, or the file that describes it to the
   // desktop. Absent when it is not installed.
   virtual std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const = 0;
@@ -45,6 +49,22 @@ class Workspace {
 
   // The name that the desktop shows for what is at this path; the path's last component when it knows no better.
   virtual std::string displayName(const std::filesystem::path& path) const = 0;
+
+  // Brings an application in front of all others. `done` is called once, on the main thread, perhaps before this
+  // returns: true unless it is certain that no window came forward. The application may have ended meanwhile.
+  virtual void activate(const RunningApplication& application, std::function<void(bool)> done) = 0;
+
+  // Opens a file in the user's default program for it, or starts the application that stands at this path.
+  // Fails in silence.
+  virtual void open(const std::filesystem::path& path) = 0;
+
+  // Opens a page in the user's default browser. Only http and https; everything else is refused in silence.
+  virtual void openURL(std::string_view url) = 0;
+
+  // The same in the application that stands at `application`, which comes forward. `done` is called once, on the main
+  // thread: false when it could not be started.
+  virtual void openURL(std::string_view url, const std::filesystem::path& application,
+                       std::function<void(bool)> done) = 0;
 };
 
 }  // namespace tollvane

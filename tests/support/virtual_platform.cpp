@@ -1,10 +1,68 @@
 #include "support/virtual_platform.h"
 
+#include <poll.h>
+
 #include <array>
 #include <ctime>
 #include <stdexcept>
 
 namespace tollvane::test {
+
+struct VirtualMainQueue::DescriptorWatch : Watch {
+  DescriptorWatch(VirtualMainQueue& where, int descriptor, Block what) : queue(where), block(std::move(what)) {
+    queue.descriptors_[this] = descriptor;
+  }
+  ~DescriptorWatch() override { queue.descriptors_.erase(this); }
+  VirtualMainQueue& queue;
+  Block block;
+};
+
+struct VirtualMainQueue::DirectoryWatch : Watch {
+  DirectoryWatch(VirtualMainQueue& where, std::filesystem::path directory, Block what)
+      : queue(where), block(std::move(what)) {
+    queue.directories_[this] = std::move(directory);
+  }
+  ~DirectoryWatch() override { queue.directories_.erase(this); }
+  VirtualMainQueue& queue;
+  Block block;
+};
+
+std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchReadable(int descriptor, Block block) {
+  return std::make_unique<DescriptorWatch>(*this, descriptor, std::move(block));
+}
+
+std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchDirectory(const std::filesystem::path& directory,
+                                                                   Block block) {
+  if (cannotWatchDirectories) return nullptr;
+  return std::make_unique<DirectoryWatch>(*this, directory, std::move(block));
+}
+
+int VirtualMainQueue::pollDescriptors() {
+  std::vector<pollfd> queries;
+  std::vector<DescriptorWatch*> watches;
+  for (const auto& [watch, descriptor] : descriptors_) {
+    queries.push_back({descriptor, POLLIN, 0});
+    watches.push_back(watch);
+  }
+  if (queries.empty() || ::poll(queries.data(), queries.size(), 0) <= 0) return 0;
+  int ready = 0;
+  for (std::size_t i = 0; i < queries.size(); ++i) {
+    if (queries[i].revents == 0 || !descriptors_.contains(watches[i])) continue;  // ended by another's block
+    const Block kept = watches[i]->block;
+    kept();
+    ++ready;
+  }
+  return ready;
+}
+
+void VirtualMainQueue::directoryChanged(const std::filesystem::path& directory) {
+  const auto watched = directories_;
+  for (const auto& [watch, path] : watched) {
+    if (path != directory || !directories_.contains(watch)) continue;
+    const Block kept = watch->block;
+    kept();
+  }
+}
 
 std::string VirtualDates::string(std::string_view pattern, TimePoint time) const {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(time);

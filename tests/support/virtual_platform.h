@@ -14,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,7 +61,27 @@ class VirtualMainQueue : public MainQueue {
   void runDue() { advance(Duration::zero()); }
   bool idle() const { return blocks_.empty(); }
 
+  std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
+  std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
+
+  // Real descriptors, looked at once: runs the blocks of those that are readable now. Their count.
+  int pollDescriptors();
+  // Until none of them is. Returns at once when there is nothing to be read.
+  void drainDescriptors() {
+    while (pollDescriptors() > 0) {
+    }
+  }
+  void directoryChanged(const std::filesystem::path& directory);
+  std::size_t descriptorsWatched() const { return descriptors_.size(); }
+
+  bool cannotWatchDirectories = false;
+
  private:
+  struct DescriptorWatch;
+  struct DirectoryWatch;
+
+  std::map<DescriptorWatch*, int> descriptors_;
+  std::map<DirectoryWatch*, std::filesystem::path> directories_;
   VirtualClock& clock_;
   std::multimap<Instant, Block> blocks_;
 };
@@ -79,15 +100,29 @@ class VirtualDefaults : public Defaults {
 
 class VirtualLocations : public Locations {
  public:
+  std::optional<std::filesystem::path> home() const override { return "/home/user"; }
   std::optional<std::filesystem::path> applicationSupport() const override {
     ++asked;
     return support;
+  }
+  std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override {
+    const auto found = nativeHosts.find(std::string(bundleID));
+    if (found == nativeHosts.end() || !support) return {};
+    return {{*support / found->second}};
   }
   std::vector<std::filesystem::path> applicationFolders() const override {
     return {"/Applications", "/System/Applications", "/System/Applications/Utilities", "/home/user/Applications"};
   }
 
   std::optional<std::filesystem::path> support = "/home/user/Application Support";
+  std::map<std::string, std::string> nativeHosts = {
+      {"com.google.Chrome", "Google/Chrome/NativeMessagingHosts"},
+      {"com.microsoft.edgemac", "Microsoft Edge/NativeMessagingHosts"},
+      {"com.brave.Browser", "BraveSoftware/Brave-Browser/NativeMessagingHosts"},
+      {"company.thebrowser.Browser", "Arc/User Data/NativeMessagingHosts"},
+      {"org.chromium.Chromium", "Chromium/NativeMessagingHosts"},
+      {"org.mozilla.firefox", "Mozilla/NativeMessagingHosts"},
+  };
   mutable int asked = 0;
 };
 
@@ -117,8 +152,44 @@ class VirtualFiles : public Files {
     return true;
   }
 
+  bool write(const std::filesystem::path& file, std::string_view bytes) override {
+    if (readOnly || full || !directories.contains(file.parent_path())) return false;
+    contents[file] = bytes;
+    return true;
+  }
+  std::optional<std::string> read(const std::filesystem::path& file, std::size_t most) const override {
+    const auto found = contents.find(file);
+    if (found == contents.end() || found->second.size() > most || unreadable.contains(file)) return std::nullopt;
+    return found->second;
+  }
+  std::optional<std::vector<std::string>> list(const std::filesystem::path& directory) const override {
+    if (!directories.contains(directory)) return std::nullopt;
+    std::vector<std::string> names;
+    for (const auto& [path, bytes] : contents)
+      if (path.parent_path() == directory) names.insert(names.begin(), path.filename());
+    return names;
+  }
+  bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const override {
+    return contents.contains(a) && contents.contains(b) && contents.at(a) == contents.at(b);
+  }
+  bool copy(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    if (contents.contains(to) || !contents.contains(from) || !write(to, contents.at(from))) return false;
+    ++copies;
+    return true;
+  }
+  bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    if (readOnly || cannotRename || !contents.contains(from)) return false;
+    contents[to] = std::move(contents[from]);
+    contents.erase(from);
+    return true;
+  }
+  bool remove(const std::filesystem::path& file) override { return !readOnly && contents.erase(file) > 0; }
+
   std::map<std::filesystem::path, std::string> contents;
   std::map<std::filesystem::path, bool> directories;
+  std::set<std::filesystem::path> unreadable;
+  bool cannotRename = false;
+  int copies = 0;
   bool readOnly = false;
   bool full = false;
   int atomicWrites = 0;
@@ -130,9 +201,28 @@ class VirtualBundle : public Bundle {
     const auto found = info.find(std::string(key));
     return found == info.end() ? std::nullopt : std::optional(found->second);
   }
+  std::vector<std::string> infoStrings(std::string_view key) const override {
+    const auto found = lists.find(std::string(key));
+    return found == lists.end() ? std::vector<std::string>{} : found->second;
+  }
+  std::optional<std::filesystem::path> auxiliaryExecutable(std::string_view name) const override {
+    return inside(programs, name);
+  }
+  std::optional<std::filesystem::path> resource(std::string_view name) const override {
+    return inside(resources, name);
+  }
   std::filesystem::path logTool() const override { return "/usr/bin/log"; }
 
   std::map<std::string, std::string> info;
+  std::map<std::string, std::vector<std::string>> lists;
+  std::set<std::string> programs;
+  std::set<std::string> resources;
+
+ private:
+  static std::optional<std::filesystem::path> inside(const std::set<std::string>& names, std::string_view name) {
+    if (!names.contains(std::string(name))) return std::nullopt;
+    return std::filesystem::path("/bundle") / name;
+  }
 };
 
 // Programs that print and end when the test says so.
@@ -212,6 +302,11 @@ class VirtualWorkspace : public Workspace {
       if (entry.bundleID == bundleID) result.push_back(entry.application);
     return result;
   }
+  std::vector<RunningApplication> runningApplications() const override {
+    std::vector<RunningApplication> result;
+    for (const auto& entry : running) result.push_back(entry.application);
+    return result;
+  }
   std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override {
     const auto found = installed.find(std::string(bundleID));
     return found == installed.end() ? std::nullopt : std::optional(found->second);
@@ -226,6 +321,18 @@ class VirtualWorkspace : public Workspace {
     return found == displayNames.end() ? path.filename().string() : found->second;
   }
 
+  void activate(const RunningApplication& application, std::function<void(bool)> done) override {
+    activated.push_back(application.pid);
+    done(!windowless.contains(application.pid));
+  }
+  void open(const std::filesystem::path& path) override { opened.push_back(path); }
+  void openURL(std::string_view url) override { opened.emplace_back(url); }
+  void openURL(std::string_view url, const std::filesystem::path& application,
+               std::function<void(bool)> done) override {
+    opened.push_back(std::string(url) + " in " + application.string());
+    done(!broken.contains(application));
+  }
+
   void addRunning(Pid pid, std::optional<std::string> name, ActivationPolicy policy = ActivationPolicy::regular,
                   std::string bundleID = "") {
     running.push_back({{pid, std::move(name), policy}, std::move(bundleID)});
@@ -234,6 +341,10 @@ class VirtualWorkspace : public Workspace {
   std::vector<Running> running;
   std::map<std::string, std::filesystem::path> installed;  // by bundle identifier
   std::map<std::filesystem::path, std::string> displayNames;
+  std::set<Pid> windowless;                // activating these brings nothing forward
+  std::set<std::filesystem::path> broken;  // these do not start
+  std::vector<Pid> activated;
+  std::vector<std::string> opened;  // paths, pages, and pages "in" an application
 };
 
 class VirtualStatusBar : public StatusBar {
@@ -242,12 +353,20 @@ class VirtualStatusBar : public StatusBar {
     std::string symbolName;
     std::string accessibilityDescription;
     std::string toolTip;
+    MenuDelegate* menuDelegate = nullptr;
   };
 
   std::unique_ptr<StatusItem> makeStatusItem() override {
     if (broken) return nullptr;
     ++itemsMade;
     return std::make_unique<Item>(shown);
+  }
+
+  // The menu, as the user sees who opens it now.
+  Menu openMenu() const {
+    Menu menu;
+    shown.menuDelegate->menuNeedsUpdate(menu);
+    return menu;
   }
 
   Shown shown;
@@ -262,6 +381,7 @@ class VirtualStatusBar : public StatusBar {
       shown.accessibilityDescription = accessibilityDescription;
     }
     void setToolTip(std::string_view text) override { shown.toolTip = text; }
+    void setMenu(MenuDelegate& delegate) override { shown.menuDelegate = &delegate; }
     Shown& shown;
   };
 };
@@ -270,6 +390,101 @@ class VirtualStatusBar : public StatusBar {
 class VirtualDates : public DateFormatter {
  public:
   std::string string(std::string_view pattern, TimePoint time) const override;
+};
+
+// Remembers what it was told, in the order in which it was told.
+class VirtualApplication : public Application, public Alerts {
+ public:
+  void activateIgnoringOtherApps() override { frontmost = true; }
+  void terminate() override { terminated = true; }
+  void runModal(const Alert& alert, std::function<void(std::size_t)> answer) override {
+    alertsBehindOthers += frontmost ? 0 : 1;
+    frontmost = false;
+    alerts.push_back(alert);
+    answers.push_back(std::move(answer));
+  }
+
+  bool frontmost = false;
+  bool terminated = false;
+  int alertsBehindOthers = 0;  // shown without bringing the application forward first
+  std::vector<Alert> alerts;
+  std::vector<std::function<void(std::size_t)>> answers;
+};
+
+// A web site that answers when the test says so.
+class VirtualHttp : public Http {
+ public:
+  void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {
+    requests.push_back(request);
+    completions.push_back(std::move(completion));
+  }
+  void answer(std::optional<HttpResponse> response) { completions.back()(std::move(response)); }
+
+  std::vector<HttpRequest> requests;
+  std::vector<std::function<void(std::optional<HttpResponse>)>> completions;
+};
+
+class VirtualSafari : public SafariServices {
+ public:
+  void dispatchMessage(std::string_view name, std::string_view extensionID, std::string_view userInfo) override {
+    sent.push_back(std::string(name) + " " + std::string(extensionID) + " " + std::string(userInfo));
+  }
+  void getState(std::string_view, std::function<void(std::optional<bool>)> completion) override {
+    ++statesAsked;
+    completion(state);
+  }
+  void showPreferences(std::string_view extensionID) override { preferencesShown.emplace_back(extensionID); }
+
+  std::optional<bool> state;
+  int statesAsked = 0;
+  std::vector<std::string> sent;
+  std::vector<std::string> preferencesShown;
+};
+
+class VirtualLogin : public LoginService {
+ public:
+  LoginStatus status() const override { return state; }
+  std::optional<std::string> registerApplication() override { return change(LoginStatus::enabled); }
+  std::optional<std::string> unregisterApplication() override { return change(LoginStatus::notRegistered); }
+
+  LoginStatus state = LoginStatus::notRegistered;
+  std::optional<std::string> refusal;
+  int changes = 0;
+
+ private:
+  std::optional<std::string> change(LoginStatus wanted) {
+    ++changes;
+    if (!refusal) state = wanted;
+    return refusal;
+  }
+};
+
+class VirtualSettingsWindows : public SettingsWindows {
+ public:
+  struct Shown {
+    SettingsWindow::Style style;
+    ui::SettingsContent content;
+    int drawn = 0;
+    int broughtForward = 0;
+  };
+
+  std::unique_ptr<SettingsWindow> make(const SettingsWindow::Style& style) override {
+    windows.push_back(std::make_shared<Shown>(Shown{style, {}}));
+    return std::make_unique<Window>(windows.back());
+  }
+
+  std::vector<std::shared_ptr<Shown>> windows;
+
+ private:
+  struct Window : SettingsWindow {
+    explicit Window(std::shared_ptr<Shown> where) : shown(std::move(where)) {}
+    void setContent(const ui::SettingsContent& content) override {
+      shown->content = content;
+      ++shown->drawn;
+    }
+    void makeKeyAndOrderFront() override { ++shown->broughtForward; }
+    std::shared_ptr<Shown> shown;
+  };
 };
 
 struct VirtualPlatform {
@@ -284,9 +499,15 @@ struct VirtualPlatform {
   VirtualProcessTable processes;
   VirtualWorkspace workspace;
   VirtualStatusBar statusBar;
+  VirtualApplication application;
+  VirtualHttp http;
+  VirtualSafari safari;
+  VirtualLogin login;
+  VirtualSettingsWindows settingsWindows;
 
   Platform platform() {
-    return {queue, clock, dates, defaults, locations, files, bundle, children, processes, workspace, statusBar};
+    return {queue,     clock,     dates,       defaults,    locations, files,  bundle, children,        processes,
+            workspace, statusBar, application, application, http,      safari, login,  settingsWindows, macWording};
   }
 };
 

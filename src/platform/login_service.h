@@ -1,0 +1,27 @@
+// Whether the system starts Tollvane when its user logs in. Main thread only.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tollvane {
+
+enum class LoginStatus {
+  notRegistered = 0,
+  enabled = 1,
+  requiresApproval = 2,  // registered, but turned off by the user in the system's own settings
+  notFound = 3,          // the system does not know this program
+};
+
+class LoginService {
+ public:
+  virtual ~LoginService() = default;
+
+  virtual LoginStatus status() const = 0;
+
+  // Each gives the reason, in the system's words, when it fails; absent on success.
+  virtual std::optional<std::string> registerApplication() = 0;
+  virtual std::optional<std::string> unregisterApplication() = 0;
+};
+
+}  // namespace tollvane

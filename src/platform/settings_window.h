@@ -1,0 +1,111 @@
+// The settings window: its content is a value that the platform draws with the controls of the user's desktop.
+// All texts are plain text. Main thread only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tollvane::ui {
+
+enum class TextStyle { title, body, callout, caption };
+enum class Color { primary, secondary, accent, green, orange };
+
+struct Text {
+  std::string text;
+  TextStyle style = TextStyle::body;
+  Color color = Color::primary;
+  bool bold = false;
+
+  bool operator==(const Text&) const = default;
+};
+
+// A drawing from the system's set, as large as text of that size.
+struct Image {
+  std::string symbolName;
+  Color color = Color::primary;
+  double size = 13;
+  bool semibold = false;
+
+  bool operator==(const Image&) const = default;
+};
+
+// A small filled circle.
+struct Dot {
+  Color color = Color::secondary;
+  double opacity = 1;
+
+  bool operator==(const Dot&) const = default;
+};
+
+struct Toggle {
+  enum class Style { switchControl, checkBox };
+
+  std::string identifier;  // names the control as long as it is shown
+  std::string title;       // shown beside a switch; a check box is only called so
+  Style style = Style::switchControl;
+  bool isOn = false;
+  std::function<void(bool on)> set;  // the user's wish; the truth comes with the next content
+};
+
+struct Button {
+  std::string identifier;
+  std::string title;
+  bool isEnabled = true;
+  std::function<void()> action;
+};
+
+using Control = std::variant<Text, Image, Dot, Toggle, Button>;
+
+// Side by side, centred vertically. The identifier names the row among its neighbours.
+struct Row {
+  std::string identifier;
+  std::vector<Control> controls;
+};
+
+using Element = std::variant<Text, Toggle, Button, Row>;
+
+struct Section {
+  std::string title;
+  std::vector<Element> elements;  // from top to bottom
+};
+
+struct SettingsContent {
+  Image icon;                      // at the leading edge of the head
+  std::vector<Text> introduction;  // beside it, from top to bottom
+  std::vector<Section> sections;   // a grouped form
+  Text footer;
+};
+
+}  // namespace tollvane::ui
+
+namespace tollvane {
+
+class SettingsWindow {
+ public:
+  struct Style {
+    std::string title;
+    double width = 520;  // of the content, in points
+    double height = 640;
+  };
+
+  virtual ~SettingsWindow() = default;
+
+  // Draws the content anew. Only what differs is touched: focus and scroll position stay.
+  virtual void setContent(const ui::SettingsContent& content) = 0;
+
+  // Shows the window, in front of all others and with the keyboard. Closing it only hides it.
+  virtual void makeKeyAndOrderFront() = 0;
+};
+
+class SettingsWindows {
+ public:
+  virtual ~SettingsWindows() = default;
+
+  // A window in the middle of the screen that can be closed and moved, not resized; not shown yet.
+  virtual std::unique_ptr<SettingsWindow> make(const SettingsWindow::Style& style) = 0;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,44 @@
+#include "update/updater.h"
+
+#include "model/site.h"
+
+namespace tollvane {
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+}  // namespace
+
+Updater::Updater(Http& http, const Clock& clock, Prefs prefs, const Bundle& bundle)
+    : http_(http), clock_(clock), prefs_(prefs), bundle_(bundle) {}
+
+std::string Updater::current() const { return bundle_.infoString("CFBundleShortVersionString").value_or("0"); }
+
+std::optional<Release> Updater::available() const {
+  return latest && compareVersions(latest->version, current()) > 0 ? latest : std::nullopt;
+}
+
+void Updater::check() {
+  http_.get(
+      {
+          .url = sitePage(bundle_, "/tollvane/latest.json"),
+          .headers = {{"Accept", "application/json"}},
+          .timeout = patience,
+      },
+      alive_.guard([this](const std::optional<HttpResponse>& response) {
+        if (response && response->status == 200 && !response->body.empty()) answered(*response);
+      }));
+}
+
+void Updater::answered(const HttpResponse& response) {
+  latest = releaseFromFeed(response.body, sitePage(bundle_, "/tollvane/download"));
+  prefs_.setUpdateLastCheck(Seconds(clock_.now().time_since_epoch()).count());
+  if (onChange) onChange();
+}
+
+void Updater::checkIfDue() {
+  const Seconds now = clock_.now().time_since_epoch();
+  if (!latest || now - Seconds(prefs_.updateLastCheck()) > interval) check();
+}
+
+}  // namespace tollvane

@@ -1,0 +1,155 @@
+#include "browser/native_hosts.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/json_value.h"
+#include "support/virtual_platform.h"
+
+namespace tollvane {
+namespace {
+
+using testing::ElementsAre;
+
+const std::filesystem::path kSupport = "/home/user/Application Support";
+const std::filesystem::path kInstalled = kSupport / "Tollvane/bin/TollvaneBridge";
+const std::filesystem::path kFresh = kSupport / "Tollvane/bin/TollvaneBridge.new";
+
+class NativeHostsTest : public testing::Test {
+ protected:
+  NativeHostsTest() {
+    system.bundle.programs.insert("TollvaneBridge");
+    system.files.contents["/bundle/TollvaneBridge"] = "bridge 2";
+  }
+  void install(Browser browser) { system.workspace.installed[std::string(browser.bundleID())] = "/apps/x"; }
+  void installAll() {
+    for (const Browser browser : Browser::allCases) install(browser);
+  }
+  std::filesystem::path manifestOf(std::string_view directory) const {
+    return kSupport / directory / "com.quarnel.tollvane.json";
+  }
+  nlohmann::json readManifest(std::string_view directory) {
+    return nlohmann::json::parse(system.files.contents.at(manifestOf(directory)));
+  }
+
+  test::VirtualPlatform system;
+  Paths paths{system.locations, system.files};
+  NativeHosts hosts{system.platform(), paths};
+};
+
+TEST_F(NativeHostsTest, TheBridgeIsCopiedToAPlaceThatStays) {
+  EXPECT_EQ(hosts.installedBridgePath(), kInstalled.string());
+  EXPECT_EQ(system.files.contents.at(kInstalled), "bridge 2");
+  EXPECT_FALSE(system.files.contents.contains(kFresh));
+}
+
+TEST_F(NativeHostsTest, ABridgeThatIsThereAlreadyIsNotCopiedAgain) {
+  hosts.installedBridgePath();
+  EXPECT_EQ(system.files.copies, 1);
+  EXPECT_EQ(hosts.installedBridgePath(), kInstalled.string());
+  EXPECT_EQ(system.files.copies, 1);
+}
+
+TEST_F(NativeHostsTest, AnOldBridgeIsReplacedAndAStaleCopyIsInNobodysWay) {
+  hosts.installedBridgePath();
+  system.files.contents["/bundle/TollvaneBridge"] = "bridge 3";
+  system.files.contents[kFresh] = "half a bri";
+  EXPECT_EQ(hosts.installedBridgePath(), kInstalled.string());
+  EXPECT_EQ(system.files.contents.at(kInstalled), "bridge 3");
+  EXPECT_FALSE(system.files.contents.contains(kFresh));
+}
+
+TEST_F(NativeHostsTest, WhereNothingCanBeWrittenTheBundlesOwnBridgeIsUsed) {
+  system.files.readOnly = true;
+  EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge");
+}
+
+TEST_F(NativeHostsTest, AFullDiskOrAFailedRenameFallsBackToo) {
+  system.files.full = true;
+  EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge");
+  system.files.full = false;
+  system.files.cannotRename = true;
+  EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge");
+}
+
+TEST_F(NativeHostsTest, ABundleWithoutABridgeWritesNoManifests) {
+  system.bundle.programs.clear();
+  installAll();
+  const auto before = system.files.contents;
+  hosts.installManifests();
+  EXPECT_EQ(hosts.installedBridgePath(), std::nullopt);
+  EXPECT_EQ(system.files.contents, before);
+}
+
+TEST_F(NativeHostsTest, EveryInstalledBrowserButSafariGetsItsManifest) {
+  installAll();
+  hosts.installManifests();
+  int manifests = 0;
+  for (const auto& [path, bytes] : system.files.contents) manifests += path.extension() == ".json";
+  EXPECT_EQ(manifests, 6);
+  for (const char* directory :
+       {"Google/Chrome/NativeMessagingHosts", "Microsoft Edge/NativeMessagingHosts",
+        "BraveSoftware/Brave-Browser/NativeMessagingHosts", "Arc/User Data/NativeMessagingHosts",
+        "Chromium/NativeMessagingHosts", "Mozilla/NativeMessagingHosts"})
+    EXPECT_TRUE(system.files.contents.contains(manifestOf(directory))) << directory;
+}
+
+TEST_F(NativeHostsTest, AChromiumManifestNamesTheThreeExtensionsInOrder) {
+  install(Browser::chrome);
+  hosts.installManifests();
+  EXPECT_EQ(readManifest("Google/Chrome/NativeMessagingHosts"),
+            (nlohmann::json{
+                {"name", "com.quarnel.tollvane"},
+                {"description", "Tollvane browser bridge"},
+                {"path", kInstalled.string()},
+                {"type", "stdio"},
+                {"allowed_origins",
+                 {"chrome-extension://kembcdlbgbcnnchcnbdhbmbhbejnedjf/",
+                  "chrome-extension://dgldcbgpnkooljhfhcjpkojcdnfkepnb/",
+                  "chrome-extension://ckklpoccipcbjojmlaolfdpbgjehmmpc/"}},
+            }));
+}
+
+TEST_F(NativeHostsTest, ABundleMayNameFurtherExtensions) {
+  install(Browser::chrome);
+  system.bundle.lists["TollvaneChromiumExtensionIDs"] = {"aaaabbbbccccddddeeeeffffgggghhhh"};
+  hosts.installManifests();
+  const auto origins = readManifest("Google/Chrome/NativeMessagingHosts")["allowed_origins"];
+  ASSERT_EQ(origins.size(), 4u);
+  EXPECT_EQ(origins[0], "chrome-extension://kembcdlbgbcnnchcnbdhbmbhbejnedjf/");
+  EXPECT_EQ(origins[3], "chrome-extension://aaaabbbbccccddddeeeeffffgggghhhh/");
+}
+
+TEST_F(NativeHostsTest, FirefoxsManifestNamesTheAddOnAndNoOrigins) {
+  install(Browser::firefox);
+  hosts.installManifests();
+  const auto manifest = readManifest("Mozilla/NativeMessagingHosts");
+  EXPECT_EQ(manifest["allowed_extensions"], nlohmann::json({"tollvane@quarnel.com"}));
+  EXPECT_FALSE(manifest.contains("allowed_origins"));
+  EXPECT_EQ(manifest["path"], kInstalled.string());
+}
+
+TEST_F(NativeHostsTest, AManifestIsWrittenForPeopleToRead) {
+  install(Browser::firefox);
+  hosts.installManifests();
+  const auto& text = system.files.contents.at(manifestOf("Mozilla/NativeMessagingHosts"));
+  EXPECT_TRUE(text.starts_with("{\n  \"allowed_extensions\""));
+}
+
+TEST_F(NativeHostsTest, ABrowserThatWasInstalledOnceGetsAManifestAndOneThatNeverWasDoesNot) {
+  system.files.createDirectories(kSupport / "Google/Chrome");
+  hosts.installManifests();
+  EXPECT_TRUE(system.files.contents.contains(manifestOf("Google/Chrome/NativeMessagingHosts")));
+  EXPECT_FALSE(system.files.contents.contains(manifestOf("Chromium/NativeMessagingHosts")));
+}
+
+TEST_F(NativeHostsTest, AManifestIsWrittenAnewAtEachLaunch) {
+  install(Browser::firefox);
+  hosts.installManifests();
+  system.files.contents[manifestOf("Mozilla/NativeMessagingHosts")] = "old";
+  hosts.installManifests();
+  EXPECT_EQ(readManifest("Mozilla/NativeMessagingHosts")["type"], "stdio");
+}
+
+}  // namespace
+}  // namespace tollvane

@@ -1,0 +1,67 @@
+#include "update/release.h"
+
+#include <gtest/gtest.h>
+
+namespace tollvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string kPage = "https://example.org/tollvane/download";
+
+TEST(VersionTest, NumbersDecideNotLetters) {
+  EXPECT_TRUE(compareVersions("1.10", "1.9") > 0);
+  EXPECT_TRUE(compareVersions("1.2.1", "1.2") > 0);
+  EXPECT_TRUE(compareVersions("1.2", "1.2.1") < 0);
+  EXPECT_TRUE(compareVersions("2.0", "2") == 0);
+  EXPECT_TRUE(compareVersions("1.a", "1.0") == 0);
+  EXPECT_TRUE(compareVersions("1..2", "1.2") == 0);
+  EXPECT_TRUE(compareVersions(".1.", "1") == 0);
+  EXPECT_TRUE(compareVersions("", "0") == 0);
+  EXPECT_TRUE(compareVersions("01.02", "1.2") == 0);
+  EXPECT_TRUE(compareVersions("1.-2", "1.0") == 0);
+  EXPECT_TRUE(compareVersions("1.2b", "1") == 0);
+}
+
+TEST(VersionTest, NoNumberIsTooLarge) {
+  EXPECT_TRUE(compareVersions("1." + std::string(40, '9'), "1.9223372036854775807") > 0);
+  EXPECT_TRUE(compareVersions("99999999999999999998", "99999999999999999999") < 0);
+}
+
+TEST(ReleaseTest, AVersionAloneIsARelease) {
+  const auto release = releaseFromFeed(R"({"version":"9.9"})", kPage);
+  EXPECT_EQ(release, (Release{"9.9", kPage, std::nullopt, ""}));
+}
+
+TEST(ReleaseTest, EverythingIsRead) {
+  const auto release = releaseFromFeed(
+      R"({"version":"9.9","url":"https://example.org/9.9","released":"2025-01-31","notes":"n","more":1})", kPage);
+  ASSERT_TRUE(release);
+  EXPECT_EQ(release->url, "https://example.org/9.9");
+  EXPECT_EQ(release->released, TimePoint(1738281600s));
+  EXPECT_EQ(release->notes, "n");
+}
+
+TEST(ReleaseTest, ADateOfAnotherFormIsNone) {
+  for (const char* date : {"", "31.01.2025", "2025-1-31", "2025-02-30", "2025-01-31 ", "2025/01/31", "+025-01-31"}) {
+    const auto release = releaseFromFeed(R"({"version":"9.9","released":")" + std::string(date) + "\"}", kPage);
+    ASSERT_TRUE(release) << date;
+    EXPECT_FALSE(release->released) << date;
+  }
+  EXPECT_FALSE(releaseFromFeed(R"({"version":"9.9","released":20250131})", kPage)->released);
+}
+
+TEST(ReleaseTest, OnlyAWebPageIsEverOpened) {
+  for (const char* url : {"file:///etc/passwd", "javascript:alert(1)", "", "https://", "example.org", "ftp://a/b"})
+    EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":")" + std::string(url) + "\"}", kPage)->url, kPage) << url;
+  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":7})", kPage)->url, kPage);
+  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":"HTTP://a/b"})", kPage)->url, "HTTP://a/b");
+}
+
+TEST(ReleaseTest, WithoutAVersionThereIsNone) {
+  for (const char* body : {"", "[]", "{}", "7", R"({"version":null})", R"({"version":1.0})", R"([{"version":"1"}])"})
+    EXPECT_FALSE(releaseFromFeed(body, kPage)) << body;
+}
+
+}  // namespace
+}  // namespace tollvane
