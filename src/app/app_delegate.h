@@ -16,19 +16,44 @@
 #include "browser/browser_link.h"
 #include "detect/resolver.h"
 #include "detect/watcher.h"
+#include "menu/sound_menu.h"
+#include "menu/source_opener.h"
 #include "model/paths.h"
 #include "model/prefs.h"
 #include "platform/platform.h"
+#include "settings/login_item.h"
+#include "settings/settings_model.h"
 #include "support/liveness.h"
+#include "update/updater.h"
 
 namespace tollvane {
 
-class AppDelegate {
+class AppDelegate : public MenuDelegate {
  public:
   explicit AppDelegate(const Platform& platform);
 
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
+
+  // The user opens the program that runs already: shows the settings. Always true.
+  bool applicationShouldHandleReopen(bool hasVisibleWindows);
+
+  // Makes the window at the first showing, and shows the same one ever after: one that began as the welcome stays it.
+  void showSettings(bool welcome);
+
+  // Makes the sound menu anew.
+  void menuNeedsUpdate(Menu& menu) override;
+
+  // What the menu's items do. Senders of another kind than the action is for are ignored.
+  void openSource(const MenuItem& sender);
+  void openExtensionStore(const MenuItem& sender);
+  void markAllSeen();
+  void openHistory();
+  void clearList();
+  void openUpdate();
+  void checkUpdates();
+  void openSettings();
+  void quit();
 
   // Brings the bell's image and tooltip up to date with the recent sounds. There must be a bell: it is made first
   // thing at launch.
@@ -39,8 +64,19 @@ class AppDelegate {
 
   Recorder& recorder() { return recorder_; }
   BrowserLink& link() { return link_; }
+  Updater& updater() { return updater_; }
+  SettingsModel& settingsModel() { return settingsModel_; }
 
  private:
+  void wireLink();
+  void wireSettings();
+  void handleFirstLaunch();
+  void checkForUpdatesHourly();
+  void makeSettingsWindow(bool welcome);
+  void showExtensionFiles();
+  SoundMenuActions menuActions();
+  void tellOfUpdates();
+
   Platform platform_;
   Prefs prefs_;
   Paths paths_;
@@ -49,7 +85,12 @@ class AppDelegate {
   Recorder recorder_;
   Watcher watcher_;
   BrowserLink link_;
+  Updater updater_;
+  SourceOpener sourceOpener_;
+  LoginItem loginItem_;
+  SettingsModel settingsModel_;
   std::unique_ptr<StatusItem> statusItem_;
+  std::unique_ptr<SettingsWindow> settingsWindow_;
   Liveness alive_;
 };
 

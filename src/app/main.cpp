@@ -1,11 +1,17 @@
-// Where Tollvane starts on Linux. It has no command line of its own.
+// Where Tollvane starts on Linux. It has no command line of its own; what the desktop says about a start, it says in
+// the environment.
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "app/app_delegate.h"
+#include "platform/linux/desktop/session_end.h"
+#include "platform/linux/desktop/single_instance.h"
+#include "platform/linux/desktop/start_mark.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/system/termination_signals.h"
 
@@ -25,22 +31,41 @@ bool isSet(const char* variable) {
 
 bool hasDesktop() { return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM"); }
 
-// The bell needs the bus only. Where Qt's part for this kind of display is not installed, it shows itself without.
+// How Qt is to draw, where the user has not said it. Not for the programs that are started from here.
 class DisplayChoice {
  public:
   DisplayChoice() {
-    if (!made_) return;
-    qputenv("QT_QPA_PLATFORM", isSet("WAYLAND_DISPLAY") ? "wayland;xcb;offscreen" : "xcb;offscreen");
+    // The bell needs the bus only. Where Qt's part for this kind of display is not installed, it shows itself without.
+    choose("QT_QPA_PLATFORM", isSet("WAYLAND_DISPLAY") ? "wayland;xcb;offscreen" : "xcb;offscreen");
+    // A menu and a few windows need no graphics driver, which is four times as large as all of Tollvane.
+    choose("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
   }
-  // Not for the programs that are started from here.
   ~DisplayChoice() {
-    if (made_) qunsetenv("QT_QPA_PLATFORM");
+    for (const char* name : chosen_) qunsetenv(name);
   }
   DisplayChoice(const DisplayChoice&) = delete;
   DisplayChoice& operator=(const DisplayChoice&) = delete;
 
  private:
-  const bool made_ = !isSet("QT_QPA_PLATFORM");
+  void choose(const char* name, const char* value) {
+    if (isSet(name)) return;
+    qputenv(name, value);
+    chosen_.push_back(name);
+  }
+
+  std::vector<const char*> chosen_;
+};
+
+// What the desktop says about this start, taken out of the environment: it is about no other program.
+struct StartNotice {
+  const bool atLogin = qEnvironmentVariable(startedAtLogin) == QLatin1String("1");
+  const std::string token =
+      (isSet("XDG_ACTIVATION_TOKEN") ? qgetenv("XDG_ACTIVATION_TOKEN") : qgetenv("DESKTOP_STARTUP_ID")).toStdString();
+
+  StartNotice() {
+    // Qt itself takes the other one, on X11.
+    for (const char* name : {startedAtLogin, "XDG_ACTIVATION_TOKEN"}) qunsetenv(name);
+  }
 };
 
 }  // namespace
@@ -51,17 +76,36 @@ int main(int argc, char* argv[]) {
   if (!XdgLocations().applicationSupport()) return refuse("there is no home directory for this user.");
   if (!hasDesktop()) return refuse("there is no desktop session here: neither DISPLAY nor WAYLAND_DISPLAY is set.");
 
+  const StartNotice notice;
   std::optional<DisplayChoice> choice(std::in_place);
-  QGuiApplication application(argc, argv);
+  QApplication application(argc, argv);
   choice.reset();
-  QGuiApplication::setApplicationName("Tollvane");
-  QGuiApplication::setDesktopFileName("tollvane");
-  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setApplicationName("Tollvane");
+  QApplication::setDesktopFileName("tollvane");
+  QApplication::setQuitOnLastWindowClosed(false);
+
+  SingleInstance instance(QDBusConnection::sessionBus());
+  switch (instance.claim(notice.token)) {
+    case SingleInstance::Start::first:
+      break;
+    case SingleInstance::Start::another:
+      return EXIT_SUCCESS;
+    case SingleInstance::Start::deadlock:
+      return refuse("it is running already, but does not answer. End it before you start it again.");
+  }
+  const SessionEnd sessionEnd(QDBusConnection::sessionBus());
 
   LinuxPlatform platform(*bundle);
+  platform.setToken(notice.token);
+  // At login nobody waits for an answer.
+  if (notice.atLogin) platform.onNoStatusBar() = nullptr;
   AppDelegate delegate(platform.roles());
   const TerminationSignals signals([] { QCoreApplication::quit(); });
+  instance.onReopen = [&](const std::string& token) {
+    platform.setToken(token);
+    delegate.applicationShouldHandleReopen(false);
+  };
   QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
-  return QGuiApplication::exec();
+  return QApplication::exec();
 }

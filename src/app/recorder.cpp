@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/browser_names.h"
 #include "support/json.h"
 #include "support/json_value.h"
 
@@ -19,10 +20,7 @@ void give(SoundEvent& event, const Recorder::PendingTab& tab) {
 }  // namespace
 
 std::optional<Browser> Recorder::browser(const SoundEvent& event) const {
-  for (Browser browser : Browser::allCases)
-    // The system's name for it costs a look at all processes; its own name costs nothing.
-    if (browser.appName() == event.app || resolver_.appName(browser.bundleID()) == event.app) return browser;
-  return std::nullopt;
+  return BrowserNames(resolver_).browser(event.app);
 }
 
 void Recorder::record(std::shared_ptr<SoundEvent> event) {

@@ -4,23 +4,13 @@
 
 #include "support/json_value.h"
 #include "support/log_lines.h"
+#include "support/recording_connection.h"
 #include "support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
 
 using namespace std::chrono_literals;
-
-class Connection : public BrowserConnection {
- public:
-  explicit Connection(Browser browser) {
-    bundleID = browser.bundleID();
-    extensionVersion = "1.0";
-  }
-  void send(const Message& message) override { sent.push_back(message); }
-
-  std::vector<Message> sent;
-};
 
 class AppDelegateTest : public testing::Test {
  protected:
@@ -39,6 +29,7 @@ TEST_F(AppDelegateTest, LaunchShowsTheHollowBellAndListens) {
   EXPECT_EQ(system.statusBar.shown.symbolName, "bell");
   EXPECT_EQ(system.statusBar.shown.accessibilityDescription, "Tollvane");
   EXPECT_EQ(system.statusBar.shown.toolTip, "Tollvane");
+  EXPECT_EQ(system.statusBar.shown.menuDelegate, delegate.get());
   EXPECT_EQ(system.children.programs.size(), 1u);
 }
 
@@ -55,13 +46,14 @@ TEST_F(AppDelegateTest, ASoundFillsTheBellAndGoesToTheHistory) {
 TEST_F(AppDelegateTest, AReportOfAConnectionGivesTheSoundItsTabAndRefreshesTheBell) {
   delegate->applicationDidFinishLaunching();
   system.children.last().print(test::outputStarted("Firefox", 4242));
-  delegate->link().onTab(Connection(Browser::firefox), {{"title", "Inbox"}, {"host", "h"}, {"tabId", 3}});
+  test::RecordingConnection firefox(Browser::firefox);
+  delegate->link().onTab(firefox, {{"title", "Inbox"}, {"host", "h"}, {"tabId", 3}});
   EXPECT_EQ(system.statusBar.shown.toolTip, "Last sound: Inbox  (h) at 2:05:09 PM · 1 unseen");
 }
 
 TEST_F(AppDelegateTest, AReportOfAConnectionThatDidNotSayWhoItIsIsIgnored) {
   delegate->applicationDidFinishLaunching();
-  Connection nobody(Browser::firefox);
+  test::RecordingConnection nobody(Browser::firefox);
   nobody.bundleID.reset();
   delegate->link().onTab(nobody, {{"title", "Inbox"}});
   EXPECT_TRUE(delegate->recorder().pendingTabs.empty());
@@ -69,21 +61,13 @@ TEST_F(AppDelegateTest, AReportOfAConnectionThatDidNotSayWhoItIsIsIgnored) {
 
 TEST_F(AppDelegateTest, ASafariSoundWithoutTabAsksSafariOnceAndChromeNever) {
   delegate->applicationDidFinishLaunching();
-  const auto safari = std::make_shared<Connection>(Browser::safari);
-  const auto chrome = std::make_shared<Connection>(Browser::chrome);
-  delegate->link().connections = {chrome, safari};
+  delegate->link().safariEnabled = true;
+  const auto chrome = std::make_shared<test::RecordingConnection>(Browser::chrome);
+  delegate->link().connections = {chrome};
   system.children.last().print(test::outputStarted("Safari", 4242) + test::outputStarted("Google Chrome", 4243));
-  EXPECT_EQ(safari->sent, std::vector<Message>({Message{{"type", "whichAudible"}}}));
+  EXPECT_EQ(system.safari.sent,
+            std::vector<std::string>({R"(tollvane com.quarnel.tollvane.safari {"type":"whichAudible"})"}));
   EXPECT_TRUE(chrome->sent.empty());
-}
-
-TEST_F(AppDelegateTest, AConnectionThatIsNotReadyIsNotAsked) {
-  delegate->applicationDidFinishLaunching();
-  const auto safari = std::make_shared<Connection>(Browser::safari);
-  safari->extensionVersion.reset();
-  delegate->link().connections = {safari};
-  system.children.last().print(test::outputStarted("Safari", 4242));
-  EXPECT_TRUE(safari->sent.empty());
 }
 
 TEST_F(AppDelegateTest, ExtensionsAreSentExactlyOneSetting) {
@@ -110,7 +94,8 @@ TEST_F(AppDelegateTest, CallbacksDoNothingOnceTheDelegateIsGone) {
   delegate.reset();
   system.statusBar.shown = {};
   program->print(test::outputStarted("Chat", 4243));
-  onTab(Connection(Browser::firefox), {{"title", "Inbox"}});
+  test::RecordingConnection firefox(Browser::firefox);
+  onTab(firefox, {{"title", "Inbox"}});
   onChange();
   system.queue.advance(1h);
   EXPECT_EQ(system.statusBar.shown.symbolName, "");

@@ -1,0 +1,78 @@
+#include "menu/source_opener.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tollvane {
+
+SourceOpener::SourceOpener(const Platform& platform, const Resolver& resolver, BrowserLink& link)
+    : platform_(platform), resolver_(resolver), link_(link) {}
+
+void SourceOpener::open(const SoundEvent& event) {
+  if (event.browser && event.tabId)
+    openTab(*event.tabId, *event.browser, event.tabLabel().value_or("that tab"));
+  else
+    openApplication(event.app);
+}
+
+void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& label) {
+  if (!in.isRunning(platform_.workspace)) {
+    const std::string name(in.appName());
+    return show({name + " is closed",
+                 "The tab that made this sound (" + label + ") is gone because " + name + " has been quit since."});
+  }
+  // A tab that came forward is followed by its browser even when nobody is left to show an alert.
+  link_.focus(tabId, in,
+              [in, workspace = &platform_.workspace, tell = alive_.guard([this, in, label](FocusResult result) {
+                tabFocused(result, in, label);
+              })](FocusResult result) mutable {
+                if (result != FocusResult::focused) return tell(result);
+                const auto running = workspace->runningApplications(in.bundleID());
+                if (!running.empty()) workspace->activate(running.front(), [](bool) {});
+              });
+}
+
+void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string& label) {
+  const std::string name(in.appName());
+  if (result == FocusResult::tabClosed)
+    show({"That tab is closed", "The " + name + " tab that made this sound (" + label +
+                                    ") has been closed, so there is nothing to go back to."});
+  else
+    show({"Can't reach " + name, "The Tollvane extension in " + name +
+                                     " isn't responding, so the tab can't be brought forward. Check that the "
+                                     "extension is installed and turned on."});
+}
+
+void SourceOpener::openApplication(const std::string& app) {
+  const auto running = platform_.workspace.runningApplications();
+  const auto found = std::find_if(running.begin(), running.end(), [&](const RunningApplication& candidate) {
+    return candidate.localizedName == app && candidate.activationPolicy == ActivationPolicy::regular;
+  });
+  if (found != running.end())
+    return platform_.workspace.activate(*found, alive_.guard([this, app](bool cameForward) {
+      if (!cameForward) nothingToOpen(app);
+    }));
+  if (const auto where = resolver_.appURL(app))
+    offerToLaunch(app, *where);
+  else
+    nothingToOpen(app);
+}
+
+void SourceOpener::offerToLaunch(const std::string& app, const std::filesystem::path& where) {
+  show({app + " is closed", app + " made this sound but isn't open anymore.", {"Open " + app, "OK"}},
+       [workspace = &platform_.workspace, where](std::size_t button) {
+         if (button == 0) workspace->open(where);
+       });
+}
+
+void SourceOpener::nothingToOpen(const std::string& app) {
+  show({"Nothing to open", app + std::string(platform_.wording.isABackgroundPart)});
+}
+
+void SourceOpener::show(const Alert& alert, std::function<void(std::size_t)> answer) {
+  platform_.application.activateIgnoringOtherApps();
+  platform_.alerts.runModal(
+      alert, answer ? std::move(answer) : [](std::size_t) {});
+}
+
+}  // namespace tollvane

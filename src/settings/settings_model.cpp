@@ -1,0 +1,83 @@
+#include "settings/settings_model.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+bool isOffered(const BrowserRow& row) {
+  return std::any_of(ExtensionPick::offered.begin(), ExtensionPick::offered.end(),
+                     [&](Browser browser) { return row.id == browser.rawValue(); });
+}
+
+}  // namespace
+
+SettingsModel::SettingsModel(const Platform& platform, Prefs prefs, LoginItem& loginItem)
+    : markTabs(*this, prefs.markTabs()),
+      suggestExtension(*this, prefs.suggestExtension()),
+      startAtLogin(*this, loginItem.isEnabled()),
+      loginNote(*this, std::nullopt),
+      browsers(*this, {}),
+      picks(*this, {}),
+      ticked(*this, {}),
+      platform_(platform),
+      prefs_(prefs),
+      loginItem_(loginItem) {}
+
+void SettingsModel::setMarkTabs(bool on) {
+  markTabs = on;
+  prefs_.setMarkTabs(on);
+  if (onMarkTabsChanged) onMarkTabsChanged();
+}
+
+void SettingsModel::setSuggestExtension(bool on) {
+  suggestExtension = on;
+  prefs_.setSuggestExtension(on);
+}
+
+void SettingsModel::setStartAtLogin(bool on) {
+  const auto refused = loginItem_.set(on);
+  loginNote = refused ? std::optional(std::string(platform_.wording.changeNotAllowed) + *refused) : std::nullopt;
+  refresh();
+}
+
+void SettingsModel::setTicked(const std::string& rawValue, bool on) {
+  auto now = *ticked;
+  if (on)
+    now.insert(rawValue);
+  else
+    now.erase(rawValue);
+  ticked = std::move(now);
+}
+
+void SettingsModel::refresh() {
+  const LoginStatus status = loginItem_.status();
+  startAtLogin = status == LoginStatus::enabled;
+  if (status == LoginStatus::requiresApproval) loginNote = std::string(platform_.wording.approveLoginItem);
+
+  auto rows = browserStatus ? browserStatus() : std::vector<BrowserRow>();
+  std::erase_if(rows, isOffered);
+  browsers = std::move(rows);
+
+  std::vector<ExtensionPick> offered;
+  for (const Browser browser : ExtensionPick::offered)
+    offered.push_back({.browser = browser,
+                       .installed = browser.isInstalled(platform_.workspace),
+                       .connected = isConnected && isConnected(browser)});
+  picks = std::move(offered);
+
+  if (std::exchange(tickedOnce_, true)) return;
+  std::set<std::string> worthAdding;
+  for (const ExtensionPick& pick : *picks)
+    if (pick.installed && !pick.connected) worthAdding.emplace(pick.id());
+  ticked = std::move(worthAdding);
+}
+
+void SettingsModel::addSelected() {
+  auto selected = *picks;
+  std::erase_if(selected, [this](const ExtensionPick& pick) { return !ticked->contains(std::string(pick.id())); });
+  ExtensionPick::open(selected, platform_.bundle, platform_.mainQueue, platform_.workspace);
+}
+
+}  // namespace tollvane
