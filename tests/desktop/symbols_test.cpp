@@ -48,6 +48,9 @@ IconPixmaps filled(BarTone tone = BarTone::dark) { return renderIcon(iconNameFor
 TEST(Symbols, EachSymbolHasItsDrawing) {
   EXPECT_EQ(iconNameForSymbol("bell").toStdString(), "tollvane-bell-symbolic");
   EXPECT_EQ(iconNameForSymbol("bell.fill").toStdString(), "tollvane-bell-fill-symbolic");
+  for (const char* symbol : {"bell", "bell.fill", "checkmark.circle.fill"}) {
+    EXPECT_FALSE(renderIcon(iconNameForSymbol(symbol), BarTone::dark).isEmpty()) << symbol;
+  }
 }
 
 TEST(Symbols, AnUnknownSymbolHasNoDrawing) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
@@ -18,6 +19,7 @@ const ProgramIndex::Entries kNone;
 
 constexpr std::size_t kLongestSandboxInfo = 64 * 1024;
 constexpr std::size_t kMostExecutables = 4096;
+constexpr std::chrono::milliseconds kSharedFor{100};
 
 // The name in a sandbox's description of itself; the format is a key file, see flatpak-metadata(5).
 std::string sandboxName(std::string_view text) {
@@ -170,16 +172,16 @@ struct Applications::Program {
   const ProgramIndex::Entries* entries_ = nullptr;
 };
 
-Applications::Applications(const ProcFs& processes, DesktopEntries& entries, X11Windows& windows)
-    : processes_(processes), entries_(entries), windows_(windows) {}
+Applications::Applications(const ProcFs& processes, DesktopEntries& entries, X11Windows& windows, const Clock* sharing)
+    : processes_(processes), entries_(entries), windows_(windows), sharing_(sharing) {}
 
-std::optional<Application> Applications::of(Pid pid) const {
+std::optional<Ownership> Applications::of(Pid pid) const {
   constexpr Pid kInit = 1;
   if (pid <= kInit) return std::nullopt;
   Program program(*this, pid);
   if (!program.isAlive()) return std::nullopt;
   entries_.refresh();
-  Application application = identify(pid, program);
+  Ownership application = identify(pid, program);
   if (application.entry != nullptr && !entries_.isFresh(*application.entry)) {
     entries_.distrust();
     entries_.refresh();
@@ -197,7 +199,7 @@ std::optional<std::string> Applications::desktopIdOf(Pid pid) const {
   return std::move(application->id);
 }
 
-Application Applications::identify(Pid pid, Program& program) const {
+Ownership Applications::identify(Pid pid, Program& program) const {
   const UnitName unit = applicationUnit(processes_.cgroup(pid));
   if (auto sandboxed = fromSandbox(pid, unit)) {
     // What a snap without confinement starts runs in the snap's scope, too.
@@ -214,7 +216,7 @@ Application Applications::identify(Pid pid, Program& program) const {
   return {entry, entry->id, "", false};
 }
 
-std::optional<Application> Applications::fromSandbox(Pid pid, const UnitName& unit) const {
+std::optional<Ownership> Applications::fromSandbox(Pid pid, const UnitName& unit) const {
   std::string id = unit.flatpakId;
   const std::string info = processes_.root().native() + "/" + std::to_string(pid) + "/root/.flatpak-info";
   if (const auto text = readPlainFile(info, kLongestSandboxInfo)) {
@@ -223,13 +225,13 @@ std::optional<Application> Applications::fromSandbox(Pid pid, const UnitName& un
   if (!id.empty()) {
     DesktopEntries::Entry entry = entries_.withId(id);
     if (entry == nullptr) entry = entries_.withFlatpakId(id);
-    return Application{entry, entry ? entry->id : id, "", false};
+    return Ownership{entry, entry ? entry->id : id, "", false};
   }
   if (unit.snapInstance.empty()) return std::nullopt;
   id = sanitized(unit.snapInstance + "_" + unit.snapApplication);
   DesktopEntries::Entry entry = entries_.withId(id);
   if (entry == nullptr) entry = entries_.withSnapInstance(unit.snapInstance);
-  return Application{entry, entry ? entry->id : id, "", false};
+  return Ownership{entry, entry ? entry->id : id, "", false};
 }
 
 DesktopEntries::Entry Applications::launchedEntry(Pid pid) const {
@@ -259,7 +261,7 @@ bool Applications::isTrusted(const DesktopEntries::Entry& unitEntry, Program& pr
   return own == nullptr || !(own->isWebBrowser || startsOthers(*own));
 }
 
-void Applications::lookForWindows(Pid pid, Application& application) const {
+void Applications::lookForWindows(Pid pid, Ownership& application) const {
   const auto& all = windows_.normalWindows();
   const auto window = std::find_if(all.begin(), all.end(), [&](const X11Window& each) { return each.pid == pid; });
   if (window == all.end()) return;
@@ -276,7 +278,7 @@ void Applications::lookForWindows(Pid pid, Application& application) const {
   }
 }
 
-std::string Applications::nameOf(Pid pid, const Application& application) const {
+std::string Applications::nameOf(Pid pid, const Ownership& application) const {
   if (application.entry != nullptr && !application.entry->name.empty()) return application.entry->name;
   if (!application.id.empty()) {
     const auto last = application.id.find_last_of("._/");
@@ -288,35 +290,60 @@ std::string Applications::nameOf(Pid pid, const Application& application) const 
   return sanitized(processes_.programName(pid));
 }
 
+std::optional<Applications::Process> Applications::process(Pid pid) const {
+  // Whose it is comes after everything that is asked more cheaply.
+  if (!processes_.isOwn(pid)) return std::nullopt;
+  auto application = of(pid);
+  const auto status = application ? processes_.status(pid) : std::nullopt;
+  if (!status) return std::nullopt;
+  return Process{pid, status->startTime, std::move(*application)};
+}
+
+std::vector<Applications::Process> Applications::processes() const {
+  std::vector<Process> found;
+  for (const Pid pid : processes_.all()) {
+    if (auto belonging = process(pid)) found.push_back(std::move(*belonging));
+  }
+  return found;
+}
+
+const std::vector<Applications::Seen>& Applications::everybody() const {
+  if (sharing_ != nullptr && sharing_->steadyNow() < everybodyUntil_) return everybody_;
+  everybody_.clear();
+  for (const Pid pid : processes_.all()) everybody_.push_back({pid, processes_.executable(pid)});
+  if (sharing_ != nullptr) everybodyUntil_ = sharing_->steadyNow() + kSharedFor;
+  return everybody_;
+}
+
 // Most processes are ruled out by their executable alone: looking closely at each would take five times as long.
-std::vector<Pid> Applications::processesOf(const ProgramIndex::Entries& wanted, bool knownPrograms) const {
+std::vector<Applications::Process> Applications::processesOf(const ProgramIndex::Entries& wanted,
+                                                             bool knownPrograms) const {
   entries_.refresh();
   Search search{wanted, knownPrograms, false, {}};
   search.contained = std::any_of(wanted.begin(), wanted.end(), [](const auto& entry) { return isContained(*entry); });
   for (const X11Window& window : windows_.normalWindows()) search.withWindows.push_back(window.pid);
-  const std::vector<Pid> all = processes_.all();
-  std::vector<Pid> found;
+  std::vector<Process> found;
   // Compared by their ids: the entries themselves may be read again on the way.
   const auto collect = [&](auto mayBelong) {
-    for (const Pid pid : all) {
-      // Whose it is comes second: that is rarely to be asked then.
-      if (!mayBelong(pid) || !processes_.isOwn(pid)) continue;
-      const auto application = of(pid);
-      if (application && application->entry != nullptr && hasIdOf(wanted, application->entry)) found.push_back(pid);
+    for (const Seen& each : everybody()) {
+      if (!mayBelong(each)) continue;
+      auto belonging = process(each.pid);
+      if (belonging && belonging->application.entry != nullptr && hasIdOf(wanted, belonging->application.entry))
+        found.push_back(std::move(*belonging));
     }
   };
-  collect([&](Pid pid) { return mayBelong(pid, search); });
+  collect([&](const Seen& each) { return mayBelong(each, search); });
   const bool sure = knownPrograms || std::all_of(wanted.begin(), wanted.end(), [](const auto& entry) {
                       return isContained(*entry) || isBinary(entry->realProgram);
                     });
-  if (found.empty() && !sure) collect([](Pid) { return true; });
+  if (found.empty() && !sure) collect([](const Seen&) { return true; });
   return found;
 }
 
-bool Applications::mayBelong(Pid pid, const Search& search) const {
+bool Applications::mayBelong(const Seen& process, const Search& search) const {
   const auto& windows = search.withWindows;
-  if (std::find(windows.begin(), windows.end(), pid) != windows.end()) return true;
-  const auto path = processes_.executable(pid);
+  if (std::find(windows.begin(), windows.end(), process.pid) != windows.end()) return true;
+  const auto& path = process.executable;
   if (!path) return true;
   Executable& known = executable(*path);
   if (known.runsScripts) return !search.knownPrograms;

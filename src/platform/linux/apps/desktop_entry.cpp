@@ -153,6 +153,8 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
   entry.snapInstance = string(file, "X-SnapInstanceName");
   entry.noDisplay = boolean(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
   entry.terminal = boolean(file, G_KEY_FILE_DESKTOP_KEY_TERMINAL);
+  entry.dbusActivatable = boolean(file, G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE);
+  entry.singleMainWindow = boolean(file, "SingleMainWindow") || boolean(file, "X-GNOME-SingleWindow");
   entry.shownHere = shownOn(currentDesktop, file);
   const auto categories = list(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES);
   entry.isTerminalEmulator = contains(categories, "TerminalEmulator");

@@ -27,6 +27,8 @@ struct DesktopEntry {
   bool isTerminalEmulator = false;
   bool isFileManager = false;
   bool isWebBrowser = false;
+  bool dbusActivatable = false;   // the bus knows it by its id
+  bool singleMainWindow = false;  // started again, it shows the window that it has
 
   // Where `command`'s program is: as the search path finds it, and after all links. Empty when it is not installed,
   // or when it is a mere interpreter or launcher, of which nothing can be concluded.

@@ -5,7 +5,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/linux/status/bar_tone_watcher.h"
+#include "platform/linux/menu/rich_menu.h"
+#include "platform/linux/status/color_scheme_watcher.h"
+#include "platform/linux/status/dbus_menu.h"
 #include "platform/linux/status/plain_text.h"
 #include "platform/linux/status/watcher_registration.h"
 
@@ -32,27 +34,56 @@ class BusConnection {
   QDBusConnection bus_;
 };
 
+// Most bars are dark.
+BarTone toneFor(ColorScheme scheme) { return scheme == ColorScheme::light ? BarTone::light : BarTone::dark; }
+
 class LinuxStatusItem : public StatusItem {
  public:
-  LinuxStatusItem(int number, const QString& iconThemePath, std::function<void(const StatusItemActivation&)> onActivate)
-      : bus_(QStringLiteral("tollvane-status-%1").arg(number)), item_(iconThemePath, std::move(onActivate)) {
+  LinuxStatusItem(int number, const QString& iconThemePath, std::function<void(const StatusItemActivation&)> onActivate,
+                  std::shared_ptr<UserGesture> gesture)
+      : bus_(QStringLiteral("tollvane-status-%1").arg(number)),
+        item_(iconThemePath, [this](const StatusItemActivation& click) { clicked(click); }),
+        onActivate_(std::move(onActivate)),
+        gesture_(std::move(gesture)) {
     if (!bus_->isConnected()) {
       return;
     }
-    bus_->registerObject(
-        QString::fromLatin1(StatusNotifierItem::kPath), &item_,
-        QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
-    tone_.emplace(*bus_, [this](BarTone tone) { item_.setTone(tone); });
+    registerObject(StatusNotifierItem::kPath, item_);
+    schemes_.emplace(*bus_, [this](ColorScheme scheme) { item_.setTone(toneFor(scheme)); });
     registration_.emplace(*bus_, ownName(number));
   }
 
   void setImage(std::string_view symbolName, std::string_view accessibilityDescription) override {
     item_.setIcon(iconNameForSymbol(symbolName), fromUtf8(accessibilityDescription));
+    menuMayHaveChanged();
   }
 
-  void setToolTip(std::string_view text) override { item_.setToolTipTitle(fromUtf8(plainToolTip(text))); }
+  void setToolTip(std::string_view text) override {
+    item_.setToolTipTitle(fromUtf8(plainToolTip(text)));
+    menuMayHaveChanged();
+  }
+
+  void setMenu(MenuDelegate& delegate) override {
+    exported_.emplace(delegate, [this](uint timestamp) { chosen(item_.takeActivationToken(), timestamp); });
+    if (bus_->isConnected()) {
+      registerObject(DBusMenu::kPath, *exported_);
+    }
+    item_.setMenu(QString::fromLatin1(DBusMenu::kPath), !RichMenu::isPossible());
+    if (RichMenu::isPossible()) {
+      drawn_.emplace(delegate);
+      drawn_->onChoice = [this](const RichMenuChoice& choice) {
+        chosen(QString::fromStdString(choice.activationToken), choice.timestamp);
+      };
+    }
+  }
 
  private:
+  void registerObject(const char* path, QObject& object) {
+    bus_->registerObject(
+        QString::fromLatin1(path), &object,
+        QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
+  }
+
   // The name that the protocol suggests. A sandbox may forbid it; the connection's own name does as well.
   QString ownName(int number) {
     const QString name =
@@ -60,9 +91,37 @@ class LinuxStatusItem : public StatusItem {
     return bus_->registerService(name) ? name : bus_->baseService();
   }
 
+  void clicked(const StatusItemActivation& click) {
+    *gesture_ = {.activationToken = click.token.toStdString()};
+    if (onActivate_) {
+      onActivate_(click);
+    }
+    if (drawn_) {
+      drawn_->toggle({click.x, click.y});
+    }
+  }
+
+  // A choice without a token of its own still has the one of the click that opened the menu.
+  void chosen(const QString& token, uint timestamp) {
+    if (!token.isEmpty()) {
+      gesture_->activationToken = token.toStdString();
+    }
+    gesture_->timestamp = timestamp;
+  }
+
+  void menuMayHaveChanged() {
+    if (exported_) {
+      exported_->contentsMayHaveChanged();
+    }
+  }
+
   BusConnection bus_;
   StatusNotifierItem item_;
-  std::optional<BarToneWatcher> tone_;
+  std::function<void(const StatusItemActivation&)> onActivate_;
+  std::shared_ptr<UserGesture> gesture_;
+  std::optional<DBusMenu> exported_;
+  std::optional<RichMenu> drawn_;
+  std::optional<ColorSchemeWatcher> schemes_;
   std::optional<WatcherRegistration> registration_;
 };
 
@@ -74,10 +133,13 @@ void LinuxStatusBar::setActivateHandler(std::function<void(const StatusItemActiv
   onActivate_ = std::move(handler);
 }
 
+std::string LinuxStatusBar::takeActivationToken() { return std::exchange(gesture_->activationToken, {}); }
+
 std::unique_ptr<StatusItem> LinuxStatusBar::makeStatusItem() {
   // Counted for the whole process: a bus name and a connection's name are the process's, not the bar's.
   static int made = 0;
-  return std::make_unique<LinuxStatusItem>(++made, QString::fromStdString(iconThemePath_.string()), onActivate_);
+  return std::make_unique<LinuxStatusItem>(++made, QString::fromStdString(iconThemePath_.string()), onActivate_,
+                                           gesture_);
 }
 
 }  // namespace tollvane

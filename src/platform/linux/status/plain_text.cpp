@@ -1,7 +1,6 @@
 #include "platform/linux/status/plain_text.h"
 
 #include <QChar>
-#include <QString>
 #include <QTextBoundaryFinder>
 
 namespace tollvane {
@@ -31,7 +30,7 @@ char16_t lookAlike(char16_t unit) {
     case u'&':
       return u'\uFF06';
     default:
-      return isBlank(unit) ? u' ' : unit;
+      return unit;
   }
 }
 
@@ -57,7 +56,7 @@ qsizetype cutAt(const QString& text) {
 
 }  // namespace
 
-std::string plainToolTip(std::string_view text) {
+QString plainLine(std::string_view text) {
   // Cut the bytes first: a caller's megabyte must not be walked character by character. Half a character at the cut
   // decodes to U+FFFD, far behind the part that is kept.
   const bool cutBytes = text.size() > static_cast<std::size_t>(kMaxBytes);
@@ -67,13 +66,21 @@ std::string plainToolTip(std::string_view text) {
   plain.reserve(decoded.size());
   for (const QChar character : decoded) {
     if (!isBidiControl(character.unicode())) {
-      plain.append(QChar(lookAlike(character.unicode())));
+      plain.append(isBlank(character.unicode()) ? QChar(u' ') : character);
     }
   }
   const qsizetype end = cutAt(plain);
   if (end < plain.size() || cutBytes) {
     plain.truncate(end);
     plain.append(QChar(kEllipsis));
+  }
+  return plain;
+}
+
+std::string plainToolTip(std::string_view text) {
+  QString plain = plainLine(text);
+  for (QChar& character : plain) {
+    character = QChar(lookAlike(character.unicode()));
   }
   return plain.toStdString();
 }

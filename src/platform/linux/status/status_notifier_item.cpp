@@ -40,6 +40,12 @@ void StatusNotifierItem::setTone(BarTone tone) {
   }
 }
 
+void StatusNotifierItem::setMenu(const QString& path, bool itemIsMenu) {
+  menuPath_ = path;
+  itemIsMenu_ = itemIsMenu;
+  Q_EMIT NewMenu();
+}
+
 IconPixmaps StatusNotifierItem::iconPixmap() const {
   if (!pixmaps_) {
     pixmaps_ = renderIcon(iconName_, tone_);
@@ -54,7 +60,7 @@ tollvane::ToolTip StatusNotifierItem::toolTip() const {
 
 void StatusNotifierItem::Activate(int x, int y) {
   // The token is good for one click; a later click without one must not use it again.
-  const StatusItemActivation activation{x, y, std::exchange(activationToken_, QString())};
+  const StatusItemActivation activation{x, y, takeActivationToken()};
   if (onActivate_) {
     onActivate_(activation);
   }

@@ -9,6 +9,7 @@
 #include <QString>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "platform/linux/status/sni_types.h"
 #include "platform/linux/status/symbols.h"
@@ -55,6 +56,13 @@ class StatusNotifierItem : public QObject {
   void setToolTipTitle(const QString& title);
   void setTone(BarTone tone);
 
+  // Where the menu is on the same connection. `itemIsMenu`: a click shall open it, as there is nothing to activate.
+  // Before the item is registered: bars ask once.
+  void setMenu(const QString& path, bool itemIsMenu);
+
+  // Once, the token that the bar gave for the click that a menu item was chosen with; may be empty.
+  QString takeActivationToken() { return std::exchange(activationToken_, QString()); }
+
   QString category() const { return QStringLiteral("ApplicationStatus"); }
   QString id() const { return QStringLiteral("tollvane"); }
   QString title() const { return QStringLiteral("Tollvane"); }
@@ -67,9 +75,8 @@ class StatusNotifierItem : public QObject {
   QString noName() const { return {}; }
   IconPixmaps noPixmap() const { return {}; }
   tollvane::ToolTip toolTip() const;
-  bool itemIsMenu() const { return false; }
-  // A path that is no object, which hosts know as "no menu": leaving the property out means a menu to some of them.
-  QDBusObjectPath menu() const { return QDBusObjectPath(QStringLiteral("/NO_DBUSMENU")); }
+  bool itemIsMenu() const { return itemIsMenu_; }
+  QDBusObjectPath menu() const { return QDBusObjectPath(menuPath_); }
 
  public Q_SLOTS:
   // The bar's side calls these; their names are the protocol's.
@@ -84,6 +91,7 @@ class StatusNotifierItem : public QObject {
   void NewIcon();
   void NewToolTip();
   void NewStatus(const QString& status);
+  void NewMenu();
 
  private:
   QString iconThemePath_;
@@ -91,7 +99,10 @@ class StatusNotifierItem : public QObject {
   QString iconName_;
   QString accessibleDescription_;
   QString toolTipTitle_;
-  QString activationToken_;  // of the click that Activate will tell about
+  QString activationToken_;  // of the click that Activate or the menu will tell about
+  // A path that is no object, which hosts know as "no menu": leaving the property out means a menu to some of them.
+  QString menuPath_ = QStringLiteral("/NO_DBUSMENU");
+  bool itemIsMenu_ = false;
   BarTone tone_ = BarTone::dark;
   mutable std::optional<IconPixmaps> pixmaps_;  // drawn when a bar first asks: many never do
 };

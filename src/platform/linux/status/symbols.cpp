@@ -21,6 +21,7 @@ struct Symbol {
 constexpr Symbol kSymbols[] = {
     {"bell", "tollvane-bell-symbolic"},
     {"bell.fill", "tollvane-bell-fill-symbolic"},
+    {"checkmark.circle.fill", "tollvane-checkmark-circle-fill-symbolic"},
 };
 
 // 16 to 24 are panel sizes, 32 and 48 the same at scale 2, 64 for docks.
@@ -35,7 +36,7 @@ IconPixmap toPixmap(QImage image) {
   return pixmap;
 }
 
-IconPixmap render(QSvgRenderer& drawing, int size, QColor ink) {
+QImage render(QSvgRenderer& drawing, int size, const QColor& ink) {
   QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);
   QPainter painter(&image);
@@ -44,7 +45,12 @@ IconPixmap render(QSvgRenderer& drawing, int size, QColor ink) {
   painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
   painter.fillRect(image.rect(), ink);
   painter.end();
-  return toPixmap(std::move(image));
+  return image;
+}
+
+QString drawingOf(const QString& iconName) {
+  loadSymbolResources();
+  return QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName);
 }
 
 }  // namespace
@@ -62,16 +68,24 @@ IconPixmaps renderIcon(const QString& iconName, BarTone tone) {
   if (iconName.isEmpty()) {
     return {};
   }
-  loadSymbolResources();
-  QSvgRenderer drawing(QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName));
+  QSvgRenderer drawing(drawingOf(iconName));
   if (!drawing.isValid()) {
     return {};
   }
   IconPixmaps pixmaps;
   for (const int size : kSizes) {
-    pixmaps.append(render(drawing, size, inkFor(tone)));
+    pixmaps.append(toPixmap(render(drawing, size, inkFor(tone))));
   }
   return pixmaps;
+}
+
+QImage drawSymbol(std::string_view symbolName, int pixels, const QColor& ink) {
+  const QString iconName = iconNameForSymbol(symbolName);
+  if (iconName.isEmpty() || pixels <= 0) {
+    return {};
+  }
+  QSvgRenderer drawing(drawingOf(iconName));
+  return drawing.isValid() ? render(drawing, pixels, ink) : QImage();
 }
 
 }  // namespace tollvane

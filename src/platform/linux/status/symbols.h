@@ -4,6 +4,7 @@
 // symbols, and as pixels for those that do not.
 #pragma once
 
+#include <QImage>
 #include <QString>
 #include <string_view>
 
@@ -22,5 +23,8 @@ QString iconNameForSymbol(std::string_view symbolName);
 
 // The drawing of that name, in every size a bar may want. Empty for an empty or unknown name.
 IconPixmaps renderIcon(const QString& iconName, BarTone tone);
+
+// The symbol in one colour, as many pixels wide and high. Null for a symbol without a drawing.
+QImage drawSymbol(std::string_view symbolName, int pixels, const QColor& ink);
 
 }  // namespace tollvane

@@ -1,5 +1,5 @@
 // The bundle on Linux: the directory that the running program stands in. Beside it stand Info.json (an object of texts)
-// and TollvaneLog. The directory can be copied and run from anywhere.
+// and the other programs. The directory can be copied and run from anywhere.
 #pragma once
 
 #include <memory>
@@ -19,6 +19,9 @@ class ExecutableBundle : public Bundle {
 
   const std::filesystem::path& directory() const { return directory_; }
   std::optional<std::string> infoString(std::string_view key) const override;
+  std::vector<std::string> infoStrings(std::string_view key) const override;
+  std::optional<std::filesystem::path> auxiliaryExecutable(std::string_view name) const override;
+  std::optional<std::filesystem::path> resource(std::string_view name) const override;
   std::filesystem::path logTool() const override { return directory_ / "TollvaneLog"; }
 
  private:

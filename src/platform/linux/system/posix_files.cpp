@@ -3,7 +3,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -20,6 +23,27 @@ bool writeAll(int fd, std::string_view bytes) {
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
+}
+
+// A plain file, opened for reading; nothing else is waited for.
+UniqueFd openPlain(const std::filesystem::path& file) {
+  UniqueFd fd(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat status {};
+  if (!fd || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) return UniqueFd();
+  return fd;
+}
+
+// As many bytes as there are, up to the buffer's size; negative on failure.
+ssize_t readSome(int fd, char* buffer, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t got = ::read(fd, buffer + done, size - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return got;
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return static_cast<ssize_t>(done);
 }
 
 void syncDirectory(const std::filesystem::path& directory) {
@@ -69,5 +93,69 @@ bool PosixFiles::writeAtomically(const std::filesystem::path& file, std::string_
   syncDirectory(target.parent_path());
   return true;
 }
+
+bool PosixFiles::write(const std::filesystem::path& file, std::string_view bytes) {
+  // Not cut before it is known to be a plain file.
+  const UniqueFd fd(::open(file.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  struct stat status {};
+  if (!fd || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  return ::ftruncate(fd.get(), 0) == 0 && writeAll(fd.get(), bytes);
+}
+
+std::optional<std::string> PosixFiles::read(const std::filesystem::path& file, std::size_t most) const {
+  const UniqueFd fd = openPlain(file);
+  struct stat status {};
+  if (!fd || ::fstat(fd.get(), &status) != 0 || static_cast<std::uintmax_t>(status.st_size) > most) return std::nullopt;
+  std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+  const ssize_t got = readSome(fd.get(), bytes.data(), bytes.size());
+  if (got < 0) return std::nullopt;
+  bytes.resize(static_cast<std::size_t>(got));
+  return bytes;
+}
+
+std::optional<std::vector<std::string>> PosixFiles::list(const std::filesystem::path& directory) const {
+  std::error_code error;
+  std::vector<std::string> names;
+  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error))
+    names.push_back(entry->path().filename().string());
+  return error ? std::nullopt : std::optional(std::move(names));
+}
+
+bool PosixFiles::contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const {
+  const UniqueFd left = openPlain(a);
+  const UniqueFd right = openPlain(b);
+  if (!left || !right) return false;
+  std::array<char, 65536> leftBytes;
+  std::array<char, 65536> rightBytes;
+  for (;;) {
+    const ssize_t leftSize = readSome(left.get(), leftBytes.data(), leftBytes.size());
+    const ssize_t rightSize = readSome(right.get(), rightBytes.data(), rightBytes.size());
+    if (leftSize != rightSize || leftSize < 0) return false;
+    if (leftSize == 0) return true;
+    if (!std::equal(leftBytes.begin(), leftBytes.begin() + leftSize, rightBytes.begin())) return false;
+  }
+}
+
+bool PosixFiles::copy(const std::filesystem::path& from, const std::filesystem::path& to) {
+  const UniqueFd source = openPlain(from);
+  struct stat status {};
+  if (!source || ::fstat(source.get(), &status) != 0) return false;
+  const UniqueFd target(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (!target) return false;
+  std::array<char, 65536> bytes;
+  ssize_t size = 0;
+  bool written = true;
+  while (written && (size = readSome(source.get(), bytes.data(), bytes.size())) > 0)
+    written = writeAll(target.get(), {bytes.data(), static_cast<std::size_t>(size)});
+  if (written && size == 0 && ::fchmod(target.get(), status.st_mode & 07777) == 0) return true;
+  ::unlink(to.c_str());
+  return false;
+}
+
+bool PosixFiles::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+bool PosixFiles::remove(const std::filesystem::path& file) { return ::unlink(file.c_str()) == 0; }
 
 }  // namespace tollvane

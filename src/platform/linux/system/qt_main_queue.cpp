@@ -1,10 +1,60 @@
 #include "platform/linux/system/qt_main_queue.h"
 
+#include <sys/inotify.h>
+
+#include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
+#include <array>
 #include <utility>
 
+#include "support/unique_fd.h"
+
 namespace tollvane {
+namespace {
+
+class ReadableWatch : public MainQueue::Watch {
+ public:
+  ReadableWatch(int descriptor, MainQueue::Block block)
+      : notifier_(new QSocketNotifier(descriptor, QSocketNotifier::Read)) {
+    // The block may destroy this watch, and itself with it: what is called is a copy.
+    QObject::connect(notifier_, &QSocketNotifier::activated, notifier_,
+                     [shared = std::make_shared<MainQueue::Block>(std::move(block))] {
+                       const auto kept = shared;
+                       (*kept)();
+                     });
+  }
+  ~ReadableWatch() override {
+    notifier_->setEnabled(false);
+    notifier_->disconnect();
+    notifier_->deleteLater();
+  }
+
+ private:
+  QSocketNotifier* notifier_;
+};
+
+class DirectoryWatch : public MainQueue::Watch {
+ public:
+  DirectoryWatch(UniqueFd inotify, MainQueue::Block block)
+      : inotify_(std::move(inotify)), readable_(inotify_.get(), [this, block = std::move(block)] {
+          drain();
+          block();
+        }) {}
+
+ private:
+  // Which entries they were does not matter.
+  void drain() const {
+    alignas(inotify_event) std::array<char, 4096> events;
+    while (::read(inotify_.get(), events.data(), events.size()) > 0) {
+    }
+  }
+
+  UniqueFd inotify_;
+  ReadableWatch readable_;
+};
+
+}  // namespace
 
 void QtMainQueue::post(Block block) { QMetaObject::invokeMethod(&receiver_, std::move(block), Qt::QueuedConnection); }
 
@@ -13,6 +63,17 @@ void QtMainQueue::after(Duration delay, Block block) {
   // Rounded up, and precise: Qt's coarse timers may fire five per cent early.
   const auto wait = std::max(std::chrono::ceil<milliseconds>(delay), milliseconds::zero());
   QTimer::singleShot(wait, Qt::PreciseTimer, &receiver_, std::move(block));
+}
+
+std::unique_ptr<MainQueue::Watch> QtMainQueue::watchReadable(int descriptor, Block block) {
+  return std::make_unique<ReadableWatch>(descriptor, std::move(block));
+}
+
+std::unique_ptr<MainQueue::Watch> QtMainQueue::watchDirectory(const std::filesystem::path& directory, Block block) {
+  UniqueFd inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  constexpr std::uint32_t entries = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
+  if (!inotify || ::inotify_add_watch(inotify.get(), directory.c_str(), entries) < 0) return nullptr;
+  return std::make_unique<DirectoryWatch>(std::move(inotify), std::move(block));
 }
 
 }  // namespace tollvane

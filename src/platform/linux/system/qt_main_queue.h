@@ -11,6 +11,8 @@ class QtMainQueue : public MainQueue {
  public:
   void post(Block block) override;
   void after(Duration delay, Block block) override;
+  std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
+  std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
  private:
   QObject receiver_;  // lives on the main thread; blocks that are still waiting end with it

@@ -7,8 +7,10 @@ namespace tollvane {
 
 class XdgLocations : public Locations {
  public:
+  std::optional<std::filesystem::path> home() const override;
   std::optional<std::filesystem::path> applicationSupport() const override;              // $XDG_DATA_HOME
   std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // no such folders here
+  std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override;
 
   // $XDG_CONFIG_HOME; absent like applicationSupport().
   static std::optional<std::filesystem::path> configuration();

@@ -90,7 +90,7 @@ Applications& FakeSystem::applications() {
 }
 
 LinuxWorkspace& FakeSystem::workspace() {
-  if (!workspace_) workspace_ = std::make_unique<LinuxWorkspace>(processes_, applications());
+  if (!workspace_) workspace_ = std::make_unique<LinuxWorkspace>(processes_, applications(), raiser, launcher);
   return *workspace_;
 }
 

@@ -13,10 +13,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/apps/applications.h"
-#include "platform/linux/apps/linux_workspace.h"
+#include "platform/linux/desktop/linux_workspace.h"
 #include "support/temporary_directory.h"
 
 namespace tollvane::test {
@@ -34,6 +35,32 @@ class FakeWindows : public X11Windows {
 
   std::vector<X11Window> windows;
   int questions = 0;
+};
+
+// Keeps what it was asked for, and answers as a test wants.
+struct FakeRaiser : WindowRaiser {
+  void raise(const ActivationTarget& target, std::function<void(Raised)> done) override {
+    asked.push_back(target);
+    done(answer);
+  }
+
+  std::vector<ActivationTarget> asked;
+  Raised answer = Raised::yes;
+};
+
+struct FakeLauncher : Launcher {
+  void launch(const std::filesystem::path& entry, const std::vector<std::string>& uris, Done done) override {
+    launched.emplace_back(entry, uris);
+    done(answer);
+  }
+  void open(const std::string& target, Done done) override {
+    opened.push_back(target);
+    done(answer);
+  }
+
+  std::vector<std::pair<std::filesystem::path, std::vector<std::string>>> launched;
+  std::vector<std::string> opened;
+  bool answer = true;
 };
 
 struct FakeProcess {
@@ -71,6 +98,8 @@ class FakeSystem {
   DesktopEntries& entries();
   Applications& applications();
   LinuxWorkspace& workspace();
+  FakeRaiser raiser;
+  FakeLauncher launcher;
 
   const ProcFs& processes() const { return processes_; }
   std::optional<std::string> idOf(Pid pid) { return applications().desktopIdOf(pid); }

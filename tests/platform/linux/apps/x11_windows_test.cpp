@@ -292,7 +292,7 @@ TEST_F(X11WindowsTest, AProgramWithoutAnEntryIsAnApplicationByItsWindow) {
   const ProcFs processes;
   DesktopEntries entries(system.environment);
   const Applications applications(processes, entries, windows_);
-  const LinuxWorkspace workspace(processes, applications);
+  const LinuxWorkspace workspace(processes, applications, system.raiser, system.launcher);
   clock_.advance(1s);
   const auto application = workspace.runningApplication(message.pid());
   ASSERT_TRUE(application);

@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 
 #include "support/temporary_directory.h"
@@ -94,6 +95,76 @@ TEST_F(PosixFilesTest, ALineThatDoesNotFitLeavesNoHalf) {
   EXPECT_FALSE(replaced);
   EXPECT_EQ(home.read("history"), "12345\n");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
+}
+
+TEST_F(PosixFilesTest, AFileIsReadWholeOrNotAtAll) {
+  home.write("file", "content");
+  EXPECT_EQ(files.read(home / "file", 7), "content");
+  EXPECT_EQ(files.read(home / "file", 6), std::nullopt);
+  EXPECT_EQ(files.read(home / "nowhere", 100), std::nullopt);
+  EXPECT_EQ(files.read(home.path(), 100), std::nullopt);
+}
+
+TEST_F(PosixFilesTest, APipeIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(files.read(home / "pipe", 100), std::nullopt);
+  EXPECT_FALSE(files.write(home / "pipe", "x"));
+  EXPECT_FALSE(files.contentsEqual(home / "pipe", home / "pipe"));
+  EXPECT_FALSE(files.copy(home / "pipe", home / "copy"));
+}
+
+TEST_F(PosixFilesTest, WritingReplacesTheContentInItsPlace) {
+  EXPECT_TRUE(files.write(home / "file", "a longer content"));
+  EXPECT_EQ(modeOf(home / "file"), ownFile);
+  std::filesystem::create_hard_link(home / "file", home / "link");
+  EXPECT_TRUE(files.write(home / "file", "short"));
+  EXPECT_EQ(home.read("link"), "short");
+  EXPECT_FALSE(files.write(home / "nowhere/file", "x"));
+}
+
+TEST_F(PosixFilesTest, ADirectoryIsListed) {
+  home.write("b", "");
+  home.write("a", "");
+  auto names = files.list(home.path());
+  ASSERT_TRUE(names);
+  std::sort(names->begin(), names->end());
+  EXPECT_EQ(*names, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(files.list(home / "nowhere"), std::nullopt);
+  EXPECT_EQ(files.list(home / "a"), std::nullopt);
+}
+
+TEST_F(PosixFilesTest, ContentsAreComparedToTheLastByte) {
+  const std::string large(200'000, 'x');
+  home.write("a", large);
+  home.write("b", large);
+  home.write("c", large + "y");
+  home.write("d", large.substr(1) + "y");
+  EXPECT_TRUE(files.contentsEqual(home / "a", home / "b"));
+  EXPECT_FALSE(files.contentsEqual(home / "a", home / "c"));
+  EXPECT_FALSE(files.contentsEqual(home / "a", home / "d"));
+  EXPECT_FALSE(files.contentsEqual(home / "a", home / "nowhere"));
+  EXPECT_FALSE(files.contentsEqual(home / "nowhere", home / "nowhere"));
+}
+
+TEST_F(PosixFilesTest, ACopyHasThePermissionsOfItsOriginalAndReplacesNothing) {
+  home.write("program", std::string(200'000, 'x'));
+  std::filesystem::permissions(home / "program", perms::owner_all | perms::group_read);
+  EXPECT_TRUE(files.copy(home / "program", home / "copy"));
+  EXPECT_TRUE(files.contentsEqual(home / "program", home / "copy"));
+  EXPECT_EQ(modeOf(home / "copy"), perms::owner_all | perms::group_read);
+  EXPECT_FALSE(files.copy(home / "program", home / "copy"));
+  EXPECT_FALSE(files.copy(home / "nowhere", home / "other"));
+  EXPECT_FALSE(files.exists(home / "other"));
+}
+
+TEST_F(PosixFilesTest, RenamingReplacesAndRemovingRemoves) {
+  home.write("a", "new");
+  home.write("b", "old");
+  EXPECT_TRUE(files.rename(home / "a", home / "b"));
+  EXPECT_EQ(home.read("b"), "new");
+  EXPECT_FALSE(files.rename(home / "a", home / "b"));
+  EXPECT_TRUE(files.remove(home / "b"));
+  EXPECT_FALSE(files.remove(home / "b"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "platform/linux/apps/linux_workspace.h"
+#include "platform/linux/desktop/linux_workspace.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -183,6 +183,127 @@ TEST(RunningApplications, ProcessesOfOtherUsersAreNotListed) {
   EXPECT_EQ(pidsOf(system, "player"), std::vector<Pid>{101});
 }
 
+struct FixedClock : Clock {
+  TimePoint now() const override { return {}; }
+  Instant steadyNow() const override { return time; }
+  Instant time{1h};
+};
+
+TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneLook) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  system.process({.pid = 100, .executable = system.at("/usr/bin/player")});
+  FixedClock clock;
+  const Applications sharing(system.processes(), system.entries(), system.windows, &clock);
+  const LinuxWorkspace workspace(system.processes(), sharing, system.raiser, system.launcher);
+  const auto count = [&] { return workspace.runningApplications("player").size(); };
+  EXPECT_EQ(count(), 1u);
+  system.process({.pid = 101, .executable = system.at("/usr/bin/player")});
+  EXPECT_EQ(count(), 1u);
+  clock.time += 100ms;
+  EXPECT_EQ(count(), 2u);
+  fs::remove_all(system.processes().root() / "100");
+  EXPECT_EQ(count(), 1u) << "who has ended is never listed";
+}
+
+TEST(AllRunningApplications, AreListedTheOldestFirstOneAProcess) {
+  FakeSystem system;
+  for (const char* name : {"player", "editor"}) system.program(std::string("/usr/bin/") + name);
+  system.entry("player", "Name=Player\nExec=player\n");
+  system.entry("editor", "Name=Editor\nExec=editor\nNoDisplay=true\n");
+  system.process({.pid = 100, .executable = system.at("/usr/bin/player"), .startTime = 30});
+  system.process({.pid = 101, .executable = system.at("/usr/bin/editor"), .startTime = 20});
+  system.process({.pid = 102, .executable = system.at("/usr/bin/player"), .startTime = 10});
+  system.process({.pid = 103, .executable = "/usr/bin/nobodys"});
+  const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular},
+                                                    {101, "Editor", ActivationPolicy::accessory},
+                                                    {100, "Player", ActivationPolicy::regular}};
+  EXPECT_EQ(system.workspace().runningApplications(), expected);
+}
+
+std::optional<bool> activate(FakeSystem& system, Pid pid) {
+  std::optional<bool> answer;
+  system.workspace().activate({pid, std::nullopt, ActivationPolicy::regular}, [&](bool forward) { answer = forward; });
+  return answer;
+}
+
+TEST(Activation, NamesTheApplicationsOtherProcesses) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  for (const Pid pid : {100, 101, 102}) system.process({.pid = pid, .executable = system.at("/usr/bin/player")});
+  EXPECT_EQ(activate(system, 101), true);
+  const ActivationTarget& target = system.raiser.asked.at(0);
+  EXPECT_EQ(target.pid, 101);
+  EXPECT_EQ(target.others, (std::vector<Pid>{100, 102}));
+  EXPECT_EQ(target.entry->id, "player");
+}
+
+TEST(Activation, OnlyATerminalIsTakenForTheProgramsInside) {
+  FakeSystem system;
+  for (const char* name : {"player", "terminal", "files"}) system.program(std::string("/usr/bin/") + name);
+  system.entry("player", "Name=Player\nExec=player\n");
+  system.entry("terminal", "Name=Terminal\nExec=terminal\nCategories=TerminalEmulator;\n");
+  system.entry("files", "Name=Files\nExec=files\nCategories=FileManager;\n");
+  system.process({.pid = 50, .executable = system.at("/usr/bin/terminal")});
+  system.process({.pid = 51, .parent = 50, .executable = "/usr/bin/bash"});
+  system.process({.pid = 100, .parent = 51, .executable = system.at("/usr/bin/player")});
+  system.process({.pid = 60, .executable = system.at("/usr/bin/files")});
+  system.process({.pid = 101, .parent = 60, .executable = system.at("/usr/bin/player")});
+  activate(system, 100);
+  activate(system, 101);
+  EXPECT_EQ(system.raiser.asked.at(0).hosts, std::vector<Pid>{50});
+  EXPECT_EQ(system.raiser.asked.at(1).hosts, std::vector<Pid>{});
+}
+
+TEST(Activation, IsFalseOnlyWhenThereIsCertainlyNoWindow) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  system.process({.pid = 100, .executable = system.at("/usr/bin/player")});
+  system.raiser.answer = Raised::unknown;
+  EXPECT_EQ(activate(system, 100), true);
+  system.raiser.answer = Raised::noWindow;
+  EXPECT_EQ(activate(system, 100), false);
+}
+
+TEST(Activation, OfAProcessThatIsGoneIsFalseAndNobodyIsAsked) {
+  FakeSystem system;
+  EXPECT_EQ(activate(system, 100), false);
+  EXPECT_TRUE(system.raiser.asked.empty());
+}
+
+TEST(Opening, EntriesAreLaunchedAndFilesOpened) {
+  FakeSystem system;
+  system.workspace().open("/usr/share/applications/player.desktop");
+  system.workspace().open("/home/me/history.txt");
+  system.workspace().open("relative.txt");
+  ASSERT_EQ(system.launcher.launched.size(), 1u);
+  EXPECT_EQ(system.launcher.launched[0].first, "/usr/share/applications/player.desktop");
+  EXPECT_EQ(system.launcher.opened, std::vector<std::string>{"/home/me/history.txt"});
+}
+
+TEST(Opening, OnlyPagesOfTheWebAreOpenedByTheirAddress) {
+  FakeSystem system;
+  for (const char* url : {"https://example.org/", "HTTP://example.org/"}) system.workspace().openURL(url);
+  for (const char* url : {"file:///etc/passwd", "javascript:x", "--help", "", "https:", "player:x", " https://x"})
+    system.workspace().openURL(url);
+  EXPECT_EQ(system.launcher.opened, (std::vector<std::string>{"https://example.org/", "HTTP://example.org/"}));
+}
+
+TEST(Opening, APageIsHandedToTheApplicationAndItsFailureToTheCaller) {
+  FakeSystem system;
+  std::vector<bool> answers;
+  const auto done = [&](bool started) { answers.push_back(started); };
+  system.workspace().openURL("https://example.org/", "/usr/share/applications/browser.desktop", done);
+  system.launcher.answer = false;
+  system.workspace().openURL("https://example.org/", "/usr/share/applications/browser.desktop", done);
+  system.workspace().openURL("file:///etc/passwd", "/usr/share/applications/browser.desktop", done);
+  EXPECT_EQ(answers, (std::vector<bool>{true, false, false}));
+  EXPECT_EQ(system.launcher.launched.size(), 2u);
+}
+
 bool eventually(const std::function<bool()>& condition) {
   const auto end = std::chrono::steady_clock::now() + 20s;
   while (!condition()) {
@@ -230,7 +351,9 @@ class Child {
 class RealProcesses : public ::testing::Test {
  protected:
   RealProcesses()
-      : entries(system.environment), applications(processes, entries, windows), workspace(processes, applications) {}
+      : entries(system.environment),
+        applications(processes, entries, windows),
+        workspace(processes, applications, system.raiser, system.launcher) {}
 
   void awaitExecutable(Pid pid, const std::string& executable) {
     // The kernel tells the executable a moment before the arguments.

@@ -1,4 +1,4 @@
-// Whether the user's desktop is dark or light, as the desktop portal tells, now and whenever it changes.
+// Whether the user wants a dark or a light desktop, as the desktop portal tells, now and whenever it changes.
 // Main thread only. Asks once, follows a signal, and never starts a portal that does not run: a status item is no
 // reason to.
 // Source: https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html
@@ -10,18 +10,18 @@
 #include <QObject>
 #include <functional>
 
-#include "platform/linux/status/symbols.h"
-
 namespace tollvane {
 
-class BarToneWatcher : public QObject {
+enum class ColorScheme { noPreference, dark, light };
+
+class ColorSchemeWatcher : public QObject {
   Q_OBJECT
 
  public:
-  // `onChange` is called with every tone that differs from the last; the first is dark, as most bars are.
-  BarToneWatcher(QDBusConnection bus, std::function<void(BarTone)> onChange);
+  // `onChange` is called with every wish that differs from the last; the first is none.
+  ColorSchemeWatcher(QDBusConnection bus, std::function<void(ColorScheme)> onChange);
 
-  BarTone tone() const { return tone_; }
+  ColorScheme scheme() const { return scheme_; }
 
  private Q_SLOTS:
   void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
@@ -32,8 +32,8 @@ class BarToneWatcher : public QObject {
 
   QDBusConnection bus_;
   QDBusServiceWatcher portal_;
-  std::function<void(BarTone)> onChange_;
-  BarTone tone_ = BarTone::dark;
+  std::function<void(ColorScheme)> onChange_;
+  ColorScheme scheme_ = ColorScheme::noPreference;
 };
 
 }  // namespace tollvane

@@ -1,4 +1,4 @@
-#include "platform/linux/status/bar_tone_watcher.h"
+#include "platform/linux/status/color_scheme_watcher.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -13,11 +13,13 @@ constexpr auto kInterface = "org.freedesktop.portal.Settings";
 constexpr auto kGroup = "org.freedesktop.appearance";
 constexpr auto kKey = "color-scheme";
 
-constexpr uint kPreferLight = 2;  // 0 is no preference, 1 is dark
+ColorScheme schemeOf(uint value) {
+  return value == 1 ? ColorScheme::dark : value == 2 ? ColorScheme::light : ColorScheme::noPreference;
+}
 
 }  // namespace
 
-BarToneWatcher::BarToneWatcher(QDBusConnection bus, std::function<void(BarTone)> onChange)
+ColorSchemeWatcher::ColorSchemeWatcher(QDBusConnection bus, std::function<void(ColorScheme)> onChange)
     : bus_(std::move(bus)),
       portal_(QString::fromLatin1(kService), bus_, QDBusServiceWatcher::WatchForRegistration),
       onChange_(std::move(onChange)) {
@@ -30,7 +32,7 @@ BarToneWatcher::BarToneWatcher(QDBusConnection bus, std::function<void(BarTone)>
   ask();
 }
 
-void BarToneWatcher::ask() {
+void ColorSchemeWatcher::ask() {
   QDBusMessage call = QDBusMessage::createMethodCall(QString::fromLatin1(kService), QString::fromLatin1(kPath),
                                                      QString::fromLatin1(kInterface), QStringLiteral("Read"));
   call << QString::fromLatin1(kGroup) << QString::fromLatin1(kKey);
@@ -45,20 +47,20 @@ void BarToneWatcher::ask() {
   });
 }
 
-void BarToneWatcher::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
+void ColorSchemeWatcher::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
   if (group == QLatin1String(kGroup) && key == QLatin1String(kKey)) {
     setColorScheme(value.variant());
   }
 }
 
-void BarToneWatcher::setColorScheme(const QVariant& value) {
+void ColorSchemeWatcher::setColorScheme(const QVariant& value) {
   // Read() wraps its value into a second variant; the signal does not.
-  const QVariant scheme =
+  const QVariant inner =
       value.metaType() == QMetaType::fromType<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
-  const BarTone tone = scheme.toUInt() == kPreferLight ? BarTone::light : BarTone::dark;
-  if (tone != tone_) {
-    tone_ = tone;
-    onChange_(tone);
+  const ColorScheme scheme = schemeOf(inner.toUInt());
+  if (scheme != scheme_) {
+    scheme_ = scheme;
+    onChange_(scheme);
   }
 }
 

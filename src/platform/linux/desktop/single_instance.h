@@ -1,0 +1,49 @@
+// Sees to it that the user has one Tollvane only. The first start owns a name on the session bus; a further one asks it
+// to come forward, and ends. Who asks in this way is heard until the object's end.
+//
+//   SingleInstance instance(QDBusConnection::sessionBus());
+//   switch (instance.claim(token)) { ... }
+//   instance.onReopen = [&](const std::string& token) { ... };
+//
+// Main thread only; needs a QCoreApplication.
+// Source: freedesktop.org, Desktop Entry 1.5 (D-Bus Activation).
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace tollvane {
+
+class SingleInstance : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr const char* busName = "com.quarnel.tollvane";
+  static constexpr const char* objectPath = "/com/quarnel/tollvane";
+
+  enum class Start {
+    first,     // go on; also where there is no session bus, and nobody to ask
+    another,   // the first one has come forward: nothing is left to do
+    deadlock,  // there is a first one, and it does not answer
+  };
+
+  explicit SingleInstance(QDBusConnection bus);
+  ~SingleInstance() override;
+
+  // To be called once. Waits until the first one answers, as long as `patience`. `token`: the user's permission to come
+  // forward.
+  Start claim(const std::string& token, std::chrono::milliseconds patience = std::chrono::seconds(5));
+
+  // The user has started the program once more.
+  std::function<void(const std::string& token)> onReopen;
+
+ private:
+  bool ownsName();
+
+  QDBusConnection bus_;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,53 @@
+// An open menu on a Wayland desktop with a layer shell: the menu and its submenus as surfaces of their own in front of
+// a transparent one that covers the output. That one tells where the pointer is, which nobody else does, gets the keys,
+// and takes the click that closes the menu. Main thread only; needs LayerShell::ofThisDesktop().
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPoint>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/linux/menu/layer_shell.h"
+#include "platform/linux/menu/menu_widget.h"
+
+namespace tollvane {
+
+class LayerMenu : public QObject {
+  Q_OBJECT
+
+ public:
+  // Opens the menu, which this does not own. `click`: where the bar says the user clicked, for a user without a
+  // pointer.
+  LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click);
+  ~LayerMenu() override;
+
+  // For the choice that the user has just made.
+  std::string activationToken();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void cover();
+  void open(QPoint at);
+  void follow(MenuWidget& menu);
+  void show(MenuWidget& menu);
+  QRect withoutPanels(const QRect& output, QPoint click) const;
+  wl_output* output() const;
+
+  LayerShell& shell_;
+  LayerShell::Windows windows_;
+  QPointer<MenuWidget> menu_;
+  QPoint click_;
+  QWidget overlay_;
+  std::unique_ptr<LayerSurface> covering_;
+  std::map<const QObject*, std::unique_ptr<LayerSurface>> places_;
+  QTimer noPointer_;
+};
+
+}  // namespace tollvane

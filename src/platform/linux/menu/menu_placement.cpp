@@ -1,0 +1,42 @@
+#include "platform/linux/menu/menu_placement.h"
+
+#include <algorithm>
+
+namespace tollvane {
+namespace {
+
+constexpr int kHalfIcon = 12;     // nobody tells where the icon begins
+constexpr int kWidestPanel = 64;  // closer than this to the screen's edge is on a panel that nobody tells about
+
+int within(int start, int length, int low, int high) { return std::max(low, std::min(start, high - length)); }
+
+}  // namespace
+
+QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen, const QRect& available) {
+  QRect room = available;
+  QPoint corner = click - QPoint(kHalfIcon, kHalfIcon);
+  if (available.contains(click)) {
+    // A panel that hides, or one that reserves no room: beside the icon, away from the edge.
+    const int above = click.y() - screen.top();
+    const int below = screen.bottom() - click.y();
+    const int before = click.x() - screen.left();
+    const int behind = screen.right() - click.x();
+    const int nearest = std::min({above, below, before, behind});
+    if (nearest > kWidestPanel)
+      corner = click;
+    else if (nearest == above)
+      room.setTop(click.y() + kHalfIcon);
+    else if (nearest == below)
+      room.setBottom(click.y() - kHalfIcon - 1);
+    else if (nearest == before)
+      room.setLeft(click.x() + kHalfIcon);
+    else
+      room.setRight(click.x() - kHalfIcon - 1);
+  }
+  if (menu.width() > room.width()) room = QRect(screen.x(), room.y(), screen.width(), room.height());
+  if (menu.height() > room.height()) room = QRect(room.x(), screen.y(), room.width(), screen.height());
+  return {within(corner.x(), menu.width(), room.left(), room.right() + 1),
+          within(corner.y(), menu.height(), room.top(), room.bottom() + 1)};
+}
+
+}  // namespace tollvane

@@ -1,0 +1,105 @@
+#include "platform/linux/menu/menu_style.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <algorithm>
+
+#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/menu/menu_entry.h"
+#include "platform/linux/menu/menu_widget.h"
+
+namespace tollvane {
+namespace {
+
+// The entry that is being measured or drawn; null for what is no entry of ours, and for separators.
+const MenuEntry* entryOf(const QStyleOption* option, const QWidget* widget) {
+  const auto* menu = dynamic_cast<const MenuWidget*>(widget);
+  const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+  if (menu == nullptr || item == nullptr || item->menuItemType == QStyleOptionMenuItem::Separator) return nullptr;
+  if (item->menuItemType == QStyleOptionMenuItem::Scroller || item->menuItemType == QStyleOptionMenuItem::EmptyArea ||
+      item->menuItemType == QStyleOptionMenuItem::Margin || item->menuItemType == QStyleOptionMenuItem::TearOff) {
+    return nullptr;
+  }
+  return menu->styledEntry();
+}
+
+QStyleOptionMenuItem withoutText(const QStyleOption* option) {
+  QStyleOptionMenuItem bare = *qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+  bare.text.clear();
+  return bare;
+}
+
+QString keyText(const MenuEntry& entry) { return entry.keys().toString(QKeySequence::NativeText); }
+
+int roomForArrow(const QFontMetrics& metrics) { return metrics.height(); }
+
+}  // namespace
+
+int MenuStyle::padding(const QFont& menuFont) { return QFontMetrics(menuFont).height() * 3 / 4; }
+
+QSize MenuStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                  const QWidget* widget) const {
+  const MenuEntry* entry = type == CT_MenuItem ? entryOf(option, widget) : nullptr;
+  if (entry == nullptr) return QProxyStyle::sizeFromContents(type, option, size, widget);
+  const QStyleOptionMenuItem bare = withoutText(option);
+  const QFontMetrics metrics(bare.font);
+  const QSize title = entry->title().size().toSize();
+  // The style knows how high an entry of one line is, and so how much room it leaves above and below.
+  const int line = metrics.height();
+  const int base = QProxyStyle::sizeFromContents(type, &bare, QSize(title.width(), line), widget).height();
+  int width = title.width() + 2 * padding(bare.font);
+  if (!entry->keys().isEmpty()) width += metrics.horizontalAdvance(keyText(*entry)) + 2 * padding(bare.font);
+  if (bare.menuItemType == QStyleOptionMenuItem::SubMenu) width += roomForArrow(metrics);
+  return {width, title.height() + std::max(base - line, line / 3)};
+}
+
+void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                            const QWidget* widget) const {
+  const MenuEntry* entry = element == CE_MenuItem ? entryOf(option, widget) : nullptr;
+  if (entry == nullptr) return QProxyStyle::drawControl(element, option, painter, widget);
+  const QStyleOptionMenuItem bare = withoutText(option);
+  QProxyStyle::drawControl(element, &bare, painter, widget);
+  painter->save();
+  painter->setClipRect(bare.rect);
+  drawEntry(*entry, bare, *painter);
+  painter->restore();
+}
+
+void MenuStyle::drawEntry(const MenuEntry& entry, const QStyleOptionMenuItem& option, QPainter& painter) const {
+  const MenuColors colors(option.palette);
+  const bool enabled = option.state & State_Enabled;
+  const bool selected = enabled && (option.state & State_Selected);
+  const auto colorOf = [&](TextColor role) {
+    return selected ? colors.selected() : enabled ? colors.of(role) : colors.disabled();
+  };
+  const int side = padding(option.font);
+  const qreal height = entry.title().size().height();
+  entry.title().draw(painter, {option.rect.x() + side * 1.0, option.rect.y() + (option.rect.height() - height) / 2},
+                     colorOf);
+  if (entry.keys().isEmpty()) return;
+  painter.setFont(option.font);
+  painter.setPen(colorOf(TextColor::secondaryLabel));
+  painter.drawText(option.rect.adjusted(0, 0, -side, 0), Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine,
+                   keyText(entry));
+}
+
+int MenuStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
+  const int own = QProxyStyle::pixelMetric(metric, option, widget);
+  if (metric == PM_MenuVMargin && dynamic_cast<const MenuWidget*>(widget) != nullptr) return std::max(own, 4);
+  return own;
+}
+
+int MenuStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                         QStyleHintReturn* returned) const {
+  switch (hint) {
+    case SH_Menu_Scrollable:  // instead of a second column
+    case SH_Menu_MouseTracking:
+      return 1;
+    case SH_Menu_KeyboardSearch:  // ours finds names by their beginnings
+      return 0;
+    default:
+      return QProxyStyle::styleHint(hint, option, widget, returned);
+  }
+}
+
+}  // namespace tollvane

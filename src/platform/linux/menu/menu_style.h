@@ -1,0 +1,29 @@
+// The user's own style, with the titles of our menu in it: the highlight, the separators, the arrow and the frame are
+// drawn by the style that all other menus have. Main thread only.
+#pragma once
+
+#include <QProxyStyle>
+#include <QStyleOptionMenuItem>
+
+namespace tollvane {
+
+class MenuEntry;
+
+class MenuStyle : public QProxyStyle {
+ public:
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override;
+  int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* returned) const override;
+
+  // Beside the title, on either side.
+  static int padding(const QFont& menuFont);
+
+ private:
+  void drawEntry(const MenuEntry& entry, const QStyleOptionMenuItem& option, QPainter& painter) const;
+};
+
+}  // namespace tollvane

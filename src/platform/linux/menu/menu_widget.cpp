@@ -1,0 +1,134 @@
+#include "platform/linux/menu/menu_widget.h"
+
+#include <QApplication>
+#include <QFontMetrics>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QStyleOptionMenuItem>
+#include <QTimerEvent>
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/menu/menu_style.h"
+
+namespace tollvane {
+namespace {
+
+constexpr int kTypingPause = 1000;  // milliseconds after which typing begins a new word
+
+// Wide enough for the sentences of our own, narrow enough to be read at a glance.
+int widestTitle(const QFont& font, const QScreen& screen) {
+  const int lines = 34 * QFontMetrics(font).height();
+  return std::min(lines, screen.availableGeometry().width() - 4 * MenuStyle::padding(font));
+}
+
+}  // namespace
+
+MenuWidget::MenuWidget(std::shared_ptr<const Menu> menu) : MenuWidget(menu->items, nullptr) {
+  menu_ = std::move(menu);
+  setAccessibleName(QStringLiteral("Tollvane"));
+  auto* style = new MenuStyle;
+  style->setParent(this);
+  setStyle(style);
+  for (MenuWidget* submenu : submenus_) submenu->setStyle(style);
+  arrangeTitles();
+}
+
+MenuWidget::MenuWidget(const std::vector<MenuItem>& items, MenuWidget* parent)
+    : QMenu(parent), top_(parent == nullptr ? this : parent->top_) {
+  setToolTipsVisible(true);
+  setLayoutDirection(Qt::LeftToRight);
+  addEntries(items);
+}
+
+void MenuWidget::addEntries(const std::vector<MenuItem>& items) {
+  for (const MenuItem& item : items) {
+    auto* entry = new MenuEntry(item, font(), this);
+    addAction(entry);
+    entries_.push_back(entry);
+    if (item.submenu.empty()) continue;
+    auto* submenu = new MenuWidget(item.submenu, this);
+    submenu->setAccessibleName(spokenTitle(item));
+    entry->setMenu(submenu);
+    submenus_.push_back(submenu);
+  }
+}
+
+void MenuWidget::collect(std::vector<MenuEntry*>& all) const {
+  all.insert(all.end(), entries_.begin(), entries_.end());
+  for (const MenuWidget* submenu : submenus_) submenu->collect(all);
+}
+
+void MenuWidget::arrangeTitles() {
+  std::vector<MenuEntry*> all;
+  collect(all);
+  qreal column = 0;
+  for (const MenuEntry* entry : all) column = std::max(column, entry->title().leadWidth());
+  const int widest = widestTitle(font(), *screen());
+  for (MenuEntry* entry : all) entry->title().arrange(column, widest);
+}
+
+void MenuWidget::setVisible(bool visible) {
+  if (!visible && isVisible()) Q_EMIT vanishing();
+  QMenu::setVisible(visible);
+}
+
+void MenuWidget::initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const {
+  QMenu::initStyleOption(option, action);
+  styled_ = dynamic_cast<const MenuEntry*>(action);
+}
+
+void MenuWidget::keyPressEvent(QKeyEvent* event) {
+  if (chooseByKeys(*event) || findTyped(*event)) return event->accept();
+  QMenu::keyPressEvent(event);
+}
+
+bool MenuWidget::chooseByKeys(const QKeyEvent& event) {
+  const QKeySequence pressed(event.keyCombination());
+  const auto& all = top_->entries_;
+  const auto found = std::find_if(all.begin(), all.end(), [&](const MenuEntry* entry) {
+    return !entry->keys().isEmpty() && entry->keys() == pressed && entry->isEnabled();
+  });
+  if (found == all.end()) return false;
+  for (MenuWidget* submenu : top_->submenus_) submenu->hide();
+  top_->hide();
+  (*found)->trigger();
+  return true;
+}
+
+bool MenuWidget::findTyped(const QKeyEvent& event) {
+  const QString text = event.text();
+  const bool plain = (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
+  // A blank chooses, unless it is inside a name.
+  if (!plain || text.isEmpty() || !text.at(0).isPrint() || (typed_.isEmpty() && text.at(0).isSpace())) return false;
+  typing_.start(kTypingPause, this);
+  typed_ += text;
+  if (goToTyped()) return true;
+  // No longer word begins like this: the letter begins a new one, or asks for the next of the same.
+  typed_ = text;
+  if (!goToTyped()) typed_.clear();
+  return true;
+}
+
+bool MenuWidget::goToTyped() {
+  const auto active =
+      static_cast<std::size_t>(std::find(entries_.begin(), entries_.end(), activeAction()) - entries_.begin());
+  // One letter leads on to the next entry; more of them may stay with the one they led to.
+  const std::size_t first = active + (typed_.size() == 1 ? 1 : 0);
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    MenuEntry* entry = entries_[(first + i) % entries_.size()];
+    if (!entry->isEnabled() || entry->isSeparator() || !entry->typed().startsWith(typed_, Qt::CaseInsensitive))
+      continue;
+    setActiveAction(entry);
+    return true;
+  }
+  return false;
+}
+
+void MenuWidget::timerEvent(QTimerEvent* event) {
+  if (event->timerId() != typing_.timerId()) return QMenu::timerEvent(event);
+  typing_.stop();
+  typed_.clear();
+}
+
+}  // namespace tollvane

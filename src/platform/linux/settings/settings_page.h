@@ -1,0 +1,66 @@
+// The settings window's content: head, a form that scrolls, footer. It is a window of its own, shown by its owner; as
+// long as it lives it follows the desktop's palette, font and style. Main thread only.
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <utility>
+#include <vector>
+
+#include "platform/settings_window.h"
+
+class QScrollArea;
+class QVBoxLayout;
+
+namespace tollvane {
+
+class FormGroup;
+class Hairline;
+class ImageView;
+class SettingsLook;
+class TextView;
+
+class SettingsPage : public QWidget {
+ public:
+  SettingsPage();
+
+  // What stays keeps its widget, the focus and its place on the screen.
+  void setContent(const ui::SettingsContent& content);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  struct Section {
+    TextView* title;
+    FormGroup* group;
+  };
+  using Places = std::vector<std::pair<QPointer<QWidget>, int>>;
+
+  QWidget* makeHead();
+  void makeForm();
+  void setIntroduction(const std::vector<ui::Text>& texts);
+  void setSections(const std::vector<ui::Section>& sections);
+  void addSection();
+  void removeSection();
+  void dress();
+  void chainFocus();
+  void fitForm();
+
+  int placeOf(const QWidget* element) const;
+  Places placesInSight() const;
+  void restore(const Places& places);
+
+  ImageView* icon_;
+  QVBoxLayout* introduction_;
+  std::vector<TextView*> introductionTexts_;
+  Hairline* above_;
+  QScrollArea* scroll_;
+  QVBoxLayout* form_;
+  std::vector<Section> sections_;
+  Hairline* below_;
+  TextView* footer_;
+};
+
+}  // namespace tollvane

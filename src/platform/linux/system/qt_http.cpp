@@ -1,0 +1,84 @@
+#include "platform/linux/system/qt_http.h"
+
+#include <QHostAddress>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTimer>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+using Completion = std::function<void(std::optional<HttpResponse>)>;
+
+bool isThisComputer(const QString& host) {
+  return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
+}
+
+bool isAllowed(const QUrl& url) {
+  return url.isValid() && (url.scheme() == QLatin1String("https") ||
+                           (url.scheme() == QLatin1String("http") && isThisComputer(url.host())));
+}
+
+QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
+  QNetworkRequest network(url);
+  network.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+  network.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
+  network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+  network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+  // Each redirection is looked at: the library's own policies would let it leave for plain http.
+  network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
+  network.setMaximumRedirectsAllowed(10);
+  for (const auto& [name, value] : request.headers)
+    network.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+  return network;
+}
+
+// The server said no, in an answer that is as whole as any other.
+bool isRefusal(QNetworkReply::NetworkError error) {
+  return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
+         (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+}
+
+std::optional<HttpResponse> responseOf(QNetworkReply& reply) {
+  // What broke off is no answer, and neither is a redirection that was not followed.
+  if (reply.error() != QNetworkReply::NoError && !isRefusal(reply.error())) return std::nullopt;
+  const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+  if (status < 200 || (status >= 300 && status < 400)) return std::nullopt;
+  // The reply may be over before anybody has looked at its length.
+  if (reply.bytesAvailable() > static_cast<qint64>(Http::maxBody)) return std::nullopt;
+  return HttpResponse{status, reply.readAll().toStdString()};
+}
+
+}  // namespace
+
+QtHttp::QtHttp() = default;
+QtHttp::~QtHttp() = default;
+
+void QtHttp::get(const HttpRequest& request, Completion completion) {
+  const QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
+  if (!network_) network_ = std::make_unique<QNetworkAccessManager>();
+  if (!isAllowed(url)) {
+    QTimer::singleShot(0, network_.get(), [completion = std::move(completion)] { completion(std::nullopt); });
+    return;
+  }
+  QNetworkReply* reply = network_->get(networkRequest(request, url));
+  // For the whole answer: the library's own time-out begins anew with each byte.
+  const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(request.timeout);
+  QTimer::singleShot(patience, reply, &QNetworkReply::abort);
+  QObject::connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
+    if (isAllowed(reply->url().resolved(target)))
+      Q_EMIT reply->redirectAllowed();
+    else
+      reply->abort();
+  });
+  QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64) {
+    if (received > static_cast<qint64>(maxBody)) reply->abort();
+  });
+  QObject::connect(reply, &QNetworkReply::finished, network_.get(), [reply, completion = std::move(completion)] {
+    reply->deleteLater();
+    completion(responseOf(*reply));
+  });
+}
+
+}  // namespace tollvane

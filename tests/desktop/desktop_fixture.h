@@ -1,0 +1,65 @@
+// What the tests of the way to the source share: a private desktop with applications of the test's own, and the Linux
+// platform in it as a program.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/private_desktop.h"
+#include "support/process.h"
+
+namespace tollvane::test {
+
+class DesktopTest : public testing::Test {
+ protected:
+  explicit DesktopTest(PrivateDesktop::Options options = {.screen = true, .panel = false}) : desktop(options) {
+    std::filesystem::create_directories(root() / ".local/share/applications");
+    std::filesystem::create_directories(root() / ".config");
+  }
+
+  const std::filesystem::path& root() const { return desktop.root(); }
+
+  std::filesystem::path entry(const std::string& id, const std::string& text) {
+    return write(".local/share/applications/" + id + ".desktop", "[Desktop Entry]\nType=Application\n" + text);
+  }
+
+  std::filesystem::path write(const std::string& path, const std::string& text) const {
+    std::filesystem::create_directories((root() / path).parent_path());
+    std::ofstream(root() / path, std::ios::binary) << text;
+    return root() / path;
+  }
+
+  // A program that is nothing but a script.
+  std::filesystem::path script(const std::string& path, const std::string& text) const {
+    const auto file = write(path, "#!/bin/sh\n" + text);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    return file;
+  }
+
+  std::string read(const std::string& path) const {
+    std::ifstream file(root() / path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  void startProbe(const Variables& extra = {}) {
+    probe = desktop.start({DESKTOP_PROBE}, extra);
+    ASSERT_EQ(probe->line(kDesktopPatience), "ready");
+  }
+
+  // What the probe answers to one command.
+  std::string ask(const std::string& command) {
+    probe->writeLine(command);
+    return probe->line(kDesktopPatience).value_or("(nothing)");
+  }
+
+  PrivateDesktop desktop;
+  std::unique_ptr<Process> probe;
+};
+
+}  // namespace tollvane::test

@@ -1,0 +1,109 @@
+// The parts of the Linux platform that deal with other programs' windows, as a program that a test talks to, a line at
+// a time, in whatever desktop it is started in:
+//
+//   activate PID          -> "activated yes" or "activated no"
+//   running               -> one line an application: PID, a tab, its name; then "end"
+//   open PATH             -> "ok" at once
+//   url URL               -> "ok" at once
+//   url-in URL PATH       -> "started yes" or "started no"
+//   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when it is answered
+//   ask                   -> "ok", behind everything that is done already
+#include <QApplication>
+#include <QMessageBox>
+#include <QSocketNotifier>
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "platform/linux/desktop/activator.h"
+#include "platform/linux/desktop/bus_activation.h"
+#include "platform/linux/desktop/gio_launcher.h"
+#include "platform/linux/desktop/linux_application.h"
+#include "platform/linux/desktop/linux_workspace.h"
+#include "platform/linux/desktop/qt_alerts.h"
+#include "platform/linux/desktop/sway_ipc.h"
+#include "platform/linux/desktop/x11_raiser.h"
+#include "platform/linux/system/system_clock.h"
+
+namespace {
+
+using namespace tollvane;
+
+void say(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+const char* yesOrNo(bool value) { return value ? "yes" : "no"; }
+
+struct Desktop {
+  SystemClock clock;
+  ProcFs processes;
+  DesktopEntries entries;
+  XcbWindows windows{clock};
+  Applications applications{processes, entries, windows};
+  TokenSource tokens = [] { return std::string(); };
+  GioLauncher launcher{tokens};
+  SwayIpc sway;
+  X11Raiser x11;
+  BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
+  Activator activator{{&sway, &x11, &busActivation}};
+  LinuxWorkspace workspace{processes, applications, activator, launcher};
+  LinuxApplication application{tokens};
+  QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};
+};
+
+void showAlert(Desktop& desktop, std::istringstream& line) {
+  Alert alert;
+  alert.buttons.clear();
+  std::getline(line >> std::ws, alert.messageText, '|');
+  std::getline(line, alert.informativeText, '|');
+  for (std::string button; std::getline(line, button, '|');) alert.buttons.push_back(button);
+  desktop.application.activateIgnoringOtherApps();
+  desktop.alerts.runModal(alert, [](std::size_t button) { say("answered " + std::to_string(button)); });
+}
+
+void obey(Desktop& desktop, const std::string& command) {
+  std::istringstream line(command);
+  std::string verb;
+  line >> verb;
+  if (verb == "activate") {
+    RunningApplication application;
+    line >> application.pid;
+    desktop.workspace.activate(application, [](bool forward) { say(std::string("activated ") + yesOrNo(forward)); });
+  } else if (verb == "running") {
+    for (const auto& each : desktop.workspace.runningApplications())
+      say(std::to_string(each.pid) + "\t" + each.localizedName.value_or(""));
+    say("end");
+  } else if (verb == "open" || verb == "url") {
+    std::string target;
+    std::getline(line >> std::ws, target);
+    verb == "open" ? desktop.workspace.open(target) : desktop.workspace.openURL(target);
+    say("ok");
+  } else if (verb == "url-in") {
+    std::string url, path;
+    line >> url >> path;
+    desktop.workspace.openURL(url, path, [](bool started) { say(std::string("started ") + yesOrNo(started)); });
+  } else if (verb == "alert") {
+    showAlert(desktop, line);
+  } else {
+    say("ok");
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  Desktop desktop;
+  QSocketNotifier input(0, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, [&] {
+    std::string line;
+    if (!std::getline(std::cin, line)) return QCoreApplication::quit();
+    obey(desktop, line);
+  });
+  say("ready");
+  return QApplication::exec();
+}

@@ -1,0 +1,65 @@
+// A bar that draws the menu itself, as far as the bus is concerned.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "menu_fixture.h"
+#include "platform/linux/status/dbus_menu.h"
+
+namespace tollvane::test {
+
+class MenuHost : public QObject {
+  Q_OBJECT
+
+ public:
+  MenuHost(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {
+    registerDBusMenuTypes();
+    bus_.connect(service_, path(), interface(), QStringLiteral("LayoutUpdated"), this, SLOT(layoutUpdated(uint, int)));
+  }
+
+  QDBusMessage call(const char* method, const QVariantList& arguments) const {
+    QDBusMessage message = QDBusMessage::createMethodCall(service_, path(), interface(), QString::fromLatin1(method));
+    message.setArguments(arguments);
+    return bus_.call(message, QDBus::Block, 5000);
+  }
+
+  DBusMenuLayout layout(int parent = 0, int depth = -1, const QStringList& names = {}) {
+    const QDBusMessage reply = call("GetLayout", {parent, depth, names});
+    revision = reply.arguments().value(0).toUInt();
+    return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+  }
+
+  bool aboutToShow(int id = 0) const { return call("AboutToShow", {id}).arguments().value(0).toBool(); }
+
+  QDBusMessage event(int id, const char* name, uint time = 0) const {
+    return call("Event", {id, QString::fromLatin1(name), QVariant::fromValue(QDBusVariant(QString())), time});
+  }
+
+  // The item whose label begins like this, at any level; 0 when there is none.
+  static const DBusMenuLayout* find(const DBusMenuLayout& layout, const QString& label) {
+    if (layout.properties.value(QStringLiteral("label")).toString().contains(label)) return &layout;
+    for (const DBusMenuLayout& child : layout.children) {
+      if (const DBusMenuLayout* found = find(child, label)) return found;
+    }
+    return nullptr;
+  }
+
+  int updates = 0;
+  uint revision = 0;
+
+ private Q_SLOTS:
+  void layoutUpdated(uint newRevision, int) {
+    EXPECT_GT(newRevision, revision);
+    revision = newRevision;
+    ++updates;
+  }
+
+ private:
+  static QString path() { return QString::fromLatin1(DBusMenu::kPath); }
+  static QString interface() { return QStringLiteral("com.canonical.dbusmenu"); }
+
+  QDBusConnection bus_;
+  QString service_;
+};
+
+}  // namespace tollvane::test

@@ -1,0 +1,132 @@
+// The menu in a real panel, opened by a real pointer and worked with real keys.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <optional>
+
+#include "menu_fixture.h"
+
+namespace tollvane::test {
+namespace {
+
+class MenuPanelTest : public testing::Test {
+ protected:
+  void start(const std::string& scenario) {
+    bell_.emplace(desktop_, scenario);
+    bell_->tell("image bell");
+    ASSERT_TRUE(
+        waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
+                  kDesktopPatience));
+  }
+
+  void run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "xdotool");
+    ASSERT_TRUE(desktop_.run(arguments));
+  }
+  void clickAt(int x, int y) { run({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void key(const std::string& name) { run({"key", name}); }
+
+  // The panel may need a moment longer for its icon than for its registration.
+  void open() {
+    const auto opened = [&] { return bell_->count("opened ") > 0; };
+    ASSERT_TRUE(waitUntil(
+        [&] {
+          clickAt(786, 14);
+          return waitUntil(opened, std::chrono::seconds(3));
+        },
+        kDesktopPatience));
+  }
+
+  PrivateDesktop desktop_{{}};
+  std::optional<MenuBell> bell_;
+};
+
+TEST_F(MenuPanelTest, AClickOpensTheMenuUnderThePanelWhollyOnTheScreen) {
+  start("hostile");
+  open();
+  const QRect place = bell_->place();
+  EXPECT_TRUE(QRect(0, 0, 800, 480).contains(place)) << place.x() << ' ' << place.y() << ' ' << place.width();
+  EXPECT_GE(place.y(), 20) << "over the panel";
+  EXPECT_LE(place.y(), 40) << "away from the panel";
+}
+
+TEST_F(MenuPanelTest, AClickOnAnEntryChoosesItAndClosesTheMenu) {
+  start("five");
+  open();
+  const QRect place = bell_->place();
+  clickAt(place.x() + 40, place.bottom() - 15);
+  EXPECT_TRUE(bell_->prints("chosen quit"));
+  EXPECT_TRUE(bell_->prints("closed\n"));
+}
+
+TEST_F(MenuPanelTest, ASecondClickOnTheBellClosesAndAThirdOpensAgain) {
+  start("five");
+  open();
+  clickAt(786, 14);
+  ASSERT_TRUE(bell_->prints("closed\n"));
+  bell_->tell("where");
+  EXPECT_EQ(bell_->count("\nmenu "), 0);
+  ASSERT_TRUE(waitUntil(
+      [&] {
+        clickAt(786, 14);
+        return waitUntil([&] { return bell_->count("opened ") == 2; }, std::chrono::seconds(3));
+      },
+      kDesktopPatience));
+}
+
+TEST_F(MenuPanelTest, AClickOutsideAndEscapeCloseIt) {
+  start("five");
+  open();
+  clickAt(20, 460);
+  ASSERT_TRUE(bell_->prints("closed\n"));
+  clickAt(786, 14);
+  ASSERT_TRUE(bell_->prints("opened ", 2));
+  key("Escape");
+  EXPECT_TRUE(bell_->prints("closed\n", 2));
+  EXPECT_EQ(bell_->count("chosen"), 0);
+}
+
+TEST_F(MenuPanelTest, KeysChooseWithTheTimeOfTheKey) {
+  start("five");
+  open();
+  key("Down");
+  key("Return");
+  ASSERT_TRUE(bell_->prints("chosen sound "));
+  EXPECT_EQ(bell_->count("Mail |  0\n"), 0) << "without a time";
+}
+
+TEST_F(MenuPanelTest, KeyEquivalentsWork) {
+  start("five");
+  open();
+  key("ctrl+h");
+  EXPECT_TRUE(bell_->prints("chosen openHistory"));
+}
+
+TEST_F(MenuPanelTest, AKeyOpensTheSubmenuOnTheScreen) {
+  start("fifty");
+  open();
+  key("o");  // the only command or name with this letter opens its submenu
+  key("Right");
+  ASSERT_TRUE(bell_->prints("opened-below "));
+  EXPECT_TRUE(QRect(0, 0, 800, 480).contains(bell_->place("\nopened-below ")));
+}
+
+TEST_F(MenuPanelTest, TheRightButtonShowsThePanelsOwnDrawingOfTheMenu) {
+  start("five");
+  open();
+  key("Escape");
+  ASSERT_TRUE(bell_->prints("closed\n"));
+  run({"mousemove", "786", "14", "click", "3"});
+  // The first item that can be chosen.
+  ASSERT_TRUE(waitUntil(
+      [&] {
+        key("Down");
+        key("Return");
+        return waitUntil([&] { return bell_->count("chosen ") > 0; }, std::chrono::seconds(1));
+      },
+      kDesktopPatience));
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,182 @@
+// The bell with its menu, for the tests and the pictures to look at: menu_probe ICON_THEME_PATH SCENARIO.
+// Obeys lines on its standard input:
+//   open X Y        as if a bar had reported a click there        close
+//   submenu         opens the first submenu       grab FILE     what the open menu looks like
+//   add APP         another sound                 clear         no sounds     image SYMBOL
+//   repeat N        opens and closes N times      scheme dark|light
+//   where           -> "menu X Y W H" and "submenu ..." of what is open
+//   quit
+//   -> "obeyed" after each line, "opened X Y W H", "painted" and "closed", and at a choice "chosen IDENTIFIER | TOKEN
+//   TIMESTAMP"
+#include <unistd.h>
+
+#include <QApplication>
+#include <QPainter>
+#include <QSocketNotifier>
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "menu_scenarios.h"
+#include "platform/linux/menu/menu_widget.h"
+#include "platform/linux/menu/rich_menu.h"
+#include "platform/linux/status/appearance.h"
+#include "platform/linux/status/linux_status_bar.h"
+
+namespace {
+
+using namespace tollvane;
+
+void say(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+std::string text(const QRect& rect) {
+  std::ostringstream out;
+  out << rect.x() << ' ' << rect.y() << ' ' << rect.width() << ' ' << rect.height();
+  return out.str();
+}
+
+MenuWidget* openMenu(bool below) {
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    auto* menu = qobject_cast<MenuWidget*>(widget);
+    if (menu && menu->isVisible() && (qobject_cast<MenuWidget*>(menu->parentWidget()) != nullptr) == below) return menu;
+  }
+  return nullptr;
+}
+
+class Probe : public QObject {
+ public:
+  Probe(const char* icons, const char* scenario)
+      : bar_(icons), item_(bar_.makeStatusItem()), scenario_(scenario, [this](const std::string& chosen) {
+          const UserGesture& gesture = bar_.lastGesture();
+          say("chosen " + chosen + " | " + gesture.activationToken + ' ' + std::to_string(gesture.timestamp));
+          if (chosen == "quit") QCoreApplication::quit();
+        }) {
+    item_->setMenu(scenario_);
+    item_->setImage("bell.fill", "Tollvane");
+    item_->setToolTip("Tollvane");
+    qApp->installEventFilter(this);
+  }
+
+  void read() {
+    std::array<char, 4096> buffer;
+    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (count <= 0) return QCoreApplication::quit();
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
+      std::istringstream line(received_.substr(0, end));
+      received_.erase(0, end + 1);
+      obey(line);
+      say("obeyed");
+    }
+  }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    auto* menu = qobject_cast<MenuWidget*>(watched);
+    if (menu && event->type() == QEvent::Show)
+      say((openedBelow(*menu) ? "opened-below " : "opened ") + text(menu->geometry()));
+    if (menu && event->type() == QEvent::Paint)
+      QMetaObject::invokeMethod(
+          this, [] { say("painted"); }, Qt::QueuedConnection);
+    if (menu && event->type() == QEvent::Hide && !openedBelow(*menu)) say("closed");
+    return false;
+  }
+
+ private:
+  static bool openedBelow(const MenuWidget& menu) { return qobject_cast<MenuWidget*>(menu.parentWidget()) != nullptr; }
+
+  void obey(std::istringstream& line) {
+    std::string command;
+    std::string argument;
+    line >> command;
+    if (command == "open") {
+      int x = 0, y = 0;
+      line >> x >> y;
+      direct_.toggle({x, y});
+    }
+    if (command == "close" && openMenu(false)) openMenu(false)->close();
+    if (command == "submenu" && openMenu(false)) openSubmenu(*openMenu(false));
+    if (command == "image" && line >> argument) item_->setImage(argument, "Tollvane");
+    if (command == "add" && line >> argument) {
+      scenario_.addSound(argument, kind::alertSound);
+      item_->setToolTip("Last sound: " + argument);
+    }
+    if (command == "clear") {
+      scenario_.clear();
+      item_->setToolTip("Tollvane");
+    }
+    if (command == "grab" && line >> argument && openMenu(false)) grab(argument);
+    if (command == "where") {
+      if (const MenuWidget* menu = openMenu(false)) say("menu " + text(menu->geometry()));
+      if (const MenuWidget* menu = openMenu(true)) say("submenu " + text(menu->geometry()));
+    }
+    if (command == "scheme" && line >> argument)
+      QApplication::setPalette(
+          paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    if (command == "repeat") {
+      int times = 0;
+      line >> times;
+      for (int i = 0; i < times; ++i) openAndClose();
+    }
+    if (command == "quit") QCoreApplication::quit();
+  }
+
+  void openAndClose() {
+    direct_.toggle({0, 0});
+    QCoreApplication::processEvents();
+    if (MenuWidget* menu = openMenu(false)) menu->close();
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
+  static void openSubmenu(MenuWidget& menu) {
+    for (QAction* action : menu.actions())
+      if (action->menu()) return menu.setActiveAction(action);
+  }
+
+  static void grab(const std::string& file) {
+    QPixmap picture = openMenu(false)->grab();
+    if (MenuWidget* below = openMenu(true)) {
+      const QPixmap other = below->grab();
+      const qreal ratio = picture.devicePixelRatio();
+      QPixmap both(QSize(picture.width() + other.width(), std::max(picture.height(), other.height())));
+      both.setDevicePixelRatio(ratio);
+      both.fill(Qt::gray);
+      QPainter painter(&both);
+      painter.drawPixmap(QPointF(0, 0), picture);
+      painter.drawPixmap(QPointF(picture.width() / ratio, 0), other);
+      painter.end();
+      picture = both;
+    }
+    picture.save(QString::fromStdString(file));
+  }
+
+  LinuxStatusBar bar_;
+  std::unique_ptr<StatusItem> item_;
+  test::MenuScenario scenario_;
+  RichMenu direct_{scenario_};
+  std::string received_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Tollvane");
+  QApplication::setDesktopFileName("tollvane");
+  QApplication::setQuitOnLastWindowClosed(false);
+  if (argc != 3) {
+    std::fputs("usage: menu_probe ICON_THEME_PATH SCENARIO\n", stderr);
+    return 2;
+  }
+  const Appearance appearance(QDBusConnection::sessionBus());
+  Probe probe(argv[1], argv[2]);
+  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, &probe, [&probe] { probe.read(); });
+  return application.exec();
+}

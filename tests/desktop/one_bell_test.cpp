@@ -1,0 +1,137 @@
+// Tollvane itself among the programs of a desktop: one bell whatever is started, shown wherever this desktop shows
+// anything, and gone with the session.
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "desktop_fixture.h"
+#include "platform/linux/apps/proc_fs.h"
+
+namespace tollvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+class OneBellTest : public DesktopTest {
+ protected:
+  std::unique_ptr<Process> startTollvane(const Variables& extra = {}) {
+    return desktop.start({TOLLVANE_BUNDLE "/Tollvane"}, extra);
+  }
+
+  std::string owner() {
+    return desktop
+        .run({"busctl", "--user", "call", "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+              "GetConnectionUnixProcessID", "s", "com.quarnel.tollvane"})
+        .value_or("");
+  }
+  void awaitOwner(const Process& program) {
+    ASSERT_TRUE(waitUntil([&] { return owner() == "u " + std::to_string(program.pid()) + "\n"; }, kDesktopPatience));
+  }
+
+  std::string windowsNamed(const std::string& name) {
+    return desktop.run({"xdotool", "search", "--name", "^" + name + "$"}).value_or("");
+  }
+
+  static std::vector<Pid> childrenOf(Pid parent) {
+    const ProcFs processes;
+    std::vector<Pid> children;
+    for (const Pid pid : processes.all())
+      if (const auto status = processes.status(pid); status && status->parent == parent) children.push_back(pid);
+    return children;
+  }
+  std::vector<Pid> awaitChildren(const Process& program) {
+    EXPECT_TRUE(waitUntil([&] { return !childrenOf(program.pid()).empty(); }, kDesktopPatience));
+    return childrenOf(program.pid());
+  }
+  static bool isAlive(Pid pid) { return ProcFs().executable(pid).has_value(); }
+  static void expectGone(const std::vector<Pid>& pids) {
+    for (const Pid pid : pids) EXPECT_TRUE(waitUntil([&] { return !isAlive(pid); }, kDesktopPatience)) << pid;
+  }
+};
+
+TEST_F(OneBellTest, ASecondStartAsksTheFirstToReopenAndEnds) {
+  const auto first = startTollvane();
+  awaitOwner(*first);
+  const auto second = startTollvane();
+  EXPECT_EQ(second->exitCode(kDesktopPatience), 0);
+  EXPECT_TRUE(first->running());
+  awaitOwner(*first);
+}
+
+TEST_F(OneBellTest, OfManyStartsAtOnceOneStays) {
+  std::vector<std::unique_ptr<Process>> starts;
+  for (int i = 0; i < 6; ++i) starts.push_back(startTollvane());
+  const auto running = [&] {
+    return std::count_if(starts.begin(), starts.end(), [](const auto& each) { return each->running(); });
+  };
+  EXPECT_TRUE(waitUntil([&] { return running() == 1; }, kDesktopPatience));
+  for (const auto& each : starts) {
+    if (each->running())
+      awaitOwner(*each);
+    else
+      EXPECT_EQ(each->exitCode(), 0);
+  }
+}
+
+TEST_F(OneBellTest, AFirstOneThatHangsIsNotDoubled) {
+  const auto first = startTollvane();
+  awaitOwner(*first);
+  first->signal(SIGSTOP);
+  Process second({"sh", "-c", "exec \"$0\" 2>&1", TOLLVANE_BUNDLE "/Tollvane"},
+                 {.output = Process::Output::read,
+                  .variables =
+                      [&] {
+                        Variables variables = ownVariables();
+                        for (const auto* name : {"DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "HOME", "XDG_RUNTIME_DIR"}) {
+                          auto value = desktop.run({"printenv", name}).value_or("");
+                          if (!value.empty()) value.pop_back();
+                          variables[name] = value;
+                        }
+                        return variables;
+                      }(),
+                  .errors = std::nullopt});
+  EXPECT_EQ(second.exitCode(kDesktopPatience), 1);
+  EXPECT_THAT(second.rest(), HasSubstr("it is running already, but does not answer"));
+  first->signal(SIGCONT);
+}
+
+TEST_F(OneBellTest, WhereNothingShowsIconsItSaysSoAndTheBellComesWithThePanel) {
+  const auto tollvane = startTollvane();
+  ASSERT_TRUE(waitUntil([&] { return !windowsNamed("Tollvane").empty(); }, kDesktopPatience));
+  desktop.startPanel();
+  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kDesktopPatience));
+}
+
+TEST_F(OneBellTest, StartedAtLoginItIsSilentAndWaitsForThePanel) {
+  const auto tollvane = startTollvane({{"TOLLVANE_STARTED_AT_LOGIN", "1"}});
+  awaitOwner(*tollvane);
+  desktop.startPanel();
+  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kDesktopPatience));
+  EXPECT_EQ(windowsNamed("This desktop.*"), "");
+}
+
+TEST_F(OneBellTest, EndsInGoodOrderWhenTheSessionBusGoes) {
+  const auto tollvane = startTollvane();
+  awaitOwner(*tollvane);
+  const auto children = awaitChildren(*tollvane);
+  desktop.bus().kill();
+  EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+  expectGone(children);
+}
+
+TEST_F(OneBellTest, EndsInGoodOrderOnEverySignalThatAsksForIt) {
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    const auto tollvane = startTollvane();
+    awaitOwner(*tollvane);
+    const auto children = awaitChildren(*tollvane);
+    tollvane->signal(number);
+    EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+    expectGone(children);
+    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, kDesktopPatience));
+  }
+}
+
+}  // namespace
+}  // namespace tollvane::test

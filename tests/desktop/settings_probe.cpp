@@ -1,0 +1,145 @@
+// The settings window, for the tests and the pictures to look at: settings_probe SCENARIO.
+// Obeys lines on its standard input:
+//   show            in front             scroll N        to that place     top | bottom
+//   scheme dark|light                    font POINTS FAMILY
+//   grab FILE       what it looks like   where NAME      -> "where X Y" of the middle of the control of that name
+//   state           -> what is on: "on NAME", "off NAME" for each switch and check box, then "window shown|hidden"
+//   quit
+//   -> "obeyed" after each line
+#include <unistd.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSocketNotifier>
+#include <array>
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include "platform/linux/desktop/linux_application.h"
+#include "platform/linux/settings/qt_settings_windows.h"
+#include "platform/linux/status/appearance.h"
+#include "settings_scenarios.h"
+
+namespace {
+
+using namespace tollvane;
+
+void say(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+QWidget* page() {
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (widget->findChild<QScrollArea*>()) return widget;
+  }
+  return nullptr;
+}
+
+class Probe {
+ public:
+  explicit Probe(const std::string& scenario) : scenario_(scenario) {
+    window_ = windows_.make({.title = scenario_.title()});
+    window_->setContent(scenario_.content());
+    scenario_.onChange([this] {
+      if (std::exchange(due_, true)) return;
+      QMetaObject::invokeMethod(
+          qApp,
+          [this] {
+            due_ = false;
+            window_->setContent(scenario_.content());
+          },
+          Qt::QueuedConnection);
+    });
+  }
+
+  void read() {
+    std::array<char, 4096> buffer;
+    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (count <= 0) return QCoreApplication::quit();
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
+      std::istringstream line(received_.substr(0, end));
+      received_.erase(0, end + 1);
+      obey(line);
+      say("obeyed");
+    }
+  }
+
+ private:
+  void obey(std::istringstream& line) {
+    std::string command;
+    std::string argument;
+    line >> command >> std::ws;
+    std::getline(line, argument);
+    QScrollBar* bar = page()->findChild<QScrollArea*>()->verticalScrollBar();
+    if (command == "show") window_->makeKeyAndOrderFront();
+    if (command == "scroll") bar->setValue(std::stoi(argument));
+    if (command == "top") bar->setValue(bar->minimum());
+    if (command == "bottom") bar->setValue(bar->maximum());
+    if (command == "scheme")
+      QApplication::setPalette(
+          paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    if (command == "font") {
+      std::istringstream wish(argument);
+      double points = 0;
+      std::string family;
+      wish >> points >> std::ws;
+      std::getline(wish, family);
+      QFont font(QString::fromStdString(family));
+      font.setPointSizeF(points);
+      QApplication::setFont(font);
+    }
+    if (command == "grab") {
+      QCoreApplication::processEvents();
+      page()->grab().save(QString::fromStdString(argument));
+    }
+    if (command == "where") where(QString::fromStdString(argument));
+    if (command == "state") state();
+    if (command == "quit") QCoreApplication::quit();
+  }
+
+  static void where(const QString& name) {
+    for (const auto* button : page()->findChildren<QAbstractButton*>()) {
+      if (button->accessibleName() != name && button->text() != name) continue;
+      const QPoint middle = button->mapToGlobal(button->rect().center());
+      say("where " + std::to_string(middle.x()) + ' ' + std::to_string(middle.y()));
+    }
+  }
+
+  static void state() {
+    for (const auto* button : page()->findChildren<QAbstractButton*>()) {
+      if (button->isCheckable() && button->isVisibleTo(page()))
+        say((button->isChecked() ? "on " : "off ") + button->accessibleName().toStdString());
+    }
+    say(page()->isVisible() ? "window shown" : "window hidden");
+  }
+
+  test::SettingsScenario scenario_;
+  LinuxApplication application_{nullptr};
+  QtSettingsWindows windows_{[this](QWidget& window) { application_.bringForward(window); }};
+  std::unique_ptr<SettingsWindow> window_;
+  bool due_ = false;
+  std::string received_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Tollvane");
+  QApplication::setDesktopFileName("tollvane");
+  QApplication::setQuitOnLastWindowClosed(false);
+  if (argc != 2) {
+    std::fputs("usage: settings_probe SCENARIO\n", stderr);
+    return 2;
+  }
+  Probe probe(argv[1]);
+  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, &input, [&probe] { probe.read(); });
+  return QApplication::exec();
+}

@@ -1,0 +1,41 @@
+// What the settings window shows in some states of a system in memory, for the tests and the pictures. Its switches
+// work: they change the model, which is drawn anew.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/settings_window.h"
+#include "settings/login_item.h"
+#include "settings/settings_model.h"
+#include "support/virtual_platform.h"
+
+namespace tollvane::test {
+
+class SettingsScenario {
+ public:
+  // welcome, partly, connected, none, note, browsers, translated. Throws std::invalid_argument for any other.
+  explicit SettingsScenario(const std::string& name);
+
+  static const std::vector<std::string>& names();
+
+  std::string title() const { return welcome_ ? "Welcome" : "Tollvane Settings"; }
+  ui::SettingsContent content();
+
+  // Called once for each change, before it takes effect.
+  void onChange(std::function<void()> draw) { model_.objectWillChange = std::move(draw); }
+
+  VirtualPlatform& system() { return system_; }
+  SettingsModel& model() { return model_; }
+
+ private:
+  VirtualPlatform system_;
+  LoginItem loginItem_{system_.login, system_.files, system_.locations};
+  SettingsModel model_;
+  bool welcome_;
+  bool translated_;
+};
+
+}  // namespace tollvane::test
