@@ -24,5 +24,11 @@ heading "Names of applications (a desktop with 300 entries)"
 heading "TollvaneLog"
 "$build/bench/soundlog_bench"
 
+heading "TollvaneBridge"
+"$build/bench/bridge_bench"
+
+heading "The menu under the bell (X11)"
+"$build/bench/menu_bench"
+
 heading "Tollvane"
 "$here/program_bench.sh" "$build/Tollvane"

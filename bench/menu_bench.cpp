@@ -1,0 +1,80 @@
+// The menu under the bell on an X11 desktop: from the bar's call to the menu on the screen, and what a thousand
+// openings leave in memory.
+#include <QCoreApplication>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "desktop/menu_fixture.h"
+
+namespace {
+
+using namespace tollvane::test;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kOpenings = 51;
+
+// "Pss:", or "Pss_Anon:" for what is no file's: the whole depends on who else has the same libraries at the moment.
+double inMiB(pid_t pid, std::string_view what) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/smaps_rollup");
+  std::string word;
+  while (file >> word) {
+    double kilobytes = 0;
+    if (word == what && file >> kilobytes) return kilobytes / 1024;
+  }
+  return 0;
+}
+
+bool waitFor(MenuBell& bell, std::string_view text, int times) {
+  while (bell.count(text) < times) {
+    if (!bell.program().running()) return false;
+  }
+  return true;
+}
+
+double openOnce(MenuBell& bell, const ItemOnTheBus& item, int time) {
+  const int painted = bell.count("painted\n");
+  const auto start = Clock::now();
+  item.invoke("Activate", {400, 10});
+  if (!waitFor(bell, "painted\n", painted + 1)) return -1;
+  const double milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+  item.invoke("Activate", {400, 10});  // closes it
+  waitFor(bell, "closed\n", time);
+  return milliseconds;
+}
+
+void measure(const std::string& scenario) {
+  PrivateDesktop desktop({.panel = false});
+  TestBus bus(desktop);
+  MenuBell bell(desktop, scenario);
+  bell.tell("image bell");
+  const ItemOnTheBus item(*bus, bell.service());
+  std::vector<double> times;
+  double first = 0;
+  for (int i = 1; i <= kOpenings; ++i) {
+    const double time = openOnce(bell, item, i);
+    i == 1 ? void(first = time) : times.push_back(time);
+  }
+  std::sort(times.begin(), times.end());
+  std::printf("%s: click to menu painted, ms: first %.1f, then median %.1f, at most %.1f\n", scenario.c_str(), first,
+              times[times.size() / 2], times.back());
+  const pid_t pid = bell.program().pid();
+  const double before = inMiB(pid, "Pss:");
+  const double ownBefore = inMiB(pid, "Pss_Anon:");
+  bell.tell("repeat 1000");
+  const double own = inMiB(pid, "Pss_Anon:");
+  std::printf("%s: PSS, MiB: %.1f before a thousand openings, %.1f after; of its own %.1f and %.1f (%+.1f %%)\n",
+              scenario.c_str(), before, inMiB(pid, "Pss:"), ownBefore, own, (own / ownBefore - 1) * 100);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QCoreApplication application(argc, argv);
+  for (const char* scenario : {"five", "fifty"}) measure(scenario);
+  return 0;
+}
