@@ -21,6 +21,17 @@ heading "Names of applications (a desktop with 300 entries)"
 "$build/bench/apps_bench" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true 2>/dev/null |
   grep -E '^Benchmark|_median'
 
+heading "The menu's tree; messages of 64 browsers at once, beside a bare echo"
+"$build/bench/core_bench" --benchmark_format=json --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+  2>/dev/null >"$build/core_bench.json"
+jq -r '
+  [.benchmarks[] | select(.aggregate_name == "median")] as $b
+  | ($b[] | select(.run_name | startswith("BM_MenuOfFifty")) | "menu of 50 sounds: \(.real_time * 10 | round / 10) us"),
+    ($b[] | select(.run_name | startswith("BM_Echo")) | .items_per_second) as $echo
+  | ($b[] | select(.run_name | startswith("BM_Link")) |
+     "messages: \(.items_per_second / 1000 | round) thousand/s, \(.items_per_second / $echo * 100 | round / 100) of a bare echo")
+' "$build/core_bench.json"
+
 heading "TollvaneLog"
 "$build/bench/soundlog_bench"
 

@@ -15,9 +15,13 @@ bool isThisComputer(const QString& host) {
   return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
 }
 
+// Names in this domain never exist (RFC 6761): nobody needs to be asked for them.
+bool isNowhere(const QString& host) { return host.endsWith(QLatin1String(".invalid")); }
+
 bool isAllowed(const QUrl& url) {
-  return url.isValid() && (url.scheme() == QLatin1String("https") ||
-                           (url.scheme() == QLatin1String("http") && isThisComputer(url.host())));
+  return url.isValid() && !isNowhere(url.host()) &&
+         (url.scheme() == QLatin1String("https") ||
+          (url.scheme() == QLatin1String("http") && isThisComputer(url.host())));
 }
 
 QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
@@ -52,17 +56,15 @@ std::optional<HttpResponse> responseOf(QNetworkReply& reply) {
 
 }  // namespace
 
-QtHttp::QtHttp() = default;
-QtHttp::~QtHttp() = default;
-
 void QtHttp::get(const HttpRequest& request, Completion completion) {
   const QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
-  if (!network_) network_ = std::make_unique<QNetworkAccessManager>();
   if (!isAllowed(url)) {
-    QTimer::singleShot(0, network_.get(), [completion = std::move(completion)] { completion(std::nullopt); });
+    QTimer::singleShot(0, &questions_, [completion = std::move(completion)] { completion(std::nullopt); });
     return;
   }
-  QNetworkReply* reply = network_->get(networkRequest(request, url));
+  // One an hour at most: nothing of it is kept in memory in between.
+  auto* network = new QNetworkAccessManager(&questions_);
+  QNetworkReply* reply = network->get(networkRequest(request, url));
   // For the whole answer: the library's own time-out begins anew with each byte.
   const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(request.timeout);
   QTimer::singleShot(patience, reply, &QNetworkReply::abort);
@@ -75,8 +77,8 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
   QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64) {
     if (received > static_cast<qint64>(maxBody)) reply->abort();
   });
-  QObject::connect(reply, &QNetworkReply::finished, network_.get(), [reply, completion = std::move(completion)] {
-    reply->deleteLater();
+  QObject::connect(reply, &QNetworkReply::finished, network, [reply, network, completion = std::move(completion)] {
+    network->deleteLater();  // and the reply with it
     completion(responseOf(*reply));
   });
 }

@@ -1,0 +1,151 @@
+// What Tollvane's core does between the outside and the screen: the menu's tree, and the messages of the browsers.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "app/browser_names.h"
+#include "browser/browser_link.h"
+#include "menu/sound_menu.h"
+#include "support/json_value.h"
+#include "support/virtual_platform.h"
+
+namespace tollvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+void BM_MenuOfFiftySounds(benchmark::State& state) {
+  test::VirtualPlatform system;
+  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
+  std::vector<std::shared_ptr<SoundEvent>> events;
+  for (int i = 0; i < 50; ++i) {
+    events.push_back(std::make_shared<SoundEvent>(system.clock.now() - i * 1s, i % 3 ? "Mail" : "Firefox",
+                                                  kind::startedPlayingAudio));
+    if (i % 3 == 0)
+      events.back()->tabTitle = "The title of a page that is about as long as titles are, " + std::to_string(i);
+  }
+  const auto nothing = [](const MenuItem&) {};
+  const SoundMenuActions actions = {nothing, nothing, nothing, nothing, nothing, nothing, nothing, nothing, nothing};
+  for (auto _ : state) {
+    BrowserNames names(resolver);
+    const Menu menu = soundMenu({.events = events,
+                                 .suggestExtension = true,
+                                 .browser = [&](const SoundEvent& event) { return names.browser(event.app); },
+                                 .isConnected = [](Browser) { return true; },
+                                 .availableVersion = "2.0"},
+                                actions, system.dates);
+    benchmark::DoNotOptimize(menu);
+  }
+}
+BENCHMARK(BM_MenuOfFiftySounds)->Unit(benchmark::kMicrosecond);
+
+constexpr std::size_t kConnections = 64;
+constexpr std::size_t kMessagesEach = 100;
+
+// Sixty-four clients of one listening socket, each with its messages waiting.
+class Clients {
+ public:
+  // `accept` lets the listener take each client in: its queue is shorter than the number of clients.
+  Clients(const std::string& path, const std::function<void()>& accept) {
+    const std::string message =
+        R"({"type":"audible","tabId":1734,"title":"The title of a page","host":"www.example.org"})";
+    for (std::size_t i = 0; i < kMessagesEach; ++i) batch_ += message + '\n';
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    for (std::size_t i = 0; i < kConnections; ++i) {
+      sockets_.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+      ok_ &= ::connect(sockets_.back().get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+      accept();
+    }
+  }
+  void writeAll() {
+    for (const auto& socket : sockets_)
+      ok_ &= ::write(socket.get(), batch_.data(), batch_.size()) == static_cast<ssize_t>(batch_.size());
+  }
+  void readAll() {
+    std::array<char, 65536> bytes;
+    for (const auto& socket : sockets_)
+      while (::recv(socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
+      }
+  }
+  bool ok() const { return ok_; }
+
+ private:
+  std::string batch_;
+  std::vector<UniqueFd> sockets_;
+  bool ok_ = true;
+};
+
+std::filesystem::path benchDirectory() {
+  std::string name = (std::filesystem::temp_directory_path() / "tollvane-bench-XXXXXX").string();
+  if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
+  std::filesystem::create_directories(std::filesystem::path(name) / "Tollvane");
+  return name;
+}
+
+void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
+  const auto directory = benchDirectory();
+  test::VirtualPlatform system;
+  system.locations.support = directory;
+  system.files.createDirectories(directory / "Tollvane");
+  const Paths paths(system.locations, system.files);
+  BrowserLink link(system.platform(), paths);
+  std::map<const BrowserConnection*, std::size_t> heard;
+  link.onTab = [&](BrowserConnection& from, const Message&) { ++heard[&from]; };
+  link.start();
+  Clients clients(paths.bridgeSocket(), [&] { system.queue.drainDescriptors(); });
+  for (auto _ : state) {
+    clients.writeAll();
+    system.queue.drainDescriptors();
+  }
+  for (const auto& [connection, count] : heard)
+    if (count != state.iterations() * kMessagesEach) state.SkipWithError("a connection was starved");
+  if (heard.size() != kConnections || !clients.ok()) state.SkipWithError("not every client was heard");
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kConnections * kMessagesEach));
+  link.stop();
+  std::filesystem::remove_all(directory);
+}
+BENCHMARK(BM_LinkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
+
+// The same sockets and the same waiting; each read is only written back.
+void BM_EchoWithSixtyFourClients(benchmark::State& state) {
+  const auto directory = benchDirectory();
+  test::VirtualClock clock;
+  test::VirtualMainQueue queue(clock);
+  BridgeListener listener(queue);
+  std::vector<UniqueFd> sockets;
+  std::vector<std::unique_ptr<MainQueue::Watch>> watches;
+  std::array<char, 65536> bytes{};
+  listener.onConnection = [&](UniqueFd socket) {
+    const int fd = socket.get();
+    sockets.push_back(std::move(socket));
+    watches.push_back(queue.watchReadable(fd, [&bytes, fd] {
+      const ssize_t size = ::recv(fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
+      if (size > 0) benchmark::DoNotOptimize(::send(fd, bytes.data(), static_cast<std::size_t>(size), MSG_NOSIGNAL));
+    }));
+  };
+  listener.open(directory / "echo.sock");
+  Clients clients(directory / "echo.sock", [&] { queue.drainDescriptors(); });
+  for (auto _ : state) {
+    clients.writeAll();
+    queue.drainDescriptors();
+    clients.readAll();
+  }
+  if (!clients.ok()) state.SkipWithError("a client could not write");
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kConnections * kMessagesEach));
+  watches.clear();
+  std::filesystem::remove_all(directory);
+}
+BENCHMARK(BM_EchoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace tollvane
+
+BENCHMARK_MAIN();
