@@ -31,6 +31,12 @@ QStyleOptionMenuItem withoutText(const QStyleOption* option) {
 
 QString keyText(const MenuEntry& entry) { return entry.keys().toString(QKeySequence::NativeText); }
 
+bool isSeparator(const QStyleOption* option, const QWidget* widget) {
+  const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+  return item != nullptr && item->menuItemType == QStyleOptionMenuItem::Separator &&
+         dynamic_cast<const MenuWidget*>(widget) != nullptr;
+}
+
 int roomForArrow(const QFontMetrics& metrics) { return metrics.height(); }
 
 }  // namespace
@@ -55,6 +61,8 @@ QSize MenuStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
 
 void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                             const QWidget* widget) const {
+  if (element == CE_MenuItem && isSeparator(option, widget) && separatorsVanish(option->palette))
+    return drawSeparator(*option, *painter);
   const MenuEntry* entry = element == CE_MenuItem ? entryOf(option, widget) : nullptr;
   if (entry == nullptr) return QProxyStyle::drawControl(element, option, painter, widget);
   const QStyleOptionMenuItem bare = withoutText(option);
@@ -63,6 +71,19 @@ void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, 
   painter->setClipRect(bare.rect);
   drawEntry(*entry, bare, *painter);
   painter->restore();
+}
+
+// The toolkit's own style draws them darker than the menu, even where that is dark.
+bool MenuStyle::separatorsVanish(const QPalette& palette) const {
+  return baseStyle()->name() == QLatin1String("fusion") &&
+         palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+void MenuStyle::drawSeparator(const QStyleOption& option, QPainter& painter) {
+  constexpr double faint = 0.22;
+  constexpr int inset = 4;
+  const QColor line = blend(option.palette.color(QPalette::WindowText), option.palette.color(QPalette::Window), faint);
+  painter.fillRect(option.rect.x() + inset, option.rect.center().y(), option.rect.width() - 2 * inset, 1, line);
 }
 
 void MenuStyle::drawEntry(const MenuEntry& entry, const QStyleOptionMenuItem& option, QPainter& painter) const {

@@ -23,6 +23,8 @@ class MenuStyle : public QProxyStyle {
   static int padding(const QFont& menuFont);
 
  private:
+  bool separatorsVanish(const QPalette& palette) const;
+  static void drawSeparator(const QStyleOption& option, QPainter& painter);
   void drawEntry(const MenuEntry& entry, const QStyleOptionMenuItem& option, QPainter& painter) const;
 };
 

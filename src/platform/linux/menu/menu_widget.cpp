@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontMetrics>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScreen>
 #include <QStyleOptionMenuItem>
 #include <QTimerEvent>
@@ -90,10 +91,33 @@ bool MenuWidget::chooseByKeys(const QKeyEvent& event) {
     return !entry->keys().isEmpty() && entry->keys() == pressed && entry->isEnabled();
   });
   if (found == all.end()) return false;
-  for (MenuWidget* submenu : top_->submenus_) submenu->hide();
-  top_->hide();
+  closeAll();
   (*found)->trigger();
   return true;
+}
+
+void MenuWidget::closeAll() {
+  for (MenuWidget* submenu : top_->submenus_) submenu->hide();
+  top_->hide();
+}
+
+bool MenuWidget::isOutside(const QPoint& global) const {
+  const auto covers = [&](const MenuWidget* menu) { return menu->isVisible() && menu->geometry().contains(global); };
+  return !covers(top_) && std::none_of(top_->submenus_.begin(), top_->submenus_.end(), covers);
+}
+
+// The press of a click outside leaves the menu open, and with it the pointer ours: a panel that got the release alone
+// would take it for a click on the bell, and the menu that was just closed would open again.
+void MenuWidget::mousePressEvent(QMouseEvent* event) {
+  top_->pressedOutside_ = isOutside(event->globalPosition().toPoint());
+  if (!top_->pressedOutside_) return QMenu::mousePressEvent(event);
+  event->accept();
+}
+
+void MenuWidget::mouseReleaseEvent(QMouseEvent* event) {
+  if (!std::exchange(top_->pressedOutside_, false)) return QMenu::mouseReleaseEvent(event);
+  event->accept();
+  closeAll();
 }
 
 bool MenuWidget::findTyped(const QKeyEvent& event) {

@@ -34,6 +34,8 @@ class MenuWidget : public QMenu {
  protected:
   void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override;
   void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void timerEvent(QTimerEvent* event) override;
 
  private:
@@ -41,6 +43,8 @@ class MenuWidget : public QMenu {
   void addEntries(const std::vector<MenuItem>& items);
   void arrangeTitles();
   void collect(std::vector<MenuEntry*>& all) const;
+  bool isOutside(const QPoint& global) const;
+  void closeAll();
   bool chooseByKeys(const QKeyEvent& event);
   bool findTyped(const QKeyEvent& event);
   bool goToTyped();
@@ -50,6 +54,7 @@ class MenuWidget : public QMenu {
   std::vector<MenuEntry*> entries_;
   std::vector<MenuWidget*> submenus_;
   mutable const MenuEntry* styled_ = nullptr;
+  bool pressedOutside_ = false;
   QString typed_;
   QBasicTimer typing_;
 };

@@ -1,6 +1,7 @@
 #include "platform/linux/settings/control_views.h"
 
 #include <QPainter>
+#include <QSignalBlocker>
 #include <utility>
 
 #include "platform/linux/desktop/alert_text.h"
@@ -83,7 +84,8 @@ void DotView::paintEvent(QPaintEvent*) {
 }
 
 CheckBoxView::CheckBoxView(QWidget* parent) : QCheckBox(parent) {
-  connect(this, &QAbstractButton::clicked, this, [this](bool on) {
+  // Not clicked(): accessibility tools turn it without a click.
+  connect(this, &QAbstractButton::toggled, this, [this](bool on) {
     if (const auto set = set_) set(on);
   });
 }
@@ -91,7 +93,8 @@ CheckBoxView::CheckBoxView(QWidget* parent) : QCheckBox(parent) {
 void CheckBoxView::setValue(const ui::Toggle& value) {
   set_ = value.set;
   setAccessibleName(plain(value.title));
-  if (isChecked() != value.isOn) setChecked(value.isOn);
+  const QSignalBlocker nobodysWish(this);
+  setChecked(value.isOn);
 }
 
 ButtonView::ButtonView(QWidget* parent) : QPushButton(parent) {

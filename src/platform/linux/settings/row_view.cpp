@@ -78,7 +78,8 @@ void RowView::arrange() {
 
 void RowView::dress(const SettingsLook& look) {
   setMinimumHeight(look.pixels(rowHeight) + contentsMargins().top() + contentsMargins().bottom());
-  grid_->setColumnMinimumWidth(0, !views_.empty() && isMark(views_.front()) ? look.pixels(markColumn) : 0);
+  const int mark = !views_.empty() && isMark(views_.front()) ? look.pixels(markColumn) : 0;
+  if (grid_->columnMinimumWidth(0) != mark) grid_->setColumnMinimumWidth(0, mark);
 }
 
 std::vector<QAbstractButton*> RowView::buttons() const {

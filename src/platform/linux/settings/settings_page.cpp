@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -56,6 +57,9 @@ SettingsPage::SettingsPage() {
   setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                  Qt::WindowCloseButtonHint);
   setAttribute(Qt::WA_QuitOnClose, false);
+  // Or the first switch would have it from the beginning, and nobody would see.
+  setFocusPolicy(Qt::ClickFocus);
+  setFocus();
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
@@ -94,21 +98,40 @@ void SettingsPage::makeForm() {
   form_->setSpacing(0);
   form_->addStretch(1);
   scroll_->setWidget(form);
-  const QScrollBar* bar = scroll_->verticalScrollBar();
-  connect(bar, &QScrollBar::rangeChanged, this, [this] { fitForm(); });
-  connect(bar, &QScrollBar::valueChanged, this, [this] { fitForm(); });
+  makeScrollBar();
 }
 
-// The scroll bar takes its room from the margin, so that the boxes stay in the middle.
-void SettingsPage::fitForm() {
-  const QScrollBar* bar = scroll_->verticalScrollBar();
-  above_->setDrawn(bar->value() > bar->minimum());
-  below_->setDrawn(bar->value() < bar->maximum());
-  const int taken = scroll_->width() - scroll_->viewport()->width();
-  const int left = std::max(4, formSide - taken);
-  QMargins room = formRoom;
-  isRightToLeft() ? room.setLeft(left) : room.setRight(left);
-  if (form_->contentsMargins() != room) form_->setContentsMargins(room);
+// It stands in the form's margin, so that the boxes stay where they are and as wide as they are when it comes.
+void SettingsPage::makeScrollBar() {
+  scroll_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  bar_ = new QScrollBar(Qt::Vertical, scroll_);
+  bar_->hide();
+  const QScrollBar* place = scroll_->verticalScrollBar();
+  connect(place, &QScrollBar::rangeChanged, this, [this] { followForm(); });
+  connect(place, &QScrollBar::valueChanged, this, [this] { followForm(); });
+  connect(bar_, &QScrollBar::valueChanged, place, &QScrollBar::setValue);
+  scroll_->viewport()->installEventFilter(this);
+}
+
+void SettingsPage::followForm() {
+  const QScrollBar* place = scroll_->verticalScrollBar();
+  above_->setDrawn(place->value() > place->minimum());
+  below_->setDrawn(place->value() < place->maximum());
+  bar_->setRange(place->minimum(), place->maximum());
+  bar_->setPageStep(place->pageStep());
+  bar_->setSingleStep(place->singleStep());
+  bar_->setValue(place->value());
+  bar_->setVisible(place->maximum() > place->minimum());
+}
+
+bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == scroll_->viewport() && event->type() == QEvent::Resize) {
+    const QRect room = scroll_->rect();
+    const int width = std::min(bar_->sizeHint().width(), formSide - 4);
+    bar_->setGeometry(
+        QStyle::visualRect(layoutDirection(), room, {room.width() - width, room.top(), width, room.height()}));
+  }
+  return QWidget::eventFilter(watched, event);
 }
 
 void SettingsPage::setContent(const ui::SettingsContent& content) {
@@ -136,7 +159,7 @@ void SettingsPage::setSections(const std::vector<ui::Section>& sections) {
   while (sections_.size() < sections.size()) addSection();
   while (sections_.size() > sections.size()) removeSection();
   for (std::size_t i = 0; i < sections.size(); ++i) {
-    sections_[i].title->setValue({.text = sections[i].title, .bold = true});
+    sections_[i].title->setValue({sections[i].title, ui::TextStyle::body, ui::Color::primary, true});
     sections_[i].group->setAccessibleName(sections_[i].title->text());
     sections_[i].group->setValue(sections[i].elements);
   }
@@ -194,10 +217,22 @@ SettingsPage::Places SettingsPage::placesInSight() const {
   return places;
 }
 
+// From the inside out: how much room one needs is known when all in it have been laid out.
+void SettingsPage::layOut() {
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+  for (const Section& section : sections_) {
+    for (const QWidget* element : section.group->elements()) {
+      if (element->layout()) element->layout()->activate();
+    }
+    section.group->layout()->activate();
+  }
+  QEvent request(QEvent::LayoutRequest);
+  QCoreApplication::sendEvent(scroll_->widget(), &request);
+}
+
 // What is in sight stays where it is, whatever has come or gone above it.
 void SettingsPage::restore(const Places& places) {
-  // Deeper ones ask for more room only once they have been dealt with.
-  QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+  layOut();
   for (const auto& [element, place] : places) {
     if (!element || element->isHidden()) continue;
     QScrollBar* bar = scroll_->verticalScrollBar();

@@ -10,6 +10,7 @@
 #include "platform/settings_window.h"
 
 class QScrollArea;
+class QScrollBar;
 class QVBoxLayout;
 
 namespace tollvane {
@@ -30,6 +31,7 @@ class SettingsPage : public QWidget {
  protected:
   void changeEvent(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   struct Section {
@@ -46,8 +48,10 @@ class SettingsPage : public QWidget {
   void removeSection();
   void dress();
   void chainFocus();
-  void fitForm();
+  void makeScrollBar();
+  void followForm();
 
+  void layOut();
   int placeOf(const QWidget* element) const;
   Places placesInSight() const;
   void restore(const Places& places);
@@ -57,6 +61,7 @@ class SettingsPage : public QWidget {
   std::vector<TextView*> introductionTexts_;
   Hairline* above_;
   QScrollArea* scroll_;
+  QScrollBar* bar_;
   QVBoxLayout* form_;
   std::vector<Section> sections_;
   Hairline* below_;

@@ -1,6 +1,7 @@
 #include "platform/linux/settings/switch_button.h"
 
 #include <QPainter>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <algorithm>
 
@@ -17,14 +18,15 @@ constexpr int slowest = 150;  // milliseconds
 SwitchButton::SwitchButton(QWidget* parent) : QAbstractButton(parent) {
   setCheckable(true);
   setFocusPolicy(Qt::StrongFocus);
-  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
   position_.setStartValue(0.0);
   position_.setEndValue(1.0);
   connect(&position_, &QVariantAnimation::valueChanged, this, [this] { update(); });
-  connect(this, &QAbstractButton::toggled, this, [this] { slide(); });
-  connect(this, &QAbstractButton::clicked, this, [this](bool on) {
+  // Not clicked(): accessibility tools turn it without a click.
+  connect(this, &QAbstractButton::toggled, this, [this](bool on) {
+    slide();
     // What it does may change this very switch.
     if (const auto set = set_) set(on);
   });
@@ -38,7 +40,10 @@ void SwitchButton::setValue(const ui::Toggle& value) {
     updateGeometry();
     update();
   }
-  if (isChecked() != value.isOn) setChecked(value.isOn);
+  if (isChecked() == value.isOn) return;
+  const QSignalBlocker nobodysWish(this);
+  setChecked(value.isOn);
+  slide();
 }
 
 void SwitchButton::dress(const SettingsLook& look) {
@@ -56,8 +61,6 @@ void SwitchButton::slide() {
   position_.start();
   update();
 }
-
-void SwitchButton::nextCheckState() { setChecked(!isChecked()); }
 
 int SwitchButton::lineHeight() const { return fontMetrics().height(); }
 

@@ -26,7 +26,6 @@ class SwitchButton : public QAbstractButton, public Dressed {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
-  void nextCheckState() override;
 
  private:
   QSize railSize() const;

@@ -14,6 +14,8 @@ namespace {
 constexpr ui::Color allColors[] = {ui::Color::primary, ui::Color::secondary, ui::Color::accent, ui::Color::green,
                                    ui::Color::orange};
 
+ui::Text text(ui::TextStyle style) { return {"Text", style}; }
+
 QPalette dressed(ColorScheme scheme) { return paletteFor(scheme, QApplication::palette()); }
 
 QPalette withAccent(QPalette palette, const QColor& accent) {
@@ -74,26 +76,26 @@ TEST(SettingsLook, FontsAreSizedByTheApplicationFont) {
   QFont body;
   body.setPointSizeF(13);
   const SettingsLook look(QApplication::palette(), body);
-  EXPECT_DOUBLE_EQ(look.font({}).pointSizeF(), 13);
-  EXPECT_NEAR(look.font({.style = ui::TextStyle::title}).pointSizeF(), 20.8, 0.1);
-  EXPECT_NEAR(look.font({.style = ui::TextStyle::callout}).pointSizeF(), 12, 0.1);
-  EXPECT_NEAR(look.font({.style = ui::TextStyle::caption}).pointSizeF(), 11, 0.1);
-  EXPECT_EQ(look.font({.bold = true}).weight(), QFont::DemiBold);
-  EXPECT_EQ(look.font({}).weight(), QFont::Normal);
+  EXPECT_DOUBLE_EQ(look.font(ui::Text{}).pointSizeF(), 13);
+  EXPECT_NEAR(look.font(text(ui::TextStyle::title)).pointSizeF(), 20.8, 0.1);
+  EXPECT_NEAR(look.font(text(ui::TextStyle::callout)).pointSizeF(), 12, 0.1);
+  EXPECT_NEAR(look.font(text(ui::TextStyle::caption)).pointSizeF(), 11, 0.1);
+  EXPECT_EQ(look.font({"", ui::TextStyle::body, ui::Color::primary, true}).weight(), QFont::DemiBold);
+  EXPECT_EQ(look.font(ui::Text{}).weight(), QFont::Normal);
 }
 
 TEST(SettingsLook, NoTextIsTooSmallToRead) {
   QFont body;
   body.setPointSizeF(8);
   const SettingsLook look(QApplication::palette(), body);
-  EXPECT_DOUBLE_EQ(look.font({.style = ui::TextStyle::caption}).pointSizeF(), 7.5);
+  EXPECT_DOUBLE_EQ(look.font(text(ui::TextStyle::caption)).pointSizeF(), 7.5);
 }
 
 TEST(SettingsLook, AFontGivenInPixelsKeepsItsSize) {
   QFont body;
   body.setPixelSize(20);
   const SettingsLook look(QApplication::palette(), body);
-  EXPECT_NEAR(QFontMetrics(look.font({})).height(), QFontMetrics(body).height(), 1);
+  EXPECT_NEAR(QFontMetrics(look.font(ui::Text{})).height(), QFontMetrics(body).height(), 1);
   EXPECT_EQ(look.pixels(13), 20);
 }
 

@@ -26,7 +26,6 @@
 namespace tollvane::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
@@ -39,18 +38,22 @@ class SettingsPageTest : public testing::Test {
     page.setContent(scenario.content());
     page.show();
     page.activateWindow();
-    QApplication::processEvents();
+    settle();
   }
   void redraw(SettingsScenario& scenario) {
     page.setContent(scenario.content());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::processEvents();
+    settle();
+  }
+  // Each layout asks the one around it, one round of events at a time.
+  static void settle() {
+    for (int depth = 0; depth < 10; ++depth) QApplication::processEvents();
   }
 
   // By what accessibility tools call it.
   QAbstractButton* button(const std::string& name) {
     for (auto* each : page.findChildren<QAbstractButton*>()) {
-      if (!each->isHidden() &&
+      if (each->isVisibleTo(&page) &&
           QAccessible::queryAccessibleInterface(each)->text(QAccessible::Name).toStdString() == name)
         return each;
     }
@@ -58,7 +61,7 @@ class SettingsPageTest : public testing::Test {
   }
   QLabel* label(const std::string& text) {
     for (auto* each : page.findChildren<QLabel*>()) {
-      if (!each->isHidden() && each->text().toStdString() == text) return each;
+      if (each->isVisibleTo(&page) && each->text().toStdString() == text) return each;
     }
     return nullptr;
   }
@@ -167,20 +170,21 @@ TEST_F(SettingsPageTest, TheSameContentTouchesNothing) {
   SettingsScenario scenario("browsers");
   show(scenario);
   struct Watch : QObject {
-    int touched = 0;
-    bool eventFilter(QObject*, QEvent* event) override {
+    std::vector<std::string> touched;
+    bool eventFilter(QObject* watched, QEvent* event) override {
       const auto type = event->type();
-      touched += type == QEvent::Paint || type == QEvent::LayoutRequest || type == QEvent::ChildAdded ||
-                 type == QEvent::PaletteChange || type == QEvent::FontChange;
+      const bool touches = type == QEvent::Paint || type == QEvent::Resize || type == QEvent::Move ||
+                           type == QEvent::ChildAdded || type == QEvent::PaletteChange || type == QEvent::FontChange;
+      if (touches) touched.push_back(watched->metaObject()->className() + (" " + std::to_string(type)));
       return false;
     }
   } watch;
   qApp->installEventFilter(&watch);
   redraw(scenario);
-  EXPECT_EQ(watch.touched, 0);
+  EXPECT_THAT(watch.touched, IsEmpty());
   page.update();
   QApplication::processEvents();
-  EXPECT_GT(watch.touched, 0) << "the watch sees";
+  EXPECT_THAT(watch.touched, Not(IsEmpty())) << "the watch sees";
 }
 
 TEST_F(SettingsPageTest, WhatStaysKeepsItsWidgetWhenANoteAppearsAboveIt) {
@@ -216,7 +220,7 @@ TEST_F(SettingsPageTest, WhatIsInSightStaysInItsPlaceWhenANoteAppearsAboveIt) {
   SettingsScenario scenario("browsers");
   show(scenario);
   bar()->setValue(bar()->maximum());
-  ASSERT_GT(bar()->value(), 100);
+  ASSERT_GT(bar()->value(), 50) << "the place of the note is out of sight";
   const QWidget* suggest = button("Suggest the extension under browser sounds");
   const int place = onScreen(suggest);
   const int length = bar()->maximum();
@@ -314,7 +318,7 @@ TEST_F(SettingsPageTest, EscapeAndControlWHideTheWindow) {
 }
 
 TEST_F(SettingsPageTest, NoTextIsMarkup) {
-  const std::string hostile = "<a href='http://example.org'>click</a> &amp; <b>me</b>";
+  const std::string hostile = "<a href='x:y'>click</a> &amp; <b>me</b>";
   ui::SettingsContent content = oneRow(ui::Text{hostile});
   content.introduction = {{hostile}};
   content.footer = {hostile};
@@ -350,7 +354,7 @@ TEST_F(SettingsPageTest, TheColoursFollowTheDesktopWhileTheWindowIsOpen) {
     EXPECT_EQ(label("The system didn't allow that change: Permission denied")->palette().color(QPalette::WindowText),
               look.color(ui::Color::orange));
     const auto* group = page.findChild<QScrollArea*>()->widget()->findChild<QAbstractButton*>()->parentWidget();
-    EXPECT_EQ(const_cast<QWidget*>(group)->grab().toImage().pixelColor(30, 3), look.group());
+    EXPECT_EQ(const_cast<QWidget*>(group)->grab().toImage().pixelColor(30, 3).rgb(), look.group().rgb());
   }
   QApplication::setPalette(QPalette());
 }

@@ -125,6 +125,7 @@ TEST_F(SwitchTest, ItsRailIsAtTheTrailingEdge) {
 
 TEST_F(SwitchTest, TheRingIsForTheKeyboardOnly) {
   button.activateWindow();
+  QApplication::processEvents();
   button.setFocus(Qt::TabFocusReason);
   button.window()->setAttribute(Qt::WA_KeyboardFocusChange, false);
   const QImage without = button.grab().toImage();
