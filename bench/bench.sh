@@ -41,5 +41,8 @@ heading "TollvaneBridge"
 heading "The menu under the bell (X11)"
 "$build/bench/menu_bench"
 
+heading "From the extension's report to the menu"
+"$here/tab_bench.sh" "$build/Tollvane"
+
 heading "Tollvane"
 "$here/program_bench.sh" "$build/Tollvane"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Shows Tollvane at work on a machine that has neither desktop nor sound card: a private X server with a panel, a
-# private sound server with a null sink, real sounds from real programs, and what Tollvane heard of them.
+# private sound server with a null sink, real sounds from real programs and, where a browser is installed, from a tab of
+# it, and what Tollvane heard of them.
 #
 #   demo.sh BUNDLE OUTPUT     BUNDLE: the directory with Tollvane in it; OUTPUT: where the pictures go
 #
@@ -19,6 +20,8 @@ output=$(realpath "$2")
 
 # shellcheck source=demo/private_session.sh
 source "$here/private_session.sh"
+# shellcheck source=demo/browser.sh
+source "$here/browser.sh"
 
 for program in Xvfb dbus-daemon openbox xfce4-panel xfconf-query xdotool xprop scrot identify convert pipewire \
   wireplumber pipewire-pulse pactl pw-dump sox busctl setpriv pw-play paplay aplay canberra-gtk-play dunst \
@@ -52,7 +55,9 @@ print_new_lines() {
   done < <(tail -n +$((printed + 1)) "$(history_file)" 2>/dev/null)
 }
 
-# expect KIND NAME-PATTERN COMMAND...: runs it and holds what was heard against what should have been.
+# expect KIND NAME-PATTERN COMMAND...: runs it and holds what was heard against what should have been. The sound is of
+# the tab that $tab names, or of none.
+tab=
 expect() {
   local kind=$1 pattern=$2 before line app
   shift 2
@@ -68,6 +73,7 @@ expect() {
   app=$(cut -f2 <<<"$line")
   [ "$(cut -f3 <<<"$line")" = "$kind" ] || fail "$1 should be a \"$kind\": $line"
   [[ $app =~ ^($pattern)$ ]] || fail "$1 goes by the name \"$app\""
+  [ "$(cut -f4 <<<"$line")" = "$tab" ] || fail "$1 should be of the tab \"$tab\": $line"
   [[ $line =~ ^[0-9]{4}-[0-9]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\t' ]] || fail "not a line of history: $line"
   sounds=$((sounds + 1))
 }
@@ -149,6 +155,16 @@ if command -v mpv >/dev/null; then
 fi
 if command -v play >/dev/null; then
   expect "started playing audio" "play|sox|SoX" play -q "$root/tone5.wav"
+fi
+browser=$(demo_browser)
+if [ -n "$browser" ]; then
+  serve_page "$root/tone4.wav"
+  start_browser "$browser" "$bundle/Extensions"
+  require 90 "the link with $browser" browser_is_linked
+  tab="$page_title  (localhost)" expect "started playing audio" "Chromium.*|Firefox.*" browser_tab
+  stop "$browser_pid"
+else
+  echo "No tab plays: there is no browser here (chromium or firefox-esr), or no python3."
 fi
 # Once more, so that whatever comes late of the sounds above shows itself in front of it.
 expect "started playing audio" "pw-play" pw-play "$root/tone1.wav"

@@ -67,8 +67,9 @@ void Recorder::tabReport(std::optional<Browser> from, const Message& report) {
 
 // The newest sound of that browser that still has no tab.
 bool Recorder::fillWaitingSound(const PendingTab& report) {
+  BrowserNames names(resolver_);
   const auto match = std::find_if(events.begin(), events.end(), [&](const auto& event) {
-    return !event->hasTab() && report.date - event->date < matchWindow && browser(*event) == report.browser;
+    return !event->hasTab() && report.date - event->date < matchWindow && names.browser(event->app) == report.browser;
   });
   if (match == events.end()) return false;
   give(**match, report);

@@ -18,6 +18,7 @@ import shutil
 from waiting import wait_until
 
 HOST_NAME = 'com.quarnel.tollvane'
+OPTIONS = "location.pathname === '/src/options.html'"  # true in the extension's options page
 
 
 class Browser:

@@ -16,6 +16,10 @@ class Firefox(Browser):
     host_directory = '.mozilla/native-messaging-hosts'
     host_permission = {'allowed_extensions': [ADDON_ID]}
 
+    def __init__(self, session, extension):
+        super().__init__(session, extension)
+        self._wire = None
+
     def start(self):
         self._write_profile()
         port = _free_port()
@@ -24,6 +28,8 @@ class Firefox(Browser):
         self.process = self.session.start(
             'firefox', ['firefox-esr', '--profile', str(self.profile), '--no-remote', '--marionette',
                         '-remote-allow-system-access'])
+        if self._wire:
+            self._wire.close()  # of the run before
         self._wire = _Wire(port)
         self._command('WebDriver:NewSession')
 

@@ -1,6 +1,7 @@
 """A desktop of a test's own: home, session bus, sound server with a null output, X server and window manager.
 
     with PrivateSession() as session:
+        session.start_panel()
         session.start('editor', ['xterm'])
 
 Nothing of it touches the user's, and nothing of it outlives the `with`. `session.environment` is where programs find
@@ -9,13 +10,18 @@ all this; `session.log(name)` is what a program said.
 
 import os
 import pathlib
+import re
+import shlex
 import shutil
 import signal
 import subprocess
 import tempfile
 import wave
 
+from bus import Bus
 from waiting import wait_until
+
+PANEL_SETTINGS = pathlib.Path(__file__).resolve().parent.parent / 'support/xfce4-panel.xml'
 
 FOREIGN = ('WAYLAND_DISPLAY', 'XAUTHORITY', 'SESSION_MANAGER', 'PULSE_SERVER', 'PULSE_RUNTIME_PATH', 'PIPEWIRE_REMOTE',
            'PIPEWIRE_RUNTIME_DIR', 'XDG_DATA_DIRS', 'XDG_CONFIG_DIRS', 'DISPLAY')
@@ -57,6 +63,7 @@ class PrivateSession:
             DBUS_SESSION_BUS_ADDRESS=f'unix:path={self.root}/run/bus',
             NO_AT_BRIDGE='1',
             LANG='C.UTF-8')
+        self.bus = Bus(self.environment['DBUS_SESSION_BUS_ADDRESS'])
 
     def __enter__(self):
         try:
@@ -74,11 +81,27 @@ class PrivateSession:
     def start(self, name, command, **options):
         """Starts a program in the session; it dies with the session, or with this process."""
         with open(self.root / 'log' / name, 'ab') as log:
-            process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], env=self.environment,
-                                       stdin=subprocess.DEVNULL, stderr=log, start_new_session=True,
-                                       **{'stdout': log, **options})
+            process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], stdin=subprocess.DEVNULL,
+                                       stderr=log, start_new_session=True,
+                                       **{'env': self.environment, 'stdout': log, **options})
         self._processes.append(process)
         return process
+
+    def start_service(self, name):
+        """A service of the session bus, as its file says; the bus itself starts none."""
+        service = pathlib.Path(f'/usr/share/dbus-1/services/{name}.service').read_text()
+        program = re.search('^Exec=(.*)$', service, re.MULTILINE)[1]
+        self.start(name, shlex.split(program))
+        wait_until(lambda: self.bus.has(name), f'the service {name}')
+
+    def start_panel(self):
+        """A panel that shows status items."""
+        settings = self.config / 'xfce4/xfconf/xfce-perchannel-xml'
+        settings.mkdir(parents=True)
+        (settings / 'xfce4-panel.xml').write_text(PANEL_SETTINGS.read_text().replace('@DARK_MODE@', 'true'))
+        self.start_service('org.xfce.Xfconf')
+        self.start('panel', ['xfce4-panel', '--disable-wm-check'])
+        wait_until(lambda: self.bus.has('org.kde.StatusNotifierWatcher'), 'the panel')
 
     def succeeds(self, *command):
         try:
@@ -94,6 +117,15 @@ class PrivateSession:
     def log(self, name):
         file = self.root / 'log' / name
         return file.read_text(errors='replace') if file.exists() else ''
+
+    def processes(self, program):
+        """The ids of this program's processes in this session."""
+        def is_one(pid):
+            try:
+                return str(program).encode() in pathlib.Path(f'/proc/{pid}/cmdline').read_bytes().split(b'\0')
+            except OSError:
+                return False  # ended meanwhile
+        return [pid for pid in self.strays() if is_one(pid)]
 
     def strays(self):
         """The ids of all processes that live in this session, found by their environment."""

@@ -2,7 +2,7 @@
 
 import time
 
-DEADLINE = 30.0  # seconds
+DEADLINE = 90.0  # seconds: a browser on a busy machine takes long to start
 
 
 def wait_until(condition, what, deadline=DEADLINE, pause=0.02):

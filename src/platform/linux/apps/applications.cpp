@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <iterator>
 #include <utility>
@@ -310,7 +311,12 @@ std::vector<Applications::Process> Applications::processes() const {
 const std::vector<Applications::Seen>& Applications::everybody() const {
   if (sharing_ != nullptr && sharing_->steadyNow() < everybodyUntil_) return everybody_;
   everybody_.clear();
-  for (const Pid pid : processes_.all()) everybody_.push_back({pid, processes_.executable(pid)});
+  for (const Pid pid : processes_.all()) {
+    auto executable = processes_.executable(pid);
+    // The kernel's own threads and what has ended have none, and belong to nobody.
+    if (!executable && errno == ENOENT) continue;
+    everybody_.push_back({pid, std::move(executable)});
+  }
   if (sharing_ != nullptr) everybodyUntil_ = sharing_->steadyNow() + kSharedFor;
   return everybody_;
 }

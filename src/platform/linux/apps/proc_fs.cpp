@@ -38,6 +38,7 @@ std::optional<Number> number(std::string_view text) {
   return value;
 }
 
+// Leaves the reason of a failure in errno.
 std::optional<std::string> linkTarget(const std::string& link) {
   char buffer[PATH_MAX];
   const ssize_t length = ::readlink(link.c_str(), buffer, sizeof buffer);

@@ -29,7 +29,7 @@ class ProcFs {
   std::optional<Status> status(Pid pid) const;
 
   // The real path of the program, without the " (deleted)" of one that was replaced on disk.
-  std::optional<std::string> executable(Pid pid) const;
+  std::optional<std::string> executable(Pid pid) const;  // absent: errno says why
 
   std::vector<std::string> arguments(Pid pid) const;  // argv, argv[0] included
   std::string command(Pid pid) const;                 // the kernel's short name: at most 15 bytes

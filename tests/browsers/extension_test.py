@@ -1,17 +1,19 @@
 #!/usr/bin/env python3
-"""The extension in real browsers: browsers_test.py chromium|firefox-esr [unittest's arguments].
+"""The extension in real browsers: extension_test.py chromium|firefox-esr [unittest's arguments].
 
-TOLLVANE_EXTENSION is the directory that extension/package.sh filled. TOLLVANE_BRIDGE names the bridge to be started by
-the browser; a relay of the tests stands in where it is not set. Ends with 77 when the browser is not installed.
+TOLLVANE_BUNDLE is the application's directory, of which the extension is taken. TOLLVANE_BRIDGE names the bridge to be
+started by the browser; a relay of the tests stands in where it is not set. Ends with 77 when the browser is not
+installed.
 """
 
 import json
 import os
 import pathlib
 import signal
-import sys
 import unittest
 
+from browser import OPTIONS
+from browser_of_this_run import browser_of_this_run
 from chromium import Chromium
 from fake_application import FakeApplication
 from firefox import Firefox
@@ -20,27 +22,27 @@ from private_session import PrivateSession
 from waiting import wait_until
 
 HERE = pathlib.Path(__file__).resolve().parent
-EXTENSION = pathlib.Path(os.environ.get('TOLLVANE_EXTENSION', HERE))
+EXTENSION = pathlib.Path(os.environ.get('TOLLVANE_BUNDLE', HERE)) / 'Extensions'
 BRIDGE = os.environ.get('TOLLVANE_BRIDGE', HERE / 'fake_host.py')
 BUNDLES = {Chromium: 'org.chromium.Chromium', Firefox: 'org.mozilla.firefox'}
 KIND = None  # of the browser
 
 
-class ExtensionTest(unittest.TestCase):
-    """One browser for all tests of the class; each test closes its tabs."""
+def setUpModule():
+    test = ExtensionTest
+    test.pages = Pages()
+    unittest.addModuleCleanup(test.pages.close)
+    test.session = unittest.enterModuleContext(PrivateSession())
+    test.application = FakeApplication(test.session)
+    unittest.addModuleCleanup(test.application.stop)
+    test.browser = KIND(test.session, EXTENSION)
+    test.browser.install_host(BRIDGE)
+    test.browser.start()
+    test.application.wait_for('hello')
 
-    @classmethod
-    def setUpClass(cls):
-        cls.pages = Pages()
-        cls.addClassCleanup(cls.pages.close)
-        cls.session = PrivateSession()
-        cls.enterClassContext(cls.session)
-        cls.application = FakeApplication(cls.session)
-        cls.addClassCleanup(cls.application.stop)
-        cls.browser = KIND(cls.session, EXTENSION)
-        cls.browser.install_host(BRIDGE)
-        cls.browser.start()
-        cls.application.wait_for('hello')
+
+class ExtensionTest(unittest.TestCase):
+    """One browser for all tests; each test closes its tabs."""
 
     def setUp(self):
         self.application.listen(0)
@@ -80,23 +82,16 @@ class ExtensionTest(unittest.TestCase):
 
     def options(self):
         """The options page, which opens when the user turns the marks on without having given access to pages."""
-        page = "location.pathname === '/src/options.html'"
-        tab = self.browser.find_tab(page)
+        tab = self.browser.find_tab(OPTIONS)
         if not tab:
             for on in (False, True):
                 self.application.send(type='settings', markTabs=on)
-            tab = wait_until(lambda: self.browser.find_tab(page), 'the options page')
+            tab = wait_until(lambda: self.browser.find_tab(OPTIONS), 'the options page')
         wait_until(lambda: self.browser.run(tab, "document.getElementById('version').textContent"), 'the page')
         return tab
 
     def bridges(self):
-        """The processes of the bridge in this session."""
-        def is_bridge(pid):
-            try:
-                return str(BRIDGE).encode() in pathlib.Path(f'/proc/{pid}/cmdline').read_bytes()
-            except OSError:
-                return False
-        return [pid for pid in self.session.strays() if is_bridge(pid)]
+        return self.session.processes(BRIDGE)
 
     def in_extension(self, expression):
         """The value of an expression in a page of the extension, where `api` is the browser's API."""
@@ -209,6 +204,7 @@ class Marks(ExtensionTest):
         tab = self.open('Radio')
         self.play(tab)
         options = self.options()
+        self.application.send(type='settings', markTabs=True)
         self.assertEqual(self.browser.title(tab), 'Radio')
 
         self.browser.allow_marks(options)
@@ -286,9 +282,5 @@ class Death(ExtensionTest):
 
 
 if __name__ == '__main__':
-    KIND = {kind.name: kind for kind in (Chromium, Firefox)}[sys.argv.pop(1)]
-    if not KIND.is_installed():
-        print(f'{KIND.name} is not installed')
-        sys.exit(77)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the session is cleared away
+    KIND = browser_of_this_run()
     unittest.main(verbosity=2)

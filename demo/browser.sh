@@ -1,0 +1,73 @@
+# A browser with Tollvane's extension in it, and a page that plays as soon as it is open. Sourced by demo.sh, after
+# private_session.sh. The browser has a profile of its own in the session.
+# shellcheck shell=bash
+
+page_title="Evening news"
+
+# The first browser that is here, or nothing. A page needs a server, which is Python's.
+demo_browser() {
+  command -v python3 >/dev/null || return 0
+  local program
+  for program in chromium firefox-esr; do
+    if command -v "$program" >/dev/null; then
+      echo "$program"
+      return
+    fi
+  done
+}
+
+# serve_page SOUND: at $page_address
+serve_page() {
+  local port
+  mkdir "$root/page"
+  cp "$1" "$root/page/sound.wav"
+  cat >"$root/page/index.html" <<END
+<!DOCTYPE html>
+<html><head><meta charset="utf-8"><title>$page_title</title></head>
+<body><audio src="sound.wav" autoplay onended="this.src = ''"></audio></body></html>
+END
+  start page python3 -u -m http.server --bind 127.0.0.1 --directory "$root/page" 0
+  require 10 "the page's server" grep -q "port [0-9]" "$root/log/page.log"
+  port=$(sed -n 's/.* port \([0-9]*\) .*/\1/p' "$root/log/page.log")
+  page_address=http://localhost:$port/
+}
+
+# start_browser PROGRAM EXTENSIONS: with nothing to hear yet. Its command is in browser_command, its id in browser_pid.
+start_browser() {
+  local profile=$root/browser
+  case $1 in
+    chromium)
+      browser_command=(chromium --disable-gpu --no-first-run --disable-background-networking --disable-sync
+        --disable-component-update --password-store=basic --load-extension="$2/chromium"
+        --autoplay-policy=no-user-gesture-required)
+      [ "$(id -u)" != 0 ] || browser_command+=(--no-sandbox)
+      ;;
+    firefox-esr)
+      browser_command=(firefox-esr --profile "$profile")
+      write_firefox_profile "$profile" "$2"
+      ;;
+  esac
+  start browser "${browser_command[@]}" about:blank
+  browser_pid=$!
+}
+
+write_firefox_profile() {
+  mkdir -p "$1/extensions"
+  cp "$2/firefox/tollvane.xpi" "$1/extensions/tollvane@quarnel.com.xpi"
+  cat >"$1/user.js" <<END
+user_pref("xpinstall.signatures.required", false);
+user_pref("extensions.autoDisableScopes", 0);
+user_pref("media.autoplay.default", 0);
+user_pref("media.autoplay.blocking_policy", 0);
+user_pref("browser.shell.checkDefaultBrowser", false);
+user_pref("browser.aboutwelcome.enabled", false);
+user_pref("datareporting.policy.dataSubmissionEnabled", false);
+user_pref("app.update.enabled", false);
+END
+}
+
+# browser_tab: the page in a new tab; a browser that is started once more hands it to the running one, and ends.
+browser_tab() { timeout 60 "${browser_command[@]}" "$page_address"; }
+
+# Whether a bridge has connected: a listening socket is in state 01, a connected one in 03.
+browser_is_linked() { grep -q " 03 *[0-9]* $XDG_DATA_HOME/Tollvane/bridge.sock\$" /proc/net/unix; }
