@@ -1,18 +1,21 @@
 #!/usr/bin/env bash
 # usage: alert_pictures.sh OUT_DIR [BUILD_DIR]
-# Draws each alert that going to a sound's source may end in: light and dark, at scale 1, one at scale 2, and one of an
-# application whose name knows no end.
+# Draws each alert that going to a sound's source may end in, light and dark beside each other; one at scale 2, and those
+# of a name and of a title that know no end.
 set -euo pipefail
 out=$1
 probe=${2:-build/release}/tests/desktop/alert_probe
 mkdir -p "$out"
+work=$(mktemp -d "${TMPDIR:-/tmp}/tollvane-alerts-XXXXXX")
+trap 'rm -rf "$work"' EXIT
 
 draw() {
   local name=$1 tone
   shift
   for tone in light dark; do
-    QT_QPA_PLATFORM=offscreen "$probe" "$out/alert-$name-$tone.png" "$tone" "$@"
+    QT_QPA_PLATFORM=offscreen "$probe" "$work/$tone.png" "$tone" "$@"
   done
+  convert "$work/light.png" "$work/dark.png" +append -strip +dither -colors 64 "PNG8:$out/alert-$name.png"
 }
 
 browser_closed=("Firefox is closed"
@@ -30,4 +33,5 @@ endless=$(printf 'Example%.0s' {1..70})
 draw endless "$endless is closed" "$endless made this sound but isn't open anymore." "Open $endless" OK
 title=$(printf 'A <b>long</b> title & more %.0s' {1..400})
 draw title "Firefox is closed" "The tab that made this sound ($title) is gone because Firefox has been quit since." OK
-QT_SCALE_FACTOR=2 QT_QPA_PLATFORM=offscreen "$probe" "$out/alert-browser-closed-2x.png" light "${browser_closed[@]}"
+QT_SCALE_FACTOR=2 QT_QPA_PLATFORM=offscreen "$probe" "$work/2x.png" light "${browser_closed[@]}"
+convert "$work/2x.png" -strip +dither -colors 64 "PNG8:$out/alert-browser-closed-2x.png"

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Pictures of the menu under the bell, as people see it in a panel:
 #   menu_pictures.sh BUILD OUT_DIR [x11|wayland]
-# each scenario light and dark, some at twice the scale, on X11 (xfce4-panel) and on Wayland (waybar in sway).
+# each scenario light and dark beside each other, on X11 (xfce4-panel) and on Wayland (waybar in sway); one of each at
+# twice the scale.
 set -euo pipefail
 build=$(realpath "$1")
 mkdir -p "$2"
@@ -75,27 +76,58 @@ settled() {
   cmp -s "$root/one.png" "$root/two.png"
 }
 
-# A bar may need a moment longer for its icon than for its registration.
-clicked_open() {
-  click_bell "$1"
-  poll 2 printed opened
+# bell_place SCALE: what the end of the bar looks like, where the bell belongs
+bell_place() {
+  look "$root/bar.png"
+  convert "$root/bar.png" -crop "$((30 * $1))x$((26 * $1))+$((970 * $1))+0" +repage rgb:- | md5sum
+}
+bell_is_drawn() { [ "$(bell_place "$1")" != "$empty_bar" ]; }
+bell_is_gone() { [ "$(bell_place "$1")" = "$empty_bar" ]; }
+
+# remember_bar SCALE: without a bell, and with the pointer elsewhere
+remember_bar() {
+  park
+  require 10 "a still screen" settled
+  empty_bar=$(bell_place "$1")
 }
 
-# take NAME SCENARIO SCHEME SCALE
+# take NAME SCENARIO SCHEME SCALE [SCALE_OF_THE_PROBE]: a picture in $root/NAME.png
 take() {
-  start_probe "$2" "$3" "$4"
+  start_probe "$2" "$3" "${5:-$4}"
   require 10 "the bell" shows_bell
-  require 10 "a still screen" settled
-  require 20 "the menu" clicked_open "$4"
+  # A bar draws an icon later than it knows of it.
+  require 10 "the bell's icon" bell_is_drawn "$4"
+  click_bell "$4"
+  require 10 "the menu" printed opened
   if [ "$2" = fifty ]; then
     order submenu
     require 10 "the submenu" printed opened-below
   fi
   require 10 "a still screen" settled
-  convert "$root/two.png" -strip -colors 255 "PNG8:$output/menu-$1.png"
+  local width=540 height=400
+  [ "$2" != fifty ] || width=800 height=400
+  convert "$root/two.png" -gravity NorthEast -crop "$((width * $4))x$((height * $4))+0+0" +repage "$root/$1.png"
   exec 8>&-
   stop "$probe_pid"
+  park
   require 10 "an empty panel" lacks_bell
+  require 10 "a bar without the bell" bell_is_gone "$4"
+}
+
+# finish NAME PICTURE...: side by side, small
+finish() {
+  local name=$1
+  shift
+  convert "$@" +append -strip +dither -colors 32 -define png:compression-level=9 "PNG8:$output/menu-$name.png"
+}
+
+scenarios=(none five six fifty tabs hint update)
+pair_up() {
+  local scenario
+  for scenario in "${scenarios[@]}"; do
+    finish "$1-$scenario" "$root/$1-light-$scenario.png" "$root/$1-dark-$scenario.png"
+  done
+  finish "$1-tabs-2x" "$root/$1-dark-tabs-2x.png"
 }
 
 # --- X11 -------------------------------------------------------------------------------------------------------------
@@ -107,17 +139,21 @@ x11_pictures() {
   starter=start
   look() { scrot --overwrite "$1"; }
   click_bell() { xdotool mousemove $((985 * $1)) $((14 * $1)) click 1; }
+  park() { xdotool mousemove 100 500; }
   local tone scenario
   for tone in light dark; do
     start_x11 1 "$tone"
-    for scenario in none five six fifty tabs hint update hostile; do
+    remember_bar 1
+    for scenario in "${scenarios[@]}"; do
       take "x11-$tone-$scenario" "$scenario" "$tone" 1
     done
     leave_x11
   done
   start_x11 2 dark
-  take x11-dark-tabs-scale2 tabs dark 2
+  remember_bar 2
+  take x11-dark-tabs-2x tabs dark 2
   leave_x11
+  pair_up x11
 }
 
 leave_x11() {
@@ -190,19 +226,23 @@ wayland_pictures() {
     point "press 272"
     point "release 272"
   }
+  park() { point "move 100 500"; }
   starter=start_as_user
   [ "$(id -u)" != 0 ] || start_bus_again
   local tone scenario
   for tone in light dark; do
     start_wayland 1
-    for scenario in none five six fifty tabs hint update hostile; do
+    remember_bar 1
+    for scenario in "${scenarios[@]}"; do
       take "wayland-$tone-$scenario" "$scenario" "$tone" 1
     done
     leave_wayland
   done
   start_wayland 2
-  take wayland-dark-tabs-scale2 tabs dark 1
+  remember_bar 2
+  take wayland-dark-tabs-2x tabs dark 2 1
   leave_wayland
+  pair_up wayland
 }
 
 # The session bus takes only its own user.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QImage>
 #include <optional>
 
 #include "menu_fixture.h"
@@ -13,11 +14,21 @@ namespace {
 class MenuPanelTest : public testing::Test {
  protected:
   void start(const std::string& scenario) {
+    const QImage empty = bar();
     bell_.emplace(desktop_, scenario);
     bell_->tell("image bell");
     ASSERT_TRUE(
         waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
                   kDesktopPatience));
+    // The panel needs a moment longer for its icon than for its registration.
+    ASSERT_TRUE(waitUntil([&] { return bar() != empty; }, kDesktopPatience));
+  }
+
+  // The end of the bar, where the last icon is.
+  QImage bar() {
+    const std::filesystem::path file = desktop_.root() / "screen.png";
+    desktop_.screenshot(file);
+    return QImage(QString::fromStdString(file.string())).copy(770, 0, 30, 26);
   }
 
   void run(std::vector<std::string> arguments) {
@@ -27,15 +38,10 @@ class MenuPanelTest : public testing::Test {
   void clickAt(int x, int y) { run({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
   void key(const std::string& name) { run({"key", name}); }
 
-  // The panel may need a moment longer for its icon than for its registration.
+  void clickBell() { clickAt(786, 14); }
   void open() {
-    const auto opened = [&] { return bell_->count("opened ") > 0; };
-    ASSERT_TRUE(waitUntil(
-        [&] {
-          clickAt(786, 14);
-          return waitUntil(opened, std::chrono::seconds(3));
-        },
-        kDesktopPatience));
+    clickBell();
+    ASSERT_TRUE(bell_->prints("opened "));
   }
 
   PrivateDesktop desktop_{{}};
@@ -60,19 +66,18 @@ TEST_F(MenuPanelTest, AClickOnAnEntryChoosesItAndClosesTheMenu) {
   EXPECT_TRUE(bell_->prints("closed\n"));
 }
 
-TEST_F(MenuPanelTest, ASecondClickOnTheBellClosesAndAThirdOpensAgain) {
+// The click that closes must not also be one on the bell, however often.
+TEST_F(MenuPanelTest, EverySecondClickOnTheBellClosesAndEveryOtherOpensAgain) {
   start("five");
-  open();
-  clickAt(786, 14);
-  ASSERT_TRUE(bell_->prints("closed\n"));
-  bell_->tell("where");
-  EXPECT_EQ(bell_->count("\nmenu "), 0);
-  ASSERT_TRUE(waitUntil(
-      [&] {
-        clickAt(786, 14);
-        return waitUntil([&] { return bell_->count("opened ") == 2; }, std::chrono::seconds(3));
-      },
-      kDesktopPatience));
+  for (int times = 1; times <= 5; ++times) {
+    clickBell();
+    ASSERT_TRUE(bell_->prints("opened ", times));
+    clickBell();
+    ASSERT_TRUE(bell_->prints("closed\n", times));
+    bell_->tell("where");
+    EXPECT_EQ(bell_->count("\nmenu "), 0);
+    EXPECT_EQ(bell_->count("opened "), times);
+  }
 }
 
 TEST_F(MenuPanelTest, AClickOutsideAndEscapeCloseIt) {
@@ -80,7 +85,7 @@ TEST_F(MenuPanelTest, AClickOutsideAndEscapeCloseIt) {
   open();
   clickAt(20, 460);
   ASSERT_TRUE(bell_->prints("closed\n"));
-  clickAt(786, 14);
+  clickBell();
   ASSERT_TRUE(bell_->prints("opened ", 2));
   key("Escape");
   EXPECT_TRUE(bell_->prints("closed\n", 2));

@@ -1,0 +1,118 @@
+// The menu on layer surfaces, in a real compositor with a real bar, opened by a pointer and worked with keys.
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "support/private_wayland.h"
+
+namespace tollvane::test {
+namespace {
+
+constexpr std::chrono::milliseconds kPatienceHere{20000};
+
+class MenuWaylandTest : public testing::Test {
+ protected:
+  struct Place {
+    int x = 0, y = 0, width = 0, height = 0;
+  };
+
+  void start(const std::string& scenario) {
+    desktop.moveTo(100, 300);
+    empty = desktop.trayPixels();
+    bell = desktop.start({MENU_PROBE, BELL_ICONS, scenario});
+    awaitBell();
+  }
+  // The bar draws an icon later than it knows of it.
+  void awaitBell() {
+    ASSERT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kPatienceHere));
+    ASSERT_TRUE(waitUntil([&] { return desktop.trayPixels() != empty; }, kPatienceHere));
+  }
+  void clickBell(int button = PrivateWayland::kLeft) {
+    desktop.click(PrivateWayland::kBellX, PrivateWayland::kBellY, button);
+  }
+  void open() {
+    const int before = count("opened ");
+    clickBell();
+    ASSERT_TRUE(prints("opened ", before + 1)) << bell->printed();
+  }
+
+  int count(const std::string& text) {
+    const std::string printed = '\n' + bell->printed();
+    int found = 0;
+    for (std::size_t at = 0; (at = printed.find('\n' + text, at)) != std::string::npos; ++at) ++found;
+    return found;
+  }
+  bool prints(const std::string& text, int times = 1) {
+    return waitUntil([&] { return count(text) >= times; }, kPatienceHere);
+  }
+  bool pressUntil(const std::string& name, const std::function<bool()>& effect) {
+    return waitUntil(
+        [&] {
+          if (effect()) return true;
+          desktop.key({"-k", name});
+          return waitUntil(effect, std::chrono::milliseconds(500));
+        },
+        kPatienceHere);
+  }
+  Place menu() {
+    const std::string& printed = bell->printed();
+    std::istringstream numbers(printed.substr(printed.rfind("opened ") + 7));
+    Place place;
+    numbers >> place.x >> place.y >> place.width >> place.height;
+    return place;
+  }
+
+  PrivateWayland desktop{WAYLAND_POINTER};
+  std::unique_ptr<Process> bell;
+  std::string empty;
+};
+
+TEST_F(MenuWaylandTest, AClickOpensItBelowTheBarAndAClickOnAnEntryChooses) {
+  start("five");
+  open();
+  const Place place = menu();
+  EXPECT_GE(place.y, 26);
+  EXPECT_LE(place.x + place.width, PrivateWayland::kWidth);
+  desktop.click(place.x + 40, place.y + place.height - 15);
+  EXPECT_TRUE(prints("chosen quit"));
+}
+
+TEST_F(MenuWaylandTest, KeysChoose) {
+  start("five");
+  open();
+  // The first makes the first entry the current one, if there is none yet.
+  EXPECT_TRUE(pressUntil("Return", [&] { return count("chosen sound ") > 0; })) << bell->printed();
+}
+
+TEST_F(MenuWaylandTest, EscapeAndAClickOutsideCloseItAndTheBellOpensItAgain) {
+  start("five");
+  open();
+  ASSERT_TRUE(pressUntil("Escape", [&] { return count("closed") > 0; }));
+  open();
+  desktop.click(40, 400);
+  ASSERT_TRUE(prints("closed", 2));
+  open();
+  EXPECT_EQ(count("chosen"), 0);
+}
+
+TEST_F(MenuWaylandTest, EverySecondClickOnTheBellCloses) {
+  start("five");
+  for (int times = 1; times <= 5; ++times) {
+    open();
+    clickBell();
+    ASSERT_TRUE(prints("closed", times));
+    EXPECT_EQ(count("opened "), times);
+  }
+}
+
+TEST_F(MenuWaylandTest, TheBellComesBackWithARestartedBar) {
+  start("five");
+  desktop.stopBar();
+  desktop.startBar();
+  awaitBell();
+  open();
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,272 @@
+// The bundle in a real panel: the user hears a sound, clicks the bell, and stands before the window that made it.
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "desktop/desktop_fixture.h"
+#include "platform/linux/apps/proc_fs.h"
+#include "support/log_lines.h"
+
+namespace tollvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class WholeDesktopTest : public DesktopTest {
+ protected:
+  explicit WholeDesktopTest(PrivateDesktop::Options options = {.tone = PrivateDesktop::Tone::dark})
+      : DesktopTest(options) {
+    fs::copy(TOLLVANE_BUNDLE, bundle, fs::copy_options::recursive);
+    fs::remove(bundle / "TollvaneLog");
+    // What the system's sounds are read from: the test writes them.
+    run({"mkfifo", sounds.string()});
+    script("bundle/TollvaneLog", "exec cat <>'" + sounds.string() + "'\n");
+    entry("clock", "Name=Wall Clock\nExec=xmessage -title xmessage ding\n");
+    entry("calculator", "Name=Pocket Calculator\nExec=xcalc\n");
+  }
+
+  // As on any day but the first.
+  void start() {
+    write(".config/Tollvane/defaults.json", R"({"hasLaunchedBefore":true})");
+    launch();
+  }
+  void launch() { tollvane = startTollvane(); }
+  std::unique_ptr<Process> startTollvane() { return desktop.start({(bundle / "Tollvane").string()}); }
+
+  std::string run(const std::vector<std::string>& command) { return desktop.run(command).value_or(""); }
+  static bool eventually(const std::function<bool()>& condition) { return waitUntil(condition, kDesktopPatience); }
+
+  // --- programs with windows
+
+  std::unique_ptr<Process> open(const std::vector<std::string>& command, const std::string& title) {
+    auto program = desktop.start(command);
+    EXPECT_TRUE(eventually([&] { return inFront() == title; })) << title;
+    return program;
+  }
+  std::string inFront() { return firstLine(run({"xdotool", "getactivewindow", "getwindowname"})); }
+  std::string windowNamed(const std::string& title) {
+    return firstLine(run({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"}));
+  }
+  static std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+  // --- sounds and the bell
+
+  void sound(const std::string& name, const Process& maker) {
+    std::ofstream(sounds) << outputStarted(name, maker.pid()) << std::flush;
+  }
+
+  // What the item says of itself; empty while there is no item or more than one.
+  std::string itemProperty(const std::string& name) {
+    const std::string items = desktop.registeredItems();
+    if (!items.starts_with("as 1 \"")) return "";
+    const std::string item = items.substr(6, items.find('"', 6) - 6);
+    const std::size_t slash = item.find('/');
+    return run({"busctl", "--user", "get-property", item.substr(0, slash), item.substr(slash),
+                "org.kde.StatusNotifierItem", name});
+  }
+  bool bellIs(const std::string& icon) { return itemProperty("IconName") == "s \"tollvane-" + icon + "-symbolic\"\n"; }
+  void awaitSound(const std::string& name) {
+    ASSERT_TRUE(eventually([&] { return itemProperty("ToolTip").find(name) != std::string::npos; })) << name;
+  }
+  void awaitBell() {
+    ASSERT_TRUE(eventually([&] { return bellIs("bell"); }));
+    // A panel draws an icon later than it knows of it.
+    ASSERT_TRUE(eventually([&] { return barPixels() != emptyBar; }));
+  }
+  // The end of the bar, where the last icon is.
+  std::string barPixels() {
+    return run({"import", "-silent", "-window", "root", "-crop", "30x26+770+0", "-depth", "8", "gray:-"});
+  }
+
+  // --- pointer and keys
+
+  void clickAt(int x, int y) { run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void key(const std::string& name) { run({"xdotool", "key", name}); }
+
+  struct Place {
+    int x = 0, y = 0, width = 0, height = 0;
+  };
+  std::optional<Place> menu() {
+    const std::string own = std::to_string(tollvane->pid());
+    std::istringstream windows(run({"xdotool", "search", "--onlyvisible", "--pid", own}));
+    for (std::string window; std::getline(windows, window);) {
+      // The window manager has no say in a menu.
+      if (run({"xwininfo", "-id", window}).find("Override Redirect State: yes") == std::string::npos) continue;
+      Place place;
+      std::istringstream lines(run({"xdotool", "getwindowgeometry", "--shell", window}));
+      for (std::string line; std::getline(lines, line);) {
+        const std::string name = line.substr(0, line.find('='));
+        const int value = std::atoi(line.substr(line.find('=') + 1).c_str());
+        if (name == "X") place.x = value;
+        if (name == "Y") place.y = value;
+        if (name == "WIDTH") place.width = value;
+        if (name == "HEIGHT") place.height = value;
+      }
+      return place;
+    }
+    return std::nullopt;
+  }
+  void openMenu() {
+    clickAt(786, 14);
+    ASSERT_TRUE(eventually([&] { return menu().has_value(); }));
+  }
+
+  // The newest sound is the first below the header. All rows of one line are equally high.
+  void clickSound(int number, int among) {
+    constexpr int margin = 4, separator = 8, separators = 2, otherRows = 8;
+    const Place place = menu().value();
+    const double row = (place.height - 2 * margin - separators * separator) / double(among + otherRows);
+    clickAt(place.x + 60, place.y + margin + static_cast<int>((number + 0.5) * row));
+  }
+
+  // --- alerts
+
+  bool showsAlert() { return !windowNamed("Tollvane").empty() && inFront() == "Tollvane"; }
+
+  static std::vector<Pid> childrenOf(Pid parent) {
+    const ProcFs processes;
+    std::vector<Pid> children;
+    for (const Pid pid : processes.all())
+      if (const auto status = processes.status(pid); status && status->parent == parent) children.push_back(pid);
+    return children;
+  }
+  static bool isAlive(Pid pid) { return ProcFs().executable(pid).has_value(); }
+
+  const fs::path bundle = root() / "bundle";
+  const fs::path sounds = root() / "sounds";
+  const std::string emptyBar = barPixels();
+  std::unique_ptr<Process> tollvane;
+};
+
+TEST_F(WholeDesktopTest, AClickOnASoundBringsItsWindowForwardAndEmptiesTheBell) {
+  const auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
+  const auto calculator = open({"xcalc"}, "Calculator");
+  start();
+  awaitBell();
+  sound("xmessage", *clock);
+  awaitSound("Wall Clock");
+  ASSERT_TRUE(bellIs("bell-fill"));
+  openMenu();
+  clickSound(1, 1);
+  EXPECT_TRUE(eventually([&] { return inFront() == "xmessage"; })) << inFront();
+  EXPECT_TRUE(eventually([&] { return bellIs("bell"); }));
+  EXPECT_FALSE(menu());
+}
+
+TEST_F(WholeDesktopTest, KeysGoToTheOlderOfTwoSoundsAndTheOtherStaysUnseen) {
+  const auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
+  const auto calculator = open({"xcalc"}, "Calculator");
+  start();
+  awaitBell();
+  sound("xmessage", *clock);
+  awaitSound("Wall Clock");
+  sound("xcalc", *calculator);
+  awaitSound("Pocket Calculator");
+  openMenu();
+  key("Down");
+  key("Down");
+  key("Return");
+  EXPECT_TRUE(eventually([&] { return inFront() == "xmessage"; })) << inFront();
+  EXPECT_TRUE(bellIs("bell-fill"));
+}
+
+TEST_F(WholeDesktopTest, AnApplicationThatWasQuitIsOfferedAndOpened) {
+  auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
+  start();
+  awaitBell();
+  sound("xmessage", *clock);
+  awaitSound("Wall Clock");
+  clock->stop();
+  ASSERT_TRUE(eventually([&] { return windowNamed("xmessage").empty(); }));
+  openMenu();
+  clickSound(1, 1);
+  ASSERT_TRUE(eventually([&] { return showsAlert(); })) << "Wall Clock is closed";
+  key("Return");  // "Open Wall Clock" is the first
+  EXPECT_TRUE(eventually([&] { return !windowNamed("xmessage").empty(); }));
+}
+
+TEST_F(WholeDesktopTest, WhatHasNoWindowIsSaidToHaveNone) {
+  fs::copy_file("/bin/sleep", root() / "humming");
+  const auto humming = desktop.start({(root() / "humming").string(), "1000"});
+  start();
+  awaitBell();
+  sound("humming", *humming);
+  awaitSound("humming");
+  openMenu();
+  clickSound(1, 1);
+  ASSERT_TRUE(eventually([&] { return showsAlert(); }));
+  key("Escape");
+  EXPECT_TRUE(eventually([&] { return windowNamed("Tollvane").empty(); }));
+  EXPECT_TRUE(tollvane->running());
+}
+
+TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
+  const std::vector<std::function<void()>> ways{
+      [&] {
+        openMenu();
+        key("ctrl+q");
+      },
+      [&] { tollvane->signal(SIGTERM); },
+  };
+  const fs::path socket = root() / ".local/share/Tollvane/bridge.sock";
+  for (const auto& end : ways) {
+    start();
+    awaitBell();
+    ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
+    const auto children = childrenOf(tollvane->pid());
+    end();
+    EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+    EXPECT_FALSE(fs::exists(socket));
+    for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
+    EXPECT_TRUE(eventually([&] { return desktop.registeredItems().empty(); }));
+    EXPECT_TRUE(eventually([&] { return barPixels() == emptyBar; }));
+  }
+}
+
+TEST_F(WholeDesktopTest, ASecondStartOpensTheSettingsOfTheFirstAndEnds) {
+  start();
+  awaitBell();
+  EXPECT_EQ(windowNamed("Tollvane Settings"), "");
+  EXPECT_EQ(startTollvane()->exitCode(kDesktopPatience), 0);
+  EXPECT_TRUE(eventually([&] { return inFront() == "Tollvane Settings"; })) << inFront();
+  EXPECT_TRUE(bellIs("bell")) << "one bell";
+  EXPECT_TRUE(tollvane->running());
+}
+
+TEST_F(WholeDesktopTest, TheFirstLaunchWelcomesAndStartsWithTheSessionFromThenOn) {
+  const fs::path autostart = root() / ".config/autostart/tollvane.desktop";
+  launch();
+  awaitBell();
+  EXPECT_TRUE(eventually([&] { return inFront() == "Welcome"; })) << inFront();
+  EXPECT_TRUE(fs::exists(autostart));
+  tollvane->stop();
+  fs::remove(autostart);
+
+  launch();
+  awaitBell();
+  sound("xcalc", *tollvane);  // when it has heard something, it has started wholly
+  ASSERT_TRUE(eventually([&] { return bellIs("bell-fill"); }));
+  EXPECT_EQ(windowNamed("Welcome"), "");
+  EXPECT_FALSE(fs::exists(autostart)) << "the user has removed it";
+}
+
+class WithoutPanelTest : public WholeDesktopTest {
+ protected:
+  WithoutPanelTest() : WholeDesktopTest({.screen = true, .panel = false}) {}
+};
+
+TEST_F(WithoutPanelTest, ItSaysSoAndAPanelThatComesLaterGetsOneBell) {
+  start();
+  ASSERT_TRUE(eventually([&] { return showsAlert(); }));
+  key("Escape");
+  ASSERT_TRUE(eventually([&] { return windowNamed("Tollvane").empty(); }));
+  desktop.startPanel();
+  ASSERT_TRUE(eventually([&] { return bellIs("bell"); })) << desktop.registeredItems();
+  openMenu();
+}
+
+}  // namespace
+}  // namespace tollvane::test
