@@ -4,8 +4,10 @@
 #include <QApplication>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/app_delegate.h"
@@ -68,6 +70,27 @@ struct StartNotice {
   }
 };
 
+// Calls back once, whichever way the program ends: out of its event loop, or by the toolkit, which leaves through
+// exit() when the display server is gone.
+class TheEnd {
+ public:
+  explicit TheEnd(std::function<void()> handler) {
+    handler_ = std::move(handler);
+    std::atexit(TheEnd::tell);
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, TheEnd::tell);
+  }
+  ~TheEnd() { tell(); }
+  TheEnd(const TheEnd&) = delete;
+  TheEnd& operator=(const TheEnd&) = delete;
+
+ private:
+  static void tell() {
+    if (const auto handler = std::exchange(handler_, nullptr)) handler();
+  }
+
+  inline static std::function<void()> handler_;
+};
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -105,7 +128,7 @@ int main(int argc, char* argv[]) {
     platform.setToken(token);
     delegate.applicationShouldHandleReopen(false);
   };
-  QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
+  const TheEnd theEnd([&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
   return QApplication::exec();
 }

@@ -42,6 +42,7 @@ class PrivateDesktop {
   const std::filesystem::path& root() const { return root_; }
   std::string busAddress() const;
   Process& bus() { return *bus_; }
+  Process& screen() { return *server_; }
 
   // Starts a program in this desktop, with pipes at its standard input and output. The extra variables go over the
   // desktop's own.

@@ -64,8 +64,9 @@ void PrivateWayland::startSway() {
                 for (const auto& file : std::filesystem::directory_iterator(root_ / "run")) {
                   const std::string name = file.path().filename().string();
                   if (name.starts_with("wayland-") && !name.ends_with(".lock")) display_ = name;
+                  if (name.starts_with("sway-ipc.")) socket_ = file.path().string();
                 }
-                return !display_.empty() || !sway_->running();
+                return (!display_.empty() && !socket_.empty()) || !sway_->running();
               },
               kPatienceHere) &&
               sway_->running(),
@@ -93,6 +94,7 @@ std::unique_ptr<Process> PrivateWayland::start(const std::vector<std::string>& c
   };
   if (!display_.empty()) {
     variables["WAYLAND_DISPLAY"] = display_;
+    variables["SWAYSOCK"] = socket_;
     variables["QT_QPA_PLATFORM"] = "wayland";
     variables["GDK_BACKEND"] = "wayland";
   }

@@ -42,6 +42,9 @@ class PrivateWayland {
   void stopBar() { bar_.reset(); }
   std::string registeredItems();
 
+  // The home of whoever uses this desktop.
+  const std::filesystem::path& root() const { return root_; }
+
   void moveTo(int x, int y);
   void click(int x, int y, int button = kLeft);
   // A keyboard of its own comes and goes with each call, and a key may be lost before the compositor has told the
@@ -57,6 +60,7 @@ class PrivateWayland {
 
   std::filesystem::path root_;
   std::string display_;
+  std::string socket_;  // sway's own
   // In order of their start; they are stopped in the opposite one.
   std::unique_ptr<Process> bus_;
   std::unique_ptr<Process> sway_;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "desktop/desktop_fixture.h"
@@ -137,6 +138,7 @@ class WholeDesktopTest : public DesktopTest {
 
   const fs::path bundle = root() / "bundle";
   const fs::path sounds = root() / "sounds";
+  const fs::path socket = root() / ".local/share/Tollvane/bridge.sock";
   const std::string emptyBar = barPixels();
   std::unique_ptr<Process> tollvane;
 };
@@ -210,8 +212,8 @@ TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
         key("ctrl+q");
       },
       [&] { tollvane->signal(SIGTERM); },
+      [&] { tollvane->signal(SIGINT); },
   };
-  const fs::path socket = root() / ".local/share/Tollvane/bridge.sock";
   for (const auto& end : ways) {
     start();
     awaitBell();
@@ -225,6 +227,24 @@ TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
     EXPECT_TRUE(eventually([&] { return barPixels() == emptyBar; }));
   }
 }
+
+class EndOfSessionTest : public WholeDesktopTest {
+ protected:
+  void endWith(Process& lost) {
+    start();
+    awaitBell();
+    ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
+    const auto children = childrenOf(tollvane->pid());
+    lost.kill();
+    EXPECT_TRUE(tollvane->exitCode(kDesktopPatience));
+    EXPECT_FALSE(fs::exists(socket));
+    for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
+  }
+};
+
+TEST_F(EndOfSessionTest, NothingIsLeftWhenTheScreenIsGone) { endWith(desktop.screen()); }
+
+TEST_F(EndOfSessionTest, NothingIsLeftWhenTheBusIsGone) { endWith(desktop.bus()); }
 
 TEST_F(WholeDesktopTest, ASecondStartOpensTheSettingsOfTheFirstAndEnds) {
   start();
@@ -265,7 +285,27 @@ TEST_F(WithoutPanelTest, ItSaysSoAndAPanelThatComesLaterGetsOneBell) {
   ASSERT_TRUE(eventually([&] { return windowNamed("Tollvane").empty(); }));
   desktop.startPanel();
   ASSERT_TRUE(eventually([&] { return bellIs("bell"); })) << desktop.registeredItems();
+  // A bar without an icon is of one colour there.
+  ASSERT_TRUE(eventually([&] {
+    const std::string pixels = barPixels();
+    return std::set(pixels.begin(), pixels.end()).size() > 4;
+  }));
   openMenu();
+}
+
+TEST_F(WithoutPanelTest, AnOldTrayGetsTheBellAndTheBellOpensTheMenu) {
+  const auto tray = desktop.start({"trayer", "--edge", "top", "--align", "right", "--widthtype", "request"});
+  start();
+  std::string icon;
+  ASSERT_TRUE(eventually([&] {
+    icon = firstLine(run({"xdotool", "search", "--onlyvisible", "--pid", std::to_string(tollvane->pid())}));
+    return !icon.empty();
+  }));
+  EXPECT_EQ(desktop.registeredItems(), "") << "never two bells";
+  ASSERT_TRUE(eventually([&] {
+    run({"xdotool", "mousemove", "--window", icon, "8", "8", "click", "1"});
+    return waitUntil([&] { return menu().has_value(); }, std::chrono::milliseconds(2000));
+  }));
 }
 
 }  // namespace

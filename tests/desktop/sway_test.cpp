@@ -1,0 +1,65 @@
+// Another program's window comes forward under sway, from another workspace.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "support/private_wayland.h"
+
+namespace tollvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SwayTest : public testing::Test {
+ protected:
+  SwayTest() {
+    fs::copy_file(DESKTOP_PROBE, desktop.root() / "window");
+    fs::create_directories(desktop.root() / ".local/share/applications");
+    std::ofstream(desktop.root() / ".local/share/applications/window.desktop")
+        << "[Desktop Entry]\nType=Application\nName=A Window\nExec=" << (desktop.root() / "window").string() << "\n";
+  }
+  std::string sway(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command{"swaymsg"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return desktop.run(command).value_or("");
+  }
+  // By the word of the compositor.
+  bool isInFront(const Process& program) {
+    const std::string tree = sway({"-t", "get_tree", "-r"});
+    const auto focused = tree.find("\"focused\": true");
+    return focused != std::string::npos &&
+           tree.find("\"pid\": " + std::to_string(program.pid()) + ",", focused) != std::string::npos;
+  }
+  std::unique_ptr<Process> startProbe(const std::string& program) {
+    auto probe = desktop.start({program});
+    EXPECT_EQ(probe->line(), "ready");
+    return probe;
+  }
+  static std::string ask(Process& probe, const std::string& command) {
+    probe.writeLine(command);
+    return probe.line().value_or("(nothing)");
+  }
+
+  PrivateWayland desktop{WAYLAND_POINTER};
+};
+
+TEST_F(SwayTest, AWindowComesForwardFromAnotherWorkspace) {
+  const auto window = startProbe((desktop.root() / "window").string());
+  window->writeLine("alert Here I am|and here I stay|OK");
+  ASSERT_TRUE(waitUntil([&] { return isInFront(*window); })) << sway({"-t", "get_tree", "-r"});
+  sway({"workspace", "2"});
+  ASSERT_FALSE(isInFront(*window));
+  const auto probe = startProbe(DESKTOP_PROBE);
+  EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated yes");
+  EXPECT_TRUE(waitUntil([&] { return isInFront(*window); }));
+}
+
+TEST_F(SwayTest, AProgramWithoutWindowsIsSaidToHaveNone) {
+  const auto window = startProbe((desktop.root() / "window").string());
+  const auto probe = startProbe(DESKTOP_PROBE);
+  EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated no");
+}
+
+}  // namespace
+}  // namespace tollvane::test
