@@ -38,7 +38,7 @@ void LayerMenu::cover() {
   overlay_.installEventFilter(this);
   overlay_.winId();
   covering_ = shell_.cover(*overlay_.windowHandle());
-  if (!covering_) return menu_->hide();
+  if (!covering_) return;
   overlay_.setGeometry(QRect(overlay_.screen()->geometry().topLeft(), covering_->size()));
   overlay_.show();
   noPointer_.start();

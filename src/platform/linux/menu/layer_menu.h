@@ -26,6 +26,9 @@ class LayerMenu : public QObject {
   LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click);
   ~LayerMenu() override;
 
+  // False when the compositor has refused: there will be no menu.
+  bool isCovering() const { return static_cast<bool>(covering_); }
+
   // For the choice that the user has just made.
   std::string activationToken();
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScreen>
@@ -37,7 +38,8 @@ MenuWidget::MenuWidget(std::shared_ptr<const Menu> menu) : MenuWidget(menu->item
 
 MenuWidget::MenuWidget(const std::vector<MenuItem>& items, MenuWidget* parent)
     : QMenu(parent), top_(parent == nullptr ? this : parent->top_) {
-  setToolTipsVisible(true);
+  // A layer surface cannot be the parent of the toolkit's tooltips.
+  setToolTipsVisible(!QGuiApplication::platformName().startsWith(QLatin1String("wayland")));
   setLayoutDirection(Qt::LeftToRight);
   addEntries(items);
 }

@@ -82,6 +82,7 @@ void RichMenu::closed() {
 
 void RichMenu::openOnWayland(QPoint click) {
   layers_ = std::make_unique<LayerMenu>(*LayerShell::ofThisDesktop(), *widget_, click);
+  if (!layers_->isCovering()) closed();
 }
 
 RichMenuChoice RichMenu::choiceNow() {
