@@ -2,11 +2,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
+
 #include <QDBusConnectionInterface>
 #include <fstream>
 #include <optional>
 
 #include "bell_fixture.h"
+#include "platform/linux/status/appearance.h"
 #include "platform/linux/status/symbols.h"
 #include "watcher_and_portal.h"
 
@@ -296,6 +299,17 @@ TEST_F(StatusItemTest, APortalThatComesLaterIsAsked) {
   EXPECT_EQ(item.pixmaps(), hollowFor(BarTone::dark));
   TestPortal portal(desktop_, 2);
   EXPECT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
+}
+
+TEST_F(StatusItemTest, WindowsAndMenusFollowTheDesktopFromLightToDarkAndBack) {
+  TestPortal portal(desktop_, 2);
+  const Appearance appearance(*bus_);
+  const auto lightness = [] { return QApplication::palette().color(QPalette::Window).lightness(); };
+  ASSERT_TRUE(waitUntilOnTheBus([&] { return lightness() > 180; }));
+  portal.changeTo(1);
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return lightness() < 80; }));
+  portal.changeTo(2);
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return lightness() > 180; }));
 }
 
 }  // namespace
