@@ -1,0 +1,195 @@
+// The workspace among real processes of this machine.
+#include "platform/linux/desktop/linux_workspace.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "fake_system.h"
+#include "platform/linux/apps/linux_process_table.h"
+
+namespace tollvane {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using test::FakeSystem;
+
+bool eventually(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + 20s;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(2ms);
+  }
+  return true;
+}
+
+// A real program, ended with the object or with the test.
+class Child {
+ public:
+  explicit Child(std::vector<std::string> arguments) {
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    const pid_t parent = ::getpid();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+      if (::getppid() == parent) ::execv(pointers[0], pointers.data());
+      ::_exit(127);
+    }
+  }
+  ~Child() { end(); }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  Pid pid() const { return pid_; }
+
+  void kill() const { ::kill(pid_, SIGKILL); }
+
+  void end() {
+    if (pid_ <= 0) return;
+    kill();
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+
+ private:
+  pid_t pid_;
+};
+
+// Real processes of this machine, with entries of the test's own.
+class RealProcesses : public ::testing::Test {
+ protected:
+  RealProcesses()
+      : entries(system.environment),
+        applications(processes, entries, windows),
+        workspace(processes, applications, system.raiser, system.launcher) {}
+
+  void awaitExecutable(Pid pid, const std::string& executable) {
+    // The kernel tells the executable a moment before the arguments.
+    ASSERT_TRUE(
+        eventually([&] { return processes.executable(pid) == executable && !processes.arguments(pid).empty(); }));
+  }
+
+  FakeSystem system;
+  ProcFs processes;
+  DesktopEntries entries;
+  NoX11Windows windows;
+  Applications applications;
+  LinuxWorkspace workspace;
+  // A program of this test process alone: others look at the same machine at the same time.
+  const std::string name = "nap-" + std::to_string(::getpid());
+  const std::string nap = system.at("/usr/bin/" + name);
+};
+
+const std::string kSleep = fs::canonical("/bin/sleep").string();
+
+TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + " %U\n");
+  const Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  const auto application = workspace.runningApplication(child.pid());
+  ASSERT_TRUE(application);
+  EXPECT_EQ(application->localizedName, "Afternoon Nap");
+  EXPECT_EQ(application->activationPolicy, ActivationPolicy::regular);
+  const auto running = workspace.runningApplications(name);
+  ASSERT_EQ(running.size(), 1u);
+  EXPECT_EQ(running.front().pid, child.pid());
+  EXPECT_EQ(LinuxProcessTable(processes).parentPid(child.pid()), ::getpid());
+}
+
+TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  const Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  fs::copy_file(kSleep, nap + ".new");
+  fs::rename(nap + ".new", nap);
+  EXPECT_EQ(workspace.runningApplication(child.pid())->localizedName, "Afternoon Nap");
+}
+
+TEST_F(RealProcesses, ALinkedToolIsItsLinkAndTheToolIsNot) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::create_symlink(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  const Child linked({nap, "60"});
+  const Child direct({kSleep, "60"});
+  awaitExecutable(linked.pid(), kSleep);
+  awaitExecutable(direct.pid(), kSleep);
+  EXPECT_EQ(workspace.runningApplication(linked.pid())->localizedName, "Afternoon Nap");
+  EXPECT_FALSE(workspace.runningApplication(direct.pid()));
+  EXPECT_EQ(processes.programName(linked.pid()), name);
+  EXPECT_EQ(processes.programName(direct.pid()), "sleep");
+}
+
+TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
+  const std::string script = system.program("/usr/bin/tuner", "#!/bin/sh\nexec 2>/dev/null\n" + kSleep + " 60\ntrue\n");
+  system.entry("tuner", "Name=Tuner\nExec=tuner\n");
+  const Child child({script});
+  const auto sleeper = [&]() -> std::optional<Pid> {
+    for (const Pid pid : processes.all()) {
+      if (LinuxProcessTable(processes).parentPid(pid) == child.pid() && processes.executable(pid) == kSleep &&
+          !processes.arguments(pid).empty())
+        return pid;
+    }
+    return std::nullopt;
+  };
+  ASSERT_TRUE(eventually([&] { return sleeper().has_value(); }));
+  const Pid player = *sleeper();
+  EXPECT_FALSE(workspace.runningApplication(player));
+  EXPECT_EQ(workspace.runningApplication(*LinuxProcessTable(processes).parentPid(player))->localizedName, "Tuner");
+  ::kill(player, SIGKILL);
+}
+
+TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  Child child({nap, "60"});
+  awaitExecutable(child.pid(), nap);
+  const Pid pid = child.pid();
+  child.kill();
+  // Dead, but not yet buried: it has a parent still, and no name.
+  ASSERT_TRUE(eventually([&] { return processes.status(pid) && processes.status(pid)->state == 'Z'; }));
+  EXPECT_FALSE(workspace.runningApplication(pid));
+  EXPECT_EQ(LinuxProcessTable(processes).parentPid(pid), ::getpid());
+  child.end();
+  EXPECT_FALSE(workspace.runningApplication(pid));
+  EXPECT_FALSE(LinuxProcessTable(processes).parentPid(pid));
+  EXPECT_TRUE(workspace.runningApplications(name).empty());
+}
+
+TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
+  fs::create_directories(system.at("/usr/bin"));
+  fs::copy_file(kSleep, nap);
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  const Child first({nap, "60"});
+  awaitExecutable(first.pid(), nap);
+  // The kernel counts hundredths of a second.
+  const auto age = processes.status(first.pid())->startTime;
+  std::unique_ptr<Child> second;
+  ASSERT_TRUE(eventually([&] {
+    second = std::make_unique<Child>(std::vector<std::string>{nap, "60"});
+    return processes.status(second->pid())->startTime > age;
+  }));
+  awaitExecutable(second->pid(), nap);
+  const auto running = workspace.runningApplications(name);
+  ASSERT_EQ(running.size(), 2u);
+  EXPECT_EQ(running[0].pid, first.pid());
+  EXPECT_EQ(running[1].pid, second->pid());
+}
+
+}  // namespace
+}  // namespace tollvane
