@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -270,17 +271,48 @@ TEST_F(BridgeSocketTest, AStormOfHellosFromABridgeThatNeverReadsEndsThatBridgeOn
   EXPECT_THAT(link->connections, SizeIs(1));
 }
 
-TEST_F(BridgeSocketTest, HundredsOfBridgesAreHeard) {
+// As many descriptors as a test needs, until it ends.
+class DescriptorLimit {
+ public:
+  explicit DescriptorLimit(rlim_t limit) {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit wanted{std::min(limit, before_.rlim_max), before_.rlim_max};
+    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &wanted), 0);
+  }
+  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(BridgeSocketTest, AThousandBridgesAreHeard) {
+  const DescriptorLimit enough(4096);  // both ends are this process's
   link->start();
   std::vector<Bridge> bridges;
-  for (int i = 0; i < 400; ++i) bridges.push_back(connect());  // both ends are this process's descriptors
+  for (int i = 0; i < 1000; ++i) bridges.push_back(connect());
   for (const Bridge& bridge : bridges) bridge.write("{\"type\":\"audible\"}\n");
   system.queue.drainDescriptors();
-  EXPECT_THAT(reports, SizeIs(400));
+  EXPECT_THAT(reports, SizeIs(1000));
   bridges.clear();
   system.queue.drainDescriptors();
   EXPECT_THAT(link->connections, IsEmpty());
-  EXPECT_EQ(changes, 400);
+  EXPECT_EQ(changes, 1000);
+}
+
+TEST_F(BridgeSocketTest, WhoFindsNoRoomInTheProcessIsLetInLater) {
+  link->start();
+  const Bridge waiting(path());
+  ASSERT_TRUE(waiting.connected);
+  {
+    const DescriptorLimit none(static_cast<rlim_t>(waiting.fd()) + 1);
+    system.queue.drainDescriptors();  // returns, although the bridge waits
+    EXPECT_THAT(link->connections, IsEmpty());
+  }
+  system.queue.advance(1s);
+  system.queue.drainDescriptors();
+  EXPECT_THAT(link->connections, SizeIs(1));
 }
 
 TEST_F(BridgeSocketTest, StoppingClosesEverythingAndTakesTheSocketAway) {

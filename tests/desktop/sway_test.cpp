@@ -55,6 +55,15 @@ TEST_F(SwayTest, AWindowComesForwardFromAnotherWorkspace) {
   EXPECT_TRUE(waitUntil([&] { return isInFront(*window); }));
 }
 
+TEST_F(SwayTest, TheSettingsWindowIsShownInFrontInItsSize) {
+  const auto settings = desktop.start({SETTINGS_PROBE, "welcome"});
+  settings->writeLine("show");
+  ASSERT_TRUE(waitUntil([&] { return isInFront(*settings); })) << sway({"-t", "get_tree", "-r"});
+  const std::string tree = sway({"-t", "get_tree"});
+  EXPECT_NE(tree.find("\"Welcome\""), std::string::npos) << tree;
+  EXPECT_NE(tree.find("\"tollvane\""), std::string::npos) << tree;
+}
+
 TEST_F(SwayTest, AProgramWithoutWindowsIsSaidToHaveNone) {
   const auto window = startProbe((desktop.root() / "window").string());
   const auto probe = startProbe(DESKTOP_PROBE);
