@@ -14,7 +14,8 @@ TEST(ApplicationSocketTest, ItIsInTheApplicationsOwnDirectory) {
 TEST(ApplicationSocketTest, APathIsCutAfter103Bytes) {
   const std::size_t rest = std::string("/Tollvane/bridge.sock").size();
   for (const std::size_t length : {102u, 103u, 104u, 105u, 300u}) {
-    const std::string data = "/" + std::string(length - rest - 1, 'd');
+    std::string data = "/";
+    data.resize(length - rest, 'd');
     const std::string whole = data + "/Tollvane/bridge.sock";
     ASSERT_EQ(whole.size(), length);
     EXPECT_EQ(applicationSocket(data), whole.substr(0, 103)) << length;
