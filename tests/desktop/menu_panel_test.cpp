@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QImage>
 #include <optional>
+#include <set>
 
 #include "menu_fixture.h"
 
@@ -14,14 +15,21 @@ namespace {
 class MenuPanelTest : public testing::Test {
  protected:
   void start(const std::string& scenario) {
-    const QImage empty = bar();
     bell_.emplace(desktop_, scenario);
     bell_->tell("image bell");
     ASSERT_TRUE(
         waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
                   kDesktopPatience));
     // The panel needs a moment longer for its icon than for its registration.
-    ASSERT_TRUE(waitUntil([&] { return bar() != empty; }, kDesktopPatience));
+    ASSERT_TRUE(waitUntil([&] { return showsIcon(bar()); }, kDesktopPatience));
+  }
+
+  // A bar without an icon is of one colour, or not drawn yet.
+  static bool showsIcon(const QImage& image) {
+    std::set<QRgb> colors;
+    for (int y = 0; y < image.height(); ++y)
+      for (int x = 0; x < image.width(); ++x) colors.insert(image.pixel(x, y));
+    return colors.size() > 4;
   }
 
   // The end of the bar, where the last icon is.
