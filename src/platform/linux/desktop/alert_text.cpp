@@ -3,28 +3,13 @@
 #include <QTextBoundaryFinder>
 #include <algorithm>
 
+#include "platform/linux/status/plain_text.h"
+
 namespace tollvane {
 namespace {
 
 // A character may be followed by any number of marks that belong to it.
 constexpr qsizetype unitsPerCharacter = 8;
-
-bool isBidiControl(char16_t unit) {
-  return unit == 0x200E || unit == 0x200F || unit == 0x061C || (unit >= 0x202A && unit <= 0x202E) ||
-         (unit >= 0x2066 && unit <= 0x2069);
-}
-
-bool isBlank(char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029; }
-
-QString plain(const QString& text) {
-  QString result;
-  result.reserve(text.size());
-  for (const QChar character : text) {
-    if (isBidiControl(character.unicode())) continue;
-    result.append(isBlank(character.unicode()) ? QChar(u' ') : character);
-  }
-  return result;
-}
 
 // Where the first `count` characters end.
 qsizetype endOf(const QString& text, qsizetype count) {
@@ -58,10 +43,10 @@ QString alertText(std::string_view text, qsizetype most) {
   const auto longest = static_cast<std::size_t>(most * unitsPerCharacter * 4);
   QString line;
   if (text.size() > 2 * longest)
-    line = plain(QString::fromUtf8(text.data(), static_cast<qsizetype>(longest))) +
-           plain(QString::fromUtf8(text.data() + text.size() - longest, static_cast<qsizetype>(longest)));
+    line = withoutControls(QString::fromUtf8(text.data(), static_cast<qsizetype>(longest))) +
+           withoutControls(QString::fromUtf8(text.data() + text.size() - longest, static_cast<qsizetype>(longest)));
   else
-    line = plain(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    line = withoutControls(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
 
   if (endOf(line, most) >= line.size()) return line;
   qsizetype head = endOf(line, most / 2);

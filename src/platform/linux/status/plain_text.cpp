@@ -56,19 +56,23 @@ qsizetype cutAt(const QString& text) {
 
 }  // namespace
 
-QString plainLine(std::string_view text) {
-  // Cut the bytes first: a caller's megabyte must not be walked character by character. Half a character at the cut
-  // decodes to U+FFFD, far behind the part that is kept.
-  const bool cutBytes = text.size() > static_cast<std::size_t>(kMaxBytes);
-  const QString decoded = QString::fromUtf8(text.data(), cutBytes ? kMaxBytes : static_cast<qsizetype>(text.size()));
-
+QString withoutControls(const QString& text) {
   QString plain;
-  plain.reserve(decoded.size());
-  for (const QChar character : decoded) {
+  plain.reserve(text.size());
+  for (const QChar character : text) {
     if (!isBidiControl(character.unicode())) {
       plain.append(isBlank(character.unicode()) ? QChar(u' ') : character);
     }
   }
+  return plain;
+}
+
+QString plainLine(std::string_view text) {
+  // Cut the bytes first: a caller's megabyte must not be walked character by character. Half a character at the cut
+  // decodes to U+FFFD, far behind the part that is kept.
+  const bool cutBytes = text.size() > static_cast<std::size_t>(kMaxBytes);
+  QString plain =
+      withoutControls(QString::fromUtf8(text.data(), cutBytes ? kMaxBytes : static_cast<qsizetype>(text.size())));
   const qsizetype end = cutAt(plain);
   if (end < plain.size() || cutBytes) {
     plain.truncate(end);

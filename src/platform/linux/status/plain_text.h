@@ -1,4 +1,4 @@
-// Text from outside, made safe for the status bar and its menu. Pure functions; callable from any thread.
+// Text from outside, made safe to be drawn. Pure functions; callable from any thread.
 //
 // Hosts disagree about a tooltip: some show it as it is, some read it as Pango markup, where a bare "&" even empties
 // it. The only text that reads the same in both holds no markup character at all.
@@ -10,9 +10,12 @@
 
 namespace tollvane {
 
-// The text as one line that can be drawn: UTF-8 in; what is not UTF-8 becomes U+FFFD.
+// The text on one line.
 //   control characters, U+2028 U+2029 -> one blank each
 //   bidirectional controls    -> dropped, so that no title can turn the rest of the line around
+QString withoutControls(const QString& text);
+
+// The same of UTF-8, as long as a line of a bar or a menu may be; what is not UTF-8 becomes U+FFFD.
 //   more than 300 user-perceived characters (or 2,400 UTF-16 units) -> cut at a character, with an ellipsis
 QString plainLine(std::string_view text);
 
