@@ -5,6 +5,7 @@
 
 #include "support/json.h"
 #include "support/json_value.h"
+#include "support/web_page.h"
 
 namespace tollvane {
 namespace {
@@ -44,15 +45,6 @@ std::optional<TimePoint> day(std::string_view text) {
                                          std::chrono::day(static_cast<unsigned>(number(dayOfMonth)))};
   if (!date.ok()) return std::nullopt;
   return std::chrono::sys_days(date);
-}
-
-bool isWebPage(std::string_view url) {
-  const auto startsWith = [&](std::string_view scheme) {
-    return url.size() > scheme.size() &&
-           std::equal(scheme.begin(), scheme.end(), url.begin(),
-                      [](char expected, char c) { return expected == (c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); });
-  };
-  return startsWith("https://") || startsWith("http://");
 }
 
 }  // namespace

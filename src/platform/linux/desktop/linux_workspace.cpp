@@ -4,17 +4,9 @@
 #include <utility>
 
 #include "platform/linux/apps/bundle_ids.h"
+#include "support/web_page.h"
 
 namespace tollvane {
-namespace {
-
-// Nothing else is opened by its address: other schemes start programs.
-bool isPage(std::string_view url) {
-  const std::string start = lowerCase(url.substr(0, 8));
-  return start.starts_with("http://") || start.starts_with("https://");
-}
-
-}  // namespace
 
 LinuxWorkspace::LinuxWorkspace(const ProcFs& processes, const Applications& applications, WindowRaiser& windows,
                                Launcher& launcher)
@@ -122,12 +114,12 @@ void LinuxWorkspace::open(const std::filesystem::path& path) {
 }
 
 void LinuxWorkspace::openURL(std::string_view url) {
-  if (isPage(url)) launcher_.open(std::string(url), [](bool) {});
+  if (isWebPage(url)) launcher_.open(std::string(url), [](bool) {});
 }
 
 void LinuxWorkspace::openURL(std::string_view url, const std::filesystem::path& application,
                              std::function<void(bool)> done) {
-  if (!isPage(url) || !application.is_absolute()) return done(false);
+  if (!isWebPage(url) || !application.is_absolute()) return done(false);
   launcher_.launch(application, {std::string(url)}, std::move(done));
 }
 
