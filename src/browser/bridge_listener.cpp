@@ -1,16 +1,13 @@
 #include "browser/bridge_listener.h"
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <optional>
 #include <utility>
+
+#include "support/local_socket.h"
 
 namespace tollvane {
 namespace {
@@ -22,13 +19,6 @@ UniqueFd streamSocket() {
   UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
   if (socket) ::fcntl(socket.get(), F_SETFD, FD_CLOEXEC);
   return socket;
-}
-
-sockaddr_un addressOf(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, BridgeListener::longestPath);
-  return address;
 }
 
 // The structure's whole size, whatever the length of the path.
@@ -50,24 +40,10 @@ bool bindPrivately(int socket, const sockaddr_un& address) {
   return bound && ::chmod(address.sun_path, S_IRUSR | S_IWUSR) == 0;
 }
 
-// Absent where the system does not tell.
-std::optional<uid_t> peerUser(int socket) {
-#ifdef SO_PEERCRED
-  ucred peer{};
-  socklen_t size = sizeof peer;
-  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0) return peer.uid;
-  return std::nullopt;
-#else
-  uid_t user{};
-  gid_t group{};
-  return ::getpeereid(socket, &user, &group) == 0 ? std::optional(user) : std::nullopt;
-#endif
-}
-
 }  // namespace
 
 void BridgeListener::open(const std::string& path) {
-  const sockaddr_un address = addressOf(path);
+  const sockaddr_un address = localAddress(path);
   if (isAnswered(address)) return;
   ::unlink(address.sun_path);
   UniqueFd socket = streamSocket();

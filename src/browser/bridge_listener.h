@@ -18,9 +18,6 @@ namespace tollvane {
 
 class BridgeListener {
  public:
-  // The longest path that the system takes, in bytes; a longer one is cut there.
-  static constexpr std::size_t longestPath = 103;
-
   explicit BridgeListener(MainQueue& queue) : queue_(queue) {}
   ~BridgeListener() { close(); }
   BridgeListener(const BridgeListener&) = delete;
@@ -29,6 +26,7 @@ class BridgeListener {
   // Called with the socket of each bridge that connects.
   std::function<void(UniqueFd socket)> onConnection;
 
+  // A path that is too long for a socket is cut.
   void open(const std::string& path);
 
   // Removes the socket's file too, if it is still the own one.
