@@ -1,6 +1,8 @@
 #include "platform/linux/system/autostart_login.h"
 
-#include <algorithm>
+#include <glib.h>
+
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,33 +41,37 @@ std::string entryFor(const std::filesystem::path& program) {
          "X-GNOME-Autostart-enabled=true\n";
 }
 
-std::string_view trimmed(std::string_view text) {
-  const auto begin = text.find_first_not_of(" \t\r");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
-}
-
-// The value of a key in the entry's own group.
-std::string_view valueOf(std::string_view entry, std::string_view key) {
-  bool inGroup = false;
-  while (!entry.empty()) {
-    const auto end = std::min(entry.find('\n'), entry.size());
-    const std::string_view line = trimmed(entry.substr(0, end));
-    entry.remove_prefix(std::min(end + 1, entry.size()));
-    if (line.starts_with('[')) inGroup = line == "[Desktop Entry]";
-    const auto equals = line.find('=');
-    if (inGroup && equals != std::string_view::npos && trimmed(line.substr(0, equals)) == key)
-      return trimmed(line.substr(equals + 1));
+class DesktopEntry {
+ public:
+  explicit DesktopEntry(const std::string& text) : file_(g_key_file_new(), g_key_file_free) {
+    g_key_file_load_from_data(file_.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr);
   }
-  return {};
-}
 
-// How desktops and their settings say that the user does not want this entry.
-bool isTurnedOff(std::string_view entry) {
-  return valueOf(entry, "Hidden") == "true" || valueOf(entry, "X-GNOME-Autostart-enabled") == "false" ||
-         valueOf(entry, "X-MATE-Autostart-enabled") == "false" ||
-         valueOf(entry, "X-KDE-autostart-enabled") == "false" || valueOf(entry, "X-XFCE-Autostart-enabled") == "false";
-}
+  std::string command() const {
+    const std::unique_ptr<gchar, decltype(&g_free)> text(
+        g_key_file_get_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr), g_free);
+    return text ? text.get() : "";
+  }
+
+  // How desktops and their settings say that the user does not want this entry.
+  bool isTurnedOff() const {
+    return says(G_KEY_FILE_DESKTOP_KEY_HIDDEN, true) || says("X-GNOME-Autostart-enabled", false) ||
+           says("X-MATE-Autostart-enabled", false) || says("X-KDE-autostart-enabled", false) ||
+           says("X-XFCE-Autostart-enabled", false);
+  }
+
+ private:
+  // False also when it says nothing, or no truth value.
+  bool says(const char* key, bool wanted) const {
+    GError* error = nullptr;
+    const bool value = g_key_file_get_boolean(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, &error) != FALSE;
+    const bool isSaid = error == nullptr;
+    g_clear_error(&error);
+    return isSaid && value == wanted;
+  }
+
+  std::unique_ptr<GKeyFile, decltype(&g_key_file_free)> file_;
+};
 
 }  // namespace
 
@@ -76,10 +82,11 @@ AutostartLogin::AutostartLogin(Files& files, std::optional<std::filesystem::path
 }
 
 LoginStatus AutostartLogin::status() const {
-  const auto entry = entry_ ? files_.read(*entry_, largestEntry) : std::nullopt;
-  if (!entry) return LoginStatus::notRegistered;
-  if (isTurnedOff(*entry)) return LoginStatus::requiresApproval;
-  const bool ours = valueOf(*entry, "Exec") == valueOf(entryFor(program_), "Exec");
+  const auto text = entry_ ? files_.read(*entry_, largestEntry) : std::nullopt;
+  if (!text) return LoginStatus::notRegistered;
+  const DesktopEntry entry(*text);
+  if (entry.isTurnedOff()) return LoginStatus::requiresApproval;
+  const bool ours = entry.command() == DesktopEntry(entryFor(program_)).command();
   return ours ? LoginStatus::enabled : LoginStatus::notRegistered;
 }
 
