@@ -14,6 +14,7 @@ target_compile_options(tollvane_options INTERFACE
 if(TOLLVANE_SANITIZE)
   add_compile_options(-fsanitize=${TOLLVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TOLLVANE_SANITIZE})
+  add_compile_definitions(TOLLVANE_SANITIZED)
 endif()
 
 # A program that belongs into the bundle.

@@ -302,6 +302,9 @@ TEST_F(BridgeSocketTest, AThousandBridgesAreHeard) {
 }
 
 TEST_F(BridgeSocketTest, WhoFindsNoRoomInTheProcessIsLetInLater) {
+#ifdef TOLLVANE_SANITIZED
+  GTEST_SKIP() << "the sanitizer's checks of types need descriptors themselves";
+#endif
   link->start();
   const Bridge waiting(path());
   ASSERT_TRUE(waiting.connected);
