@@ -2,11 +2,7 @@
 // Obeys lines on its standard input and prints what the user does with the item.
 //   image SYMBOL DESCRIPTION...   tooltip TEXT...   another-item   quit
 //   -> "obeyed" after each line, "activated X Y TOKEN" at a click
-#include <unistd.h>
-
 #include <QGuiApplication>
-#include <QSocketNotifier>
-#include <array>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -14,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/status/linux_status_bar.h"
+#include "probe_lines.h"
 
 namespace {
 
@@ -29,21 +26,9 @@ class Probe {
     items_.push_back(bar_.makeStatusItem());
   }
 
-  void read() {
-    std::array<char, 4096> buffer;
-    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-    if (count <= 0) {
-      QCoreApplication::quit();
-      return;
-    }
-    received_.append(buffer.data(), static_cast<std::size_t>(count));
-    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
-      const std::string line = received_.substr(0, end);
-      received_.erase(0, end + 1);
-      obey(line);
-      std::puts("obeyed");
-      std::fflush(stdout);
-    }
+  void read(const std::string& line) {
+    obey(line);
+    tollvane::test::say("obeyed");
   }
 
  private:
@@ -70,7 +55,6 @@ class Probe {
 
   tollvane::LinuxStatusBar bar_;
   std::vector<std::unique_ptr<StatusItem>> items_;
-  std::string received_;
 };
 
 }  // namespace
@@ -82,7 +66,6 @@ int main(int argc, char** argv) {
     return 2;
   }
   Probe probe(argv[1]);
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, [&probe] { probe.read(); });
+  const tollvane::test::ProbeLines lines([&probe](const std::string& line) { probe.read(line); });
   return application.exec();
 }

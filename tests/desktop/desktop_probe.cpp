@@ -10,9 +10,6 @@
 //   ask                   -> "ok", behind everything that is done already
 #include <QApplication>
 #include <QMessageBox>
-#include <QSocketNotifier>
-#include <cstdio>
-#include <iostream>
 #include <sstream>
 #include <string>
 
@@ -25,15 +22,12 @@
 #include "platform/linux/desktop/sway_ipc.h"
 #include "platform/linux/desktop/x11_raiser.h"
 #include "platform/linux/system/system_clock.h"
+#include "probe_lines.h"
 
 namespace {
 
 using namespace tollvane;
-
-void say(const std::string& line) {
-  std::puts(line.c_str());
-  std::fflush(stdout);
-}
+using test::say;
 
 const char* yesOrNo(bool value) { return value ? "yes" : "no"; }
 
@@ -98,12 +92,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   Desktop desktop;
-  QSocketNotifier input(0, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, [&] {
-    std::string line;
-    if (!std::getline(std::cin, line)) return QCoreApplication::quit();
-    obey(desktop, line);
-  });
+  const test::ProbeLines lines([&desktop](const std::string& line) { obey(desktop, line); });
   say("ready");
   return QApplication::exec();
 }

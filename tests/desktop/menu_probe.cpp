@@ -8,12 +8,8 @@
 //   quit
 //   -> "obeyed" after each line, "opened X Y W H", "painted" and "closed", and at a choice "chosen IDENTIFIER | TOKEN
 //   TIMESTAMP"
-#include <unistd.h>
-
 #include <QApplication>
 #include <QPainter>
-#include <QSocketNotifier>
-#include <array>
 #include <cstdio>
 #include <memory>
 #include <sstream>
@@ -24,15 +20,12 @@
 #include "platform/linux/menu/rich_menu.h"
 #include "platform/linux/status/appearance.h"
 #include "platform/linux/status/linux_status_bar.h"
+#include "probe_lines.h"
 
 namespace {
 
 using namespace tollvane;
-
-void say(const std::string& line) {
-  std::puts(line.c_str());
-  std::fflush(stdout);
-}
+using test::say;
 
 std::string text(const QRect& rect) {
   std::ostringstream out;
@@ -62,17 +55,10 @@ class Probe : public QObject {
     qApp->installEventFilter(this);
   }
 
-  void read() {
-    std::array<char, 4096> buffer;
-    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-    if (count <= 0) return QCoreApplication::quit();
-    received_.append(buffer.data(), static_cast<std::size_t>(count));
-    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
-      std::istringstream line(received_.substr(0, end));
-      received_.erase(0, end + 1);
-      obey(line);
-      say("obeyed");
-    }
+  void read(const std::string& order) {
+    std::istringstream line(order);
+    obey(line);
+    say("obeyed");
   }
 
  protected:
@@ -160,7 +146,6 @@ class Probe : public QObject {
   std::unique_ptr<StatusItem> item_;
   test::MenuScenario scenario_;
   RichMenu direct_{scenario_};
-  std::string received_;
 };
 
 }  // namespace
@@ -176,7 +161,6 @@ int main(int argc, char** argv) {
   }
   const Appearance appearance(QDBusConnection::sessionBus());
   Probe probe(argv[1], argv[2]);
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, &probe, [&probe] { probe.read(); });
+  const test::ProbeLines lines([&probe](const std::string& line) { probe.read(line); });
   return application.exec();
 }

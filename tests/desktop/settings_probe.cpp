@@ -6,14 +6,10 @@
 //   state           -> what is on: "on NAME", "off NAME" for each switch and check box, then "window shown|hidden"
 //   quit
 //   -> "obeyed" after each line
-#include <unistd.h>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSocketNotifier>
-#include <array>
 #include <cstdio>
 #include <sstream>
 #include <string>
@@ -22,16 +18,13 @@
 #include "platform/linux/desktop/linux_application.h"
 #include "platform/linux/settings/qt_settings_windows.h"
 #include "platform/linux/status/appearance.h"
+#include "probe_lines.h"
 #include "settings_scenarios.h"
 
 namespace {
 
 using namespace tollvane;
-
-void say(const std::string& line) {
-  std::puts(line.c_str());
-  std::fflush(stdout);
-}
+using test::say;
 
 QWidget* page() {
   for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -57,17 +50,10 @@ class Probe {
     });
   }
 
-  void read() {
-    std::array<char, 4096> buffer;
-    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-    if (count <= 0) return QCoreApplication::quit();
-    received_.append(buffer.data(), static_cast<std::size_t>(count));
-    for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
-      std::istringstream line(received_.substr(0, end));
-      received_.erase(0, end + 1);
-      obey(line);
-      say("obeyed");
-    }
+  void read(const std::string& order) {
+    std::istringstream line(order);
+    obey(line);
+    say("obeyed");
   }
 
  private:
@@ -124,7 +110,6 @@ class Probe {
   QtSettingsWindows windows_{[this](QWidget& window) { application_.bringForward(window); }};
   std::unique_ptr<SettingsWindow> window_;
   bool due_ = false;
-  std::string received_;
 };
 
 }  // namespace
@@ -139,7 +124,6 @@ int main(int argc, char** argv) {
     return 2;
   }
   Probe probe(argv[1]);
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, &input, [&probe] { probe.read(); });
+  const test::ProbeLines lines([&probe](const std::string& line) { probe.read(line); });
   return QApplication::exec();
 }
