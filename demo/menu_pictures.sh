@@ -30,15 +30,7 @@ start_bus() {
 
 # start_x11 SCALE LIGHT_OR_DARK
 start_x11() {
-  rm -f "$root/display"
-  setpriv --pdeathsig KILL Xvfb -displayfd 1 -screen 0 "$((1000 * $1))x$((760 * $1))x24" -nolisten tcp -noreset \
-    >"$root/display" 2>"$root/log/xvfb.log" </dev/null &
-  started+=($!)
-  require 10 "the X server" test -s "$root/display"
-  DISPLAY=:$(cat "$root/display")
-  export DISPLAY
-  start openbox openbox --sm-disable --startup "echo ready"
-  require 10 "the window manager" grep -qx ready "$root/log/openbox.log"
+  start_screen "$((1000 * $1))x$((760 * $1))"
   xsetroot -solid '#4f6272'
   write_panel_settings
   export GDK_SCALE=$1

@@ -105,8 +105,17 @@ start_sound() {
 }
 
 start_desktop() {
+  start_screen 800x300
+  write_panel_settings
+  command -v xsetroot >/dev/null && xsetroot -solid '#4f6272'
+  start_panel
+}
+
+# start_screen SIZE: an X server with one screen of that size, and a window manager.
+start_screen() {
+  rm -f "$root/display"
   # -noreset: or the server starts over when the first client that only looks around leaves.
-  setpriv --pdeathsig KILL Xvfb -displayfd 1 -screen 0 800x300x24 -nolisten tcp -noreset \
+  setpriv --pdeathsig KILL Xvfb -displayfd 1 -screen 0 "$1x24" -nolisten tcp -noreset \
     >"$root/display" 2>"$root/log/xvfb.log" </dev/null &
   started+=($!)
   require 10 "the X server" test -s "$root/display"
@@ -115,9 +124,6 @@ start_desktop() {
   # It names itself on the root window too early: a window that is mapped while it starts may escape it for ever.
   start openbox openbox --sm-disable --startup "echo ready"
   require 10 "the window manager" grep -qx ready "$root/log/openbox.log"
-  write_panel_settings
-  command -v xsetroot >/dev/null && xsetroot -solid '#4f6272'
-  start_panel
 }
 
 write_panel_settings() {
