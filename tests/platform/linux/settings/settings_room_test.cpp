@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QFontInfo>
 #include <QPushButton>
 #include <QScrollArea>
+#include <ostream>
 #include <string>
 #include <tuple>
 
@@ -22,6 +24,8 @@ struct NamedFont {
   double points;
 };
 
+void PrintTo(const NamedFont& font, std::ostream* out) { *out << font.family << ' ' << font.points; }
+
 class SettingsRoom : public testing::TestWithParam<std::tuple<std::string, NamedFont, ColorScheme>> {
  protected:
   SettingsRoom() {
@@ -33,7 +37,8 @@ class SettingsRoom : public testing::TestWithParam<std::tuple<std::string, Named
     page.setFixedSize(520, 640);
     page.setContent(SettingsScenario(scenario).content());
     page.show();
-    QApplication::processEvents();
+    while (QEventLoop().processEvents()) {
+    }  // a layout within a layout asks for one more round
   }
   void SetUp() override {
     const char* family = std::get<NamedFont>(GetParam()).family;
