@@ -57,6 +57,7 @@ class Browser:
         raise NotImplementedError
 
     def close_tab(self, tab):
+        """Returns when it is gone: until then it may bring another one to the front."""
         raise NotImplementedError
 
     def show_tab(self, tab):

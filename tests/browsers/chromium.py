@@ -53,6 +53,7 @@ class Chromium(Browser):
 
     def close_tab(self, tab):
         self._command('Target.closeTarget', targetId=tab)
+        wait_until(lambda: tab not in self.tabs(), 'the end of the tab')
 
     def show_tab(self, tab):
         self._command('Target.activateTarget', targetId=tab)

@@ -72,7 +72,13 @@ class ExtensionTest(unittest.TestCase):
         return answer['ok']
 
     def await_title(self, tab, title):
-        wait_until(lambda: self.browser.title(tab) == title, f'the title {title}; it is {self.browser.title(tab)}')
+        try:
+            wait_until(lambda: self.browser.title(tab) == title, f'the title {title}')
+        except TimeoutError as late:
+            late.add_note('What the extension knows: ' + self.in_extension(
+                '''Promise.all([api.storage.session.get(null), api.permissions.getAll(), api.tabs.query({})])
+                   .then(all => JSON.stringify(all))'''))
+            raise
 
     def await_front(self, tab):
         wait_until(lambda: self.browser.is_in_front(tab), 'the coming forward of the tab')
@@ -87,7 +93,7 @@ class ExtensionTest(unittest.TestCase):
             for on in (False, True):
                 self.application.send(type='settings', markTabs=on)
             tab = wait_until(lambda: self.browser.find_tab(OPTIONS), 'the options page')
-        wait_until(lambda: self.browser.run(tab, "document.getElementById('version').textContent"), 'the page')
+        wait_until(lambda: self.browser.run(tab, "document.getElementById('version')?.textContent"), 'the page')
         return tab
 
     def bridges(self):
