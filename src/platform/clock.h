@@ -22,7 +22,8 @@ class Clock {
   // The wall clock: what a person would read. May jump when the user or the network sets it.
   virtual TimePoint now() const = 0;
 
-  // The steady clock: advances evenly with real time, is never set.
+  // The steady clock: advances evenly with real time, also while the machine sleeps, and is never set. Comparable only
+  // with itself.
   virtual Instant steadyNow() const = 0;
 };
 

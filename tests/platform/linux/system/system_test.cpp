@@ -10,6 +10,7 @@
 #include "platform/linux/system/executable_bundle.h"
 #include "platform/linux/system/icu_date_formatter.h"
 #include "platform/linux/system/qt_main_queue.h"
+#include "platform/linux/system/system_clock.h"
 #include "platform/linux/system/xdg_locations.h"
 #include "support/temporary_directory.h"
 
@@ -116,6 +117,18 @@ TEST_F(IcuDateFormatterTest, TheTimeLanguageGoesBeforeTheGeneralOne) {
   const Environment tz("TZ", "UTC");
   const Environment times("LC_TIME", "ja_JP.UTF-8");
   EXPECT_EQ(IcuDateFormatter().string("h:mm:ss a", time), "2:05:09 午後");
+}
+
+TEST(SystemClockTest, SteadyTimeIsTheTimeSinceTheMachineStartedAsleepOrNot) {
+  const auto sinceStart = [] {
+    timespec now{};
+    EXPECT_EQ(::clock_gettime(CLOCK_BOOTTIME, &now), 0);
+    return Instant(std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec));
+  };
+  const Instant before = sinceStart();
+  const Instant now = SystemClock().steadyNow();
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, sinceStart());
 }
 
 class QtMainQueueTest : public testing::Test {
