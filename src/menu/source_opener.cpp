@@ -1,6 +1,5 @@
 #include "menu/source_opener.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tollvane {
@@ -44,14 +43,21 @@ void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string&
 }
 
 void SourceOpener::openApplication(const std::string& app) {
-  const auto running = platform_.workspace.runningApplications();
-  const auto found = std::find_if(running.begin(), running.end(), [&](const RunningApplication& candidate) {
-    return candidate.localizedName == app && candidate.activationPolicy == ActivationPolicy::regular;
-  });
-  if (found != running.end())
-    return platform_.workspace.activate(*found, alive_.guard([this, app](bool cameForward) {
-      if (!cameForward) nothingToOpen(app);
-    }));
+  const auto running = runningApplication(app);
+  if (!running) return notRunning(app);
+  platform_.workspace.activate(*running, alive_.guard([this, app](bool cameForward) {
+    if (cameForward) return;
+    runningApplication(app) ? nothingToOpen(app) : notRunning(app);  // it may have ended since
+  }));
+}
+
+std::optional<RunningApplication> SourceOpener::runningApplication(const std::string& app) const {
+  for (auto& candidate : platform_.workspace.runningApplications())
+    if (candidate.localizedName == app && candidate.activationPolicy == ActivationPolicy::regular) return candidate;
+  return std::nullopt;
+}
+
+void SourceOpener::notRunning(const std::string& app) {
   if (const auto where = resolver_.appURL(app))
     offerToLaunch(app, *where);
   else

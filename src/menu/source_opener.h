@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "browser/browser_link.h"
@@ -25,6 +26,8 @@ class SourceOpener {
   void openTab(std::int64_t tabId, Browser in, const std::string& label);
   void tabFocused(FocusResult result, Browser in, const std::string& label);
   void openApplication(const std::string& app);
+  std::optional<RunningApplication> runningApplication(const std::string& app) const;
+  void notRunning(const std::string& app);
   void offerToLaunch(const std::string& app, const std::filesystem::path& where);
   void nothingToOpen(const std::string& app);
   void show(const Alert& alert, std::function<void(std::size_t)> answer = nullptr);

@@ -90,6 +90,15 @@ TEST_F(SourceOpenerTest, AnApplicationThatHasNoWindowAfterAllHasNothingToOpen) {
   EXPECT_EQ(alerts()[0].messageText, "Nothing to open");
 }
 
+TEST_F(SourceOpenerTest, AnApplicationThatEndsBeforeItCouldComeForwardIsOffered) {
+  system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
+  system.workspace.addRunning(10, "Mail");
+  system.workspace.ending.insert(10);
+  open("Mail");
+  ASSERT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(alerts()[0].messageText, "Mail is closed");
+}
+
 TEST_F(SourceOpenerTest, ABrowserThatWasQuitIsClosedAndItsExtensionIsNotAsked) {
   const auto firefox = connectFirefox();
   opener->open(tabSound());

@@ -114,7 +114,9 @@ class VirtualWorkspace : public Workspace {
 
   void activate(const RunningApplication& application, std::function<void(bool)> done) override {
     activated.push_back(application.pid);
-    done(!windowless.contains(application.pid));
+    if (ending.contains(application.pid))
+      std::erase_if(running, [&](const Running& each) { return each.application.pid == application.pid; });
+    done(!windowless.contains(application.pid) && !ending.contains(application.pid));
   }
   void open(const std::filesystem::path& path) override { opened.push_back(path); }
   void openURL(std::string_view url) override { opened.emplace_back(url); }
@@ -133,6 +135,7 @@ class VirtualWorkspace : public Workspace {
   std::map<std::string, std::filesystem::path> installed;  // by bundle identifier
   std::map<std::filesystem::path, std::string> displayNames;
   std::set<Pid> windowless;                // activating these brings nothing forward
+  std::set<Pid> ending;                    // these end before they come forward
   std::set<std::filesystem::path> broken;  // these do not start
   std::vector<Pid> activated;
   std::vector<std::string> opened;  // paths, pages, and pages "in" an application
