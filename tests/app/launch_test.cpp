@@ -167,13 +167,14 @@ TEST_F(LaunchTest, BrowserRowsSayHowInstalledBrowsersStand) {
   for (const Browser browser : {Browser::safari, Browser::brave, Browser::chromium, Browser::firefox})
     system.workspace.installed[std::string(browser.bundleID())] = "/apps/x";
   system.workspace.addRunning(1, "Chromium", ActivationPolicy::regular, "org.chromium.Chromium");
-  system.workspace.addRunning(2, "Safari", ActivationPolicy::regular, "com.apple.Safari");
   connect(Browser::firefox);
+  const BrowserRow safari{"safari", "Safari", "Turn on in Safari Settings, Extensions", false};
+  EXPECT_EQ(browserRows(delegate->link(), system.workspace).back(), safari);
+  system.workspace.addRunning(2, "Safari", ActivationPolicy::regular, "com.apple.Safari");
   EXPECT_THAT(browserRows(delegate->link(), system.workspace),
               ElementsAre(BrowserRow{"brave", "Brave Browser", "Not running", false},
                           BrowserRow{"chromium", "Chromium", "Extension not connected", false},
-                          BrowserRow{"firefox", "Firefox", "Connected", true},
-                          BrowserRow{"safari", "Safari", "Turn on in Safari Settings, Extensions", false}));
+                          BrowserRow{"firefox", "Firefox", "Connected", true}, safari));
   delegate->link().safariEnabled = true;
   EXPECT_EQ(browserRows(delegate->link(), system.workspace)[3], (BrowserRow{"safari", "Safari", "Connected", true}));
 }

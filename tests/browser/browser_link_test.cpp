@@ -248,6 +248,30 @@ TEST_F(BrowserLinkTest, AHelloOfSafariIsAnsweredThroughSafari) {
               ElementsAre(R"(tollvane com.quarnel.tollvane.safari {"markTabs":true,"type":"settings"})"));
 }
 
+TEST_F(BrowserLinkTest, WhatSafariLeavesInItsInboxIsHeardFromTheStartOn) {
+  std::vector<std::string> heard;
+  link.onTab = [&](BrowserConnection& from, const Message& report) {
+    EXPECT_EQ(&from, &link.safariConnection());
+    EXPECT_EQ(from.browser(), Browser(Browser::safari));
+    heard.push_back(report.at("title"));
+  };
+  const auto firefox = connect(Browser::firefox);
+  const std::filesystem::path inbox = paths.supportDir() / "safari-inbox";
+  system.files.createDirectories(inbox);
+  system.files.contents[inbox / "1.json"] = R"({"type":"hello","version":"1"})";
+  system.files.contents[inbox / "2.json"] = R"({"type":"audible","tabId":4,"title":"Before","host":"a.example"})";
+  link.start();
+  EXPECT_TRUE(link.safariEnabled);
+  EXPECT_THAT(heard, ElementsAre("Before"));
+  EXPECT_THAT(system.safari.sent,
+              ElementsAre(R"(tollvane com.quarnel.tollvane.safari {"markTabs":true,"type":"settings"})"));
+  EXPECT_THAT(firefox->sent, IsEmpty());
+
+  system.files.contents[inbox / "3.json"] = R"({"type":"audible","tabId":4,"title":"After","host":"a.example"})";
+  system.queue.directoryChanged(inbox);
+  EXPECT_THAT(heard, ElementsAre("Before", "After"));
+}
+
 TEST_F(BrowserLinkTest, SafariIsAskedAndToldOnlyWhileItIsEnabled) {
   std::vector<FocusResult> results;
   link.askWhichTabIsAudible(Browser::safari);

@@ -13,16 +13,18 @@ TEST(PrefsTest, AFreshAccountHasTheDefaults) {
   EXPECT_FALSE(prefs.markTabs());
   EXPECT_TRUE(prefs.suggestExtension());
   EXPECT_FALSE(prefs.hasLaunchedBefore());
-  EXPECT_EQ(store.object("updateLastCheck"), std::nullopt);
+  EXPECT_EQ(prefs.updateLastCheck(), 0);
 }
 
 TEST(PrefsTest, AValueOfTheWrongTypeReadsAsTheDefault) {
   test::VirtualDefaults store;
-  for (const auto* key : {"markTabs", "suggestExtension", "hasLaunchedBefore"}) store.values[key] = Defaults::Other{};
+  for (const auto* key : {"markTabs", "suggestExtension", "hasLaunchedBefore", "updateLastCheck"})
+    store.values[key] = Defaults::Other{};
   const Prefs prefs(store);
   EXPECT_FALSE(prefs.markTabs());
   EXPECT_TRUE(prefs.suggestExtension());
   EXPECT_FALSE(prefs.hasLaunchedBefore());
+  EXPECT_EQ(prefs.updateLastCheck(), 0);
 }
 
 TEST(PrefsTest, ANumberIsATruthValueOnlyIfItIsZeroOrOne) {
