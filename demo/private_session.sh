@@ -98,6 +98,8 @@ start_sound() {
   mkdir -p "$XDG_CONFIG_HOME/wireplumber/bluetooth.lua.d"
   echo 'bluez_monitor.enabled = false' >"$XDG_CONFIG_HOME/wireplumber/bluetooth.lua.d/51-no-bluetooth.lua"
   start wireplumber wireplumber
+  # pipewire-pulse gives up where a player makes this directory at the same moment.
+  mkdir -m 700 "$XDG_RUNTIME_DIR/pulse"
   start pipewire-pulse pipewire-pulse
   sox -n -r 48000 -b 16 -c 2 "$root/silence.wav" trim 0 0.01
   # A sink that is listed may still hang; one that has played does not.

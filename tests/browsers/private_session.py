@@ -165,6 +165,8 @@ class PrivateSession:
         self.start('pipewire', ['pipewire'])
         wait_until((self.root / 'run/pipewire-0').exists, 'PipeWire')
         self.start('wireplumber', ['wireplumber'])
+        # pipewire-pulse gives up where a player makes this directory at the same moment.
+        (self.root / 'run/pulse').mkdir(mode=0o700)
         self.start('pipewire-pulse', ['pipewire-pulse'])
         silence = self.root / 'silence.wav'
         with wave.open(str(silence), 'wb') as file:

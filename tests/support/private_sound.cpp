@@ -123,6 +123,10 @@ void PrivateSound::startPipeWire() {
     fail("PipeWire did not start");
   configureSessionManager();
   sessionManager_ = launch({"wireplumber"});
+  // pipewire-pulse gives up where a player makes this directory at the same moment.
+  const auto pulseDirectory = std::filesystem::path(variables_.at("XDG_RUNTIME_DIR")) / "pulse";
+  std::filesystem::create_directory(pulseDirectory);
+  std::filesystem::permissions(pulseDirectory, std::filesystem::perms::owner_all);
   pulse_ = launch({"pipewire-pulse"});
   awaitPlaying();
 }
