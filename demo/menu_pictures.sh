@@ -96,8 +96,8 @@ take() {
     require 10 "the submenu" printed opened-below
   fi
   require 10 "a still screen" settled
-  local width=540 height=400
-  [ "$2" != fifty ] || width=800 height=400
+  local width=540 height=440
+  [ "$2" != fifty ] || width=800
   convert "$root/two.png" -gravity NorthEast -crop "$((width * $4))x$((height * $4))+0+0" +repage "$root/$1.png"
   exec 8>&-
   stop "$probe_pid"
