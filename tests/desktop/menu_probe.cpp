@@ -6,8 +6,8 @@
 //   repeat N        opens and closes N times      scheme dark|light
 //   where           -> "menu X Y W H" and "submenu ..." of what is open
 //   quit
-//   -> "obeyed" after each line, "opened X Y W H", "painted" and "closed", and at a choice "chosen IDENTIFIER | TOKEN
-//   TIMESTAMP"
+//   -> "obeyed" after each line, "opened X Y W H", "painted", "closed", and "gone" when the desktop knows that too; at
+//   a choice "chosen IDENTIFIER | TOKEN TIMESTAMP"
 #include <QApplication>
 #include <QPainter>
 #include <cstdio>
@@ -69,12 +69,26 @@ class Probe : public QObject {
     if (menu && event->type() == QEvent::Paint)
       QMetaObject::invokeMethod(
           this, [] { say("painted"); }, Qt::QueuedConnection);
-    if (menu && event->type() == QEvent::Hide && !openedBelow(*menu)) say("closed");
+    if (menu && event->type() == QEvent::Hide && !openedBelow(*menu)) {
+      say("closed");
+      sayWhenGone(*menu);
+    }
     return false;
   }
 
  private:
   static bool openedBelow(const MenuWidget& menu) { return qobject_cast<MenuWidget*>(menu.parentWidget()) != nullptr; }
+
+  // Also for the desktop, which may give us the next click until then.
+  void sayWhenGone(const MenuWidget& menu) {
+    connect(
+        &menu, &QObject::destroyed, this,
+        [] {
+          QGuiApplication::sync();
+          say("gone");
+        },
+        Qt::QueuedConnection);
+  }
 
   void obey(std::istringstream& line) {
     std::string command;
