@@ -26,7 +26,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
-using tollvane::UniqueFd;
 using tollvane::bridge::frame;
 using tollvane::test::FakeApplication;
 using tollvane::test::Process;
@@ -100,8 +99,8 @@ void printMemory(pid_t pid) {
   long pss = 0, dirty = 0;
   std::ifstream stream("/proc/" + std::to_string(pid) + "/smaps_rollup");
   for (std::string line; std::getline(stream, line);) {
-    if (line.starts_with("Pss:")) pss = std::atol(line.c_str() + 4);
-    if (line.starts_with("Private_Dirty:")) dirty = std::atol(line.c_str() + 14);
+    if (line.starts_with("Pss:")) pss = std::stol(line.substr(4));
+    if (line.starts_with("Private_Dirty:")) dirty = std::stol(line.substr(14));
   }
   std::printf("memory: PSS %ld kB, of that changed by itself %ld kB\n", pss, dirty);
 }
@@ -147,7 +146,7 @@ void measureRoundTrips(std::chrono::seconds length) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const std::chrono::seconds length(count > 1 ? std::atoi(arguments[1]) : 5);
+  const std::chrono::seconds length(count > 1 ? std::stoi(arguments[1]) : 5);
   measureStart();
   measureRoundTrips(length);
   return 0;

@@ -35,7 +35,7 @@ long sum(const std::filesystem::path& file, const std::string& name) {
   long total = 0;
   std::ifstream stream(file);
   for (std::string line; std::getline(stream, line);) {
-    if (line.starts_with(name)) total += std::atol(line.c_str() + name.size());
+    if (line.starts_with(name)) total += std::stol(line.substr(name.size()));
   }
   return total;
 }
@@ -126,7 +126,7 @@ void measureDelay(Race& race) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const std::chrono::seconds idle(count > 1 ? std::atoi(arguments[1]) : 30);
+  const std::chrono::seconds idle(count > 1 ? std::stoi(arguments[1]) : 30);
   PrivateSound sound;
   sound.start();
   for (const auto& [name, value] : sound.variables()) setenv(name.c_str(), value.c_str(), 1);

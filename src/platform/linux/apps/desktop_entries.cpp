@@ -78,10 +78,10 @@ bool DesktopEntries::isFresh(const DesktopEntry& entry) const {
 }
 
 DesktopEntries::Entry DesktopEntries::withId(std::string_view id) const {
-  if (const Entry entry = find(byId_, std::string(id))) return entry;
+  if (Entry entry = find(byId_, std::string(id))) return entry;
   std::string_view stem = id;
   if (stem.ends_with(kEnding)) stem.remove_suffix(kEnding.size());
-  if (const Entry entry = find(byId_, std::string(stem))) return entry;
+  if (Entry entry = find(byId_, std::string(stem))) return entry;
   return find(byLowerId_, lowerCase(stem));
 }
 

@@ -51,9 +51,9 @@ struct Search {
     if (depth > deepest) return;
     if (node.contains(QLatin1String("pid"))) consider(node);
     const QJsonArray order = node[QLatin1String("focus")].toArray();
-    for (const QJsonValue& id : order) {
+    for (const QJsonValue id : order) {
       for (const char* kind : {"nodes", "floating_nodes"}) {
-        for (const QJsonValue& child : node[QLatin1String(kind)].toArray()) {
+        for (const QJsonValue child : node[QLatin1String(kind)].toArray()) {
           if (child[QLatin1String("id")] == id) look(child.toObject(), depth + 1);
         }
       }
@@ -74,7 +74,7 @@ struct Search {
 
 bool allSucceeded(const QByteArray& answer) {
   const QJsonArray results = QJsonDocument::fromJson(answer).array();
-  for (const QJsonValue& result : results) {
+  for (const QJsonValue result : results) {
     if (!result[QLatin1String("success")].toBool()) return false;
   }
   return !results.isEmpty();

@@ -99,6 +99,7 @@ void FormGroup::arrange(const std::vector<Entry>& dropped) {
 void FormGroup::setRoom(std::size_t index) {
   const Entry& entry = entries_[index];
   const bool endsCell = index + 1 == entries_.size() || entries_[index + 1].startsCell;
+  Q_ASSERT(entry.view != nullptr);
   const bool isButton = dynamic_cast<RowView*>(entry.view) != nullptr;
   const int above = entry.startsCell ? cellRoom : isButton ? buttonRoom - innerRoom : 0;
   const QMargins room(sideRoom, above, sideRoom, endsCell ? cellRoom : innerRoom);

@@ -101,7 +101,8 @@ void SwitchButton::paintEvent(QPaintEvent*) {
   title.setHeight(contentsRect().height());
   painter.setPen(look_->color(ui::Color::primary));
   painter.drawText(QStyle::visualRect(layoutDirection(), rect(), title),
-                   titleFlags | QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft), accessibleName());
+                   titleFlags | static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)),
+                   accessibleName());
 
   QRect rail(QPoint(), railSize());
   rail.moveCenter(contentsRect().center());

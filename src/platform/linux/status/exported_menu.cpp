@@ -60,7 +60,7 @@ DBusMenuLayout ExportedMenu::exported(const MenuItem& item, MenuNumbers& numbers
   for (const MenuItem& below : item.submenu) layout.children.append(exported(below, numbers));
   MenuItem kept = item;
   kept.submenu.clear();
-  items_.insert(layout.id, std::move(kept));
+  items_.insert(layout.id, kept);
   return layout;
 }
 
