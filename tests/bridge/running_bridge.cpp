@@ -12,8 +12,6 @@
 #include <stdexcept>
 #include <utility>
 
-extern char** environ;
-
 namespace tollvane::test {
 namespace {
 

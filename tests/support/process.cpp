@@ -15,8 +15,6 @@
 #include <thread>
 #include <utility>
 
-extern char** environ;
-
 namespace tollvane::test {
 namespace {
 

@@ -20,7 +20,7 @@ class ReadableWatch : public MainQueue::Watch {
     // The block may destroy this watch, and itself with it: what is called is a copy.
     QObject::connect(notifier_, &QSocketNotifier::activated, notifier_,
                      [shared = std::make_shared<MainQueue::Block>(std::move(block))] {
-                       const auto kept = shared;
+                       const auto kept = shared;  // NOLINT(performance-unnecessary-copy-initialization)
                        (*kept)();
                      });
   }
