@@ -70,7 +70,7 @@ class ApplicationTest(unittest.TestCase):
         return [line[1:] for line in self.tollvane.history()[self.past:]]
 
     def await_title(self, tab, title):
-        wait_until(lambda: self.browser.title(tab) == title, f'the title {title}; it is {self.browser.title(tab)}')
+        wait_until(lambda: self.browser.title(tab) == title, f'the title {title}')
 
     def assert_alert(self, title, explanation):
         alert = self.tollvane.await_alert()

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "desktop_fixture.h"
-#include "platform/linux/apps/proc_fs.h"
+#include "running_processes.h"
 
 namespace tollvane::test {
 namespace {
@@ -34,18 +34,10 @@ class OneBellTest : public DesktopTest {
     return desktop.run({"xdotool", "search", "--name", "^" + name + "$"}).value_or("");
   }
 
-  static std::vector<Pid> childrenOf(Pid parent) {
-    const ProcFs processes;
-    std::vector<Pid> children;
-    for (const Pid pid : processes.all())
-      if (const auto status = processes.status(pid); status && status->parent == parent) children.push_back(pid);
-    return children;
-  }
   std::vector<Pid> awaitChildren(const Process& program) {
     EXPECT_TRUE(waitUntil([&] { return !childrenOf(program.pid()).empty(); }, kDesktopPatience));
     return childrenOf(program.pid());
   }
-  static bool isAlive(Pid pid) { return ProcFs().executable(pid).has_value(); }
   static void expectGone(const std::vector<Pid>& pids) {
     for (const Pid pid : pids) EXPECT_TRUE(waitUntil([&] { return !isAlive(pid); }, kDesktopPatience)) << pid;
   }

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "desktop/desktop_fixture.h"
-#include "platform/linux/apps/proc_fs.h"
+#include "desktop/running_processes.h"
 #include "support/log_lines.h"
 
 namespace tollvane::test {
@@ -129,18 +129,16 @@ class WholeDesktopTest : public DesktopTest {
     clickAt(place.x + 60, place.y + margin + static_cast<int>((number + 0.5) * row));
   }
 
+  void startAndHear(Process& clock) {
+    start();
+    awaitBell();
+    sound("xmessage", clock);
+    awaitSound("Wall Clock");
+  }
+
   // --- alerts
 
   bool showsAlert() { return !windowNamed("Tollvane").empty() && inFront() == "Tollvane"; }
-
-  static std::vector<Pid> childrenOf(Pid parent) {
-    const ProcFs processes;
-    std::vector<Pid> children;
-    for (const Pid pid : processes.all())
-      if (const auto status = processes.status(pid); status && status->parent == parent) children.push_back(pid);
-    return children;
-  }
-  static bool isAlive(Pid pid) { return ProcFs().executable(pid).has_value(); }
 
   const fs::path bundle = root() / "bundle";
   const fs::path sounds = root() / "sounds";
@@ -151,10 +149,7 @@ class WholeDesktopTest : public DesktopTest {
 TEST_F(WholeDesktopTest, AClickOnASoundBringsItsWindowForwardAndEmptiesTheBell) {
   const auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
   const auto calculator = open({"xcalc"}, "Calculator");
-  start();
-  awaitBell();
-  sound("xmessage", *clock);
-  awaitSound("Wall Clock");
+  startAndHear(*clock);
   ASSERT_TRUE(bellIs("bell-fill"));
   openMenu();
   clickSound(1, 1);
@@ -166,10 +161,7 @@ TEST_F(WholeDesktopTest, AClickOnASoundBringsItsWindowForwardAndEmptiesTheBell) 
 TEST_F(WholeDesktopTest, KeysGoToTheOlderOfTwoSoundsAndTheOtherStaysUnseen) {
   const auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
   const auto calculator = open({"xcalc"}, "Calculator");
-  start();
-  awaitBell();
-  sound("xmessage", *clock);
-  awaitSound("Wall Clock");
+  startAndHear(*clock);
   sound("xcalc", *calculator);
   awaitSound("Pocket Calculator");
   openMenu();
@@ -182,10 +174,7 @@ TEST_F(WholeDesktopTest, KeysGoToTheOlderOfTwoSoundsAndTheOtherStaysUnseen) {
 
 TEST_F(WholeDesktopTest, AnApplicationThatWasQuitIsOfferedAndOpened) {
   auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
-  start();
-  awaitBell();
-  sound("xmessage", *clock);
-  awaitSound("Wall Clock");
+  startAndHear(*clock);
   clock->stop();
   ASSERT_TRUE(eventually([&] { return windowNamed("xmessage").empty(); }));
   openMenu();

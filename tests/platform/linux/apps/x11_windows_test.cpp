@@ -12,28 +12,18 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "fake_system.h"
+#include "support/process.h"
 
 namespace tollvane {
 namespace {
 
 using namespace std::chrono_literals;
 using ::testing::IsEmpty;
-
-bool eventually(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + 20s;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(5ms);
-  }
-  return true;
-}
 
 class HandClock : public Clock {
  public:
@@ -160,10 +150,12 @@ class X11WindowsTest : public ::testing::Test {
   // A program with one window that the window manager knows; the toolkit leaves the process out, so it is filled in.
   std::string openMessage(const Program& message) {
     std::string window;
-    EXPECT_TRUE(eventually([&] {
-      window = property("-root", "_NET_CLIENT_LIST");
-      return !window.empty();
-    }));
+    EXPECT_TRUE(test::waitUntil(
+        [&] {
+          window = property("-root", "_NET_CLIENT_LIST");
+          return !window.empty();
+        },
+        20s));
     setProperty(window, "_NET_WM_PID", "32c", std::to_string(message.pid()));
     return window;
   }
@@ -220,7 +212,7 @@ TEST_F(X11WindowsTest, OnlyOrdinaryWindowsOfThisHostCount) {
 TEST_F(X11WindowsTest, AToolkitsOwnPropertiesSuffice) {
   if (std::system("command -v mpv >/dev/null") != 0) GTEST_SKIP() << "mpv is not installed";
   const Program player({"mpv", "--no-config", "--idle", "--force-window", "--vo=x11", "--ao=null", "--no-terminal"});
-  ASSERT_TRUE(eventually([&] { return !look().empty(); }));
+  ASSERT_TRUE(test::waitUntil([&] { return !look().empty(); }, 20s));
   EXPECT_EQ(look()[0].pid, player.pid());
   EXPECT_EQ(look()[0].windowClass, "mpv");
 }
@@ -240,7 +232,7 @@ TEST_F(X11WindowsTest, AWindowThatClosesIsGone) {
   openMessage(message);
   ASSERT_EQ(look().size(), 1u);
   message.end();
-  EXPECT_TRUE(eventually([&] { return look().empty(); }));
+  EXPECT_TRUE(test::waitUntil([&] { return look().empty(); }, 20s));
 }
 
 TEST_F(X11WindowsTest, AServerThatWasRestartedIsFoundAgain) {

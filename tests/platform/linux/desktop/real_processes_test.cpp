@@ -10,11 +10,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <functional>
-#include <thread>
 
 #include "fake_system.h"
 #include "platform/linux/apps/linux_process_table.h"
+#include "support/process.h"
 
 namespace tollvane {
 namespace {
@@ -23,14 +22,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using test::FakeSystem;
 
-bool eventually(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + 20s;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(2ms);
-  }
-  return true;
-}
+const std::string kSleep = fs::canonical("/bin/sleep").string();
 
 // A real program, ended with the object or with the test.
 class Child {
@@ -74,10 +66,14 @@ class RealProcesses : public ::testing::Test {
         applications(processes, entries, windows),
         workspace(processes, applications, system.raiser, system.launcher) {}
 
+  void installNap() {
+    fs::create_directories(system.at("/usr/bin"));
+    fs::copy_file(kSleep, nap);
+  }
   void awaitExecutable(Pid pid, const std::string& executable) {
     // The kernel tells the executable a moment before the arguments.
-    ASSERT_TRUE(
-        eventually([&] { return processes.executable(pid) == executable && !processes.arguments(pid).empty(); }));
+    ASSERT_TRUE(test::waitUntil(
+        [&] { return processes.executable(pid) == executable && !processes.arguments(pid).empty(); }, 20s));
   }
 
   FakeSystem system;
@@ -91,11 +87,8 @@ class RealProcesses : public ::testing::Test {
   const std::string nap = system.at("/usr/bin/" + name);
 };
 
-const std::string kSleep = fs::canonical("/bin/sleep").string();
-
 TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
-  fs::create_directories(system.at("/usr/bin"));
-  fs::copy_file(kSleep, nap);
+  installNap();
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + " %U\n");
   const Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
@@ -110,8 +103,7 @@ TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
 }
 
 TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
-  fs::create_directories(system.at("/usr/bin"));
-  fs::copy_file(kSleep, nap);
+  installNap();
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   const Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
@@ -146,7 +138,7 @@ TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
     }
     return std::nullopt;
   };
-  ASSERT_TRUE(eventually([&] { return sleeper().has_value(); }));
+  ASSERT_TRUE(test::waitUntil([&] { return sleeper().has_value(); }, 20s));
   const Pid player = *sleeper();
   EXPECT_FALSE(workspace.runningApplication(player));
   EXPECT_EQ(workspace.runningApplication(*LinuxProcessTable(processes).parentPid(player))->localizedName, "Tuner");
@@ -154,15 +146,14 @@ TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
 }
 
 TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
-  fs::create_directories(system.at("/usr/bin"));
-  fs::copy_file(kSleep, nap);
+  installNap();
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
   const Pid pid = child.pid();
   child.kill();
   // Dead, but not yet buried: it has a parent still, and no name.
-  ASSERT_TRUE(eventually([&] { return processes.status(pid) && processes.status(pid)->state == 'Z'; }));
+  ASSERT_TRUE(test::waitUntil([&] { return processes.status(pid) && processes.status(pid)->state == 'Z'; }, 20s));
   EXPECT_FALSE(workspace.runningApplication(pid));
   EXPECT_EQ(LinuxProcessTable(processes).parentPid(pid), ::getpid());
   child.end();
@@ -172,18 +163,19 @@ TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
 }
 
 TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
-  fs::create_directories(system.at("/usr/bin"));
-  fs::copy_file(kSleep, nap);
+  installNap();
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   const Child first({nap, "60"});
   awaitExecutable(first.pid(), nap);
   // The kernel counts hundredths of a second.
   const auto age = processes.status(first.pid())->startTime;
   std::unique_ptr<Child> second;
-  ASSERT_TRUE(eventually([&] {
-    second = std::make_unique<Child>(std::vector<std::string>{nap, "60"});
-    return processes.status(second->pid())->startTime > age;
-  }));
+  ASSERT_TRUE(test::waitUntil(
+      [&] {
+        second = std::make_unique<Child>(std::vector<std::string>{nap, "60"});
+        return processes.status(second->pid())->startTime > age;
+      },
+      20s));
   awaitExecutable(second->pid(), nap);
   const auto running = workspace.runningApplications(name);
   ASSERT_EQ(running.size(), 2u);
