@@ -17,11 +17,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/apps/linux_process_table.h"
-#include "platform/linux/desktop/activator.h"
-#include "platform/linux/desktop/gio_launcher.h"
-#include "platform/linux/desktop/linux_workspace.h"
-#include "platform/linux/system/system_clock.h"
+#include "platform/linux/system/clock_and_dates.h"
+#include "platform/linux/workspace/launcher.h"
+#include "platform/linux/workspace/linux_workspace.h"
+#include "platform/linux/workspace/window_raiser.h"
+#include "tests/support/virtual_time.h"
 
 namespace {
 
@@ -29,9 +29,9 @@ namespace fs = std::filesystem;
 using namespace tollvane;
 using namespace std::chrono_literals;
 
-constexpr int kEntries = 300;
-constexpr int kBystanders = 300;
-constexpr int kGenerations = 8;
+constexpr int entryCount = 300;
+constexpr int bystanders = 300;
+constexpr int generations = 8;
 
 void write(const fs::path& file, const std::string& text) {
   std::ofstream(file, std::ios::binary) << text;
@@ -61,7 +61,7 @@ class Machine {
     fs::create_directories(root_ / "share/applications");
     environment.dataFolders = {(root_ / "share").string(), "/usr/local/share", "/usr/share"};
     environment.searchPath = "/usr/local/bin:/usr/bin:/bin:" + (root_ / "bin").string();
-    for (int i = 0; i < kEntries; ++i) writeEntry(i);
+    for (int i = 0; i < entryCount; ++i) writeEntry(i);
     startChain();
     // A browser as Debian installs it: the executable is not the program that the entry names.
     const fs::path browser = root_ / "lib/chromium/chromium";
@@ -71,7 +71,7 @@ class Machine {
     write(root_ / "share/applications/chromium.desktop",
           "[Desktop Entry]\nType=Application\nName=Chromium\nExec=chromium %U\nCategories=WebBrowser;\n");
     children_.push_back(start({browser.string(), "600"}));
-    for (int i = 0; i < kBystanders; ++i) children_.push_back(start({"/bin/sleep", "600"}));
+    for (int i = 0; i < bystanders; ++i) children_.push_back(start({"/bin/sleep", "600"}));
     await([&] { return processes.executable(children_.back()) == fs::canonical("/bin/sleep").string(); });
   }
 
@@ -94,7 +94,7 @@ class Machine {
     text += "Exec=" + program + " %U\nIcon=example\nStartupWMClass=" + program + "\nCategories=Utility;\n";
     text += "Actions=new;\n\n[Desktop Action new]\nName=New\nExec=" + program + " --new\n";
     write(root_ / "share/applications" / (id + ".desktop"), text);
-    if (number != kEntries - 1) write(root_ / "bin" / program, "#!/bin/sh\n");
+    if (number != entryCount - 1) write(root_ / "bin" / program, "#!/bin/sh\n");
   }
 
   const fs::path& root() const { return root_; }
@@ -121,21 +121,20 @@ class Machine {
 
   // The application, then one shell script below the other, then the player.
   void startChain() {
-    const std::string application = (root_ / "bin" / ("app-" + std::to_string(kEntries - 1))).string();
+    const std::string application = (root_ / "bin" / ("app-" + std::to_string(entryCount - 1))).string();
     fs::copy_file(fs::canonical("/bin/sh"), application);
     const auto level = [&](int generation) { return (root_ / ("level" + std::to_string(generation))).string(); };
-    for (int i = 1; i < kGenerations - 1; ++i) {
-      const std::string next = i + 1 < kGenerations - 1 ? level(i + 1) : "/bin/sleep 600";
+    for (int i = 1; i < generations - 1; ++i) {
+      const std::string next = i + 1 < generations - 1 ? level(i + 1) : "/bin/sleep 600";
       write(level(i), "#!/bin/sh\nexec 2>/dev/null\n" + next + "\ntrue\n");
     }
     children_.push_back(start({application, "-c", level(1) + "; true"}));
-    const LinuxProcessTable table(processes);
     await([&] {
       chain_.assign(1, children_.front());
       for (const Pid pid : processes.all()) {
-        if (table.parentPid(pid) == chain_.back()) chain_.push_back(pid);
+        if (processes.parentPid(pid) == chain_.back()) chain_.push_back(pid);
       }
-      return chain_.size() == kGenerations &&
+      return chain_.size() == generations &&
              processes.executable(chain_.back()) == fs::canonical("/bin/sleep").string();
     });
   }
@@ -162,7 +161,8 @@ struct Desktop {
   Applications applications{machine->processes, entries, windows};
   Activator nobody{{}};
   GioLauncher launcher{nullptr};
-  LinuxWorkspace workspace{machine->processes, applications, nobody, launcher};
+  test::HurryingClock clock;  // each search looks at all processes by itself
+  LinuxWorkspace workspace{applications, clock, nobody, launcher};
 };
 
 void nameOfAnApplication(benchmark::State& state) {
@@ -178,16 +178,15 @@ BENCHMARK(nameOfAnApplication)->Unit(benchmark::kMicrosecond);
 // From a player without a name up to the application, eight processes in all.
 void nameAfterTheLongestWalk(benchmark::State& state) {
   const Desktop desktop;
-  const LinuxProcessTable table(machine->processes);
   for (auto _ : state) {
     Pid pid = machine->player();
     int seen = 1;
     auto application = desktop.workspace.runningApplication(pid);
-    for (; !application && seen < kGenerations; ++seen) {
-      pid = table.parentPid(pid).value_or(0);
+    for (; !application && seen < generations; ++seen) {
+      pid = machine->processes.parentPid(pid).value_or(0);
       application = desktop.workspace.runningApplication(pid);
     }
-    if (!application || seen != kGenerations) state.SkipWithError("not found");
+    if (!application || seen != generations) state.SkipWithError("not found");
     benchmark::DoNotOptimize(application);
   }
 }
@@ -224,7 +223,7 @@ BENCHMARK(refreshAfterOneEntryChanged)->Unit(benchmark::kMillisecond);
 void findRunningApplication(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) {
-    const auto running = desktop.workspace.runningApplications("org.example.App" + std::to_string(kEntries - 1));
+    const auto running = desktop.workspace.runningApplications("org.example.App" + std::to_string(entryCount - 1));
     if (running.size() != 1) state.SkipWithError("not found");
     benchmark::DoNotOptimize(running);
   }
@@ -262,9 +261,8 @@ void findSevenBrowsers(benchmark::State& state) {
   Desktop desktop;
   const SystemClock clock;
   for (auto _ : state) {
-    const Applications sharing(machine->processes, desktop.entries, desktop.windows, &clock);
-    const LinuxWorkspace workspace(machine->processes, sharing, desktop.nobody, desktop.launcher);
-    for (int i = 0; i < 7; ++i) benchmark::DoNotOptimize(workspace.runningApplications("org.chromium.Chromium"));
+    const LinuxWorkspace sharing(desktop.applications, clock, desktop.nobody, desktop.launcher);
+    for (int i = 0; i < 7; ++i) benchmark::DoNotOptimize(sharing.runningApplications("org.chromium.Chromium"));
   }
 }
 BENCHMARK(findSevenBrowsers)->Unit(benchmark::kMicrosecond);

@@ -17,10 +17,10 @@
 #include <thread>
 #include <vector>
 
-#include "bridge/fake_application.h"
 #include "bridge/frames.h"
-#include "bridge/running_bridge.h"
-#include "support/temporary_directory.h"
+#include "tests/bridge/fake_application.h"
+#include "tests/bridge/running_bridge.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -33,10 +33,10 @@ using tollvane::test::RunningBridge;
 using tollvane::test::TemporaryDirectory;
 using tollvane::test::Wire;
 
-constexpr int kStarts = 100;
-constexpr auto kPeriod = 5ms;  // 200 messages a second
+constexpr int starts = 100;
+constexpr auto period = 5ms;  // 200 messages a second
 
-const std::string kMessage =
+const std::string hello =
     R"({"type":"audible","tabId":1234567,"title":"A song of middling length - Some Site","host":"www.example.com"})";
 
 double microseconds(steady_clock::duration time) { return std::chrono::duration<double, std::micro>(time).count(); }
@@ -75,7 +75,7 @@ void measureStart() {
   Process::Options options;
   options.input = Process::Input::written;
   options.output = Process::Output::read;
-  for (int i = 0; i < kStarts; ++i) {
+  for (int i = 0; i < starts; ++i) {
     const TemporaryDirectory data;
     FakeApplication application(data / "Tollvane" / "bridge.sock");
     auto begin = steady_clock::now();
@@ -91,7 +91,7 @@ void measureStart() {
   }
   const Times bridge(bridges), copy(copies);
   std::printf("start to first line, ms: median %.2f, p99 %.2f; cat's: median %.2f, p99 %.2f (%d starts); ratio %.1f\n",
-              bridge.at(0.5) / 1e3, bridge.at(0.99) / 1e3, copy.at(0.5) / 1e3, copy.at(0.99) / 1e3, kStarts,
+              bridge.at(0.5) / 1e3, bridge.at(0.99) / 1e3, copy.at(0.5) / 1e3, copy.at(0.99) / 1e3, starts,
               bridge.at(0.5) / copy.at(0.5));
 }
 
@@ -102,7 +102,7 @@ void printMemory(pid_t pid) {
     if (line.starts_with("Pss:")) pss = std::stol(line.substr(4));
     if (line.starts_with("Private_Dirty:")) dirty = std::stol(line.substr(14));
   }
-  std::printf("memory: PSS %ld kB, of that changed by itself %ld kB\n", pss, dirty);
+  std::printf("memory: PSS %ld b, of that changed by itself %ld b\n", pss, dirty);
 }
 
 void measureRoundTrips(std::chrono::seconds length) {
@@ -117,17 +117,17 @@ void measureRoundTrips(std::chrono::seconds length) {
   if (!bridge.output.frame()) fail("the bridge's introduction does not come back");
 
   std::vector<double> bridged, direct;
-  const std::string message = frame(kMessage), line = kMessage + "\n";
+  const std::string message = frame(hello), line = hello + "\n";
   auto next = steady_clock::now();
-  for (auto left = length / kPeriod; left > 0; --left) {
-    std::this_thread::sleep_until(next += kPeriod / 2);
+  for (auto left = length / period; left > 0; --left) {
+    std::this_thread::sleep_until(next += period / 2);
     auto begin = steady_clock::now();
-    if (!bridge.input.write(message) || bridge.output.frame() != kMessage) fail("the bridge does not answer");
+    if (!bridge.input.write(message) || bridge.output.frame() != hello) fail("the bridge does not answer");
     bridged.push_back(microseconds(steady_clock::now() - begin));
 
-    std::this_thread::sleep_until(next += kPeriod / 2);
+    std::this_thread::sleep_until(next += period / 2);
     begin = steady_clock::now();
-    if (!bare.write(line) || bare.line() != kMessage) fail("the bare socket does not answer");
+    if (!bare.write(line) || bare.line() != hello) fail("the bare socket does not answer");
     direct.push_back(microseconds(steady_clock::now() - begin));
   }
   printMemory(bridge.pid());

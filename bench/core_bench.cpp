@@ -9,11 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "app/browser_names.h"
+#include "app/browser_status.h"
 #include "browser/browser_link.h"
 #include "menu/sound_menu.h"
 #include "support/json_value.h"
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -45,8 +46,8 @@ void BM_MenuOfFiftySounds(benchmark::State& state) {
 }
 BENCHMARK(BM_MenuOfFiftySounds)->Unit(benchmark::kMicrosecond);
 
-constexpr std::size_t kConnections = 64;
-constexpr std::size_t kMessagesEach = 100;
+constexpr std::size_t connections = 64;
+constexpr std::size_t messagesEach = 100;
 
 // Sixty-four clients of one listening socket, each with its messages waiting.
 class Clients {
@@ -55,11 +56,11 @@ class Clients {
   Clients(const std::string& path, const std::function<void()>& accept) {
     const std::string message =
         R"({"type":"audible","tabId":1734,"title":"The title of a page","host":"www.example.org"})";
-    for (std::size_t i = 0; i < kMessagesEach; ++i) batch_ += message + '\n';
+    for (std::size_t i = 0; i < messagesEach; ++i) batch_ += message + '\n';
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
-    for (std::size_t i = 0; i < kConnections; ++i) {
+    for (std::size_t i = 0; i < connections; ++i) {
       sockets_.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
       ok_ &= ::connect(sockets_.back().get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
       accept();
@@ -96,7 +97,7 @@ void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
   system.locations.support = directory;
   system.files.createDirectories(directory / "Tollvane");
   const Paths paths(system.locations, system.files);
-  BrowserLink link(system.platform(), paths);
+  BrowserLink link = test::makeLink(system, paths);
   std::map<const BrowserConnection*, std::size_t> heard;
   link.onTab = [&](BrowserConnection& from, const Message&) { ++heard[&from]; };
   link.start();
@@ -106,9 +107,9 @@ void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
     system.queue.drainDescriptors();
   }
   for (const auto& [connection, count] : heard)
-    if (count != state.iterations() * kMessagesEach) state.SkipWithError("a connection was starved");
-  if (heard.size() != kConnections || !clients.ok()) state.SkipWithError("not every client was heard");
-  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kConnections * kMessagesEach));
+    if (count != state.iterations() * messagesEach) state.SkipWithError("a connection was starved");
+  if (heard.size() != connections || !clients.ok()) state.SkipWithError("not every client was heard");
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(connections * messagesEach));
   link.stop();
   std::filesystem::remove_all(directory);
 }
@@ -120,11 +121,11 @@ void BM_EchoWithSixtyFourClients(benchmark::State& state) {
   test::VirtualClock clock;
   test::VirtualMainQueue queue(clock);
   BridgeListener listener(queue);
-  std::vector<UniqueFd> sockets;
+  std::vector<LocalStream> sockets;
   std::vector<std::unique_ptr<MainQueue::Watch>> watches;
   std::array<char, 65536> bytes{};
-  listener.onConnection = [&](UniqueFd socket) {
-    const int fd = socket.get();
+  listener.onConnection = [&](LocalStream socket) {
+    const int fd = socket.descriptor();
     sockets.push_back(std::move(socket));
     watches.push_back(queue.watchReadable(fd, [&bytes, fd] {
       const ssize_t size = ::recv(fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
@@ -139,7 +140,7 @@ void BM_EchoWithSixtyFourClients(benchmark::State& state) {
     clients.readAll();
   }
   if (!clients.ok()) state.SkipWithError("a client could not write");
-  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kConnections * kMessagesEach));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(connections * messagesEach));
   watches.clear();
   std::filesystem::remove_all(directory);
 }

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "detect/watcher.h"
-#include "support/log_lines.h"
-#include "support/virtual_platform.h"
+#include "tests/support/log_lines.h"
+#include "tests/support/virtual_platform.h"
 
 namespace {
 

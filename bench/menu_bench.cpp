@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "desktop/menu_fixture.h"
+#include "tests/desktop/menu_fixture.h"
 
 namespace {
 
 using namespace tollvane::test;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kOpenings = 51;
+constexpr int openings = 51;
 
 // "Pss:", or "Pss_Anon:" for what is no file's: the whole depends on who else has the same libraries at the moment.
 double inMiB(pid_t pid, std::string_view what) {
@@ -54,7 +54,7 @@ void measure(const std::string& scenario) {
   const ItemOnTheBus item(*bus, bell.service());
   std::vector<double> times;
   double first = 0;
-  for (int i = 1; i <= kOpenings; ++i) {
+  for (int i = 1; i <= openings; ++i) {
     const double time = openOnce(bell, item, i);
     i == 1 ? void(first = time) : times.push_back(time);
   }

@@ -16,8 +16,8 @@
 #include <thread>
 #include <vector>
 
-#include "soundlog/pipewire_source.h"
-#include "support/private_sound.h"
+#include "soundlog/servers/pipewire_source.h"
+#include "tests/support/private_sound.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ using tollvane::soundlog::StreamStart;
 using tollvane::test::PrivateSound;
 using tollvane::test::Process;
 
-constexpr int kSounds = 20;
+constexpr int sounds = 20;
 
 // The sum of all numbers that stand behind `name` in a file of /proc.
 long sum(const std::filesystem::path& file, const std::string& name) {
@@ -108,13 +108,13 @@ void measureIdle(pid_t pid, std::chrono::seconds length) {
   std::printf("context switches in %lld idle seconds: %ld\n", static_cast<long long>(length.count()),
               contextSwitches(pid) - before);
   const std::filesystem::path rollup = "/proc/" + std::to_string(pid) + "/smaps_rollup";
-  std::printf("memory: PSS %ld kB, its own alone %ld kB, RSS %ld kB\n", sum(rollup, "Pss:"),
+  std::printf("memory: PSS %ld b, its own alone %ld b, RSS %ld b\n", sum(rollup, "Pss:"),
               sum(rollup, "Private_Clean:") + sum(rollup, "Private_Dirty:"), sum(rollup, "Rss:"));
 }
 
 void measureDelay(Race& race) {
   std::vector<double> delays;
-  for (int i = 0; i < kSounds; ++i) {
+  for (int i = 0; i < sounds; ++i) {
     if (const auto delay = race.round()) delays.push_back(std::chrono::duration<double, std::milli>(*delay).count());
   }
   if (delays.empty()) return void(std::puts("no sound was heard"));

@@ -1,4 +1,4 @@
-#include "bridge.h"
+#include "bridge/bridge.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -9,13 +9,11 @@
 #include <string_view>
 #include <utility>
 
-#include "application_socket.h"
-
 namespace tollvane::bridge {
 namespace {
 
-constexpr std::size_t kReadSize = 64 * 1024;
-constexpr short kHungUp = POLLHUP | POLLERR | POLLNVAL;
+constexpr std::size_t readSize = 64 * 1024;
+constexpr short hungUp = POLLHUP | POLLERR | POLLNVAL;
 
 // A descriptor of which nothing is wanted is not asked about, lest its hanging up wake us again and again.
 pollfd query(int descriptor, short events) { return {events ? descriptor : -1, events, 0}; }
@@ -23,7 +21,7 @@ pollfd query(int descriptor, short events) { return {events ? descriptor : -1, e
 enum class Reading { some, nothingNow, ended };
 
 Reading read(int descriptor, char* buffer, std::string_view& bytes) {
-  const ssize_t size = ::read(descriptor, buffer, kReadSize);
+  const ssize_t size = ::read(descriptor, buffer, readSize);
   if (size < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) return Reading::nothingNow;
   if (size <= 0) return Reading::ended;
   bytes = {buffer, static_cast<std::size_t>(size)};
@@ -42,10 +40,10 @@ struct Bridge::Events {
 
 Bridge::Bridge(Browser browser, std::string socket, std::string introduction)
     : browser_(std::move(browser)),
-      socket_(std::move(socket)),
+      socket_(fittingSocketPath(std::move(socket))),
       relay_(std::move(introduction)),
       watch_(socket_),
-      buffer_(std::make_unique_for_overwrite<char[]>(kReadSize)) {}
+      buffer_(std::make_unique_for_overwrite<char[]>(readSize)) {}
 
 void Bridge::run() {
   seek();
@@ -62,8 +60,8 @@ void Bridge::run() {
 }
 
 Bridge::Events Bridge::wait() {
-  const bool applicationReads = relay_.toApplication.size() < kMostWaiting;
-  const bool browserReads = relay_.toBrowser.size() < kMostWaiting;
+  const bool applicationReads = relay_.toApplication.size() < mostWaiting;
+  const bool browserReads = relay_.toBrowser.size() < mostWaiting;
   const short toApplication = relay_.toApplication.empty() ? 0 : POLLOUT;
   const short fromApplication = browserReads ? POLLIN : 0;
   std::array<pollfd, 5> queries = {{
@@ -71,7 +69,7 @@ Bridge::Events Bridge::wait() {
       {browser_.input, static_cast<short>(applicationReads ? POLLIN : 0), 0},
       {browser_.output, static_cast<short>(relay_.toBrowser.empty() ? 0 : POLLOUT), 0},
       query(browser_.process.get(), POLLIN),
-      query(application_.get(), static_cast<short>(toApplication | fromApplication)),
+      query(application_.descriptor(), static_cast<short>(toApplication | fromApplication)),
       // What appears while there is an application is looked at when it is gone.
       query(watch_.descriptor(), application_ ? 0 : POLLIN),
   }};
@@ -89,7 +87,7 @@ int Bridge::timeout() const {
 
 // False when the browser sends no more.
 bool Bridge::serveInput(const Events& events) {
-  if (!(events.input & POLLIN)) return !(events.input & kHungUp);
+  if (!(events.input & POLLIN)) return !(events.input & hungUp);
   std::string_view bytes;
   const Reading reading = read(browser_.input, buffer_.get(), bytes);
   if (reading == Reading::some) {
@@ -101,15 +99,15 @@ bool Bridge::serveInput(const Events& events) {
 
 // False when the browser reads no more.
 bool Bridge::serveOutput(const Events& events) {
-  return !(events.output & kHungUp) && relay_.toBrowser.flush(browser_.output);
+  return !(events.output & hungUp) && relay_.toBrowser.flush(browser_.output);
 }
 
 void Bridge::serveApplication(const Events& events) {
   if (!application_ || !events.application) return;
   flushToApplication();
-  if (!application_ || relay_.toBrowser.size() >= kMostWaiting) return;
+  if (!application_ || relay_.toBrowser.size() >= mostWaiting) return;
   std::string_view bytes;
-  const Reading reading = read(application_.get(), buffer_.get(), bytes);
+  const Reading reading = read(application_.descriptor(), buffer_.get(), bytes);
   if (reading == Reading::ended) return leave();
   if (reading == Reading::nothingNow) return;
   relay_.fromApplication(bytes);
@@ -129,7 +127,7 @@ void Bridge::serveTimers() {
 }
 
 void Bridge::seek() {
-  application_ = connectTo(socket_);
+  application_ = LocalStream::to(socket_);
   leaveAt_.reset();
   seekAt_.reset();
   if (!application_) {
@@ -141,7 +139,7 @@ void Bridge::seek() {
 }
 
 void Bridge::leave() {
-  application_.reset();
+  application_.close();
   relay_.disconnected();
   leaveAt_.reset();
   seekAt_ = Clock::now() + delay_.next();
@@ -150,12 +148,12 @@ void Bridge::leave() {
 void Bridge::flushToApplication() {
   if (!application_) return;
   const std::size_t before = relay_.toApplication.size();
-  if (!relay_.toApplication.flush(application_.get())) return leave();
+  if (!relay_.toApplication.flush(application_.descriptor())) return leave();
   const std::size_t waiting = relay_.toApplication.size();
   if (waiting == 0) {
     leaveAt_.reset();
   } else if (!leaveAt_ || waiting < before) {
-    leaveAt_ = Clock::now() + kPatience;
+    leaveAt_ = Clock::now() + patience;
   }
 }
 

@@ -1,6 +1,6 @@
 // The bridge at work: one browser on two descriptors, one application on a socket that comes and goes, one thread, one
 // poll(2). Nothing blocks, and nothing grows: from a side whose other side does not read, nothing more is read.
-// An application that takes nothing for kPatience is left, and sought again like one that went away.
+// An application that takes nothing for patience is left, and sought again like one that went away.
 #pragma once
 
 #include <chrono>
@@ -9,19 +9,20 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/system/appearance_watch.h"
-#include "relay.h"
-#include "retry_delay.h"
-#include "support/unique_fd.h"
+#include "bridge/relay.h"
+#include "bridge/retry_delay.h"
+#include "platform/linux/kernel/path_watch.h"
+#include "platform/posix/local_socket.h"
+#include "platform/posix/unique_fd.h"
 
 namespace tollvane::bridge {
 
 class Bridge {
  public:
-  static constexpr std::chrono::seconds kPatience{5};
+  static constexpr std::chrono::seconds patience{5};
 
   // A side that has this much unread gets no more before it has read some of it.
-  static constexpr std::size_t kMostWaiting = 256 * 1024;
+  static constexpr std::size_t mostWaiting = 256 * 1024;
 
   struct Browser {
     int input = -1;    // its frames; must not block. Stays the caller's
@@ -53,8 +54,8 @@ class Bridge {
   Browser browser_;
   std::string socket_;
   Relay relay_;
-  AppearanceWatch watch_;
-  UniqueFd application_;
+  PathWatch watch_;
+  LocalStream application_;
   RetryDelay delay_;
   std::optional<Clock::time_point> seekAt_;   // while there is no application
   std::optional<Clock::time_point> leaveAt_;  // while the application takes nothing

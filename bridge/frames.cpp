@@ -1,4 +1,4 @@
-#include "frames.h"
+#include "bridge/frames.h"
 
 #include <algorithm>
 #include <cstring>

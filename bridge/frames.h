@@ -12,12 +12,12 @@
 namespace tollvane::bridge {
 
 // The most that a browser takes in one frame: one byte more, and it disconnects.
-inline constexpr std::size_t kLongestToBrowser = 1024 * 1024;
+inline constexpr std::size_t longestToBrowser = 1024 * 1024;
 
 // The most that is taken from a browser; Chromium sends no more either.
-inline constexpr std::size_t kLongestFromBrowser = 64 * 1024 * 1024;
+inline constexpr std::size_t longestFromBrowser = 64 * 1024 * 1024;
 
-// `body` is at most kLongestToBrowser long.
+// `body` is at most longestToBrowser long.
 std::string frame(std::string_view body);
 
 // Bytes in, bodies of frames out, however the bytes are cut. A frame that is longer than `longest` is passed over

@@ -13,10 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "application_socket.h"
-#include "bridge.h"
-#include "launcher.h"
-#include "platform/linux/system/xdg_locations.h"
+#include "bridge/bridge.h"
+#include "bridge/parent_browser.h"
+#include "platform/linux/kernel/folders.h"
 
 namespace tollvane::bridge {
 namespace {
@@ -36,13 +35,14 @@ int run(const std::vector<std::string>& arguments) {
   if (fcntl(STDERR_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
   // Not by PR_SET_PDEATHSIG: that is sent when the thread ends that started us, which need not be the browser's last.
   UniqueFd browserProcess = processDescriptor(browser);
-  const auto launchedBy = launcher(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
+  const auto launchedBy =
+      parentBrowser(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
-  const auto data = XdgLocations().applicationSupport();
+  const auto data = dataFolder();
   if (!data) return EX_CONFIG;
-  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)}, applicationSocket(*data),
-                introduction(launchedBy));
+  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)},
+                *data / supportDirectoryName / bridgeSocketName, introduction(launchedBy));
   bridge.run();
   return EX_OK;
 }

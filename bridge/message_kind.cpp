@@ -1,4 +1,4 @@
-#include "message_kind.h"
+#include "bridge/message_kind.h"
 
 #include <cstddef>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "outbox.h"
+#include "bridge/outbox.h"
 
 #include <unistd.h>
 
@@ -9,7 +9,7 @@ namespace tollvane::bridge {
 namespace {
 
 // An emptied queue larger than this gives its memory back.
-constexpr std::size_t kMostKept = 64 * 1024;
+constexpr std::size_t mostKept = 64 * 1024;
 
 }  // namespace
 
@@ -36,7 +36,7 @@ bool Outbox::flush(int descriptor) {
 
 void Outbox::clear() {
   sent_ = 0;
-  if (bytes_.capacity() > kMostKept) {
+  if (bytes_.capacity() > mostKept) {
     std::string().swap(bytes_);
   } else {
     bytes_.clear();

@@ -1,14 +1,14 @@
-#include "relay.h"
+#include "bridge/relay.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "message_kind.h"
+#include "bridge/message_kind.h"
 
 namespace tollvane::bridge {
 
 Relay::Relay(std::string introduction)
-    : introduction_(std::move(introduction)), frames_(kLongestFromBrowser), lines_(kLongestToBrowser) {}
+    : introduction_(std::move(introduction)), frames_(longestFromBrowser), lines_(longestToBrowser) {}
 
 void Relay::fromBrowser(std::string_view bytes) {
   while (auto message = frames_.next(bytes)) passOn(std::move(*message));
@@ -29,7 +29,7 @@ void Relay::passOn(std::string message) {
 void Relay::fromApplication(std::string_view bytes) {
   lines_.append(bytes);
   while (const auto line = lines_.next()) {
-    if (line->size() > kLongestToBrowser || kindOf(*line) == MessageKind::malformed) continue;
+    if (line->size() > longestToBrowser || kindOf(*line) == MessageKind::malformed) continue;
     answered_ = true;
     toBrowser.push(frame(*line));
   }
@@ -44,7 +44,7 @@ void Relay::connected() {
 void Relay::disconnected() {
   connected_ = answered_ = false;
   toApplication.clear();
-  lines_ = LineBuffer(kLongestToBrowser);
+  lines_ = LineBuffer(longestToBrowser);
 }
 
 }  // namespace tollvane::bridge

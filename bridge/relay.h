@@ -14,8 +14,8 @@
 #include <string>
 #include <string_view>
 
-#include "frames.h"
-#include "outbox.h"
+#include "bridge/frames.h"
+#include "bridge/outbox.h"
 #include "support/line_buffer.h"
 
 namespace tollvane::bridge {

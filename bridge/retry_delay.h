@@ -11,18 +11,18 @@ class RetryDelay {
  public:
   using Milliseconds = std::chrono::milliseconds;
 
-  static constexpr Milliseconds kShortest{250};
-  static constexpr Milliseconds kLongest{30'000};
-  static constexpr Milliseconds kSettle{20};
+  static constexpr Milliseconds shortest{250};
+  static constexpr Milliseconds longest{30'000};
+  static constexpr Milliseconds settle{20};
 
   // An attempt failed, or a connection ended: wait this long, and longer each time.
   Milliseconds next() {
-    if (std::exchange(settling_, false)) return kSettle;
-    return std::exchange(delay_, std::min(2 * delay_, kLongest));
+    if (std::exchange(settling_, false)) return settle;
+    return std::exchange(delay_, std::min(2 * delay_, longest));
   }
 
   // The application has answered: should it go away, it is expected back.
-  void reset() { delay_ = kShortest; }
+  void reset() { delay_ = shortest; }
 
   // Its socket appeared. There is a moment between the socket's birth and its first answer.
   void appeared() {
@@ -31,7 +31,7 @@ class RetryDelay {
   }
 
  private:
-  Milliseconds delay_ = kShortest;
+  Milliseconds delay_ = shortest;
   bool settling_ = false;
 };
 

@@ -12,12 +12,12 @@
 
 #include "bridge/message_kind.h"
 #include "bridge/relay.h"
-#include "fuzz.h"
+#include "fuzz/fuzz.h"
 
 namespace tollvane::bridge {
 namespace {
 
-constexpr std::string_view kHello = R"({"type":"hello"})";
+constexpr std::string_view hello = R"({"type":"hello"})";
 
 bool isObject(std::string_view text) {
   simdjson::dom::parser parser;
@@ -66,7 +66,7 @@ void checkFrames(std::string_view frames) {
     FUZZ_REQUIRE(frames.size() >= sizeof length);
     std::memcpy(&length, frames.data(), sizeof length);
     frames.remove_prefix(sizeof length);
-    FUZZ_REQUIRE(length <= kLongestToBrowser && length <= frames.size());
+    FUZZ_REQUIRE(length <= longestToBrowser && length <= frames.size());
     FUZZ_REQUIRE(isObject(frames.substr(0, length)));
     frames.remove_prefix(length);
   }
@@ -86,11 +86,11 @@ void checkSplits(std::string_view input) {
 
 // One frame, whatever is in it, becomes one line or none, and the next frame is not harmed.
 void checkOneFrame(std::string_view input) {
-  const auto result = lines({frame(input), frame(kHello)});
+  const auto result = lines({frame(input), frame(hello)});
   checkLines(result);
   const bool passes = kindOf(input) != MessageKind::malformed;
   FUZZ_REQUIRE(std::count(result.begin(), result.end(), '\n') == (passes ? 3 : 2));
-  FUZZ_REQUIRE(result.ends_with(std::string(kHello) + "\n"));
+  FUZZ_REQUIRE(result.ends_with(std::string(hello) + "\n"));
 }
 
 }  // namespace

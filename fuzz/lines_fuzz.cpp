@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "detect/watcher.h"
-#include "fuzz.h"
+#include "fuzz/fuzz.h"
 #include "support/json.h"
 #include "support/json_value.h"
-#include "support/virtual_platform.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -10,10 +10,11 @@
 
 #include "browser/bridge_connection.h"
 #include "browser/browser_link.h"
-#include "fuzz.h"
+#include "fuzz/fuzz.h"
 #include "support/json.h"
 #include "support/json_value.h"
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -33,11 +34,11 @@ std::vector<std::string> expected(std::string_view input) {
 void check(std::string_view input, std::size_t pieceSize) {
   test::VirtualPlatform system;
   const Paths paths(system.locations, system.files);
-  BrowserLink link(system.platform(), paths);
+  BrowserLink link = test::makeLink(system, paths);
   std::array<int, 2> ends{};
   FUZZ_REQUIRE(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0);
   UniqueFd bridge(ends[1]);
-  const auto connection = std::make_shared<BridgeConnection>(UniqueFd(ends[0]), 10ms);
+  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), 10ms);
   std::vector<std::string> heard;
   bool closed = false;
   connection->onMessage = [&](const Message& message) {

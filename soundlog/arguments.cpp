@@ -1,14 +1,14 @@
-#include "arguments.h"
+#include "soundlog/arguments.h"
 
 #include <optional>
 #include <utility>
 
-#include "lines.h"
+#include "soundlog/lines.h"
 
 namespace tollvane::soundlog {
 namespace {
 
-constexpr std::string_view kUsage =
+constexpr std::string_view usageText =
     "Usage: TollvaneLog stream [--style readable|ndjson] [--predicate TEXT]\n"
     "\n"
     "Prints a line for each sound that a program begins to play and for each notification that an application\n"
@@ -54,7 +54,7 @@ class Options {
 
 }  // namespace
 
-std::string_view usage() { return kUsage; }
+std::string_view usage() { return usageText; }
 
 Arguments parseArguments(std::span<const char* const> arguments) {
   Options options(arguments);

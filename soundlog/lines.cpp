@@ -1,4 +1,4 @@
-#include "lines.h"
+#include "soundlog/lines.h"
 
 #include <unicode/utf8.h>
 
@@ -8,6 +8,9 @@
 #include <cstdio>
 #include <ctime>
 #include <nlohmann/json.hpp>
+
+#include "support/ascii.h"
+#include "support/text.h"
 
 namespace tollvane::soundlog {
 namespace {
@@ -19,7 +22,7 @@ struct Voice {
 };
 
 // The paths name roles, not files: a reader knows the speakers by the last component.
-constexpr std::array kVoices = {
+constexpr std::array voices = {
     Voice{Kind::outputStarted, "/tollvane/audiomxd", "sound"},
     Voice{Kind::alertRequested, "/tollvane/systemsoundserverd", "alert"},
     Voice{Kind::notificationSound, "/tollvane/systemsoundserverd", "notification sound"},
@@ -27,31 +30,23 @@ constexpr std::array kVoices = {
 };
 
 // A name that begins so would be taken for the system's own.
-constexpr std::array<std::string_view, 3> kReserved = {"notificationcent", "usernoted", "systemsoundserve"};
+constexpr std::array<std::string_view, 3> reserved = {"notificationcent", "usernoted", "systemsoundserve"};
 
-constexpr std::string_view kNotificationService = "NotificationCenter";
-constexpr std::string_view kUnknown = "Unknown app";
+constexpr std::string_view notificationService = "NotificationCenter";
+constexpr std::string_view unknown = "Unknown app";
 
 const Voice& voice(Kind kind) {
-  return *std::find_if(kVoices.begin(), kVoices.end(), [kind](const Voice& each) { return each.kind == kind; });
-}
-
-// Controls (C0, DEL, C1), and the separators that some readers take for line ends.
-bool breaksLine(std::int32_t character) {
-  return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 || character == 0x2029;
+  return *std::find_if(voices.begin(), voices.end(), [kind](const Voice& each) { return each.kind == kind; });
 }
 
 std::int32_t harmless(std::int32_t character) {
-  if (breaksLine(character)) return ' ';
+  if (text::isControl(static_cast<char32_t>(character))) return ' ';
   return character == '"' ? '\'' : character;
 }
 
 bool beginsWithReserved(std::string_view name) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::any_of(kReserved.begin(), kReserved.end(), [&](std::string_view word) {
-    return name.size() >= word.size() &&
-           std::equal(word.begin(), word.end(), name.begin(), [&](char a, char b) { return a == lower(b); });
-  });
+  return std::any_of(reserved.begin(), reserved.end(),
+                     [&](std::string_view word) { return ascii::startsWithIgnoringCase(name, word); });
 }
 
 struct LocalTime {
@@ -82,7 +77,7 @@ std::string timestamp(TimePoint time) {
 
 std::string identity(const Happening& happening) {
   std::string text = plainText(happening.name);
-  return text.empty() ? std::string(kUnknown) : text;
+  return text.empty() ? std::string(unknown) : text;
 }
 
 }  // namespace
@@ -91,7 +86,7 @@ std::string plainText(std::string_view text) {
   std::string result;
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   // Four bytes a character at most: what lies behind this cannot matter, however long the text is.
-  const std::size_t length = std::min(text.size(), 8 * kLongestName);
+  const std::size_t length = std::min(text.size(), 8 * longestName);
   for (std::size_t at = 0; at < length;) {
     std::int32_t character = 0;
     U8_NEXT_OR_FFFD(bytes, at, length, character);
@@ -100,7 +95,7 @@ std::string plainText(std::string_view text) {
     std::array<std::uint8_t, 4> encoded{};
     std::size_t size = 0;
     U8_APPEND_UNSAFE(encoded.data(), size, character);
-    if (result.size() + size > kLongestName) break;
+    if (result.size() + size > longestName) break;
     result.append(encoded.begin(), encoded.begin() + static_cast<std::ptrdiff_t>(size));
   }
   while (!result.empty() && result.back() == ' ') result.pop_back();
@@ -125,7 +120,7 @@ std::string eventMessage(const Happening& happening) {
     case Kind::alertRequested:
       return "Incoming Request: inClientPID " + pid + "(" + processName(happening.name) + ")";
     case Kind::notificationSound:
-      return "Incoming Request: inClientPID " + pid + "(" + std::string(kNotificationService) + ")";
+      return "Incoming Request: inClientPID " + pid + "(" + std::string(notificationService) + ")";
     case Kind::notificationPresented:
       return "Presenting <NotificationRecord app:\"" + identity(happening) + "\">";
   }
@@ -146,7 +141,7 @@ std::string readableLine(const Happening& happening, TimePoint time) {
   if (happening.kind == Kind::notificationPresented) return line + "  " + identity(happening) + '\n';
   if (happening.kind != Kind::notificationSound) {
     const std::string name = processName(happening.name);
-    line += "  " + (name.empty() ? std::string(kUnknown) : name);
+    line += "  " + (name.empty() ? std::string(unknown) : name);
   }
   return line + "  (" + (happening.pid == 0 ? "no process" : "pid " + std::to_string(happening.pid)) + ")\n";
 }

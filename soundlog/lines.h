@@ -30,10 +30,10 @@ struct Happening {
 };
 
 // The longest name or identity that a line carries, in bytes.
-inline constexpr std::size_t kLongestName = 256;
+inline constexpr std::size_t longestName = 256;
 
 // `text` as valid UTF-8 on one line: what is not UTF-8 becomes U+FFFD, control characters and line separators become
-// blanks, double quotes become single ones; no blanks at the ends; at most kLongestName bytes, cut between characters.
+// blanks, double quotes become single ones; no blanks at the ends; at most longestName bytes, cut between characters.
 std::string plainText(std::string_view text);
 
 // `name` as plainText, further without parentheses, and never beginning with a word that marks a message of the

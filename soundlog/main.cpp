@@ -11,10 +11,10 @@
 #include <string_view>
 #include <variant>
 
-#include "arguments.h"
 #include "platform/linux/apps/applications.h"
-#include "sound_log.h"
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
+#include "soundlog/arguments.h"
+#include "soundlog/sound_log.h"
 
 namespace tollvane::soundlog {
 namespace {

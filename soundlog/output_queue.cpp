@@ -1,4 +1,4 @@
-#include "output_queue.h"
+#include "soundlog/output_queue.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -17,12 +17,12 @@ namespace tollvane::soundlog {
 
 class OutputQueue {
  public:
-  static constexpr std::size_t kLimit = 512;
+  static constexpr std::size_t mostLines = 512;
 
   // Words a line, which ends with a line feed.
   using Line = std::function<std::string()>;
 
-  explicit OutputQueue(int descriptor, std::size_t limit = kLimit);
+  explicit OutputQueue(int descriptor, std::size_t limit = mostLines);
 
   // Adds a line, and writes as much as can be written at once.
   void push(Line line);

@@ -1,4 +1,4 @@
-#include "sound_log.h"
+#include "soundlog/sound_log.h"
 
 #include <chrono>
 #include <utility>

@@ -6,17 +6,17 @@
 #include <optional>
 #include <string>
 
-#include "addresses.h"
-#include "identity.h"
-#include "lines.h"
-#include "loop.h"
-#include "maker.h"
-#include "notification_service.h"
-#include "notification_source.h"
-#include "output_queue.h"
-#include "reconnector.h"
-#include "sound_servers.h"
-#include "stream_tracker.h"
+#include "soundlog/connection/addresses.h"
+#include "soundlog/connection/loop.h"
+#include "soundlog/connection/reconnector.h"
+#include "soundlog/lines.h"
+#include "soundlog/makers/identity.h"
+#include "soundlog/makers/maker.h"
+#include "soundlog/notifications/notification_service.h"
+#include "soundlog/notifications/notification_source.h"
+#include "soundlog/output_queue.h"
+#include "soundlog/servers/sound_servers.h"
+#include "soundlog/servers/stream_tracker.h"
 
 namespace tollvane::soundlog {
 

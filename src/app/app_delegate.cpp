@@ -2,14 +2,12 @@
 
 #include <utility>
 
-#include "app/browser_names.h"
-#include "app/browser_rows.h"
+#include "app/browser_status.h"
 #include "menu/bell.h"
 #include "settings/extension_pick.h"
 #include "settings/settings_view.h"
 #include "support/fatal.h"
 #include "support/json_value.h"
-#include "update/update_alert.h"
 
 namespace tollvane {
 namespace {
@@ -26,11 +24,12 @@ AppDelegate::AppDelegate(const Platform& platform)
       history_(paths_, platform.files, platform.dates),
       recorder_(platform.mainQueue, platform.clock, resolver_, history_),
       watcher_(platform.mainQueue, platform.clock, platform.children, platform.bundle, resolver_),
-      link_(platform, paths_),
+      link_(platform.mainQueue, platform.safari, platform.files, platform.locations, platform.bundle,
+            platform.workspace, paths_),
       updater_(platform.http, platform.clock, prefs_, platform.bundle),
-      sourceOpener_(platform, resolver_, link_),
+      sourceOpener_(platform.workspace, platform.application, platform.alerts, platform.wording, resolver_, link_),
       loginItem_(platform.login, platform.files, platform.locations),
-      settingsModel_(platform, prefs_, loginItem_) {
+      settingsModel_(platform.workspace, platform.bundle, platform.mainQueue, platform.wording, prefs_, loginItem_) {
   recorder_.onChange = alive_.guard([this] { refreshIcon(); });
   recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in) { link_.askWhichTabIsAudible(in); });
 }
@@ -192,13 +191,13 @@ void AppDelegate::openUpdate() {
 
 void AppDelegate::checkUpdates() {
   updater_.check();
-  platform_.mainQueue.after(updateAnswerDelay, alive_.guard([this] { tellOfUpdates(); }));
+  platform_.mainQueue.after(Updater::answerDelay, alive_.guard([this] { tellOfUpdates(); }));
 }
 
-// Of whatever the check has achieved by now.
+// Of what the check has achieved by now.
 void AppDelegate::tellOfUpdates() {
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(updateAlert(updater_), [](std::size_t) {});
+  platform_.alerts.show(updater_.alert(), [](std::size_t) {});
 }
 
 void AppDelegate::openSettings() { showSettings(false); }

@@ -4,7 +4,7 @@
 
 #include "model/paths.h"
 #include "model/sound_event.h"
-#include "platform/date_formatter.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 
 namespace tollvane {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/browser_names.h"
+#include "app/browser_status.h"
 #include "support/json.h"
 #include "support/json_value.h"
 

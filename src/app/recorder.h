@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "app/history.h"
-#include "browser/messages.h"
+#include "browser/browser_connection.h"
 #include "detect/resolver.h"
 #include "model/browser.h"
 #include "model/sound_event.h"

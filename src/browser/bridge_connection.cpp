@@ -1,11 +1,8 @@
 #include "browser/bridge_connection.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-
-#include <algorithm>
 #include <array>
-#include <cerrno>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "support/json.h"
@@ -14,52 +11,31 @@
 namespace tollvane {
 namespace {
 
-#ifdef MSG_NOSIGNAL
-constexpr int sendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
-#else
-constexpr int sendFlags = MSG_DONTWAIT;  // the socket itself was told not to raise a signal
-#endif
-
 constexpr std::size_t readSize = 65536;
-
-bool mayBeTriedAgain(int error) { return error == EINTR || error == EAGAIN || error == EWOULDBLOCK; }
-
-// Whether the socket has room before `deadline`, or is broken, which the next send tells.
-bool waitForRoom(int socket, std::chrono::steady_clock::time_point deadline) {
-  using std::chrono::milliseconds;
-  const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
-  if (left <= milliseconds::zero()) return false;
-  pollfd query{socket, POLLOUT, 0};
-  return ::poll(&query, 1, static_cast<int>(left.count())) != 0;
-}
 
 }  // namespace
 
-BridgeConnection::BridgeConnection(UniqueFd socket, std::chrono::milliseconds patience)
-    : socket_(std::move(socket)), patience_(patience) {
-#ifdef SO_NOSIGPIPE
-  const int on = 1;
-  ::setsockopt(socket_.get(), SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
-#endif
-}
+BridgeConnection::BridgeConnection(LocalStream stream, std::chrono::milliseconds patience)
+    : stream_(std::move(stream)), patience_(patience) {}
 
 void BridgeConnection::startReading(MainQueue& queue) {
-  watch_ = queue.watchReadable(socket_.get(), [weak = weak_from_this()] {
+  watch_ = queue.watchReadable(stream_.descriptor(), [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->readSome();
   });
 }
 
 // One read each time, so that a busy bridge leaves room for the others.
 void BridgeConnection::readSome() {
-  std::array<char, readSize> bytes;
-  const ssize_t size = ::recv(socket_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
-  if (size < 0 && mayBeTriedAgain(errno)) return;
-  if (size <= 0) {
+  std::array<char, readSize> buffer;
+  std::string_view bytes;
+  const auto reading = stream_.read(buffer.data(), buffer.size(), bytes);
+  if (reading == LocalStream::Reading::nothingYet) return;
+  if (reading == LocalStream::Reading::ended) {
     watch_.reset();
     if (const auto closed = std::exchange(onClosed, nullptr)) closed();
     return;
   }
-  lines_.append({bytes.data(), static_cast<std::size_t>(size)});
+  lines_.append(bytes);
   while (const auto line = lines_.next())
     if (const auto message = json::object(*line); message && onMessage) onMessage(*message);
 }
@@ -68,14 +44,14 @@ void BridgeConnection::send(const Message& message) {
   const std::string line = json::compact(message) + '\n';
   std::string_view left = line;
   const auto deadline = std::chrono::steady_clock::now() + patience_;
-  while (!left.empty()) {
-    const ssize_t sent = ::send(socket_.get(), left.data(), left.size(), sendFlags);
-    if (sent > 0)
-      left.remove_prefix(static_cast<std::size_t>(sent));
-    else if (!mayBeTriedAgain(errno) || !waitForRoom(socket_.get(), deadline))
-      break;
+  while (true) {
+    const auto sent = stream_.send(left);
+    if (!sent) break;
+    left.remove_prefix(*sent);
+    if (left.empty()) return;
+    if (!stream_.waitForRoom(deadline)) break;
   }
-  if (!left.empty()) ::shutdown(socket_.get(), SHUT_RDWR);
+  stream_.shutDown();
 }
 
 }  // namespace tollvane

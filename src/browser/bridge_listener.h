@@ -1,49 +1,40 @@
 // The socket at which the bridges of the browsers find Tollvane. Open to its user only; a socket that a crash left
 // behind is replaced, one that another Tollvane answers at is left alone. Failure is silent: nobody is heard then.
 // Main thread only.
-// Source: unix(7).
 #pragma once
-
-#include <sys/types.h>
 
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "platform/main_queue.h"
+#include "platform/posix/local_socket.h"
 #include "support/liveness.h"
-#include "support/unique_fd.h"
 
 namespace tollvane {
 
 class BridgeListener {
  public:
   explicit BridgeListener(MainQueue& queue) : queue_(queue) {}
-  ~BridgeListener() { close(); }
-  BridgeListener(const BridgeListener&) = delete;
-  BridgeListener& operator=(const BridgeListener&) = delete;
 
-  // Called with the socket of each bridge that connects.
-  std::function<void(UniqueFd socket)> onConnection;
+  // Called with the stream of each bridge that connects.
+  std::function<void(LocalStream stream)> onConnection;
 
   // A path that is too long for a socket is cut.
   void open(const std::string& path);
 
-  // Removes the socket's file too, if it is still the own one.
+  // Removes the socket's file too, if it is still this one's.
   void close();
 
-  bool isOpen() const { return static_cast<bool>(socket_); }
+  bool isOpen() const { return static_cast<bool>(listener_); }
 
  private:
   void watch();
   void acceptConnection();
 
   MainQueue& queue_;
-  UniqueFd socket_;
-  std::string path_;
-  dev_t device_ = 0;  // of the socket's file
-  ino_t inode_ = 0;
-  std::unique_ptr<MainQueue::Watch> watch_;
+  LocalListener listener_;
+  std::unique_ptr<MainQueue::Watch> watch_;  // ends before the listener does
   Liveness alive_;
 };
 

@@ -2,13 +2,16 @@
 // value. Main thread only.
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
-#include "browser/messages.h"
 #include "model/browser.h"
 
 namespace tollvane {
+
+// What Tollvane and its extensions say to each other: JSON objects, with a text under "type".
+using Message = nlohmann::json;
 
 class BrowserConnection {
  public:

@@ -9,7 +9,7 @@
 
 namespace tollvane {
 
-// Safari as just another connection. Whoever sends asks safariEnabled first.
+// Safari as just another connection. Is sent to only while safariEnabled.
 class BrowserLink::SafariConnection : public BrowserConnection {
  public:
   explicit SafariConnection(SafariServices& services) : services_(services) {
@@ -24,16 +24,18 @@ class BrowserLink::SafariConnection : public BrowserConnection {
   SafariServices& services_;
 };
 
-BrowserLink::BrowserLink(const Platform& platform, const Paths& paths)
+BrowserLink::BrowserLink(MainQueue& queue, SafariServices& safari, Files& files, const Locations& locations,
+                         const Bundle& bundle, const Workspace& workspace, const Paths& paths)
     : settings([] { return Message::object(); }),
-      platform_(platform),
+      queue_(queue),
+      safariServices_(safari),
       paths_(paths),
-      nativeHosts_(platform, paths),
-      inbox_(platform.mainQueue, platform.files),
-      listener_(platform.mainQueue),
-      safari_(std::make_unique<SafariConnection>(platform.safari)) {
+      nativeHosts_(files, locations, bundle, workspace, paths),
+      inbox_(queue, files),
+      listener_(queue),
+      safari_(std::make_unique<SafariConnection>(safari)) {
   inbox_.onMessage = [this](const Message& message) { handle(*safari_, message); };
-  listener_.onConnection = [this](UniqueFd socket) { accept(std::move(socket)); };
+  listener_.onConnection = [this](LocalStream stream) { accept(std::move(stream)); };
 }
 
 BrowserLink::~BrowserLink() = default;
@@ -49,8 +51,8 @@ void BrowserLink::stop() {
   listener_.close();
 }
 
-void BrowserLink::accept(UniqueFd socket) {
-  const auto connection = std::make_shared<BridgeConnection>(std::move(socket), writePatience);
+void BrowserLink::accept(LocalStream stream) {
+  const auto connection = std::make_shared<BridgeConnection>(std::move(stream), writePatience);
   BridgeConnection* from = connection.get();
   connection->onMessage = alive_.guard([this, from](const Message& message) { handle(*from, message); });
   connection->onClosed = alive_.guard([this, from] {
@@ -58,7 +60,7 @@ void BrowserLink::accept(UniqueFd socket) {
     changed();
   });
   connections.push_back(connection);
-  connection->startReading(platform_.mainQueue);
+  connection->startReading(queue_);
 }
 
 void BrowserLink::handle(BrowserConnection& from, const Message& message) {
@@ -101,7 +103,7 @@ void BrowserLink::focus(std::int64_t tabId, Browser in, std::function<void(Focus
   BrowserConnection* connection = firstReady(in);
   if (connection == nullptr) return completion(FocusResult::unreachable);
   pending_.emplace(request, std::move(completion));
-  platform_.mainQueue.after(focusPatience, alive_.guard([this, request] { giveUp(request); }));
+  queue_.after(focusPatience, alive_.guard([this, request] { giveUp(request); }));
   connection->send({{"type", "focus"}, {"req", request}, {"tabId", tabId}});
 }
 
@@ -131,12 +133,12 @@ void BrowserLink::refreshSafariState(std::function<void()> completion) {
     safariEnabled = isEnabled.value_or(false);
     if (completion) completion();
   });
-  platform_.safari.getState(safariExtensionID, [queue = &platform_.mainQueue, learnt](std::optional<bool> isEnabled) {
+  safariServices_.getState(safariExtensionID, [queue = &queue_, learnt](std::optional<bool> isEnabled) {
     queue->post([learnt = learnt, isEnabled]() mutable { learnt(isEnabled); });
   });
 }
 
-void BrowserLink::openSafariExtensionSettings() { platform_.safari.showPreferences(safariExtensionID); }
+void BrowserLink::openSafariExtensionSettings() { safariServices_.showPreferences(safariExtensionID); }
 
 BrowserConnection* BrowserLink::firstReady(Browser browser) const {
   if (browser == Browser::safari) return safariEnabled ? safari_.get() : nullptr;

@@ -1,6 +1,6 @@
 // Tollvane's end of the conversation with its browser extensions: who is connected, and what is asked of them.
 //
-// One for the life of the process; whoever owns it sets the callbacks once. Messages come from the bridges that the
+// One for the life of the process; its owner sets the callbacks once. Messages come from the bridges that the
 // browsers start, over a socket, and from Safari through its inbox; both kinds end in handle(). Nothing fails: what
 // cannot be understood is ignored. Main thread only.
 #pragma once
@@ -18,7 +18,12 @@
 #include "browser/native_hosts.h"
 #include "browser/safari_inbox.h"
 #include "model/paths.h"
-#include "platform/platform.h"
+#include "platform/bundle.h"
+#include "platform/files.h"
+#include "platform/locations.h"
+#include "platform/main_queue.h"
+#include "platform/safari_services.h"
+#include "platform/workspace.h"
 #include "support/liveness.h"
 
 namespace tollvane {
@@ -36,8 +41,9 @@ class BrowserLink {
   static constexpr std::string_view safariMessageName = "tollvane";
   static constexpr std::chrono::milliseconds focusPatience{2500};
 
-  // `paths` outlives the link.
-  BrowserLink(const Platform& platform, const Paths& paths);
+  // All outlive the link.
+  BrowserLink(MainQueue& queue, SafariServices& safari, Files& files, const Locations& locations, const Bundle& bundle,
+              const Workspace& workspace, const Paths& paths);
   ~BrowserLink();
 
   // Lets the browsers know of the bridge, and listens to them.
@@ -87,7 +93,7 @@ class BrowserLink {
  private:
   class SafariConnection;
 
-  void accept(UniqueFd socket);
+  void accept(LocalStream stream);
   void hello(BrowserConnection& from, const Message& message);
   void focusAnswered(const Message& message);
   void giveUp(std::int64_t request);
@@ -97,7 +103,8 @@ class BrowserLink {
     if (onChange) onChange();
   }
 
-  Platform platform_;
+  MainQueue& queue_;
+  SafariServices& safariServices_;
   const Paths& paths_;
   NativeHosts nativeHosts_;
   SafariInbox inbox_;

@@ -6,28 +6,26 @@
 namespace tollvane {
 
 std::optional<std::string> NativeHosts::installedBridgePath() {
-  const auto bundled = platform_.bundle.auxiliaryExecutable(bridgeName);
+  const auto bundled = bundle_.auxiliaryExecutable(bridgeName);
   if (!bundled) return std::nullopt;
-  Files& files = platform_.files;
   const auto bin = paths_.supportDir() / "bin";
   const auto installed = bin / bridgeName;
   const auto fresh = bin / (std::string(bridgeName) + ".new");
-  if (!files.createDirectories(bin)) return *bundled;
-  if (files.contentsEqual(*bundled, installed)) return installed;
-  files.remove(fresh);
-  return files.copy(*bundled, fresh) && files.rename(fresh, installed) ? installed : *bundled;
+  if (!files_.createDirectories(bin)) return *bundled;
+  if (files_.contentsEqual(*bundled, installed)) return installed;
+  files_.remove(fresh);
+  return files_.copy(*bundled, fresh) && files_.rename(fresh, installed) ? installed : *bundled;
 }
 
 void NativeHosts::installManifests() {
   const auto bridge = installedBridgePath();
   if (!bridge) return;
-  Files& files = platform_.files;
   for (const Browser browser : Browser::allCases) {
-    const bool installed = browser.isInstalled(platform_.workspace);
-    for (const auto& [directory, usual] : platform_.locations.nativeHostDirectories(browser.bundleID())) {
-      if (!(installed && usual) && !files.exists(directory.parent_path())) continue;
-      files.createDirectories(directory);
-      files.write(directory / (std::string(hostName) + ".json"), manifest(browser, *bridge));
+    const bool installed = browser.isInstalled(workspace_);
+    for (const auto& [directory, usual] : locations_.nativeHostDirectories(browser.bundleID())) {
+      if (!(installed && usual) && !files_.exists(directory.parent_path())) continue;
+      files_.createDirectories(directory);
+      files_.write(directory / (std::string(hostName) + ".json"), manifest(browser, *bridge));
     }
   }
 }
@@ -40,7 +38,7 @@ std::string NativeHosts::manifest(Browser browser, const std::string& bridge) co
   } else {
     auto origins = nlohmann::json::array();
     for (const auto id : chromiumExtensionIDs) origins.push_back("chrome-extension://" + std::string(id) + "/");
-    for (const auto& id : platform_.bundle.infoStrings(furtherExtensionIDsKey))
+    for (const auto& id : bundle_.infoStrings(furtherExtensionIDsKey))
       origins.push_back("chrome-extension://" + id + "/");
     manifest["allowed_origins"] = origins;
   }

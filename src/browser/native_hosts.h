@@ -11,7 +11,10 @@
 
 #include "model/browser.h"
 #include "model/paths.h"
-#include "platform/platform.h"
+#include "platform/bundle.h"
+#include "platform/files.h"
+#include "platform/locations.h"
+#include "platform/workspace.h"
 
 namespace tollvane {
 
@@ -27,10 +30,12 @@ class NativeHosts {
   static constexpr std::string_view furtherExtensionIDsKey = "TollvaneChromiumExtensionIDs";
   static constexpr std::array<std::string_view, 1> geckoExtensionIDs = {"tollvane@quarnel.com"};
 
-  NativeHosts(const Platform& platform, const Paths& paths) : platform_(platform), paths_(paths) {}
+  NativeHosts(Files& files, const Locations& locations, const Bundle& bundle, const Workspace& workspace,
+              const Paths& paths)
+      : files_(files), locations_(locations), bundle_(bundle), workspace_(workspace), paths_(paths) {}
 
-  // The path to put into manifests: the copy, made or renewed if need be; the bundle's own bridge where that cannot be;
-  // absent when the bundle has none.
+  // The path to put into manifests: the copy, made or renewed if need be; the bundle's own bridge if there can be no
+  // copy; absent if the bundle has none.
   std::optional<std::string> installedBridgePath();
 
   // For every browser that is installed, or has been.
@@ -39,7 +44,10 @@ class NativeHosts {
  private:
   std::string manifest(Browser browser, const std::string& bridge) const;
 
-  Platform platform_;
+  Files& files_;
+  const Locations& locations_;
+  const Bundle& bundle_;
+  const Workspace& workspace_;
   const Paths& paths_;
 };
 

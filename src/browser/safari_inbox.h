@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-#include "browser/messages.h"
+#include "browser/browser_connection.h"
 #include "platform/files.h"
 #include "platform/main_queue.h"
 

@@ -4,8 +4,9 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
-#include <charconv>
 #include <climits>
+
+#include "support/ascii.h"
 
 namespace tollvane {
 namespace {
@@ -45,12 +46,7 @@ std::size_t trailingDigits(std::string_view text) {
 }
 
 // ASCII digits only: a process id in others makes its line ignored, and no later match is looked for.
-std::optional<Pid> pidOf(std::string_view digits) {
-  Pid pid = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, pid);
-  return error == std::errc() && stop == end ? std::optional(pid) : std::nullopt;
-}
+std::optional<Pid> pidOf(std::string_view digits) { return ascii::number<Pid>(digits); }
 
 struct Client {
   std::string_view digits;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "model/sound_event.h"
-#include "platform/date_formatter.h"
+#include "platform/clock.h"
 
 namespace tollvane {
 

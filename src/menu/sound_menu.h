@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "model/sound_event.h"
-#include "platform/date_formatter.h"
+#include "platform/clock.h"
 #include "platform/menu.h"
 
 namespace tollvane {

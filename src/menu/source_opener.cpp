@@ -4,9 +4,6 @@
 
 namespace tollvane {
 
-SourceOpener::SourceOpener(const Platform& platform, const Resolver& resolver, BrowserLink& link)
-    : platform_(platform), resolver_(resolver), link_(link) {}
-
 void SourceOpener::open(const SoundEvent& event) {
   if (event.browser && event.tabId)
     openTab(*event.tabId, *event.browser, event.tabLabel().value_or("that tab"));
@@ -15,20 +12,19 @@ void SourceOpener::open(const SoundEvent& event) {
 }
 
 void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& label) {
-  if (!in.isRunning(platform_.workspace)) {
+  if (!in.isRunning(workspace_)) {
     const std::string name(in.appName());
     return show({name + " is closed",
                  "The tab that made this sound (" + label + ") is gone because " + name + " has been quit since."});
   }
   // A tab that came forward is followed by its browser even when nobody is left to show an alert.
-  link_.focus(tabId, in,
-              [in, workspace = &platform_.workspace, tell = alive_.guard([this, in, label](FocusResult result) {
+  link_.focus(tabId, in, [in, workspace = &workspace_, tell = alive_.guard([this, in, label](FocusResult result) {
                 tabFocused(result, in, label);
               })](FocusResult result) mutable {
-                if (result != FocusResult::focused) return tell(result);
-                const auto running = workspace->runningApplications(in.bundleID());
-                if (!running.empty()) workspace->activate(running.front(), [](bool) {});
-              });
+    if (result != FocusResult::focused) return tell(result);
+    const auto running = workspace->runningApplications(in.bundleID());
+    if (!running.empty()) workspace->activate(running.front(), [](bool) {});
+  });
 }
 
 void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string& label) {
@@ -45,14 +41,14 @@ void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string&
 void SourceOpener::openApplication(const std::string& app) {
   const auto running = runningApplication(app);
   if (!running) return notRunning(app);
-  platform_.workspace.activate(*running, alive_.guard([this, app](bool cameForward) {
+  workspace_.activate(*running, alive_.guard([this, app](bool cameForward) {
     if (cameForward) return;
     runningApplication(app) ? nothingToOpen(app) : notRunning(app);  // it may have ended since
   }));
 }
 
 std::optional<RunningApplication> SourceOpener::runningApplication(const std::string& app) const {
-  for (auto& candidate : platform_.workspace.runningApplications())
+  for (auto& candidate : workspace_.runningApplications())
     if (candidate.localizedName == app && candidate.activationPolicy == ActivationPolicy::regular) return candidate;
   return std::nullopt;
 }
@@ -66,18 +62,18 @@ void SourceOpener::notRunning(const std::string& app) {
 
 void SourceOpener::offerToLaunch(const std::string& app, const std::filesystem::path& where) {
   show({app + " is closed", app + " made this sound but isn't open anymore.", {"Open " + app, "OK"}},
-       [workspace = &platform_.workspace, where](std::size_t button) {
+       [workspace = &workspace_, where](std::size_t button) {
          if (button == 0) workspace->open(where);
        });
 }
 
 void SourceOpener::nothingToOpen(const std::string& app) {
-  show({"Nothing to open", app + std::string(platform_.wording.isABackgroundPart)});
+  show({"Nothing to open", app + std::string(wording_.isABackgroundPart)});
 }
 
 void SourceOpener::show(const Alert& alert, std::function<void(std::size_t)> answer) {
-  platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(
+  application_.activateIgnoringOtherApps();
+  alerts_.show(
       alert, answer ? std::move(answer) : [](std::size_t) {});
 }
 

@@ -1,5 +1,5 @@
-// The way to whatever made a sound: the very tab where it is known, else the application's windows; and where there is
-// no way any more, a few words that say why. Every way ends in front of the user: with the source, or with an alert.
+// The way to the source of a sound: the very tab if it is known, else the application's windows; and if there is no way
+// any more, a few words that say why. Every way ends in front of the user: with the source, or with an alert.
 // Main thread only.
 #pragma once
 
@@ -11,14 +11,25 @@
 #include "browser/browser_link.h"
 #include "detect/resolver.h"
 #include "model/sound_event.h"
-#include "platform/platform.h"
+#include "platform/alerts.h"
+#include "platform/application.h"
+#include "platform/wording.h"
+#include "platform/workspace.h"
 #include "support/liveness.h"
 
 namespace tollvane {
 
 class SourceOpener {
  public:
-  SourceOpener(const Platform& platform, const Resolver& resolver, BrowserLink& link);
+  // All outlive it.
+  SourceOpener(Workspace& workspace, Application& application, Alerts& alerts, const Wording& wording,
+               const Resolver& resolver, BrowserLink& link)
+      : workspace_(workspace),
+        application_(application),
+        alerts_(alerts),
+        wording_(wording),
+        resolver_(resolver),
+        link_(link) {}
 
   void open(const SoundEvent& event);
 
@@ -32,7 +43,10 @@ class SourceOpener {
   void nothingToOpen(const std::string& app);
   void show(const Alert& alert, std::function<void(std::size_t)> answer = nullptr);
 
-  Platform platform_;
+  Workspace& workspace_;
+  Application& application_;
+  Alerts& alerts_;
+  const Wording& wording_;
   const Resolver& resolver_;
   BrowserLink& link_;
   Liveness alive_;

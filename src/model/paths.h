@@ -22,7 +22,7 @@ class Paths {
   std::filesystem::path history() const { return supportDir() / "history.txt"; }
 
   // Of the Unix-domain socket; neither shortened nor checked for length.
-  std::string bridgeSocket() const { return supportDir() / "bridge.sock"; }
+  std::string bridgeSocket() const { return supportDir() / bridgeSocketName; }
 
  private:
   const Locations& locations_;

@@ -23,7 +23,7 @@ class Alerts {
   // Shows the alert in the middle of the screen, in front, as plain text. One at a time: further ones wait. The event
   // loop goes on meanwhile. `answer` is called once, with the index of the button that was chosen; closing the alert
   // otherwise counts as its last button. Not called when the process ends first.
-  virtual void runModal(const Alert& alert, std::function<void(std::size_t button)> answer) = 0;
+  virtual void show(const Alert& alert, std::function<void(std::size_t button)> answer) = 0;
 };
 
 }  // namespace tollvane

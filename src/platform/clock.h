@@ -1,8 +1,10 @@
-// What time it is. Every room that measures time is handed a Clock, so that tests can move it by hand.
-// Callable from any thread.
+// What time it is, and how the user writes it. Every room that measures time is handed a Clock, so that tests can move
+// it by hand.
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <string_view>
 
 namespace tollvane {
 
@@ -15,6 +17,7 @@ using Instant = std::chrono::steady_clock::time_point;
 
 using Duration = std::chrono::nanoseconds;
 
+// Callable from any thread.
 class Clock {
  public:
   virtual ~Clock() = default;
@@ -25,6 +28,16 @@ class Clock {
   // The steady clock: advances evenly with real time, also while the machine sleeps, and is never set. Comparable only
   // with itself.
   virtual Instant steadyNow() const = 0;
+};
+
+// Points in time as texts, in the user's current locale and time zone (both may change while the process runs).
+// Main thread only.
+class DateFormatter {
+ public:
+  virtual ~DateFormatter() = default;
+
+  // `pattern` is a Unicode date pattern (UTS #35), such as "h:mm:ss a".
+  virtual std::string string(std::string_view pattern, TimePoint time) const = 0;
 };
 
 }  // namespace tollvane

@@ -8,6 +8,10 @@
 
 namespace tollvane {
 
+// Tollvane's own directory below applicationSupport(), and the socket in it at which its bridges find it.
+inline constexpr std::string_view supportDirectoryName = "Tollvane";
+inline constexpr std::string_view bridgeSocketName = "bridge.sock";
+
 class Locations {
  public:
   virtual ~Locations() = default;

@@ -9,11 +9,9 @@
 #include <string>
 #include <vector>
 
-namespace tollvane {
+#include "platform/text_style.h"
 
-enum class FontFamily { system, monospacedDigits };
-enum class FontWeight { regular, medium, semibold };
-enum class TextColor { unset, label, secondaryLabel, tertiaryLabel, controlAccent };
+namespace tollvane {
 
 // Sizes are of a system whose menus are written in `menuFontSize`; a platform whose menus are larger scales with them.
 inline constexpr double menuFontSize = 13;
@@ -29,7 +27,7 @@ struct Font {
 struct TextRun {
   std::string text;  // a run of a line feed and blanks only begins a second line; elsewhere a line feed is a blank
   Font font;
-  TextColor color = TextColor::unset;  // unset: as the menu writes its other items
+  TextColor color = TextColor::unset;
 
   bool operator==(const TextRun&) const = default;
 };
@@ -55,8 +53,8 @@ struct MenuItem {
   std::string keyEquivalent;  // one lower-case character, together with the platform's modifier for commands; or none
   bool isSeparator = false;
   bool isEnabled = true;
-  Action action;               // none: choosing the item does nothing
-  std::any representedObject;  // whatever the action is about
+  Action action;               // if empty, choosing the item does nothing
+  std::any representedObject;  // what the action is about
   std::vector<MenuItem> submenu;
 };
 
@@ -64,7 +62,7 @@ struct Menu {
   std::vector<MenuItem> items;
 };
 
-// Whoever fills a menu.
+// Fills a menu.
 class MenuDelegate {
  public:
   virtual ~MenuDelegate() = default;

@@ -8,7 +8,6 @@
 #include "platform/bundle.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
-#include "platform/date_formatter.h"
 #include "platform/defaults.h"
 #include "platform/files.h"
 #include "platform/http.h"

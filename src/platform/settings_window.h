@@ -8,16 +8,17 @@
 #include <variant>
 #include <vector>
 
+#include "platform/text_style.h"
+
 namespace tollvane::ui {
 
 enum class TextStyle { title, body, callout, caption };
-enum class Color { primary, secondary, accent, green, orange };
 
 struct Text {
   std::string text;
   TextStyle style = TextStyle::body;
-  Color color = Color::primary;
-  bool bold = false;
+  TextColor color = TextColor::label;
+  FontWeight weight = FontWeight::regular;
 
   bool operator==(const Text&) const = default;
 };
@@ -25,16 +26,16 @@ struct Text {
 // A drawing from the system's set, as large as text of that size.
 struct Image {
   std::string symbolName;
-  Color color = Color::primary;
+  TextColor color = TextColor::label;
   double size = 13;
-  bool semibold = false;
+  FontWeight weight = FontWeight::regular;
 
   bool operator==(const Image&) const = default;
 };
 
 // A small filled circle.
 struct Dot {
-  Color color = Color::secondary;
+  TextColor color = TextColor::secondaryLabel;
   double opacity = 1;
 
   bool operator==(const Dot&) const = default;

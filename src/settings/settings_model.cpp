@@ -13,7 +13,8 @@ bool isOffered(const BrowserRow& row) {
 
 }  // namespace
 
-SettingsModel::SettingsModel(const Platform& platform, Prefs prefs, LoginItem& loginItem)
+SettingsModel::SettingsModel(Workspace& workspace, const Bundle& bundle, MainQueue& queue, const Wording& wording,
+                             Prefs prefs, LoginItem& loginItem)
     : markTabs(*this, prefs.markTabs()),
       suggestExtension(*this, prefs.suggestExtension()),
       startAtLogin(*this, loginItem.isEnabled()),
@@ -21,7 +22,10 @@ SettingsModel::SettingsModel(const Platform& platform, Prefs prefs, LoginItem& l
       browsers(*this, {}),
       picks(*this, {}),
       ticked(*this, {}),
-      platform_(platform),
+      workspace_(workspace),
+      bundle_(bundle),
+      queue_(queue),
+      wording_(wording),
       prefs_(prefs),
       loginItem_(loginItem) {}
 
@@ -38,7 +42,7 @@ void SettingsModel::setSuggestExtension(bool on) {
 
 void SettingsModel::setStartAtLogin(bool on) {
   const auto refused = loginItem_.set(on);
-  loginNote = refused ? std::optional(std::string(platform_.wording.changeNotAllowed) + *refused) : std::nullopt;
+  loginNote = refused ? std::optional(std::string(wording_.changeNotAllowed) + *refused) : std::nullopt;
   refresh();
 }
 
@@ -54,7 +58,7 @@ void SettingsModel::setTicked(const std::string& rawValue, bool on) {
 void SettingsModel::refresh() {
   const LoginStatus status = loginItem_.status();
   startAtLogin = status == LoginStatus::enabled;
-  if (status == LoginStatus::requiresApproval) loginNote = std::string(platform_.wording.approveLoginItem);
+  if (status == LoginStatus::requiresApproval) loginNote = std::string(wording_.approveLoginItem);
 
   auto rows = browserStatus ? browserStatus() : std::vector<BrowserRow>();
   std::erase_if(rows, isOffered);
@@ -63,7 +67,7 @@ void SettingsModel::refresh() {
   std::vector<ExtensionPick> offered;
   for (const Browser browser : ExtensionPick::offered)
     offered.push_back({.browser = browser,
-                       .installed = browser.isInstalled(platform_.workspace),
+                       .installed = browser.isInstalled(workspace_),
                        .connected = isConnected && isConnected(browser)});
   picks = std::move(offered);
 
@@ -77,7 +81,7 @@ void SettingsModel::refresh() {
 void SettingsModel::addSelected() {
   auto selected = *picks;
   std::erase_if(selected, [this](const ExtensionPick& pick) { return !ticked->contains(std::string(pick.id())); });
-  ExtensionPick::open(selected, platform_.bundle, platform_.mainQueue, platform_.workspace);
+  ExtensionPick::open(selected, bundle_, queue_, workspace_);
 }
 
 }  // namespace tollvane

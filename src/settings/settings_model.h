@@ -1,5 +1,5 @@
-// The state behind the settings window. Knows nothing of the browsers' connections: whoever owns it hands in what it
-// asks, once. One for the life of the process. Main thread only.
+// The state behind the settings window. Knows nothing of the browsers' connections: its owner hands in, once, what it
+// asks about them. One for the life of the process. Main thread only.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,10 @@
 
 #include "model/browser.h"
 #include "model/prefs.h"
-#include "platform/platform.h"
+#include "platform/bundle.h"
+#include "platform/main_queue.h"
+#include "platform/wording.h"
+#include "platform/workspace.h"
 #include "settings/extension_pick.h"
 #include "settings/login_item.h"
 
@@ -49,7 +52,9 @@ class SettingsModel {
     T value_;
   };
 
-  SettingsModel(const Platform& platform, Prefs prefs, LoginItem& loginItem);
+  // All outlive it.
+  SettingsModel(Workspace& workspace, const Bundle& bundle, MainQueue& queue, const Wording& wording, Prefs prefs,
+                LoginItem& loginItem);
 
   // A change is about to happen; look again once the current work is done.
   std::function<void()> objectWillChange;
@@ -65,7 +70,7 @@ class SettingsModel {
   std::function<bool(Browser)> isConnected;
   std::function<void()> onMarkTabsChanged;
   std::function<std::vector<BrowserRow>()> browserStatus;
-  std::function<void(std::function<void()>)> beforeRefresh;  // for whoever needs it; nobody does
+  std::function<void(std::function<void()>)> beforeRefresh;  // not called by anything here
 
   void setMarkTabs(bool on);
   void setSuggestExtension(bool on);
@@ -85,7 +90,10 @@ class SettingsModel {
     if (objectWillChange) objectWillChange();
   }
 
-  Platform platform_;
+  Workspace& workspace_;
+  const Bundle& bundle_;
+  MainQueue& queue_;
+  const Wording& wording_;
   Prefs prefs_;
   LoginItem& loginItem_;
   bool tickedOnce_ = false;

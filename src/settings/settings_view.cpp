@@ -5,14 +5,13 @@
 namespace tollvane {
 namespace {
 
-using ui::Color;
 using ui::TextStyle;
 
-ui::Text caption(std::string_view text, Color color = Color::secondary) {
+ui::Text caption(std::string_view text, TextColor color = TextColor::secondaryLabel) {
   return {std::string(text), TextStyle::caption, color};
 }
 
-ui::Text callout(std::string_view text) { return {std::string(text), TextStyle::callout, Color::secondary}; }
+ui::Text callout(std::string_view text) { return {std::string(text), TextStyle::callout, TextColor::secondaryLabel}; }
 
 ui::Toggle switchFor(std::string_view identifier, std::string_view title, bool isOn, std::function<void(bool)> set) {
   return {std::string(identifier), std::string(title), ui::Toggle::Style::switchControl, isOn, std::move(set)};
@@ -22,7 +21,7 @@ ui::Section general(SettingsModel& model) {
   ui::Section section{"General", {}};
   section.elements.emplace_back(switchFor("startAtLogin", "Start Tollvane when you log in", *model.startAtLogin,
                                           [&model](bool on) { model.setStartAtLogin(on); }));
-  if (*model.loginNote) section.elements.emplace_back(caption(**model.loginNote, Color::orange));
+  if (*model.loginNote) section.elements.emplace_back(caption(**model.loginNote, TextColor::orange));
   section.elements.emplace_back(switchFor("markTabs", "Mark browser tabs that made a sound", *model.markTabs,
                                           [&model](bool on) { model.setMarkTabs(on); }));
   section.elements.emplace_back(
@@ -31,7 +30,7 @@ ui::Section general(SettingsModel& model) {
 }
 
 ui::Text pickStatus(const ExtensionPick& pick, const Wording& wording) {
-  if (pick.connected) return caption("Added", Color::green);
+  if (pick.connected) return caption("Added", TextColor::green);
   return caption(pick.installed ? "" : wording.notFoundHere);
 }
 
@@ -40,7 +39,7 @@ ui::Row pickRow(SettingsModel& model, const ExtensionPick& pick, const Wording& 
   const std::string name(pick.browser.appName());
   ui::Row row{id, {}};
   if (pick.connected)
-    row.controls.emplace_back(ui::Image{"checkmark.circle.fill", Color::green});
+    row.controls.emplace_back(ui::Image{"checkmark.circle.fill", TextColor::green});
   else
     row.controls.emplace_back(ui::Toggle{id, name, ui::Toggle::Style::checkBox, model.ticked->contains(id),
                                          [&model, id](bool on) { model.setTicked(id, on); }});
@@ -68,14 +67,15 @@ ui::Section extensions(SettingsModel& model, const Wording& wording) {
 
 ui::Row browserRow(const BrowserRow& browser) {
   return {browser.id,
-          {browser.ok ? ui::Dot{Color::green} : ui::Dot{Color::secondary, 0.4}, ui::Text{browser.name},
+          {browser.ok ? ui::Dot{TextColor::green} : ui::Dot{TextColor::secondaryLabel, 0.4}, ui::Text{browser.name},
            callout(browser.status)}};
 }
 
 ui::Section otherBrowsers(SettingsModel& model, const Wording& wording) {
   ui::Section section{"Other browsers", {}};
   if (model.browsers->empty())
-    section.elements.emplace_back(ui::Text{std::string(wording.noOtherBrowsers), TextStyle::body, Color::secondary});
+    section.elements.emplace_back(
+        ui::Text{std::string(wording.noOtherBrowsers), TextStyle::body, TextColor::secondaryLabel});
   for (const BrowserRow& browser : *model.browsers) section.elements.emplace_back(browserRow(browser));
   section.elements.emplace_back(
       caption("Browser sounds are always listed. The extension adds which tab made them and lets you jump to it. "
@@ -92,9 +92,9 @@ ui::Section otherBrowsers(SettingsModel& model, const Wording& wording) {
 
 ui::SettingsContent SettingsView::body(const Wording& wording) const {
   ui::SettingsContent content;
-  content.icon = {"bell.fill", Color::accent, 28, true};
+  content.icon = {"bell.fill", TextColor::controlAccent, 28, FontWeight::semibold};
   content.introduction = {
-      {welcome ? "Welcome to Tollvane" : "Tollvane", TextStyle::title, Color::primary, true},
+      {welcome ? "Welcome to Tollvane" : "Tollvane", TextStyle::title, TextColor::label, FontWeight::semibold},
       callout(wording.introduction),
   };
   if (welcome) content.introduction.push_back(caption(wording.dontSeeTheBell));

@@ -6,8 +6,12 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
+#include <cstdint>
 #include <memory>
+
+#include "support/ascii.h"
 
 namespace tollvane::text {
 namespace {
@@ -59,6 +63,29 @@ std::string_view prefix(std::string_view text, std::size_t characters) {
   }
   utext_close(&view);
   return text.substr(0, end);
+}
+
+std::string withoutControls(std::string_view text) {
+  std::string plain;
+  plain.reserve(text.size());
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  for (std::size_t at = 0; at < text.size();) {
+    UChar32 c = 0;
+    U8_NEXT_OR_FFFD(bytes, at, text.size(), c);
+    const auto character = static_cast<char32_t>(c);
+    if (isBidiControl(character)) continue;
+    std::array<std::uint8_t, U8_MAX_LENGTH> encoded{};
+    std::size_t size = 0;
+    U8_APPEND_UNSAFE(encoded.data(), size, isControl(character) ? ' ' : c);
+    plain.append(encoded.begin(), encoded.begin() + static_cast<std::ptrdiff_t>(size));
+  }
+  return plain;
+}
+
+bool isWebPage(std::string_view url) {
+  for (const std::string_view scheme : {"https://", "http://"})
+    if (url.size() > scheme.size() && ascii::startsWithIgnoringCase(url, scheme)) return true;
+  return false;
 }
 
 }  // namespace tollvane::text

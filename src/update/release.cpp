@@ -3,16 +3,15 @@
 #include <algorithm>
 #include <vector>
 
+#include "support/ascii.h"
 #include "support/json.h"
 #include "support/json_value.h"
-#include "support/web_page.h"
+#include "support/text.h"
 
 namespace tollvane {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool allDigits(std::string_view text) { return !text.empty() && std::all_of(text.begin(), text.end(), isDigit); }
+bool allDigits(std::string_view text) { return !text.empty() && std::all_of(text.begin(), text.end(), ascii::isDigit); }
 
 // A component's digits without leading zeros: the longer is the larger, so no number is too large.
 std::string_view component(std::string_view text) {
@@ -23,26 +22,18 @@ std::string_view component(std::string_view text) {
 
 std::vector<std::string_view> components(std::string_view version) {
   std::vector<std::string_view> parts;
-  while (!version.empty()) {
-    const auto end = std::min(version.find('.'), version.size());
-    if (end > 0) parts.push_back(component(version.substr(0, end)));
-    version.remove_prefix(std::min(end + 1, version.size()));
-  }
+  while (!version.empty())
+    if (const auto part = ascii::takePart(version, '.'); !part.empty()) parts.push_back(component(part));
   return parts;
 }
 
 std::optional<TimePoint> day(std::string_view text) {
   if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
-  const auto number = [](std::string_view digits) {
-    int value = 0;
-    for (const char c : digits) value = 10 * value + (c - '0');
-    return value;
-  };
   const auto year = text.substr(0, 4), month = text.substr(5, 2), dayOfMonth = text.substr(8, 2);
   if (!allDigits(year) || !allDigits(month) || !allDigits(dayOfMonth)) return std::nullopt;
-  const std::chrono::year_month_day date{std::chrono::year(number(year)),
-                                         std::chrono::month(static_cast<unsigned>(number(month))),
-                                         std::chrono::day(static_cast<unsigned>(number(dayOfMonth)))};
+  const std::chrono::year_month_day date{std::chrono::year(*ascii::number<int>(year)),
+                                         std::chrono::month(*ascii::number<unsigned>(month)),
+                                         std::chrono::day(*ascii::number<unsigned>(dayOfMonth))};
   if (!date.ok()) return std::nullopt;
   return std::chrono::sys_days(date);
 }
@@ -58,7 +49,7 @@ std::optional<Release> releaseFromFeed(std::string_view body, const std::string&
   const auto released = json::text(*feed, "released");
   return Release{
       .version = *version,
-      .url = url && isWebPage(*url) ? *url : downloadPage,
+      .url = url && text::isWebPage(*url) ? *url : downloadPage,
       .released = released ? day(*released) : std::nullopt,
       .notes = json::text(*feed, "notes").value_or(""),
   };

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "model/prefs.h"
+#include "platform/alerts.h"
 #include "platform/bundle.h"
 #include "platform/clock.h"
 #include "platform/http.h"
@@ -29,8 +30,12 @@ class Updater {
   // Of the running program; "0" when its bundle does not say.
   std::string current() const;
 
-  // The latest release, when it is newer than the running program.
+  // The latest release, if it is newer than the running program.
   std::optional<Release> available() const;
+
+  // What a user who asked for updates is told, `answerDelay` after the question: what has become known by then.
+  static constexpr std::chrono::seconds answerDelay{4};
+  Alert alert() const;
 
   // Asks the site; returns at once.
   void check();

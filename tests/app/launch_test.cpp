@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "app/app_delegate.h"
-#include "app/browser_rows.h"
+#include "app/browser_status.h"
 #include "support/json_value.h"
-#include "support/recording_connection.h"
-#include "support/virtual_platform.h"
+#include "tests/support/recording_connection.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "bridge_fixture.h"
+#include "tests/bridge/bridge_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -10,14 +10,14 @@ namespace {
 class BadInputTest : public BridgeTest {
  protected:
   BadInputTest() : application(socket()), bridge(dataHome()), connection(application.accept()) {
-    EXPECT_EQ(connection.line(), kIntroduction);
+    EXPECT_EQ(connection.line(), introduction);
   }
 
   void expectStillAtWork() {
-    ASSERT_TRUE(bridge.input.write(frame(kAudible)));
-    EXPECT_EQ(connection.line(), kAudible);
-    ASSERT_TRUE(connection.write(line(kSettings)));
-    EXPECT_EQ(bridge.output.frame(), kSettings);
+    ASSERT_TRUE(bridge.input.write(frame(audible)));
+    EXPECT_EQ(connection.line(), audible);
+    ASSERT_TRUE(connection.write(line(settings)));
+    EXPECT_EQ(bridge.output.frame(), settings);
   }
 
   FakeApplication application;
@@ -45,7 +45,7 @@ TEST_F(BadInputTest, AFrameCannotForgeASecondLine) {
 }
 
 TEST_F(BadInputTest, AFrameOverTheCapIsPassedOver) {
-  const std::size_t length = bridge::kLongestFromBrowser + 1;
+  const std::size_t length = bridge::longestFromBrowser + 1;
   ASSERT_TRUE(bridge.input.write(header(static_cast<std::uint32_t>(length))));
   const std::string piece(1024 * 1024, '{');
   for (std::size_t left = length; left > 0; left -= std::min(left, piece.size()))
@@ -60,7 +60,7 @@ TEST_F(BadInputTest, TheBrowserGetsNoLineThatIsNoMessage) {
 
 TEST_F(BadInputTest, TheBrowserGetsNoLineThatIsTooLong) {
   const std::string begin = R"({"a":")";
-  const std::string longest = begin + std::string(bridge::kLongestToBrowser - begin.size() - 2, 'x') + "\"}";
+  const std::string longest = begin + std::string(bridge::longestToBrowser - begin.size() - 2, 'x') + "\"}";
   ASSERT_TRUE(connection.write(begin + "x" + longest.substr(begin.size()) + "\n"));
   ASSERT_TRUE(connection.write(line(longest)));
   EXPECT_TRUE(bridge.output.frame() == longest);
@@ -76,11 +76,11 @@ TEST_F(BadInputTest, AMillionNewlinesAndNoiseHarmNothing) {
 }
 
 TEST_F(BadInputTest, AFrameThatTheBrowserNeverFinishesIsNotPassedOn) {
-  const std::string bytes = frame(kAudible);
+  const std::string bytes = frame(audible);
   for (std::size_t cut = 0; cut < bytes.size(); ++cut) {
     RunningBridge other(dataHome());
     Wire itsConnection = application.accept();
-    EXPECT_EQ(itsConnection.line(), kIntroduction);
+    EXPECT_EQ(itsConnection.line(), introduction);
     ASSERT_TRUE(other.input.write(bytes.substr(0, cut)));
     other.input.close();
     ASSERT_EQ(other.exitCode(), 0) << cut;

@@ -7,18 +7,18 @@
 #include <string_view>
 
 #include "bridge/frames.h"
-#include "fake_application.h"
-#include "running_bridge.h"
-#include "support/temporary_directory.h"
+#include "tests/bridge/fake_application.h"
+#include "tests/bridge/running_bridge.h"
+#include "tests/support/temporary_directory.h"
 
 namespace tollvane::test {
 
 using bridge::frame;
 
-inline constexpr std::string_view kIntroduction = R"({"type":"bridge"})";
-inline constexpr std::string_view kHello = R"({"type":"hello","version":"1.0"})";
-inline constexpr std::string_view kAudible = R"({"type":"audible","tabId":7,"title":"a","host":"b"})";
-inline constexpr std::string_view kSettings = R"({"markTabs":true,"type":"settings"})";
+inline constexpr std::string_view introduction = R"({"type":"bridge"})";
+inline constexpr std::string_view hello = R"({"type":"hello","version":"1.0"})";
+inline constexpr std::string_view audible = R"({"type":"audible","tabId":7,"title":"a","host":"b"})";
+inline constexpr std::string_view settings = R"({"markTabs":true,"type":"settings"})";
 
 inline std::string line(std::string_view text) { return std::string(text) + "\n"; }
 
@@ -29,10 +29,10 @@ class BridgeTest : public ::testing::Test {
 
   // Whether the conversation begins as it must, in both directions.
   void expectIntroduced(RunningBridge& bridge, Wire& application) {
-    EXPECT_EQ(application.line(), kIntroduction);
-    EXPECT_EQ(application.line(), kHello);
-    EXPECT_TRUE(application.write(line(kSettings)));
-    EXPECT_EQ(bridge.output.frame(), kSettings);
+    EXPECT_EQ(application.line(), introduction);
+    EXPECT_EQ(application.line(), hello);
+    EXPECT_TRUE(application.write(line(settings)));
+    EXPECT_EQ(bridge.output.frame(), settings);
   }
 
   TemporaryDirectory directory;

@@ -4,7 +4,7 @@
 #include <csignal>
 #include <fstream>
 
-#include "bridge_fixture.h"
+#include "tests/bridge/bridge_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -33,7 +33,7 @@ TEST_F(BrowserEndTest, ItEndsThoughAnApplicationIsConnected) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
-  EXPECT_EQ(connection.line(), kIntroduction);
+  EXPECT_EQ(connection.line(), introduction);
   bridge.input.close();
   EXPECT_EQ(bridge.exitCode(), 0);
   EXPECT_TRUE(connection.ends());
@@ -43,10 +43,10 @@ TEST_F(BrowserEndTest, WhatTheBrowserSaidLastIsStillPassedOn) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
-  EXPECT_EQ(connection.line(), kIntroduction);
-  EXPECT_TRUE(bridge.input.write(frame(kAudible)));
+  EXPECT_EQ(connection.line(), introduction);
+  EXPECT_TRUE(bridge.input.write(frame(audible)));
   bridge.input.close();
-  EXPECT_EQ(connection.line(), kAudible);
+  EXPECT_EQ(connection.line(), audible);
 }
 
 TEST_F(BrowserEndTest, ItEndsWhenTheBrowserReadsNoMore) {
@@ -59,7 +59,7 @@ TEST_F(BrowserEndTest, ItEndsWithTheBrowserThoughOthersHoldItsPipesOpen) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome(), {.browser = directory / "browser"});
   Wire connection = application.accept();
-  EXPECT_EQ(connection.line(), kIntroduction);
+  EXPECT_EQ(connection.line(), introduction);
   const pid_t itself = onlyChildOf(bridge.pid());
   ASSERT_GT(itself, 0);
   bridge.kill();
@@ -89,7 +89,7 @@ TEST_F(BrowserEndTest, ADescriptorThatTheBrowserLeftOpenIsLeftAlone) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome(), {.arguments = {"/manifest.json", "tollvane@example.com"}, .strayDescriptor = true});
   Wire connection = application.accept();
-  EXPECT_EQ(connection.line(), kIntroduction);
+  EXPECT_EQ(connection.line(), introduction);
   EXPECT_EQ(bridge.stray.line(std::chrono::milliseconds(0)), std::nullopt);
   EXPECT_TRUE(std::filesystem::exists("/proc/" + std::to_string(bridge.pid()) + "/fd/3"));
   bridge.input.close();
@@ -101,7 +101,7 @@ TEST_F(BrowserEndTest, WithoutAPlaceForAnApplicationItStaysAllTheSame) {
   std::filesystem::create_directories(dataHome().parent_path());
   std::ofstream(dataHome()) << "a file where a directory should be";
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kHello) + frame(kAudible)));
+  EXPECT_TRUE(bridge.input.write(frame(hello) + frame(audible)));
   EXPECT_TRUE(bridge.readsAll());
   bridge.input.close();
   EXPECT_EQ(bridge.exitCode(), 0);

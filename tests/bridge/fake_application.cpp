@@ -1,4 +1,4 @@
-#include "fake_application.h"
+#include "tests/bridge/fake_application.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -47,7 +47,7 @@ FakeApplication::~FakeApplication() {
 
 Wire FakeApplication::accept() {
   pollfd query{listener_.get(), POLLIN, 0};
-  if (poll(&query, 1, static_cast<int>(kPatience.count())) <= 0) throw std::runtime_error("nobody connects");
+  if (poll(&query, 1, static_cast<int>(patience.count())) <= 0) throw std::runtime_error("nobody connects");
   return Wire(UniqueFd(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC)));
 }
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "support/unique_fd.h"
-#include "wire.h"
+#include "platform/posix/unique_fd.h"
+#include "tests/bridge/wire.h"
 
 namespace tollvane::test {
 

@@ -54,9 +54,9 @@ TEST(FramesTest, AFrameOfTheGreatestLengthIsReadAndOneByteMoreIsPassedOver) {
 }
 
 TEST(FramesTest, AFrameThatIsNeverFinishedGivesNothing) {
-  FrameReader reader(kLongestFromBrowser);
-  EXPECT_EQ(bodies(reader, header(kLongestFromBrowser) + "abc"), Bodies());
-  FrameReader passing(kLongestFromBrowser);
+  FrameReader reader(longestFromBrowser);
+  EXPECT_EQ(bodies(reader, header(longestFromBrowser) + "abc"), Bodies());
+  FrameReader passing(longestFromBrowser);
   EXPECT_EQ(bodies(passing, header(0xFFFFFFFF) + std::string(100'000, 'x')), Bodies());
 }
 

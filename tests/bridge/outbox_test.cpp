@@ -7,7 +7,7 @@
 #include <array>
 #include <csignal>
 
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
 
 namespace tollvane::bridge {
 namespace {

@@ -2,24 +2,24 @@
 #include <algorithm>
 #include <random>
 
-#include "bridge_fixture.h"
+#include "tests/bridge/bridge_fixture.h"
 
 namespace tollvane::test {
 namespace {
 
 // A bridge that has grown by more than this keeps what it should not.
 #ifdef TOLLVANE_SANITIZED  // which keeps for a while what is freed
-constexpr std::size_t kLittle = 1 << 30;
-constexpr std::size_t kLong = 4 << 20;  // more would take them too long
+constexpr std::size_t little = 1 << 30;
+constexpr std::size_t longestHere = 4 << 20;  // more would take them too long
 #else
-constexpr std::size_t kLittle = 4 << 20;
-constexpr std::size_t kLong = bridge::kLongestFromBrowser;
+constexpr std::size_t little = 4 << 20;
+constexpr std::size_t longestHere = bridge::longestFromBrowser;
 #endif
 
 class PressureTest : public BridgeTest {
  protected:
   PressureTest() : application(socket()), bridge(dataHome()), connection(application.accept()) {
-    EXPECT_EQ(connection.line(), kIntroduction);
+    EXPECT_EQ(connection.line(), introduction);
     baseline = bridge.residentBytes();
   }
 
@@ -36,24 +36,24 @@ std::string numbered(int number, std::size_t size) {
 }
 
 TEST_F(PressureTest, AFrameMayBeCutAtEachByte) {
-  const std::string bytes = frame(kAudible);
+  const std::string bytes = frame(audible);
   for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
     ASSERT_TRUE(bridge.input.write(bytes.substr(0, cut)));
     ASSERT_TRUE(bridge.readsAll());
     ASSERT_TRUE(bridge.input.write(bytes.substr(cut)));
-    ASSERT_EQ(connection.line(), kAudible) << cut;
+    ASSERT_EQ(connection.line(), audible) << cut;
   }
 }
 
 TEST_F(PressureTest, ALineMayBeCutAtEachByte) {
-  const std::string bytes = line(kSettings);
+  const std::string bytes = line(settings);
   for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
     ASSERT_TRUE(connection.write(bytes.substr(0, cut)));
     // What came before has been read when its answer is here: one byte of the line is always left.
-    ASSERT_TRUE(bridge.input.write(frame(kAudible)));
-    ASSERT_EQ(connection.line(), kAudible);
+    ASSERT_TRUE(bridge.input.write(frame(audible)));
+    ASSERT_EQ(connection.line(), audible);
     ASSERT_TRUE(connection.write(bytes.substr(cut)));
-    ASSERT_EQ(bridge.output.frame(), kSettings) << cut;
+    ASSERT_EQ(bridge.output.frame(), settings) << cut;
   }
 }
 
@@ -82,44 +82,44 @@ TEST_F(PressureTest, MessagesOfAllSizesKeepTheirOrder) {
 
 TEST_F(PressureTest, TheLongestMessagePassesAndLeavesNothingBehind) {
   const std::string begin = R"({"a":")";
-  const std::string longest = begin + std::string(kLong - begin.size() - 2, 'x') + "\"}";
+  const std::string longest = begin + std::string(longestHere - begin.size() - 2, 'x') + "\"}";
   // Written and read in turns: neither side keeps so much.
   const std::string bytes = frame(longest);
   ASSERT_TRUE(bridge.input.write(bytes));
   const auto received = connection.line();
   ASSERT_TRUE(received.has_value());
   EXPECT_TRUE(*received == longest);
-  ASSERT_TRUE(bridge.input.write(frame(kAudible)));
-  EXPECT_EQ(connection.line(), kAudible);
-  EXPECT_LT(grown(), kLittle);
+  ASSERT_TRUE(bridge.input.write(frame(audible)));
+  EXPECT_EQ(connection.line(), audible);
+  EXPECT_LT(grown(), little);
 }
 
 TEST_F(PressureTest, ABrowserThatDoesNotReadLosesNothingAndCostsNoMemory) {
   const std::string message = numbered(1, 1000);
   const std::string rest = connection.fill(line(message));
-  EXPECT_LT(grown(), kLittle);
+  EXPECT_LT(grown(), little);
   // The other direction is not held up.
-  ASSERT_TRUE(bridge.input.write(frame(kAudible)));
-  EXPECT_EQ(connection.line(), kAudible);
+  ASSERT_TRUE(bridge.input.write(frame(audible)));
+  EXPECT_EQ(connection.line(), audible);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(bridge.output.frame(), message);
-  ASSERT_TRUE(connection.write(rest + line(kSettings)));
+  ASSERT_TRUE(connection.write(rest + line(settings)));
   auto next = bridge.output.frame();
   while (next == message) next = bridge.output.frame();
-  EXPECT_EQ(next, kSettings);
+  EXPECT_EQ(next, settings);
 }
 
 TEST_F(PressureTest, AnApplicationThatReadsLateLosesNothingAndCostsNoMemory) {
   const std::string message = numbered(1, 1000);
   const std::string rest = bridge.input.fill(frame(message));
-  EXPECT_LT(grown(), kLittle);
-  ASSERT_TRUE(connection.write(line(kSettings)));
-  EXPECT_EQ(bridge.output.frame(), kSettings);
+  EXPECT_LT(grown(), little);
+  ASSERT_TRUE(connection.write(line(settings)));
+  EXPECT_EQ(bridge.output.frame(), settings);
   // The kernel wakes who waits for room in a socket only when most of it is free.
   for (int i = 0; i < 300; ++i) ASSERT_EQ(connection.line(), message);
-  ASSERT_TRUE(bridge.input.write(rest + frame(kAudible)));
+  ASSERT_TRUE(bridge.input.write(rest + frame(audible)));
   auto next = connection.line();
   while (next == message) next = connection.line();
-  EXPECT_EQ(next, kAudible);
+  EXPECT_EQ(next, audible);
 }
 
 TEST_F(PressureTest, TwoSidesThatBothDoNotReadDoNotLockEachOther) {
@@ -128,20 +128,20 @@ TEST_F(PressureTest, TwoSidesThatBothDoNotReadDoNotLockEachOther) {
   const std::string restOfLines = connection.fill(line(message));
   for (int i = 0; i < 300; ++i) ASSERT_EQ(connection.line(), message);
   for (int i = 0; i < 100; ++i) ASSERT_EQ(bridge.output.frame(), message);
-  ASSERT_TRUE(bridge.input.write(restOfFrames + frame(kAudible)));
-  ASSERT_TRUE(connection.write(restOfLines + line(kSettings)));
+  ASSERT_TRUE(bridge.input.write(restOfFrames + frame(audible)));
+  ASSERT_TRUE(connection.write(restOfLines + line(settings)));
   std::optional<std::string> next;
   while ((next = connection.line()) == message) {
   }
-  EXPECT_EQ(next, kAudible);
+  EXPECT_EQ(next, audible);
   while ((next = bridge.output.frame()) == message) {
   }
-  EXPECT_EQ(next, kSettings);
+  EXPECT_EQ(next, settings);
 }
 
 TEST_F(PressureTest, AnApplicationThatNeverReadsIsLeftAndSoughtAgain) {
-  ASSERT_TRUE(bridge.input.write(frame(kHello)));
-  EXPECT_EQ(connection.line(), kHello);
+  ASSERT_TRUE(bridge.input.write(frame(hello)));
+  EXPECT_EQ(connection.line(), hello);
   const std::string message = numbered(1, 1000);
   const std::string rest = bridge.input.fill(frame(message));
   Wire next = application.accept();
@@ -149,11 +149,11 @@ TEST_F(PressureTest, AnApplicationThatNeverReadsIsLeftAndSoughtAgain) {
   // The old connection is over, and its last line with it.
   EXPECT_TRUE(connection.ends());
   // Not one line that was meant for the old connection follows on the new one before what comes now.
-  ASSERT_TRUE(bridge.input.write(rest + frame(kAudible)));
+  ASSERT_TRUE(bridge.input.write(rest + frame(audible)));
   std::optional<std::string> heard;
   while ((heard = next.line()) == message) {
   }
-  EXPECT_EQ(heard, kAudible);
+  EXPECT_EQ(heard, audible);
 }
 
 TEST_F(PressureTest, TheBrowserMayCloseWhileTheApplicationDoesNotRead) {
@@ -176,12 +176,12 @@ TEST_F(PressureTest, AnApplicationMayEndWhileTheBrowserDoesNotRead) {
   // What had been said is still heard, and then the next application.
   for (int i = 0; i < 100; ++i) ASSERT_EQ(bridge.output.frame(), message);
   next = application.accept();
-  EXPECT_EQ(next.line(), kIntroduction);
-  ASSERT_TRUE(next.write(line(kSettings)));
+  EXPECT_EQ(next.line(), introduction);
+  ASSERT_TRUE(next.write(line(settings)));
   std::optional<std::string> heard;
   while ((heard = bridge.output.frame()) == message) {
   }
-  EXPECT_EQ(heard, kSettings);
+  EXPECT_EQ(heard, settings);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include <csignal>
 
-#include "bridge_fixture.h"
+#include "tests/bridge/bridge_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -17,13 +17,13 @@ TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
-  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.input.write(frame(hello)));
   expectIntroduced(bridge, connection);
 }
 
 TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) {
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kAudible) + frame(kHello) + frame(kAudible)));
+  EXPECT_TRUE(bridge.input.write(frame(audible) + frame(hello) + frame(audible)));
   EXPECT_TRUE(bridge.readsAll());
   FakeApplication application(socket());
   Wire connection = application.accept();
@@ -33,7 +33,7 @@ TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) 
 TEST_F(ReconnectionTest, ASocketWhereNobodyListensYetIsTriedAgain) {
   std::filesystem::create_directories(socket().parent_path());
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
   const UniqueFd listener = boundSocket(socket());
   // Not to be seen from outside: the bridge has tried meanwhile, or it has not; both must end well.
@@ -44,21 +44,21 @@ TEST_F(ReconnectionTest, ASocketWhereNobodyListensYetIsTriedAgain) {
 
 TEST_F(ReconnectionTest, TheExtensionIsIntroducedToEachNewApplication) {
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
   for (int i = 0; i < 5; ++i) {
     FakeApplication application(socket());
     Wire connection = application.accept();
     expectIntroduced(bridge, connection);
-    EXPECT_TRUE(bridge.input.write(frame(kAudible)));
-    EXPECT_EQ(connection.line(), kAudible);
+    EXPECT_TRUE(bridge.input.write(frame(audible)));
+    EXPECT_EQ(connection.line(), audible);
   }
 }
 
 TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsSoughtAgain) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.input.write(frame(hello)));
   for (int i = 0; i < 3; ++i) {
     Wire connection = application.accept();
     expectIntroduced(bridge, connection);
@@ -70,13 +70,13 @@ TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
   {
     FakeApplication application(socket());
     Wire connection = application.accept();
-    EXPECT_TRUE(connection.write(line(kSettings) + R"({"type":"foc)"));
-    EXPECT_EQ(bridge.output.frame(), kSettings);
+    EXPECT_TRUE(connection.write(line(settings) + R"({"type":"foc)"));
+    EXPECT_EQ(bridge.output.frame(), settings);
   }
   FakeApplication application(socket());
   Wire connection = application.accept();
-  EXPECT_TRUE(connection.write("us\"}\n" + line(kSettings)));
-  EXPECT_EQ(bridge.output.frame(), kSettings);
+  EXPECT_TRUE(connection.write("us\"}\n" + line(settings)));
+  EXPECT_EQ(bridge.output.frame(), settings);
   bridge.input.close();
   EXPECT_TRUE(bridge.output.ends());
   EXPECT_EQ(bridge.output.unread(), "");
@@ -84,7 +84,7 @@ TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
 
 TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
   RunningBridge bridge(dataHome());
-  EXPECT_TRUE(bridge.input.write(frame(kHello)));
+  EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
   std::size_t atFirst = 0;
   for (int i = 0; i < 1000 && !HasFailure(); ++i) {
@@ -102,7 +102,7 @@ TEST_F(ReconnectionTest, ThePathIsCutAsTheApplicationCutsIt) {
   ASSERT_GT(whole.size(), 103u);
   FakeApplication application(whole.substr(0, 103));
   const RunningBridge bridge(deep);
-  EXPECT_EQ(application.accept().line(), kIntroduction);
+  EXPECT_EQ(application.accept().line(), introduction);
 }
 
 TEST_F(ReconnectionTest, AnApplicationOfAnotherUserHearsNothing) {

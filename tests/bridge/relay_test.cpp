@@ -5,8 +5,8 @@
 namespace tollvane::bridge {
 namespace {
 
-constexpr std::string_view kHello = R"({"type":"hello","version":"1.0"})";
-constexpr std::string_view kAudible = R"({"type":"audible","tabId":7})";
+constexpr std::string_view hello = R"({"type":"hello","version":"1.0"})";
+constexpr std::string_view audible = R"({"type":"audible","tabId":7})";
 
 std::string line(std::string_view text) { return std::string(text) + "\n"; }
 
@@ -25,30 +25,30 @@ class RelayTest : public ::testing::Test {
 
 TEST_F(RelayTest, TheIntroductionComesFirst) {
   relay.connected();
-  relay.fromBrowser(frame(kAudible));
-  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kAudible));
+  relay.fromBrowser(frame(audible));
+  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(audible));
 }
 
 TEST_F(RelayTest, TheLastHelloIsRepeatedAtEachConnection) {
-  relay.fromBrowser(frame(R"({"type":"hello","version":"0.9"})") + frame(kHello));
+  relay.fromBrowser(frame(R"({"type":"hello","version":"0.9"})") + frame(hello));
   for (int i = 0; i < 3; ++i) {
     relay.connected();
-    EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kHello));
+    EXPECT_EQ(lines(), "INTRODUCTION\n" + line(hello));
     relay.disconnected();
   }
 }
 
 TEST_F(RelayTest, AHelloThatWasPassedOnIsRepeatedLater) {
   relay.connected();
-  relay.fromBrowser(frame(kHello));
-  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kHello));
+  relay.fromBrowser(frame(hello));
+  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(hello));
   relay.disconnected();
   relay.connected();
-  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kHello));
+  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(hello));
 }
 
 TEST_F(RelayTest, AHelloThatIsTooLongToRememberIsPassedOn) {
-  relay.fromBrowser(frame(kHello));
+  relay.fromBrowser(frame(hello));
   relay.connected();
   lines();
   const std::string longHello = R"({"type":"hello","version":")" + std::string(Relay::longestHello, '1') + "\"}";
@@ -56,18 +56,18 @@ TEST_F(RelayTest, AHelloThatIsTooLongToRememberIsPassedOn) {
   EXPECT_EQ(lines(), line(longHello));
   relay.disconnected();
   relay.connected();
-  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kHello));
+  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(hello));
 }
 
 TEST_F(RelayTest, OtherMessagesAreDroppedWithoutAnApplication) {
-  relay.fromBrowser(frame(kAudible));
+  relay.fromBrowser(frame(audible));
   relay.connected();
   EXPECT_EQ(lines(), "INTRODUCTION\n");
 }
 
 TEST_F(RelayTest, WhatOneApplicationDidNotTakeIsNotForTheNext) {
   relay.connected();
-  relay.fromBrowser(frame(kAudible));
+  relay.fromBrowser(frame(audible));
   relay.disconnected();
   relay.connected();
   EXPECT_EQ(lines(), "INTRODUCTION\n");
@@ -91,8 +91,8 @@ TEST_F(RelayTest, MalformedFramesAreDroppedAndTheNextIsRead) {
   lines();
   for (const auto* bad : {"", "x", "[]", "{}{}", "{\"a\":\"\xFF\"}", "{\"type\":\"focus\"}\n{\"type\":\"bridge\"}"})
     relay.fromBrowser(frame(bad));
-  relay.fromBrowser(frame(kAudible));
-  EXPECT_EQ(lines(), line(kAudible));
+  relay.fromBrowser(frame(audible));
+  EXPECT_EQ(lines(), line(audible));
 }
 
 TEST_F(RelayTest, LinesBecomeFrames) {
@@ -113,7 +113,7 @@ TEST_F(RelayTest, TheBrowserNeverGetsAnythingButAnObject) {
 
 TEST_F(RelayTest, TheBrowserNeverGetsMoreThanItTakes) {
   const std::string begin = R"({"a":")";
-  const std::string longest = begin + std::string(kLongestToBrowser - begin.size() - 2, 'x') + "\"}";
+  const std::string longest = begin + std::string(longestToBrowser - begin.size() - 2, 'x') + "\"}";
   ASSERT_EQ(longest.size(), 1'048'576u);
   relay.connected();
   relay.fromApplication(begin + "x" + longest.substr(begin.size()) + "\n");
@@ -139,13 +139,13 @@ TEST_F(RelayTest, ALineThatOneApplicationBeganIsNotEndedByTheNext) {
 }
 
 TEST_F(RelayTest, AFrameThatTheBrowserBeganSurvivesTheApplication) {
-  const std::string bytes = frame(kAudible);
+  const std::string bytes = frame(audible);
   relay.connected();
   relay.fromBrowser(bytes.substr(0, 9));
   relay.disconnected();
   relay.connected();
   relay.fromBrowser(bytes.substr(9));
-  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(kAudible));
+  EXPECT_EQ(lines(), "INTRODUCTION\n" + line(audible));
 }
 
 TEST_F(RelayTest, AnApplicationHasAnsweredWhenItSaidSomething) {

@@ -1,4 +1,4 @@
-#include "running_bridge.h"
+#include "tests/bridge/running_bridge.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

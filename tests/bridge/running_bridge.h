@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "support/process.h"
-#include "wire.h"
+#include "tests/bridge/wire.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 

@@ -1,4 +1,4 @@
-#include "wire.h"
+#include "tests/bridge/wire.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -19,7 +19,7 @@ Wire::Wire(UniqueFd descriptor) : descriptor_(std::move(descriptor)) {
 }
 
 bool Wire::write(std::string_view bytes) {
-  const auto until = steady_clock::now() + kPatience;
+  const auto until = steady_clock::now() + patience;
   while (!bytes.empty()) {
     if (!ready(POLLOUT, until)) return false;
     const ssize_t written = ::write(descriptor_.get(), bytes.data(), bytes.size());
@@ -64,7 +64,7 @@ std::optional<std::string> Wire::frame(std::chrono::milliseconds deadline) {
 }
 
 bool Wire::ends() {
-  const auto until = steady_clock::now() + kPatience;
+  const auto until = steady_clock::now() + patience;
   while (readMore(until)) {
   }
   return ended_;

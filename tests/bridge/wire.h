@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "support/process.h"
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 
@@ -26,8 +26,8 @@ class Wire {
   std::string fill(std::string_view bytes);
 
   // What comes next, without its framing. Absent after the deadline and at the end.
-  std::optional<std::string> line(std::chrono::milliseconds deadline = kPatience);
-  std::optional<std::string> frame(std::chrono::milliseconds deadline = kPatience);
+  std::optional<std::string> line(std::chrono::milliseconds deadline = patience);
+  std::optional<std::string> frame(std::chrono::milliseconds deadline = patience);
 
   // Whether the other side closes before the deadline. Everything that arrives before goes to unread().
   bool ends();

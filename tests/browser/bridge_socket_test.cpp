@@ -13,8 +13,9 @@
 #include "browser/bridge_connection.h"
 #include "browser/browser_link.h"
 #include "support/json_value.h"
-#include "support/temporary_directory.h"
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -85,7 +86,7 @@ class BridgeSocketTest : public testing::Test {
   test::TemporaryDirectory directory;
   test::VirtualPlatform system;
   Paths paths{system.locations, system.files};
-  std::unique_ptr<BrowserLink> link = std::make_unique<BrowserLink>(system.platform(), paths);
+  std::unique_ptr<BrowserLink> link = std::unique_ptr<BrowserLink>(new BrowserLink(test::makeLink(system, paths)));
   int changes = 0;
   std::vector<Message> reports;
 };
@@ -128,7 +129,7 @@ TEST_F(BridgeSocketTest, AFileInTheSocketsPlaceIsReplaced) {
 
 TEST_F(BridgeSocketTest, ASocketThatIsAnsweredIsNotTakenFromItsOwner) {
   link->start();
-  BrowserLink second(system.platform(), paths);
+  BrowserLink second = test::makeLink(system, paths);
   second.start();
   const Bridge bridge = connect();
   EXPECT_THAT(second.connections, IsEmpty());
@@ -145,7 +146,7 @@ TEST_F(BridgeSocketTest, ALongPathIsCutAtAHundredAndThreeBytes) {
   std::filesystem::create_directories(deep / "Tollvane");
   system.locations.support = deep;
   Paths longPaths(system.locations, system.files);
-  BrowserLink deepLink(system.platform(), longPaths);
+  BrowserLink deepLink = test::makeLink(system, longPaths);
   deepLink.start();
   const std::string cut = (deep / "Tollvane/bridge.sock").string().substr(0, 103);
   EXPECT_TRUE(Bridge(cut).connected);
@@ -237,7 +238,7 @@ TEST_F(BridgeSocketTest, ABridgeThatNeverReadsIsShutDownAndNeverGetsHalfAMessage
   std::array<int, 2> ends{};
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
   const Bridge bridge{UniqueFd(ends[1])};
-  const auto connection = std::make_shared<BridgeConnection>(UniqueFd(ends[0]), 20ms);
+  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), 20ms);
   bool closed = false;
   connection->onClosed = [&] { closed = true; };
   connection->startReading(system.queue);
@@ -349,7 +350,7 @@ TEST_F(BridgeSocketTest, AConnectionThatOutlivesTheLinkDoesNothing) {
 TEST_F(BridgeSocketTest, WithoutASupportDirectoryThereIsNoListener) {
   system.locations.support = "/proc/no/such/place";
   Paths nowhere(system.locations, system.files);
-  BrowserLink deaf(system.platform(), nowhere);
+  BrowserLink deaf = test::makeLink(system, nowhere);
   deaf.start();
   deaf.stop();
   EXPECT_THAT(deaf.connections, IsEmpty());

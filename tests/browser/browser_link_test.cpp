@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "support/recording_connection.h"
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/recording_connection.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -37,11 +38,11 @@ class BrowserLinkTest : public testing::Test {
 
   test::VirtualPlatform system;
   Paths paths{system.locations, system.files};
-  BrowserLink link{system.platform(), paths};
+  BrowserLink link = test::makeLink(system, paths);
   int changes = 0;
 };
 
-const Message kSettings = {{"type", "settings"}, {"markTabs", true}};
+const Message settings = {{"type", "settings"}, {"markTabs", true}};
 
 TEST_F(BrowserLinkTest, ABridgeTellsWhichBrowserStartedIt) {
   const auto bridge = connectStranger();
@@ -59,7 +60,7 @@ TEST_F(BrowserLinkTest, AHelloMakesAConnectionReadyAndIsAnsweredWithTheSettings)
   bridge->bundleID = "org.mozilla.firefox";
   link.handle(*bridge, {{"type", "hello"}, {"version", "1.2"}});
   EXPECT_EQ(bridge->extensionVersion, "1.2");
-  EXPECT_THAT(bridge->sent, ElementsAre(kSettings));
+  EXPECT_THAT(bridge->sent, ElementsAre(settings));
   EXPECT_TRUE(link.isConnected(Browser::firefox));
   EXPECT_EQ(changes, 1);
 }
@@ -75,12 +76,12 @@ TEST_F(BrowserLinkTest, AHelloWithoutVersionIsVersionQuestionMark) {
 TEST_F(BrowserLinkTest, AHelloBeforeTheBridgeIsAnsweredOnTheSocket) {
   const auto bridge = connectStranger();
   link.handle(*bridge, {{"type", "hello"}, {"version", "1"}});
-  EXPECT_THAT(bridge->sent, ElementsAre(kSettings));
+  EXPECT_THAT(bridge->sent, ElementsAre(settings));
   EXPECT_THAT(system.safari.sent, IsEmpty());
 }
 
 TEST_F(BrowserLinkTest, WithoutSettingsThereIsStillAnAnswer) {
-  BrowserLink bare(system.platform(), paths);
+  BrowserLink bare = test::makeLink(system, paths);
   test::RecordingConnection bridge(Browser::firefox);
   bare.handle(bridge, {{"type", "hello"}});
   EXPECT_THAT(bridge.sent, ElementsAre(Message{{"type", "settings"}}));
@@ -212,7 +213,7 @@ TEST_F(BrowserLinkTest, ACompletionMayAskAgain) {
 }
 
 TEST_F(BrowserLinkTest, TimeOutsDoNothingOnceTheLinkIsGone) {
-  auto shortLived = std::make_unique<BrowserLink>(system.platform(), paths);
+  auto shortLived = std::unique_ptr<BrowserLink>(new BrowserLink(test::makeLink(system, paths)));
   shortLived->connections.push_back(std::make_shared<test::RecordingConnection>(Browser::firefox));
   std::vector<FocusResult> results;
   shortLived->focus(1, Browser::firefox, into(results));
@@ -228,8 +229,8 @@ TEST_F(BrowserLinkTest, SettingsAreBroadcastToEveryReadyConnectionAlsoOfUnknownB
   const auto notReady = connectStranger();
   const auto pretender = connect(Browser::safari);
   link.broadcastSettings();
-  EXPECT_THAT(chrome->sent, ElementsAre(kSettings));
-  EXPECT_THAT(stranger->sent, ElementsAre(kSettings));
+  EXPECT_THAT(chrome->sent, ElementsAre(settings));
+  EXPECT_THAT(stranger->sent, ElementsAre(settings));
   EXPECT_THAT(notReady->sent, IsEmpty());
   EXPECT_THAT(pretender->sent, IsEmpty());
   EXPECT_THAT(system.safari.sent, IsEmpty());

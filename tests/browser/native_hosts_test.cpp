@@ -4,16 +4,16 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "support/virtual_platform.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
 
 using testing::ElementsAre;
 
-const std::filesystem::path kSupport = "/home/user/Application Support";
-const std::filesystem::path kInstalled = kSupport / "Tollvane/bin/TollvaneBridge";
-const std::filesystem::path kFresh = kSupport / "Tollvane/bin/TollvaneBridge.new";
+const std::filesystem::path support = "/home/user/Application Support";
+const std::filesystem::path installed = support / "Tollvane/bin/TollvaneBridge";
+const std::filesystem::path fresh = support / "Tollvane/bin/TollvaneBridge.new";
 
 class NativeHostsTest : public testing::Test {
  protected:
@@ -26,7 +26,7 @@ class NativeHostsTest : public testing::Test {
     for (const Browser browser : Browser::allCases) install(browser);
   }
   std::filesystem::path manifestOf(std::string_view directory) const {
-    return kSupport / directory / "com.quarnel.tollvane.json";
+    return support / directory / "com.quarnel.tollvane.json";
   }
   nlohmann::json readManifest(std::string_view directory) {
     return nlohmann::json::parse(system.files.contents.at(manifestOf(directory)));
@@ -34,13 +34,13 @@ class NativeHostsTest : public testing::Test {
 
   test::VirtualPlatform system;
   Paths paths{system.locations, system.files};
-  NativeHosts hosts{system.platform(), paths};
+  NativeHosts hosts{system.files, system.locations, system.bundle, system.workspace, paths};
 };
 
 TEST_F(NativeHostsTest, TheBridgeIsCopiedToAPlaceThatStays) {
-  EXPECT_EQ(hosts.installedBridgePath(), kInstalled.string());
-  EXPECT_EQ(system.files.contents.at(kInstalled), "bridge 2");
-  EXPECT_FALSE(system.files.contents.contains(kFresh));
+  EXPECT_EQ(hosts.installedBridgePath(), installed.string());
+  EXPECT_EQ(system.files.contents.at(installed), "bridge 2");
+  EXPECT_FALSE(system.files.contents.contains(fresh));
 }
 
 TEST_F(NativeHostsTest, ABridgeThatIsThereAlreadyIsNotCopiedAgain) {
@@ -48,17 +48,17 @@ TEST_F(NativeHostsTest, ABridgeThatIsThereAlreadyIsNotCopiedAgain) {
   EXPECT_EQ(system.files.copies, 1);
   install(Browser::chrome);
   hosts.installManifests();
-  EXPECT_EQ(readManifest("Google/Chrome/NativeMessagingHosts")["path"], kInstalled.string());
+  EXPECT_EQ(readManifest("Google/Chrome/NativeMessagingHosts")["path"], installed.string());
   EXPECT_EQ(system.files.copies, 1);
 }
 
 TEST_F(NativeHostsTest, AnOldBridgeIsReplacedAndAStaleCopyIsInNobodysWay) {
   hosts.installedBridgePath();
   system.files.contents["/bundle/TollvaneBridge"] = "bridge 3";
-  system.files.contents[kFresh] = "half a bri";
-  EXPECT_EQ(hosts.installedBridgePath(), kInstalled.string());
-  EXPECT_EQ(system.files.contents.at(kInstalled), "bridge 3");
-  EXPECT_FALSE(system.files.contents.contains(kFresh));
+  system.files.contents[fresh] = "half a bri";
+  EXPECT_EQ(hosts.installedBridgePath(), installed.string());
+  EXPECT_EQ(system.files.contents.at(installed), "bridge 3");
+  EXPECT_FALSE(system.files.contents.contains(fresh));
 }
 
 TEST_F(NativeHostsTest, WhereNothingCanBeWrittenTheBundlesOwnBridgeIsUsed) {
@@ -103,7 +103,7 @@ TEST_F(NativeHostsTest, AChromiumManifestNamesTheThreeExtensionsInOrder) {
     EXPECT_EQ(readManifest(directory), (nlohmann::json{
                                            {"name", "com.quarnel.tollvane"},
                                            {"description", "Tollvane browser bridge"},
-                                           {"path", kInstalled.string()},
+                                           {"path", installed.string()},
                                            {"type", "stdio"},
                                            {"allowed_origins",
                                             {"chrome-extension://kembcdlbgbcnnchcnbdhbmbhbejnedjf/",
@@ -128,7 +128,7 @@ TEST_F(NativeHostsTest, FirefoxsManifestNamesTheAddOnAndNoOrigins) {
   const auto manifest = readManifest("Mozilla/NativeMessagingHosts");
   EXPECT_EQ(manifest["allowed_extensions"], nlohmann::json({"tollvane@quarnel.com"}));
   EXPECT_FALSE(manifest.contains("allowed_origins"));
-  EXPECT_EQ(manifest["path"], kInstalled.string());
+  EXPECT_EQ(manifest["path"], installed.string());
 }
 
 TEST_F(NativeHostsTest, AManifestIsWrittenForPeopleToRead) {
@@ -139,7 +139,7 @@ TEST_F(NativeHostsTest, AManifestIsWrittenForPeopleToRead) {
 }
 
 TEST_F(NativeHostsTest, ABrowserThatWasInstalledOnceGetsAManifestAndOneThatNeverWasDoesNot) {
-  system.files.createDirectories(kSupport / "Google/Chrome");
+  system.files.createDirectories(support / "Google/Chrome");
   hosts.installManifests();
   EXPECT_TRUE(system.files.contents.contains(manifestOf("Google/Chrome/NativeMessagingHosts")));
   EXPECT_FALSE(system.files.contents.contains(manifestOf("Chromium/NativeMessagingHosts")));

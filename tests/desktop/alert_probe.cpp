@@ -4,7 +4,7 @@
 #include <QStyleFactory>
 #include <QTimer>
 
-#include "platform/linux/desktop/qt_alerts.h"
+#include "platform/linux/windows/qt_alerts.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
       QApplication::quit();
     });
   });
-  alerts.runModal(alert, [](std::size_t) {});
+  alerts.show(alert, [](std::size_t) {});
   QApplication::exec();
   return saved ? EXIT_SUCCESS : EXIT_FAILURE;
 }

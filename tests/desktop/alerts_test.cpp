@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "desktop_fixture.h"
+#include "tests/desktop/desktop_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -10,16 +10,16 @@ namespace {
 class AlertsTest : public DesktopTest {
  protected:
   void awaitAlert() {
-    ASSERT_TRUE(waitUntil([&] { return inFront() == "Tollvane\n"; }, kDesktopPatience)) << inFront();
+    ASSERT_TRUE(waitUntil([&] { return inFront() == "Tollvane\n"; }, desktopPatience)) << inFront();
   }
   std::string inFront() { return desktop.run({"xdotool", "getactivewindow", "getwindowname"}).value_or(""); }
   void press(const std::string& key) { desktop.run({"xdotool", "key", key}); }
-  std::string nextLine() { return probe->line(kDesktopPatience).value_or("(nothing)"); }
+  std::string nextLine() { return probe->line(desktopPatience).value_or("(nothing)"); }
 };
 
 TEST_F(AlertsTest, ComeInFrontAndReturnChoosesTheFirstButton) {
   const auto clock = desktop.start({"xmessage", "ding"});
-  ASSERT_TRUE(waitUntil([&] { return inFront() == "xmessage\n"; }, kDesktopPatience));
+  ASSERT_TRUE(waitUntil([&] { return inFront() == "xmessage\n"; }, desktopPatience));
   startProbe();
   probe->writeLine("alert Mail is closed|Mail made this sound but isn't open anymore.|Open Mail|OK");
   awaitAlert();

@@ -12,9 +12,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/status/sni_types.h"
-#include "support/private_desktop.h"
-#include "support/process.h"
+#include "platform/linux/bell/bus_types.h"
+#include "tests/support/private_desktop.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 
@@ -25,7 +25,7 @@ inline bool waitUntilOnTheBus(const std::function<bool()>& condition) {
         QCoreApplication::processEvents();
         return condition();
       },
-      kDesktopPatience);
+      desktopPatience);
 }
 
 // A connection to the desktop's bus under a name of its own; closed when it goes.
@@ -87,7 +87,7 @@ class Bell {
 class ItemOnTheBus {
  public:
   ItemOnTheBus(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {
-    registerStatusNotifierTypes();
+    registerBusTypes();
   }
 
   QVariant property(const char* name) const {

@@ -1,7 +1,7 @@
 // The bell by itself, for the tests to look at: bell_probe ICON_THEME_PATH.
 // Obeys lines on its standard input and prints what the user does with the item.
 //   image SYMBOL DESCRIPTION...   tooltip TEXT...   another-item   quit
-//   -> "obeyed" after each line, "activated X Y TOKEN" at a click
+//   -> "obeyed" after each line
 #include <QGuiApplication>
 #include <cstdio>
 #include <memory>
@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/status/linux_status_bar.h"
-#include "probe_lines.h"
+#include "platform/linux/bell/linux_status_bar.h"
+#include "tests/desktop/probe_lines.h"
 
 namespace {
 
@@ -18,13 +18,7 @@ using tollvane::StatusItem;
 
 class Probe {
  public:
-  explicit Probe(const char* iconThemePath) : bar_(iconThemePath) {
-    bar_.setActivateHandler([](const tollvane::StatusItemActivation& click) {
-      std::printf("activated %d %d %s\n", click.x, click.y, click.token.toUtf8().constData());
-      std::fflush(stdout);
-    });
-    items_.push_back(bar_.makeStatusItem());
-  }
+  explicit Probe(const char* iconThemePath) : bar_(iconThemePath) { items_.push_back(bar_.makeStatusItem()); }
 
   void read(const std::string& line) {
     obey(line);

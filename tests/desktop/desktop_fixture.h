@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "support/private_desktop.h"
-#include "support/process.h"
+#include "tests/support/private_desktop.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 
@@ -49,13 +49,13 @@ class DesktopTest : public testing::Test {
 
   void startProbe(const Variables& extra = {}) {
     probe = desktop.start({DESKTOP_PROBE}, extra);
-    ASSERT_EQ(probe->line(kDesktopPatience), "ready");
+    ASSERT_EQ(probe->line(desktopPatience), "ready");
   }
 
   // What the probe answers to one command.
   std::string ask(const std::string& command) {
     probe->writeLine(command);
-    return probe->line(kDesktopPatience).value_or("(nothing)");
+    return probe->line(desktopPatience).value_or("(nothing)");
   }
 
   PrivateDesktop desktop;

@@ -13,16 +13,16 @@
 #include <sstream>
 #include <string>
 
-#include "platform/linux/desktop/activator.h"
-#include "platform/linux/desktop/bus_activation.h"
-#include "platform/linux/desktop/gio_launcher.h"
-#include "platform/linux/desktop/linux_application.h"
-#include "platform/linux/desktop/linux_workspace.h"
-#include "platform/linux/desktop/qt_alerts.h"
-#include "platform/linux/desktop/sway_ipc.h"
-#include "platform/linux/desktop/x11_raiser.h"
-#include "platform/linux/system/system_clock.h"
-#include "probe_lines.h"
+#include "platform/linux/system/clock_and_dates.h"
+#include "platform/linux/windows/linux_application.h"
+#include "platform/linux/windows/qt_alerts.h"
+#include "platform/linux/workspace/bus_activation.h"
+#include "platform/linux/workspace/launcher.h"
+#include "platform/linux/workspace/linux_workspace.h"
+#include "platform/linux/workspace/sway_ipc.h"
+#include "platform/linux/workspace/window_raiser.h"
+#include "platform/linux/workspace/x11_raiser.h"
+#include "tests/desktop/probe_lines.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ struct Desktop {
   X11Raiser x11;
   BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
   Activator activator{{&sway, &x11, &busActivation}};
-  LinuxWorkspace workspace{processes, applications, activator, launcher};
+  LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};
 };
@@ -55,7 +55,7 @@ void showAlert(Desktop& desktop, std::istringstream& line) {
   std::getline(line, alert.informativeText, '|');
   for (std::string button; std::getline(line, button, '|');) alert.buttons.push_back(button);
   desktop.application.activateIgnoringOtherApps();
-  desktop.alerts.runModal(alert, [](std::size_t button) { say("answered " + std::to_string(button)); });
+  desktop.alerts.show(alert, [](std::size_t button) { say("answered " + std::to_string(button)); });
 }
 
 void obey(Desktop& desktop, const std::string& command) {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "desktop_fixture.h"
+#include "tests/desktop/desktop_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -28,7 +28,7 @@ class LaunchingTest : public DesktopTest {
   }
 
   std::string record() {
-    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(root() / "record"); }, kDesktopPatience));
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(root() / "record"); }, desktopPatience));
     return read("record");
   }
 

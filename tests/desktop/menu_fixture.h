@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "bell_fixture.h"
+#include "tests/desktop/bell_fixture.h"
 
 namespace tollvane::test {
 

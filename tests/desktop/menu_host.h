@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "menu_fixture.h"
-#include "platform/linux/status/dbus_menu.h"
+#include "platform/linux/bell/dbus_menu.h"
+#include "tests/desktop/menu_fixture.h"
 
 namespace tollvane::test {
 
@@ -13,7 +13,7 @@ class MenuHost : public QObject {
 
  public:
   MenuHost(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {
-    registerDBusMenuTypes();
+    registerBusTypes();
     bus_.connect(service_, path(), interface(), QStringLiteral("LayoutUpdated"), this, SLOT(layoutUpdated(uint, int)));
   }
 
@@ -55,7 +55,7 @@ class MenuHost : public QObject {
   }
 
  private:
-  static QString path() { return QString::fromLatin1(DBusMenu::kPath); }
+  static QString path() { return QString::fromLatin1(DBusMenu::objectPath); }
   static QString interface() { return QStringLiteral("com.canonical.dbusmenu"); }
 
   QDBusConnection bus_;

@@ -7,7 +7,7 @@
 #include <optional>
 #include <set>
 
-#include "menu_fixture.h"
+#include "tests/desktop/menu_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -19,9 +19,9 @@ class MenuPanelTest : public testing::Test {
     bell_->tell("image bell");
     ASSERT_TRUE(
         waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
-                  kDesktopPatience));
+                  desktopPatience));
     // The panel needs a moment longer for its icon than for its registration.
-    ASSERT_TRUE(waitUntil([&] { return showsIcon(bar()); }, kDesktopPatience));
+    ASSERT_TRUE(waitUntil([&] { return showsIcon(bar()); }, desktopPatience));
   }
 
   // A bar without an icon is of one colour, or not drawn yet.
@@ -138,7 +138,7 @@ TEST_F(MenuPanelTest, TheRightButtonShowsThePanelsOwnDrawingOfTheMenu) {
         key("Return");
         return waitUntil([&] { return bell_->count("chosen ") > 0; }, std::chrono::seconds(1));
       },
-      kDesktopPatience));
+      desktopPatience));
 }
 
 }  // namespace

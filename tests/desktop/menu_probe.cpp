@@ -7,7 +7,7 @@
 //   where           -> "menu X Y W H" and "submenu ..." of what is open
 //   quit
 //   -> "obeyed" after each line, "opened X Y W H", "painted", "closed", and "gone" when the desktop knows that too; at
-//   a choice "chosen IDENTIFIER | TOKEN TIMESTAMP"
+//   a choice "chosen IDENTIFIER | TOKEN"
 #include <QApplication>
 #include <QPainter>
 #include <cstdio>
@@ -15,12 +15,12 @@
 #include <sstream>
 #include <string>
 
-#include "menu_scenarios.h"
+#include "platform/linux/bell/linux_status_bar.h"
+#include "platform/linux/drawing/appearance.h"
 #include "platform/linux/menu/menu_widget.h"
 #include "platform/linux/menu/rich_menu.h"
-#include "platform/linux/status/appearance.h"
-#include "platform/linux/status/linux_status_bar.h"
-#include "probe_lines.h"
+#include "tests/desktop/menu_scenarios.h"
+#include "tests/desktop/probe_lines.h"
 
 namespace {
 
@@ -45,8 +45,7 @@ class Probe : public QObject {
  public:
   Probe(const char* icons, const char* scenario)
       : bar_(icons), item_(bar_.makeStatusItem()), scenario_(scenario, [this](const std::string& chosen) {
-          const UserGesture& gesture = bar_.lastGesture();
-          say("chosen " + chosen + " | " + gesture.activationToken + ' ' + std::to_string(gesture.timestamp));
+          say("chosen " + chosen + " | " + bar_.takeActivationToken());
           if (chosen == "quit") QCoreApplication::quit();
         }) {
     item_->setMenu(scenario_);

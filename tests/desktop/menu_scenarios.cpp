@@ -1,9 +1,9 @@
-#include "menu_scenarios.h"
+#include "tests/desktop/menu_scenarios.h"
 
 #include <chrono>
 #include <utility>
 
-#include "platform/linux/system/icu_date_formatter.h"
+#include "platform/linux/system/clock_and_dates.h"
 
 namespace tollvane::test {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // An afternoon; each sound is 97 seconds after the one before it, so that hours of one and of two digits occur.
-constexpr TimePoint kFirst{std::chrono::seconds{1'793'970'000}};
+constexpr TimePoint first{std::chrono::seconds{1'793'970'000}};
 
 std::string repeated(std::string_view text, int times) {
   std::string result;
@@ -27,7 +27,7 @@ MenuScenario::MenuScenario(std::string_view name, std::function<void(const std::
 }
 
 void MenuScenario::addSound(std::string_view app, std::string_view kind) {
-  const auto date = kFirst + 97s * events_.size();
+  const auto date = first + 97s * events_.size();
   events_.insert(events_.begin(), std::make_shared<SoundEvent>(date, app, kind));
 }
 

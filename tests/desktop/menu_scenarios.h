@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "menu/sound_menu.h"
-#include "platform/date_formatter.h"
+#include "platform/clock.h"
 
 namespace tollvane::test {
 

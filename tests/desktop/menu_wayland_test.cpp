@@ -4,12 +4,12 @@
 
 #include <sstream>
 
-#include "support/private_wayland.h"
+#include "tests/support/private_wayland.h"
 
 namespace tollvane::test {
 namespace {
 
-constexpr std::chrono::milliseconds kPatienceHere{20000};
+constexpr std::chrono::milliseconds patienceHere{20000};
 
 class MenuWaylandTest : public testing::Test {
  protected:
@@ -25,11 +25,11 @@ class MenuWaylandTest : public testing::Test {
   }
   // The bar draws an icon later than it knows of it.
   void awaitBell() {
-    ASSERT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kPatienceHere));
-    ASSERT_TRUE(waitUntil([&] { return desktop.trayPixels() != empty; }, kPatienceHere));
+    ASSERT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, patienceHere));
+    ASSERT_TRUE(waitUntil([&] { return desktop.trayPixels() != empty; }, patienceHere));
   }
-  void clickBell(int button = PrivateWayland::kLeft) {
-    desktop.click(PrivateWayland::kBellX, PrivateWayland::kBellY, button);
+  void clickBell(int button = PrivateWayland::leftButton) {
+    desktop.click(PrivateWayland::bellX, PrivateWayland::bellY, button);
   }
   void open() {
     const int before = count("opened ");
@@ -44,7 +44,7 @@ class MenuWaylandTest : public testing::Test {
     return found;
   }
   bool prints(const std::string& text, int times = 1) {
-    return waitUntil([&] { return count(text) >= times; }, kPatienceHere);
+    return waitUntil([&] { return count(text) >= times; }, patienceHere);
   }
   bool pressUntil(const std::string& name, const std::function<bool()>& effect) {
     return waitUntil(
@@ -53,7 +53,7 @@ class MenuWaylandTest : public testing::Test {
           desktop.key({"-k", name});
           return waitUntil(effect, std::chrono::milliseconds(500));
         },
-        kPatienceHere);
+        patienceHere);
   }
   Place menu() {
     const std::string& printed = bell->printed();
@@ -73,7 +73,7 @@ TEST_F(MenuWaylandTest, AClickOpensItBelowTheBarAndAClickOnAnEntryChooses) {
   open();
   const Place place = menu();
   EXPECT_GE(place.y, 26);
-  EXPECT_LE(place.x + place.width, PrivateWayland::kWidth);
+  EXPECT_LE(place.x + place.width, PrivateWayland::width);
   desktop.click(place.x + 40, place.y + place.height - 15);
   EXPECT_TRUE(prints("chosen quit"));
 }

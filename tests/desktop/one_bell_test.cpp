@@ -5,8 +5,8 @@
 
 #include <thread>
 
-#include "desktop_fixture.h"
-#include "running_processes.h"
+#include "tests/desktop/desktop_fixture.h"
+#include "tests/desktop/running_processes.h"
 
 namespace tollvane::test {
 namespace {
@@ -27,7 +27,7 @@ class OneBellTest : public DesktopTest {
         .value_or("");
   }
   void awaitOwner(const Process& program) {
-    ASSERT_TRUE(waitUntil([&] { return owner() == "u " + std::to_string(program.pid()) + "\n"; }, kDesktopPatience));
+    ASSERT_TRUE(waitUntil([&] { return owner() == "u " + std::to_string(program.pid()) + "\n"; }, desktopPatience));
   }
 
   std::string windowsNamed(const std::string& name) {
@@ -35,11 +35,11 @@ class OneBellTest : public DesktopTest {
   }
 
   std::vector<Pid> awaitChildren(const Process& program) {
-    EXPECT_TRUE(waitUntil([&] { return !childrenOf(program.pid()).empty(); }, kDesktopPatience));
+    EXPECT_TRUE(waitUntil([&] { return !childrenOf(program.pid()).empty(); }, desktopPatience));
     return childrenOf(program.pid());
   }
   static void expectGone(const std::vector<Pid>& pids) {
-    for (const Pid pid : pids) EXPECT_TRUE(waitUntil([&] { return !isAlive(pid); }, kDesktopPatience)) << pid;
+    for (const Pid pid : pids) EXPECT_TRUE(waitUntil([&] { return !isAlive(pid); }, desktopPatience)) << pid;
   }
 };
 
@@ -47,7 +47,7 @@ TEST_F(OneBellTest, ASecondStartAsksTheFirstToReopenAndEnds) {
   const auto first = startTollvane();
   awaitOwner(*first);
   const auto second = startTollvane();
-  EXPECT_EQ(second->exitCode(kDesktopPatience), 0);
+  EXPECT_EQ(second->exitCode(desktopPatience), 0);
   EXPECT_TRUE(first->running());
   awaitOwner(*first);
 }
@@ -58,7 +58,7 @@ TEST_F(OneBellTest, OfManyStartsAtOnceOneStays) {
   const auto running = [&] {
     return std::count_if(starts.begin(), starts.end(), [](const auto& each) { return each->running(); });
   };
-  EXPECT_TRUE(waitUntil([&] { return running() == 1; }, kDesktopPatience));
+  EXPECT_TRUE(waitUntil([&] { return running() == 1; }, desktopPatience));
   for (const auto& each : starts) {
     if (each->running())
       awaitOwner(*each);
@@ -84,23 +84,23 @@ TEST_F(OneBellTest, AFirstOneThatHangsIsNotDoubled) {
                         return variables;
                       }(),
                   .errors = std::nullopt});
-  EXPECT_EQ(second.exitCode(kDesktopPatience), 1);
+  EXPECT_EQ(second.exitCode(desktopPatience), 1);
   EXPECT_THAT(second.rest(), HasSubstr("it is running already, but does not answer"));
   first->signal(SIGCONT);
 }
 
 TEST_F(OneBellTest, WhereNothingShowsIconsItSaysSoAndTheBellComesWithThePanel) {
   const auto tollvane = startTollvane();
-  ASSERT_TRUE(waitUntil([&] { return !windowsNamed("Tollvane").empty(); }, kDesktopPatience));
+  ASSERT_TRUE(waitUntil([&] { return !windowsNamed("Tollvane").empty(); }, desktopPatience));
   desktop.startPanel();
-  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kDesktopPatience));
+  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, desktopPatience));
 }
 
 TEST_F(OneBellTest, StartedAtLoginItIsSilentAndWaitsForThePanel) {
   const auto tollvane = startTollvane({{"TOLLVANE_STARTED_AT_LOGIN", "1"}});
   awaitOwner(*tollvane);
   desktop.startPanel();
-  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, kDesktopPatience));
+  EXPECT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, desktopPatience));
   EXPECT_EQ(windowsNamed("This desktop.*"), "");
 }
 
@@ -109,7 +109,7 @@ TEST_F(OneBellTest, EndsInGoodOrderWhenTheSessionBusGoes) {
   awaitOwner(*tollvane);
   const auto children = awaitChildren(*tollvane);
   desktop.bus().kill();
-  EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+  EXPECT_EQ(tollvane->exitCode(desktopPatience), 0);
   expectGone(children);
 }
 
@@ -119,9 +119,9 @@ TEST_F(OneBellTest, EndsInGoodOrderOnEverySignalThatAsksForIt) {
     awaitOwner(*tollvane);
     const auto children = awaitChildren(*tollvane);
     tollvane->signal(number);
-    EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+    EXPECT_EQ(tollvane->exitCode(desktopPatience), 0);
     expectGone(children);
-    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, kDesktopPatience));
+    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, desktopPatience));
   }
 }
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "platform/linux/apps/proc_fs.h"
+#include "platform/linux/kernel/proc_fs.h"
 
 namespace tollvane::test {
 

@@ -15,11 +15,11 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/desktop/linux_application.h"
-#include "platform/linux/settings/qt_settings_windows.h"
-#include "platform/linux/status/appearance.h"
-#include "probe_lines.h"
-#include "settings_scenarios.h"
+#include "platform/linux/drawing/appearance.h"
+#include "platform/linux/windows/linux_application.h"
+#include "platform/linux/windows/settings_window.h"
+#include "tests/desktop/probe_lines.h"
+#include "tests/desktop/settings_scenarios.h"
 
 namespace {
 

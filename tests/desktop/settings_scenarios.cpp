@@ -1,19 +1,13 @@
-#include "settings_scenarios.h"
+#include "tests/desktop/settings_scenarios.h"
 
 #include <algorithm>
 #include <stdexcept>
 
+#include "platform/linux/linux_wording.h"
 #include "settings/settings_view.h"
 
 namespace tollvane::test {
 namespace {
-
-Platform onLinux(VirtualPlatform& system) {
-  return {system.queue,     system.clock,           system.dates,       system.defaults,  system.locations,
-          system.files,     system.bundle,          system.children,    system.processes, system.workspace,
-          system.statusBar, system.application,     system.application, system.http,      system.safari,
-          system.login,     system.settingsWindows, linuxWording};
-}
 
 // As long as the sentences get in languages that need the most room.
 void lengthen(std::string& text) {
@@ -43,7 +37,7 @@ const std::vector<std::string>& SettingsScenario::names() {
 }
 
 SettingsScenario::SettingsScenario(const std::string& name)
-    : model_(onLinux(system_), Prefs(system_.defaults), loginItem_),
+    : model_(system_.workspace, system_.bundle, system_.queue, linuxWording, Prefs(system_.defaults), loginItem_),
       welcome_(name == "welcome" || name == "translated"),
       translated_(name == "translated") {
   if (std::find(names().begin(), names().end(), name) == names().end()) throw std::invalid_argument(name);

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "support/private_desktop.h"
-#include "support/process.h"
+#include "tests/support/private_desktop.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 namespace {
@@ -28,7 +28,7 @@ class SettingsWindowTest : public testing::Test {
   std::vector<std::string> order(const std::string& line) {
     probe->writeLine(line);
     std::vector<std::string> answers;
-    while (const auto answer = probe->line(kDesktopPatience)) {
+    while (const auto answer = probe->line(desktopPatience)) {
       if (*answer == "obeyed") return answers;
       answers.push_back(*answer);
     }
@@ -39,14 +39,14 @@ class SettingsWindowTest : public testing::Test {
   std::string run(const std::vector<std::string>& command) { return desktop.run(command).value_or(""); }
   std::string inFront() { return run({"xdotool", "getactivewindow", "getwindowname"}); }
   void awaitInFront(const std::string& title) {
-    ASSERT_TRUE(waitUntil([&] { return inFront() == title; }, kDesktopPatience)) << inFront();
+    ASSERT_TRUE(waitUntil([&] { return inFront() == title; }, desktopPatience)) << inFront();
   }
   bool becomes(const std::string& line) {
     const auto holds = [&] {
       const auto state = order("state");
       return std::find(state.begin(), state.end(), line) != state.end();
     };
-    return waitUntil(holds, kDesktopPatience);
+    return waitUntil(holds, desktopPatience);
   }
   void click(const std::string& name) {
     const auto answers = order("where " + name);

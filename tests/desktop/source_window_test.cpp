@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "desktop_fixture.h"
+#include "tests/desktop/desktop_fixture.h"
 
 namespace tollvane::test {
 namespace {
@@ -18,9 +18,9 @@ class SourceWindowTest : public DesktopTest {
 
   std::unique_ptr<Process> open(const std::vector<std::string>& command, const std::string& name) {
     auto program = desktop.start(command);
-    EXPECT_TRUE(waitUntil([&] { return windows(name) != before_[name]; }, kDesktopPatience)) << name;
+    EXPECT_TRUE(waitUntil([&] { return windows(name) != before_[name]; }, desktopPatience)) << name;
     before_[name] = windows(name);
-    EXPECT_TRUE(waitUntil([&] { return inFront() == name; }, kDesktopPatience)) << name;
+    EXPECT_TRUE(waitUntil([&] { return inFront() == name; }, desktopPatience)) << name;
     return program;
   }
 
@@ -69,7 +69,7 @@ TEST_F(SourceWindowTest, IsGoneToOnAnotherWorkspace) {
       [&] {
         return desktop.run({"xdotool", "get_desktop_for_window", window}) == "1\n";
       },
-      kDesktopPatience));
+      desktopPatience));
   ASSERT_EQ(desktop.run({"xdotool", "get_desktop"}), "0\n");
   startProbe();
   EXPECT_EQ(activate(*clock), "activated yes");
@@ -109,9 +109,9 @@ TEST_F(SourceWindowTest, OfATerminalsProgramIsTheTerminals) {
   const auto terminal =
       desktop.start({(root() / "terminal").string(), "-c",
                      "xmessage -title terminal ding & " + (root() / "humming").string() + " 1000 & echo $!; wait"});
-  const auto humming = terminal->line(kDesktopPatience);
+  const auto humming = terminal->line(desktopPatience);
   ASSERT_TRUE(humming);
-  ASSERT_TRUE(waitUntil([&] { return inFront() == "terminal"; }, kDesktopPatience)) << inFront();
+  ASSERT_TRUE(waitUntil([&] { return inFront() == "terminal"; }, desktopPatience)) << inFront();
   // The window says that it is the terminal's own, as a terminal's does.
   std::string window = windows("terminal");
   window.pop_back();
@@ -157,7 +157,7 @@ TEST_F(SourceWindowTest, AllApplicationsThatRunAreListedTheOldestFirst) {
   probe->writeLine("running");
   std::vector<std::string> lines;
   while (true) {
-    const auto line = probe->line(kDesktopPatience);
+    const auto line = probe->line(desktopPatience);
     ASSERT_TRUE(line);
     if (*line == "end") break;
     lines.push_back(*line);

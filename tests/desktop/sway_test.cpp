@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "support/private_wayland.h"
+#include "tests/support/private_wayland.h"
 
 namespace tollvane::test {
 namespace {

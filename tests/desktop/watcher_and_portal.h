@@ -7,7 +7,7 @@
 #include <QObject>
 #include <QStringList>
 
-#include "bell_fixture.h"
+#include "tests/desktop/bell_fixture.h"
 
 namespace tollvane::test {
 

@@ -16,7 +16,7 @@
 namespace {
 
 // By the pointer's own clock, in milliseconds: two clicks in a row are two, and no double click.
-constexpr std::uint32_t kBetweenOrders = 1000;
+constexpr std::uint32_t betweenOrders = 1000;
 
 zwlr_virtual_pointer_manager_v1* manager = nullptr;
 
@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
   std::uint32_t first = 0;
   std::cout << "ready" << std::endl;
   while (std::cin >> command >> first) {
-    time += kBetweenOrders;
+    time += betweenOrders;
     if (command == "move") {
       std::uint32_t second = 0;
       std::cin >> second;

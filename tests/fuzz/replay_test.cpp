@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "fuzz.h"
+#include "fuzz/fuzz.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/virtual_platform.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/virtual_platform.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -11,12 +11,12 @@ namespace {
 using testing::ElementsAre;
 using namespace std::chrono_literals;
 
-constexpr Font kDigits{FontFamily::monospacedDigits, 13, FontWeight::regular};
-constexpr Font kRegular{FontFamily::system, 13, FontWeight::regular};
-constexpr Font kSemibold{FontFamily::system, 13, FontWeight::semibold};
-constexpr Font kSmall{FontFamily::system, 12, FontWeight::regular};
-constexpr Font kSmallMedium{FontFamily::system, 12, FontWeight::medium};
-const std::string kFourteenBlanks(14, ' ');
+constexpr Font digits{FontFamily::monospacedDigits, 13, FontWeight::regular};
+constexpr Font regular{FontFamily::system, 13, FontWeight::regular};
+constexpr Font semibold{FontFamily::system, 13, FontWeight::semibold};
+constexpr Font small{FontFamily::system, 12, FontWeight::regular};
+constexpr Font smallMedium{FontFamily::system, 12, FontWeight::medium};
+const std::string fourteenBlanks(14, ' ');
 
 class SoundMenuTest : public testing::Test {
  protected:
@@ -143,7 +143,7 @@ TEST_F(SoundMenuTest, AnUpdateStandsInSemiboldAboveTheCheck) {
   const Menu shown = menu();
   const MenuItem* update = find(shown, "Update available");
   EXPECT_THAT(update->attributedTitle,
-              ElementsAre(TextRun{"Update available: version 1.10…", kSemibold, TextColor::unset}));
+              ElementsAre(TextRun{"Update available: version 1.10…", semibold, TextColor::unset}));
   EXPECT_EQ((update + 1)->title, "Check for updates");
 }
 
@@ -179,9 +179,9 @@ TEST_F(SoundMenuTest, OfFiftySoundsFortyFiveAreOlderInTheirOrder) {
 TEST_F(SoundMenuTest, AnUnseenEntryIsTimeSemiboldNameAndSmallKind) {
   addOlder("Mail", kind::notificationSound);
   EXPECT_THAT(menu().items[1].attributedTitle,
-              ElementsAre(TextRun{"2:05:09 PM   ", kDigits, TextColor::secondaryLabel},
-                          TextRun{"Mail", kSemibold, TextColor::label},
-                          TextRun{"   notification sound", kSmall, TextColor::secondaryLabel}));
+              ElementsAre(TextRun{"2:05:09 PM   ", digits, TextColor::secondaryLabel},
+                          TextRun{"Mail", semibold, TextColor::label},
+                          TextRun{"   notification sound", small, TextColor::secondaryLabel}));
 }
 
 TEST_F(SoundMenuTest, ASeenEntryFadesAndIsRegular) {
@@ -189,11 +189,11 @@ TEST_F(SoundMenuTest, ASeenEntryFadesAndIsRegular) {
   event->seen = true;
   event->tabTitle = "Inbox";
   EXPECT_THAT(menu().items[1].attributedTitle,
-              ElementsAre(TextRun{"2:05:09 PM   ", kDigits, TextColor::tertiaryLabel},
-                          TextRun{"Firefox", kRegular, TextColor::tertiaryLabel},
-                          TextRun{"   started playing audio", kSmall, TextColor::tertiaryLabel},
-                          TextRun{"\n" + kFourteenBlanks, kDigits, TextColor::unset},
-                          TextRun{"Tab: Inbox", kSmallMedium, TextColor::tertiaryLabel}));
+              ElementsAre(TextRun{"2:05:09 PM   ", digits, TextColor::tertiaryLabel},
+                          TextRun{"Firefox", regular, TextColor::tertiaryLabel},
+                          TextRun{"   started playing audio", small, TextColor::tertiaryLabel},
+                          TextRun{"\n" + fourteenBlanks, digits, TextColor::unset},
+                          TextRun{"Tab: Inbox", smallMedium, TextColor::tertiaryLabel}));
 }
 
 TEST_F(SoundMenuTest, AnEntryWithATabHasASecondLineInTheAccentColour) {
@@ -202,8 +202,8 @@ TEST_F(SoundMenuTest, AnEntryWithATabHasASecondLineInTheAccentColour) {
   event->tabHost = "mail.example.org";
   const auto title = menu().items[1].attributedTitle;
   ASSERT_EQ(title.size(), 5u);
-  EXPECT_EQ(title[3], (TextRun{"\n" + kFourteenBlanks, kDigits, TextColor::unset}));
-  EXPECT_EQ(title[4], (TextRun{"Tab: Inbox  (mail.example.org)", kSmallMedium, TextColor::controlAccent}));
+  EXPECT_EQ(title[3], (TextRun{"\n" + fourteenBlanks, digits, TextColor::unset}));
+  EXPECT_EQ(title[4], (TextRun{"Tab: Inbox  (mail.example.org)", smallMedium, TextColor::controlAccent}));
 }
 
 TEST_F(SoundMenuTest, AnEntryHasNoPlainTitleAndIsAboutItsEvent) {
@@ -238,8 +238,8 @@ TEST_F(SoundMenuTest, TheHintStandsRightBeneathItsSound) {
   const Menu shown = menu();
   const MenuItem& hint = shown.items[3];
   EXPECT_THAT(hint.attributedTitle,
-              ElementsAre(TextRun{kFourteenBlanks, kDigits, TextColor::unset},
-                          TextRun{"Add the free extension to see the exact tab and go straight to it ›", kSmallMedium,
+              ElementsAre(TextRun{fourteenBlanks, digits, TextColor::unset},
+                          TextRun{"Add the free extension to see the exact tab and go straight to it ›", smallMedium,
                                   TextColor::controlAccent}));
   EXPECT_EQ(hint.toolTip, "Opens the free Tollvane extension in Google Chrome's store");
   EXPECT_EQ(std::any_cast<std::string>(hint.representedObject), "chrome");
@@ -253,7 +253,7 @@ TEST_F(SoundMenuTest, SafariHasItsOwnHint) {
   addOlder("Safari");
   const Menu shown = menu();
   const MenuItem& hint = shown.items[2];
-  EXPECT_EQ(titleOf(hint), kFourteenBlanks + "Turn on Tollvane in Safari Settings, Extensions to see the exact tab ›");
+  EXPECT_EQ(titleOf(hint), fourteenBlanks + "Turn on Tollvane in Safari Settings, Extensions to see the exact tab ›");
   EXPECT_EQ(hint.toolTip, "Opens Safari's extension settings");
   EXPECT_EQ(std::any_cast<std::string>(hint.representedObject), "safari");
 }

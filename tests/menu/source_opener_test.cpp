@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "support/recording_connection.h"
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/recording_connection.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -34,8 +35,9 @@ class SourceOpenerTest : public testing::Test {
   test::VirtualPlatform system;
   Resolver resolver{system.processes, system.workspace, system.locations, system.files};
   Paths paths{system.locations, system.files};
-  BrowserLink link{system.platform(), paths};
-  std::unique_ptr<SourceOpener> opener = std::make_unique<SourceOpener>(system.platform(), resolver, link);
+  BrowserLink link = test::makeLink(system, paths);
+  std::unique_ptr<SourceOpener> opener = std::make_unique<SourceOpener>(system.workspace, system.application,
+                                                                        system.application, macWording, resolver, link);
 };
 
 TEST_F(SourceOpenerTest, ARunningApplicationComesForwardWithoutAWord) {

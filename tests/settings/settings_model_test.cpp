@@ -3,7 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/virtual_platform.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -19,7 +20,7 @@ class SettingsModelTest : public testing::Test {
 
   test::VirtualPlatform system;
   LoginItem loginItem{system.login, system.files, system.locations};
-  SettingsModel model{system.platform(), Prefs(system.defaults), loginItem};
+  SettingsModel model = test::makeSettingsModel(system, loginItem);
 };
 
 TEST_F(SettingsModelTest, BeginsWithTheStoredSettings) {
@@ -33,7 +34,7 @@ TEST_F(SettingsModelTest, BeginsWithTheStoredSettings) {
   system.defaults.set("markTabs", true);
   system.defaults.set("suggestExtension", false);
   system.login.state = LoginStatus::enabled;
-  const SettingsModel another(system.platform(), Prefs(system.defaults), loginItem);
+  const SettingsModel another = test::makeSettingsModel(system, loginItem);
   EXPECT_TRUE(*another.markTabs);
   EXPECT_FALSE(*another.suggestExtension);
   EXPECT_TRUE(*another.startAtLogin);

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/virtual_platform.h"
+#include "platform/linux/linux_wording.h"
+#include "tests/support/core_parts.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -11,7 +13,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
-using ui::Color;
 using ui::TextStyle;
 using namespace std::chrono_literals;
 
@@ -56,36 +57,36 @@ class SettingsViewTest : public testing::Test {
 
   test::VirtualPlatform system;
   LoginItem loginItem{system.login, system.files, system.locations};
-  SettingsModel model{system.platform(), Prefs(system.defaults), loginItem};
+  SettingsModel model = test::makeSettingsModel(system, loginItem);
 };
 
-constexpr std::string_view kIntroduction =
+constexpr std::string_view introduction =
     "Tollvane keeps track of which app or browser tab made each sound on your Mac. After a mystery ding, click the "
     "bell "
     "in your menu bar to see what it was. Click an entry to go straight to it.";
-constexpr std::string_view kDontSeeTheBell =
+constexpr std::string_view dontSeeTheBell =
     "Don't see the bell? If your menu bar is full, macOS hides extra icons, often behind the camera notch. Hide a few "
     "in "
     "System Settings, Menu Bar. You can also open Tollvane again from Applications to bring back this window.";
 
 TEST_F(SettingsViewTest, TheHeadShowsTheBellAndWhatTollvaneIsFor) {
   const auto content = body();
-  EXPECT_EQ(content.icon, (ui::Image{"bell.fill", Color::accent, 28, true}));
+  EXPECT_EQ(content.icon, (ui::Image{"bell.fill", TextColor::controlAccent, 28, FontWeight::semibold}));
   EXPECT_THAT(content.introduction,
-              ElementsAre(ui::Text{"Tollvane", TextStyle::title, Color::primary, true},
-                          ui::Text{std::string(kIntroduction), TextStyle::callout, Color::secondary}));
+              ElementsAre(ui::Text{"Tollvane", TextStyle::title, TextColor::label, FontWeight::semibold},
+                          ui::Text{std::string(introduction), TextStyle::callout, TextColor::secondaryLabel}));
 }
 
 TEST_F(SettingsViewTest, TheWelcomeGreetsAndHelpsToFindTheBell) {
   EXPECT_THAT(body(true).introduction,
-              ElementsAre(ui::Text{"Welcome to Tollvane", TextStyle::title, Color::primary, true},
-                          ui::Text{std::string(kIntroduction), TextStyle::callout, Color::secondary},
-                          ui::Text{std::string(kDontSeeTheBell), TextStyle::caption, Color::secondary}));
+              ElementsAre(ui::Text{"Welcome to Tollvane", TextStyle::title, TextColor::label, FontWeight::semibold},
+                          ui::Text{std::string(introduction), TextStyle::callout, TextColor::secondaryLabel},
+                          ui::Text{std::string(dontSeeTheBell), TextStyle::caption, TextColor::secondaryLabel}));
 }
 
 TEST_F(SettingsViewTest, TheFooterNamesTheVersion) {
   EXPECT_EQ(body().footer, (ui::Text{"Version 1.2 · Everything stays on this Mac. Patent pending.", TextStyle::caption,
-                                     Color::secondary}));
+                                     TextColor::secondaryLabel}));
 }
 
 TEST_F(SettingsViewTest, TheSectionsStandInTheirOrder) {
@@ -101,14 +102,14 @@ TEST_F(SettingsViewTest, GeneralHasTheTwoSwitches) {
               ElementsAre("switch Start Tollvane when you log in off", "switch Mark browser tabs that made a sound off",
                           "Adds a ♪ to the title of a background tab that played sound, until you visit it."));
   EXPECT_EQ(at<ui::Text>(body().sections[0], 2).style, TextStyle::caption);
-  EXPECT_EQ(at<ui::Text>(body().sections[0], 2).color, Color::secondary);
+  EXPECT_EQ(at<ui::Text>(body().sections[0], 2).color, TextColor::secondaryLabel);
 }
 
 TEST_F(SettingsViewTest, ANoteStandsInOrangeUnderTheLoginSwitch) {
   system.login.state = LoginStatus::requiresApproval;
   model.refresh();
   EXPECT_EQ(at<ui::Text>(body().sections[0], 1), (ui::Text{"Approve Tollvane in System Settings, General, Login Items.",
-                                                           TextStyle::caption, Color::orange}));
+                                                           TextStyle::caption, TextColor::orange}));
 }
 
 TEST_F(SettingsViewTest, TheSwitchesAreBoundToTheModel) {
@@ -136,7 +137,7 @@ TEST_F(SettingsViewTest, ExtensionsThatAreNotThereCanBeTickedAndAdded) {
           "Each browser opens its store page. Click Add there to finish.", "button Add selected disabled"));
   EXPECT_EQ(at<ui::Text>(body().sections[1], 0).style, TextStyle::callout);
   EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(body().sections[1], 2).controls[2]),
-            (ui::Text{"Not found on this Mac", TextStyle::caption, Color::secondary}));
+            (ui::Text{"Not found on this Mac", TextStyle::caption, TextColor::secondaryLabel}));
 }
 
 TEST_F(SettingsViewTest, ATickEnablesTheButtonWhichOpensTheStore) {
@@ -169,9 +170,9 @@ TEST_F(SettingsViewTest, WithEverythingConnectedThereIsNothingToAdd) {
           "image checkmark.circle.fill | Google Chrome | Added", "image checkmark.circle.fill | Microsoft Edge | Added",
           "image checkmark.circle.fill | Firefox | Added"));
   const auto section = body().sections[1];
-  EXPECT_EQ(std::get<ui::Image>(at<ui::Row>(section, 1).controls[0]).color, Color::green);
+  EXPECT_EQ(std::get<ui::Image>(at<ui::Row>(section, 1).controls[0]).color, TextColor::green);
   EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(section, 1).controls[2]),
-            (ui::Text{"Added", TextStyle::caption, Color::green}));
+            (ui::Text{"Added", TextStyle::caption, TextColor::green}));
 }
 
 TEST_F(SettingsViewTest, WithoutOtherBrowsersOnlyTheHintTheCaptionsAndTheSwitchAreShown) {
@@ -182,7 +183,7 @@ TEST_F(SettingsViewTest, WithoutOtherBrowsersOnlyTheHintTheCaptionsAndTheSwitchA
                   "Brave and Arc use the Chrome extension.",
                   "switch Suggest the extension under browser sounds on",
                   "When a browser without the extension makes a sound, the list shows a link to add it."));
-  EXPECT_EQ(at<ui::Text>(body().sections[2], 0).color, Color::secondary);
+  EXPECT_EQ(at<ui::Text>(body().sections[2], 0).color, TextColor::secondaryLabel);
 }
 
 TEST_F(SettingsViewTest, OtherBrowsersShowHowTheyStand) {
@@ -196,9 +197,10 @@ TEST_F(SettingsViewTest, OtherBrowsersShowHowTheyStand) {
   EXPECT_EQ(describe(section)[1], "dot | Safari | Connected");
   const auto& brave = at<ui::Row>(section, 0);
   EXPECT_EQ(brave.identifier, "brave");
-  EXPECT_EQ(std::get<ui::Dot>(brave.controls[0]), (ui::Dot{Color::secondary, 0.4}));
-  EXPECT_EQ(std::get<ui::Dot>(at<ui::Row>(section, 1).controls[0]), (ui::Dot{Color::green, 1}));
-  EXPECT_EQ(std::get<ui::Text>(brave.controls[2]), (ui::Text{"Not running", TextStyle::callout, Color::secondary}));
+  EXPECT_EQ(std::get<ui::Dot>(brave.controls[0]), (ui::Dot{TextColor::secondaryLabel, 0.4}));
+  EXPECT_EQ(std::get<ui::Dot>(at<ui::Row>(section, 1).controls[0]), (ui::Dot{TextColor::green, 1}));
+  EXPECT_EQ(std::get<ui::Text>(brave.controls[2]),
+            (ui::Text{"Not running", TextStyle::callout, TextColor::secondaryLabel}));
 }
 
 TEST_F(SettingsViewTest, OnLinuxNoSentenceNamesAnotherSystem) {

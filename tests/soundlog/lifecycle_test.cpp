@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "running_log.h"
+#include "tests/soundlog/running_log.h"
 
 namespace tollvane::test {
 namespace {
@@ -135,11 +135,11 @@ TEST_F(LifecycleTest, AReaderWhoPausesMissesNothing) {
   ASSERT_TRUE(log.seesNotifications());
   // More than a pipe takes: the first lines wait in the pipe, the others in the log.
   const std::string longName(200, 'n');
-  constexpr int kCount = 300;
-  for (int i = 0; i < kCount; ++i) {
+  constexpr int count = 300;
+  for (int i = 0; i < count; ++i) {
     notify(sound_, "", {"1", "desktop-entry", "s", longName + std::to_string(i)});
   }
-  for (int i = 0; i < kCount; ++i) {
+  for (int i = 0; i < count; ++i) {
     ASSERT_EQ(log.next(), (Heard{"usernoted", longName + std::to_string(i), -1}));
   }
 }

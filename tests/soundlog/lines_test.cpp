@@ -25,9 +25,9 @@ const RE2& recordPattern() {
   return pattern;
 }
 
-constexpr TimePoint kTime{std::chrono::microseconds(1'700'000'000'123'456)};
+constexpr TimePoint time{std::chrono::microseconds(1'700'000'000'123'456)};
 
-nlohmann::json parsed(const Happening& happening) { return nlohmann::json::parse(ndjsonLine(happening, kTime)); }
+nlohmann::json parsed(const Happening& happening) { return nlohmann::json::parse(ndjsonLine(happening, time)); }
 
 struct Process {
   std::string name;
@@ -132,7 +132,7 @@ TEST(Lines, NoNameForgesAnotherProcessOrLine) {
   for (const std::string& name : hostileNames()) {
     SCOPED_TRACE(name.substr(0, 60));
     for (const Kind kind : {Kind::outputStarted, Kind::alertRequested}) {
-      const std::string line = ndjsonLine({kind, name, 4242}, kTime);
+      const std::string line = ndjsonLine({kind, name, 4242}, time);
       EXPECT_EQ(line.find('\n'), line.size() - 1);
       const auto json = nlohmann::json::parse(line);
       const std::string message = json["eventMessage"];
@@ -150,7 +150,7 @@ TEST(Lines, NoNameForgesAnotherProcessOrLine) {
 TEST(Lines, NoIdentityForgesAnotherNotificationOrLine) {
   for (const std::string& name : hostileNames()) {
     SCOPED_TRACE(name.substr(0, 60));
-    const std::string line = ndjsonLine({Kind::notificationPresented, name, 0}, kTime);
+    const std::string line = ndjsonLine({Kind::notificationPresented, name, 0}, time);
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     std::string message = nlohmann::json::parse(line)["eventMessage"];
     EXPECT_EQ(readRecord(message), name.empty() ? "Unknown app" : plainText(name));
@@ -199,7 +199,7 @@ TEST(Lines, TheLongestLineFitsIntoAPipeAtOnce) {
     std::string name;
     for (int i = 0; i < 5000; ++i) name += piece;
     for (const Kind kind : {Kind::outputStarted, Kind::alertRequested, Kind::notificationPresented}) {
-      EXPECT_LT(ndjsonLine({kind, name, 2147483647}, kTime).size(), 4096u);
+      EXPECT_LT(ndjsonLine({kind, name, 2147483647}, time).size(), 4096u);
     }
   }
 }
@@ -210,17 +210,17 @@ TEST(Lines, TheTimestampNamesTheMicrosecond) {
 }
 
 TEST(Lines, APersonReadsTimeKindNameAndProcess) {
-  const auto text = [](const Happening& happening) { return readableLine(happening, kTime).substr(8); };
+  const auto text = [](const Happening& happening) { return readableLine(happening, time).substr(8); };
   EXPECT_EQ(text({Kind::outputStarted, "paplay", 42}), "  sound  paplay  (pid 42)\n");
   EXPECT_EQ(text({Kind::alertRequested, "xterm", 42}), "  alert  xterm  (pid 42)\n");
   EXPECT_EQ(text({Kind::notificationSound, "x", 42}), "  notification sound  (pid 42)\n");
   EXPECT_EQ(text({Kind::notificationPresented, "org.kde.kmail", 0}), "  notification  org.kde.kmail\n");
   EXPECT_EQ(text({Kind::outputStarted, "", 0}), "  sound  Unknown app  (no process)\n");
-  EXPECT_TRUE(RE2::FullMatch(readableLine({}, kTime).substr(0, 8), R"re(\d\d:\d\d:\d\d)re"));
+  EXPECT_TRUE(RE2::FullMatch(readableLine({}, time).substr(0, 8), R"re(\d\d:\d\d:\d\d)re"));
 }
 
 TEST(Lines, APersonsTerminalIsNotSteeredByNames) {
-  const std::string line = readableLine({Kind::outputStarted, "a\x1B[2J\nb", 42}, kTime);
+  const std::string line = readableLine({Kind::outputStarted, "a\x1B[2J\nb", 42}, time);
   EXPECT_EQ(line.find('\x1B'), std::string::npos);
   EXPECT_EQ(line.find('\n'), line.size() - 1);
 }

@@ -9,7 +9,7 @@
 #include <csignal>
 #include <string>
 
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
 
 namespace tollvane::soundlog {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "running_log.h"
+#include "tests/soundlog/running_log.h"
 
 namespace tollvane::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "running_log.h"
+#include "tests/soundlog/running_log.h"
 
 namespace tollvane::test {
 namespace {

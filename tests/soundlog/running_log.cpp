@@ -1,4 +1,4 @@
-#include "running_log.h"
+#include "tests/soundlog/running_log.h"
 
 #include <re2/re2.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr const char* kProbeApplication = "probe-of-notifications";
+constexpr const char* probeApplication = "probe-of-notifications";
 
 }  // namespace
 
@@ -71,7 +71,7 @@ void RunningLog::closeOutput() {
 }
 
 bool RunningLog::listens() {
-  const auto until = std::chrono::steady_clock::now() + kPatience;
+  const auto until = std::chrono::steady_clock::now() + patience;
   while (std::chrono::steady_clock::now() < until) {
     const auto probe = sound_.begin({"paplay", sound_.tone(10ms)});
     probes_.push_back(probe->pid());
@@ -85,11 +85,11 @@ bool RunningLog::listens() {
 }
 
 bool RunningLog::seesNotifications() {
-  const auto until = std::chrono::steady_clock::now() + kPatience;
+  const auto until = std::chrono::steady_clock::now() + patience;
   while (std::chrono::steady_clock::now() < until) {
-    notify(sound_, "", {"1", "desktop-entry", "s", kProbeApplication});
+    notify(sound_, "", {"1", "desktop-entry", "s", probeApplication});
     while (const auto heard = nextOfAll(300ms)) {
-      if (heard->name == kProbeApplication) return true;
+      if (heard->name == probeApplication) return true;
       if (!isProbe(*heard)) kept_.push_back(*heard);
     }
   }
@@ -109,7 +109,7 @@ std::optional<Heard> RunningLog::next(std::chrono::milliseconds deadline) {
 }
 
 bool RunningLog::isProbe(const Heard& heard) const {
-  return heard.name == kProbeApplication || std::find(probes_.begin(), probes_.end(), heard.pid) != probes_.end();
+  return heard.name == probeApplication || std::find(probes_.begin(), probes_.end(), heard.pid) != probes_.end();
 }
 
 std::vector<Heard> RunningLog::heardSoFar() {

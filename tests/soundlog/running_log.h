@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/private_sound.h"
+#include "tests/support/private_sound.h"
 
 namespace tollvane::test {
 
@@ -44,7 +44,7 @@ class RunningLog {
   bool seesNotifications();
 
   // The next thing heard that was no probe of listens() or seesNotifications(). Absent after the deadline.
-  std::optional<Heard> next(std::chrono::milliseconds deadline = kPatience);
+  std::optional<Heard> next(std::chrono::milliseconds deadline = patience);
 
   // Everything heard before a marker that is played now, the marker not included.
   std::vector<Heard> heardSoFar();

@@ -1,4 +1,4 @@
-#include "support/log_lines.h"
+#include "tests/support/log_lines.h"
 
 #include "support/json.h"
 #include "support/json_value.h"

@@ -1,4 +1,4 @@
-#include "support/private_desktop.h"
+#include "tests/support/private_desktop.h"
 
 #include <signal.h>
 #include <sys/socket.h>
@@ -21,7 +21,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // What would let a program find the user's own desktop, or change what it looks like.
-constexpr std::string_view kForeignVariables[] = {
+constexpr std::string_view foreignVariables[] = {
     "DBUS_",
     "DISPLAY=",
     "GDK_",
@@ -42,7 +42,7 @@ constexpr std::string_view kForeignVariables[] = {
 
 bool isForeign(const std::string& name) {
   const std::string start = name + '=';
-  return std::ranges::any_of(kForeignVariables, [&](std::string_view foreign) { return start.starts_with(foreign); });
+  return std::ranges::any_of(foreignVariables, [&](std::string_view foreign) { return start.starts_with(foreign); });
 }
 
 std::filesystem::path makeRoot() {
@@ -72,7 +72,7 @@ void require(bool condition, const std::string& what) {
 
 // Reads the program's lines until it prints this one.
 bool prints(Process& program, std::string_view wanted) {
-  while (const auto line = program.line(kDesktopPatience)) {
+  while (const auto line = program.line(desktopPatience)) {
     if (*line == wanted) {
       return true;
     }
@@ -138,8 +138,8 @@ std::unique_ptr<Process> PrivateDesktop::start(const std::vector<std::string>& c
 std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& command) {
   const std::unique_ptr<Process> program = start(command);
   program->closeInput();
-  std::string printed = program->rest(kDesktopPatience);
-  if (program->exitCode(kDesktopPatience) != 0) {
+  std::string printed = program->rest(desktopPatience);
+  if (program->exitCode(desktopPatience) != 0) {
     return std::nullopt;
   }
   return printed;
@@ -148,13 +148,13 @@ std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& c
 void PrivateDesktop::startBus() {
   bus_ = start({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + busAddress()});
   const auto decided = [this] { return accepts(root_ / "run/bus") || !bus_->running(); };
-  require(waitUntil(decided, kDesktopPatience) && bus_->running(), "dbus-daemon");
+  require(waitUntil(decided, desktopPatience) && bus_->running(), "dbus-daemon");
 }
 
 void PrivateDesktop::startScreen() {
   // Without -noreset the server would start over when the first client that only looks around leaves.
   server_ = start({"Xvfb", "-displayfd", "1", "-screen", "0", "800x480x24", "-nolisten", "tcp", "-noreset"});
-  const auto number = server_->line(kDesktopPatience);
+  const auto number = server_->line(desktopPatience);
   require(number.has_value(), "Xvfb");
   display_ = ":" + *number;
   // It names itself on the root window too early: a window that is mapped while it starts may escape it for ever.
@@ -166,10 +166,10 @@ void PrivateDesktop::writePanelSettings() {
   std::ostringstream file;
   file << std::ifstream(XFCE4_PANEL_SETTINGS).rdbuf();
   std::string settings = file.str();
-  constexpr std::string_view kPlace = "@DARK_MODE@";
-  const std::size_t place = settings.find(kPlace);
+  constexpr std::string_view placeholder = "@DARK_MODE@";
+  const std::size_t place = settings.find(placeholder);
   require(place != std::string::npos, XFCE4_PANEL_SETTINGS);
-  settings.replace(place, kPlace.size(), options_.tone == Tone::dark ? "true" : "false");
+  settings.replace(place, placeholder.size(), options_.tone == Tone::dark ? "true" : "false");
   const std::filesystem::path directory = root_ / ".config/xfce4/xfconf/xfce-perchannel-xml";
   std::filesystem::create_directories(directory);
   std::ofstream(directory / "xfce4-panel.xml") << settings;
@@ -183,7 +183,7 @@ void PrivateDesktop::startPanel() {
              "org.kde.StatusNotifierWatcher", "IsStatusNotifierHostRegistered"});
     return host && host->find("true") != std::string::npos;
   };
-  require(waitUntil(hasHost, kDesktopPatience), "xfce4-panel");
+  require(waitUntil(hasHost, desktopPatience), "xfce4-panel");
 }
 
 std::string PrivateDesktop::registeredItems() {

@@ -17,12 +17,12 @@
 #include <string>
 #include <vector>
 
-#include "support/process.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 
 // Screens and panels may take longer than other programs.
-inline constexpr std::chrono::milliseconds kDesktopPatience{20000};
+inline constexpr std::chrono::milliseconds desktopPatience{20000};
 
 class PrivateDesktop {
  public:

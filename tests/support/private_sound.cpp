@@ -1,4 +1,4 @@
-#include "support/private_sound.h"
+#include "tests/support/private_sound.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -17,7 +17,7 @@ namespace tollvane::test {
 namespace {
 
 // The smallest bus that a sound server needs. Starts no services: the machine's own must not come to life here.
-constexpr std::string_view kBusConfiguration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
+constexpr std::string_view busConfiguration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
  Configuration 1.0//EN" "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>session</type>
@@ -46,22 +46,22 @@ void append(std::string& bytes, std::uint32_t value, int size) {
 
 // RIFF WAVE, 16 bit, mono.
 std::string waveFile(std::chrono::milliseconds length) {
-  constexpr std::uint32_t kRate = 48000;
-  const auto samples = static_cast<std::uint32_t>(length.count() * kRate / 1000);
+  constexpr std::uint32_t rate = 48000;
+  const auto samples = static_cast<std::uint32_t>(length.count() * rate / 1000);
   std::string bytes = "RIFF";
   append(bytes, 36 + 2 * samples, 4);
   bytes += "WAVEfmt ";
   append(bytes, 16, 4);
   append(bytes, 1, 2);
   append(bytes, 1, 2);
-  append(bytes, kRate, 4);
-  append(bytes, 2 * kRate, 4);
+  append(bytes, rate, 4);
+  append(bytes, 2 * rate, 4);
   append(bytes, 2, 2);
   append(bytes, 16, 2);
   bytes += "data";
   append(bytes, 2 * samples, 4);
   for (std::uint32_t i = 0; i < samples; ++i) {
-    const double value = 1000 * std::sin(2 * std::numbers::pi * 440 * i / kRate);
+    const double value = 1000 * std::sin(2 * std::numbers::pi * 440 * i / rate);
     append(bytes, static_cast<std::uint16_t>(static_cast<std::int16_t>(value)), 2);
   }
   return bytes;
@@ -106,9 +106,9 @@ void PrivateSound::start() {
 }
 
 void PrivateSound::startBus() {
-  std::string configuration(kBusConfiguration);
-  constexpr std::string_view kPlace = "@SOCKET@";
-  configuration.replace(configuration.find(kPlace), kPlace.size(), directory_ / "bus");
+  std::string configuration(busConfiguration);
+  constexpr std::string_view placeholder = "@SOCKET@";
+  configuration.replace(configuration.find(placeholder), placeholder.size(), directory_ / "bus");
   const auto file = directory_ / "bus.conf";
   std::ofstream(file) << configuration;
   bus_ = launch({"dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + file.string()});
@@ -180,8 +180,8 @@ void PrivateSound::awaitPlaying() const {
     return list->line().has_value();
   };
   const auto playing = [&] {
-    constexpr std::chrono::milliseconds kShort{3000};
-    return run({"pw-play", sound}, variables_, kShort) == 0 && run({"paplay", sound}, variables_, kShort) == 0;
+    constexpr std::chrono::milliseconds briefly{3000};
+    return run({"pw-play", sound}, variables_, briefly) == 0 && run({"paplay", sound}, variables_, briefly) == 0;
   };
   if (!waitUntil(outputListed) || !waitUntil(playing)) fail("the sound server does not play");
 }

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "support/process.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 

@@ -1,4 +1,4 @@
-#include "support/private_wayland.h"
+#include "tests/support/private_wayland.h"
 
 #include <unistd.h>
 
@@ -9,8 +9,8 @@
 namespace tollvane::test {
 namespace {
 
-constexpr std::chrono::milliseconds kPatienceHere{20000};
-constexpr uid_t kNobody = 65534;
+constexpr std::chrono::milliseconds patienceHere{20000};
+constexpr uid_t nobody = 65534;
 
 void require(bool condition, const std::string& what) {
   if (!condition) throw std::runtime_error("the private Wayland desktop did not come up: " + what);
@@ -19,7 +19,7 @@ void require(bool condition, const std::string& what) {
 void write(const std::filesystem::path& file, const std::string& text) { std::ofstream(file) << text; }
 
 void giveAway(const std::filesystem::path& path) {
-  if (geteuid() == 0) require(::chown(path.c_str(), kNobody, kNobody) == 0, path);
+  if (geteuid() == 0) require(::chown(path.c_str(), nobody, nobody) == 0, path);
 }
 
 }  // namespace
@@ -34,14 +34,14 @@ PrivateWayland::PrivateWayland(const std::string& pointer) {
   write(root_ / "waybar/config",
         R"({"layer": "top", "position": "top", "height": 26, "modules-right": ["tray"], "tray": {"spacing": 8}})");
   write(root_ / "waybar/style.css", "window#waybar { background: #2b2b2b; } #tray { padding: 0 8px; }");
-  write(root_ / "sway", "output HEADLESS-1 resolution " + std::to_string(kWidth) + "x" + std::to_string(kHeight) +
+  write(root_ / "sway", "output HEADLESS-1 resolution " + std::to_string(width) + "x" + std::to_string(height) +
                             " background #4f6272 solid_color\nxwayland disable\n");
   for (const auto& each : {root_, root_ / "run"}) giveAway(each);
   bus_ = start({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=unix:path=" + name + "/run/bus"});
-  require(waitUntil([&] { return run({"busctl", "--user", "list"}).has_value(); }, kPatienceHere), "dbus-daemon");
+  require(waitUntil([&] { return run({"busctl", "--user", "list"}).has_value(); }, patienceHere), "dbus-daemon");
   startSway();
-  pointer_ = start({pointer, std::to_string(kWidth), std::to_string(kHeight)});
-  require(pointer_->line(kPatienceHere) == "ready", "the pointer");
+  pointer_ = start({pointer, std::to_string(width), std::to_string(height)});
+  require(pointer_->line(patienceHere) == "ready", "the pointer");
   // Without it the seat would lose its only keyboard with each key's end, and windows the focus.
   keyboard_ = start({"wtype", "-k", "Shift_L", "-s", "3600000"});
   startBar();
@@ -68,7 +68,7 @@ void PrivateWayland::startSway() {
                 }
                 return (!display_.empty() && !socket_.empty()) || !sway_->running();
               },
-              kPatienceHere) &&
+              patienceHere) &&
               sway_->running(),
           "sway");
 }
@@ -109,8 +109,8 @@ std::unique_ptr<Process> PrivateWayland::start(const std::vector<std::string>& c
 std::optional<std::string> PrivateWayland::run(const std::vector<std::string>& command) {
   const std::unique_ptr<Process> program = start(command);
   program->closeInput();
-  std::string printed = program->rest(kPatienceHere);
-  return program->exitCode(kPatienceHere) == 0 ? std::optional(printed) : std::nullopt;
+  std::string printed = program->rest(patienceHere);
+  return program->exitCode(patienceHere) == 0 ? std::optional(printed) : std::nullopt;
 }
 
 void PrivateWayland::startBar() {
@@ -121,7 +121,7 @@ void PrivateWayland::startBar() {
              "org.kde.StatusNotifierWatcher", "IsStatusNotifierHostRegistered"});
     return answer && answer->find("true") != std::string::npos;
   };
-  require(waitUntil(hasHost, kPatienceHere), "waybar");
+  require(waitUntil(hasHost, patienceHere), "waybar");
 }
 
 std::string PrivateWayland::registeredItems() {
@@ -131,12 +131,12 @@ std::string PrivateWayland::registeredItems() {
 }
 
 std::string PrivateWayland::trayPixels() {
-  return run({"grim", "-t", "ppm", "-g", std::to_string(kBellX - 12) + ",0 26x26", "-"}).value_or("");
+  return run({"grim", "-t", "ppm", "-g", std::to_string(bellX - 12) + ",0 26x26", "-"}).value_or("");
 }
 
 void PrivateWayland::point(const std::string& order) {
   pointer_->writeLine(order);
-  require(pointer_->line(kPatienceHere) == "obeyed", "the pointer's " + order);
+  require(pointer_->line(patienceHere) == "obeyed", "the pointer's " + order);
 }
 
 void PrivateWayland::moveTo(int x, int y) { point("move " + std::to_string(x) + " " + std::to_string(y)); }

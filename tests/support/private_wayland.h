@@ -3,7 +3,7 @@
 //
 //   PrivateWayland desktop;
 //   auto program = desktop.start({"menu_probe", ...});
-//   desktop.click(PrivateWayland::kBellX, PrivateWayland::kBellY);
+//   desktop.click(PrivateWayland::bellX, PrivateWayland::bellY);
 //
 // One thread. Constructors and methods throw std::runtime_error when a part does not come up. All waiting polls a
 // condition with a deadline.
@@ -15,18 +15,18 @@
 #include <string>
 #include <vector>
 
-#include "support/process.h"
+#include "tests/support/process.h"
 
 namespace tollvane::test {
 
 class PrivateWayland {
  public:
-  static constexpr int kWidth = 800;
-  static constexpr int kHeight = 480;
-  static constexpr int kBellX = 784;  // of the tray's only icon
-  static constexpr int kBellY = 13;
-  static constexpr int kLeft = 272;  // buttons, as linux/input-event-codes.h counts them
-  static constexpr int kRight = 273;
+  static constexpr int width = 800;
+  static constexpr int height = 480;
+  static constexpr int bellX = 784;  // of the tray's only icon
+  static constexpr int bellY = 13;
+  static constexpr int leftButton = 272;  // buttons, as linux/input-event-codes.h counts them
+  static constexpr int rightButton = 273;
 
   // `pointer`: the program wayland_pointer.
   explicit PrivateWayland(const std::string& pointer);
@@ -46,7 +46,7 @@ class PrivateWayland {
   const std::filesystem::path& root() const { return root_; }
 
   void moveTo(int x, int y);
-  void click(int x, int y, int button = kLeft);
+  void click(int x, int y, int button = leftButton);
   // A keyboard of its own comes and goes with each call, and a key may be lost before the compositor has told the
   // clients of it: repeat it until it has its effect.
   void key(const std::vector<std::string>& wtypeArguments);

@@ -17,10 +17,10 @@
 
 namespace tollvane::test {
 
-inline constexpr std::chrono::milliseconds kPatience{10000};
+inline constexpr std::chrono::milliseconds patience{10000};
 
 // Looks at the condition again and again; false when it still does not hold after the deadline.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = kPatience);
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = patience);
 
 // Of the whole environment of a program.
 using Variables = std::map<std::string, std::string>;
@@ -51,7 +51,7 @@ class Process {
   void signal(int number);
 
   // Its exit code, or 128 plus the signal that ended it. Absent when it still runs after the deadline.
-  std::optional<int> exitCode(std::chrono::milliseconds deadline = kPatience);
+  std::optional<int> exitCode(std::chrono::milliseconds deadline = patience);
 
   // Asks it to end, insists after two seconds, and waits until it is gone.
   void stop();
@@ -62,10 +62,10 @@ class Process {
   void closeInput();
 
   // The next line that it prints, without the line feed. Absent after the deadline, and at the end of its output.
-  std::optional<std::string> line(std::chrono::milliseconds deadline = kPatience);
+  std::optional<std::string> line(std::chrono::milliseconds deadline = patience);
 
   // Everything it prints until it closes its output, or until the deadline.
-  std::string rest(std::chrono::milliseconds deadline = kPatience);
+  std::string rest(std::chrono::milliseconds deadline = patience);
 
   // What it has printed so far and line() has not taken. Does not wait.
   const std::string& printed();
@@ -90,6 +90,6 @@ class Process {
 
 // Runs a program to its end. Its exit code; absent when it had to be killed after the deadline.
 std::optional<int> run(const std::vector<std::string>& command, const Variables& variables,
-                       std::chrono::milliseconds deadline = kPatience);
+                       std::chrono::milliseconds deadline = patience);
 
 }  // namespace tollvane::test

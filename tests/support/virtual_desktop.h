@@ -66,7 +66,7 @@ class VirtualApplication : public Application, public Alerts {
  public:
   void activateIgnoringOtherApps() override { frontmost = true; }
   void terminate() override { terminated = true; }
-  void runModal(const Alert& alert, std::function<void(std::size_t)> answer) override {
+  void show(const Alert& alert, std::function<void(std::size_t)> answer) override {
     alertsBehindOthers += frontmost ? 0 : 1;
     frontmost = false;
     alerts.push_back(alert);

@@ -1,4 +1,4 @@
-#include "support/virtual_platform.h"
+#include "tests/support/virtual_platform.h"
 
 #include <poll.h>
 

@@ -7,11 +7,12 @@
 //   system.queue.advance(4s);              // runs what falls due, in order, at its exact time
 #pragma once
 
+#include "platform/macos/macos_wording.h"
 #include "platform/platform.h"
-#include "support/virtual_desktop.h"
-#include "support/virtual_disk.h"
-#include "support/virtual_programs.h"
-#include "support/virtual_time.h"
+#include "tests/support/virtual_desktop.h"
+#include "tests/support/virtual_disk.h"
+#include "tests/support/virtual_programs.h"
+#include "tests/support/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -36,8 +37,26 @@ struct VirtualPlatform {
   VirtualSettingsWindows settingsWindows;
 
   Platform platform() {
-    return {queue,     clock,     dates,       defaults,    locations, files,  bundle, children,        processes,
-            workspace, statusBar, application, application, http,      safari, login,  settingsWindows, macWording};
+    return {
+        .mainQueue = queue,
+        .clock = clock,
+        .dates = dates,
+        .defaults = defaults,
+        .locations = locations,
+        .files = files,
+        .bundle = bundle,
+        .children = children,
+        .processes = processes,
+        .workspace = workspace,
+        .statusBar = statusBar,
+        .application = application,
+        .alerts = application,
+        .http = http,
+        .safari = safari,
+        .login = login,
+        .settingsWindows = settingsWindows,
+        .wording = macWording,
+    };
   }
 };
 

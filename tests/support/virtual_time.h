@@ -16,6 +16,13 @@
 
 namespace tollvane::test {
 
+// A second passes between any two looks at it, so that no answer is kept.
+struct HurryingClock : Clock {
+  TimePoint now() const override { return {}; }
+  Instant steadyNow() const override { return time += std::chrono::seconds(1); }
+  mutable Instant time{};
+};
+
 // Starts at 2025-01-31 14:05:09 UTC.
 class VirtualClock : public Clock {
  public:

@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const std::string kPage = "https://example.org/tollvane/download";
+const std::string page = "https://example.org/tollvane/download";
 
 TEST(VersionTest, NumbersDecideNotLetters) {
   EXPECT_TRUE(compareVersions("1.10", "1.9") > 0);
@@ -29,13 +29,13 @@ TEST(VersionTest, NoNumberIsTooLarge) {
 }
 
 TEST(ReleaseTest, AVersionAloneIsARelease) {
-  const auto release = releaseFromFeed(R"({"version":"9.9"})", kPage);
-  EXPECT_EQ(release, (Release{"9.9", kPage, std::nullopt, ""}));
+  const auto release = releaseFromFeed(R"({"version":"9.9"})", page);
+  EXPECT_EQ(release, (Release{"9.9", page, std::nullopt, ""}));
 }
 
 TEST(ReleaseTest, EverythingIsRead) {
   const auto release = releaseFromFeed(
-      R"({"version":"9.9","url":"https://example.org/9.9","released":"2025-01-31","notes":"n","more":1})", kPage);
+      R"({"version":"9.9","url":"https://example.org/9.9","released":"2025-01-31","notes":"n","more":1})", page);
   ASSERT_TRUE(release);
   EXPECT_EQ(release->url, "https://example.org/9.9");
   EXPECT_EQ(release->released, TimePoint(1738281600s));
@@ -44,23 +44,23 @@ TEST(ReleaseTest, EverythingIsRead) {
 
 TEST(ReleaseTest, ADateOfAnotherFormIsNone) {
   for (const char* date : {"", "31.01.2025", "2025-1-31", "2025-02-30", "2025-01-31 ", "2025/01/31", "+025-01-31"}) {
-    const auto release = releaseFromFeed(R"({"version":"9.9","released":")" + std::string(date) + "\"}", kPage);
+    const auto release = releaseFromFeed(R"({"version":"9.9","released":")" + std::string(date) + "\"}", page);
     ASSERT_TRUE(release) << date;
     EXPECT_FALSE(release->released) << date;
   }
-  EXPECT_FALSE(releaseFromFeed(R"({"version":"9.9","released":20250131})", kPage)->released);
+  EXPECT_FALSE(releaseFromFeed(R"({"version":"9.9","released":20250131})", page)->released);
 }
 
 TEST(ReleaseTest, OnlyAWebPageIsEverOpened) {
   for (const char* url : {"file:///etc/passwd", "javascript:alert(1)", "", "https://", "example.org", "ftp://a/b"})
-    EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":")" + std::string(url) + "\"}", kPage)->url, kPage) << url;
-  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":7})", kPage)->url, kPage);
-  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":"HTTP://a/b"})", kPage)->url, "HTTP://a/b");
+    EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":")" + std::string(url) + "\"}", page)->url, page) << url;
+  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":7})", page)->url, page);
+  EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":"HTTP://a/b"})", page)->url, "HTTP://a/b");
 }
 
 TEST(ReleaseTest, WithoutAVersionThereIsNone) {
   for (const char* body : {"", "[]", "{}", "7", R"({"version":null})", R"({"version":1.0})", R"([{"version":"1"}])"})
-    EXPECT_FALSE(releaseFromFeed(body, kPage)) << body;
+    EXPECT_FALSE(releaseFromFeed(body, page)) << body;
 }
 
 }  // namespace

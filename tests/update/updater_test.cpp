@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/virtual_platform.h"
-#include "update/update_alert.h"
+#include "tests/support/virtual_platform.h"
 
 namespace tollvane {
 namespace {
@@ -119,13 +118,12 @@ TEST_F(UpdaterTest, AnAnswerForAnUpdaterThatIsGoneIsDropped) {
 }
 
 TEST_F(UpdaterTest, TheAlertSaysWhatIsKnown) {
-  EXPECT_EQ(updateAlert(updater),
-            (Alert{"Couldn't check for updates",
-                   "The website didn't answer. Check your internet connection and try again later."}));
+  EXPECT_EQ(updater.alert(), (Alert{"Couldn't check for updates",
+                                    "The website didn't answer. Check your internet connection and try again later."}));
   learn(R"({"version":"1.0"})");
-  EXPECT_EQ(updateAlert(updater), (Alert{"You're up to date", "Tollvane 1.0 is the newest version."}));
+  EXPECT_EQ(updater.alert(), (Alert{"You're up to date", "Tollvane 1.0 is the newest version."}));
   learn(R"({"version":"2.5"})");
-  EXPECT_EQ(updateAlert(updater),
+  EXPECT_EQ(updater.alert(),
             (Alert{"Version 2.5 is available", "Choose \"Update available\" in the Tollvane menu to get it."}));
 }
 

@@ -6,9 +6,9 @@
 #include <set>
 #include <sstream>
 
-#include "desktop/desktop_fixture.h"
-#include "desktop/running_processes.h"
-#include "support/log_lines.h"
+#include "tests/desktop/desktop_fixture.h"
+#include "tests/desktop/running_processes.h"
+#include "tests/support/log_lines.h"
 
 namespace tollvane::test {
 namespace {
@@ -38,7 +38,7 @@ class WholeDesktopTest : public DesktopTest {
   std::unique_ptr<Process> startTollvane() { return desktop.start({(bundle / "Tollvane").string()}); }
 
   std::string run(const std::vector<std::string>& command) { return desktop.run(command).value_or(""); }
-  static bool eventually(const std::function<bool()>& condition) { return waitUntil(condition, kDesktopPatience); }
+  static bool eventually(const std::function<bool()>& condition) { return waitUntil(condition, desktopPatience); }
 
   // --- programs with windows
 
@@ -218,7 +218,7 @@ TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
     ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
     const auto children = childrenOf(tollvane->pid());
     end();
-    EXPECT_EQ(tollvane->exitCode(kDesktopPatience), 0);
+    EXPECT_EQ(tollvane->exitCode(desktopPatience), 0);
     EXPECT_FALSE(fs::exists(socket));
     for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
     EXPECT_TRUE(eventually([&] { return desktop.registeredItems().empty(); }));
@@ -234,7 +234,7 @@ class EndOfSessionTest : public WholeDesktopTest {
     ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
     const auto children = childrenOf(tollvane->pid());
     lost.kill();
-    EXPECT_TRUE(tollvane->exitCode(kDesktopPatience));
+    EXPECT_TRUE(tollvane->exitCode(desktopPatience));
     EXPECT_FALSE(fs::exists(socket));
     for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
   }
@@ -248,7 +248,7 @@ TEST_F(WholeDesktopTest, ASecondStartOpensTheSettingsOfTheFirstAndEnds) {
   start();
   awaitBell();
   EXPECT_EQ(windowNamed("Tollvane Settings"), "");
-  EXPECT_EQ(startTollvane()->exitCode(kDesktopPatience), 0);
+  EXPECT_EQ(startTollvane()->exitCode(desktopPatience), 0);
   EXPECT_TRUE(eventually([&] { return inFront() == "Tollvane Settings"; })) << inFront();
   EXPECT_TRUE(bellIs("bell")) << "one bell";
   EXPECT_TRUE(tollvane->running());

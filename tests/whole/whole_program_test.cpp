@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <sstream>
 
-#include "platform/linux/apps/proc_fs.h"
-#include "support/log_lines.h"
-#include "support/private_sound.h"
-#include "support/process.h"
-#include "support/temporary_directory.h"
+#include "platform/linux/kernel/proc_fs.h"
+#include "tests/support/log_lines.h"
+#include "tests/support/private_sound.h"
+#include "tests/support/process.h"
+#include "tests/support/temporary_directory.h"
 
 namespace tollvane::test {
 namespace {

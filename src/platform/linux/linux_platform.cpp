@@ -1,14 +1,27 @@
 #include "platform/linux/linux_platform.h"
 
 #include <QMessageBox>
+#include <utility>
+
+#include "platform/linux/linux_wording.h"
 
 namespace tollvane {
 namespace {
 
 std::optional<std::filesystem::path> defaultsFile() {
-  const auto configuration = XdgLocations::configuration();
+  const auto configuration = configurationFolder();
   return configuration ? std::optional(*configuration / "Tollvane" / "defaults.json") : std::nullopt;
 }
+
+// There is no Safari here: its extension is not enabled.
+class NoSafari : public SafariServices {
+ public:
+  void dispatchMessage(std::string_view, std::string_view, std::string_view) override {}
+  void getState(std::string_view, std::function<void(std::optional<bool>)> completion) override {
+    completion(std::nullopt);
+  }
+  void showPreferences(std::string_view) override {}
+};
 
 const Alert noStatusBar = {
     .messageText = "This desktop shows no status icons",
@@ -24,19 +37,19 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       defaults_(files_, defaultsFile()),
       bundle_(bundle),
       windows_(clock_),
-      applications_(procFs_, entries_, windows_, &clock_),
-      processes_(procFs_),
+      applications_(processes_, entries_, windows_),
       statusBar_(bundle / "icons"),
       bar_(QDBusConnection::sessionBus(), statusBar_, queue_),
       launcher_(tokens_),
       busActivation_(QDBusConnection::sessionBus(), launcher_, tokens_),
       activator_({&sway_, &x11_, &busActivation_}),
-      workspace_(procFs_, applications_, activator_, launcher_),
+      workspace_(applications_, clock_, activator_, launcher_),
       application_(tokens_),
       alerts_([this](QMessageBox& alert) { application_.bringForward(alert); }),
-      login_(files_, XdgLocations::configuration(), bundle / "Tollvane"),
+      safari_(std::make_unique<NoSafari>()),
+      login_(files_, configurationFolder(), bundle / "Tollvane"),
       settingsWindows_([this](QWidget& window) { application_.bringForward(window); }) {
-  bar_.onNoStatusBar = [this] { alerts_.runModal(noStatusBar, [](std::size_t) {}); };
+  bar_.onNoStatusBar = [this] { alerts_.show(noStatusBar, [](std::size_t) {}); };
 }
 
 std::string LinuxPlatform::takeToken() {
@@ -46,8 +59,26 @@ std::string LinuxPlatform::takeToken() {
 }
 
 Platform LinuxPlatform::roles() {
-  return {queue_,     clock_, dates_,       defaults_, locations_, files_,  bundle_, children_,        processes_,
-          workspace_, bar_,   application_, alerts_,   http_,      safari_, login_,  settingsWindows_, linuxWording};
+  return {
+      .mainQueue = queue_,
+      .clock = clock_,
+      .dates = dates_,
+      .defaults = defaults_,
+      .locations = locations_,
+      .files = files_,
+      .bundle = bundle_,
+      .children = children_,
+      .processes = processes_,
+      .workspace = workspace_,
+      .statusBar = bar_,
+      .application = application_,
+      .alerts = alerts_,
+      .http = http_,
+      .safari = *safari_,
+      .login = login_,
+      .settingsWindows = settingsWindows_,
+      .wording = linuxWording,
+  };
 }
 
 }  // namespace tollvane

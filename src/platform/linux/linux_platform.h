@@ -4,35 +4,33 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "platform/linux/apps/applications.h"
-#include "platform/linux/apps/linux_process_table.h"
-#include "platform/linux/desktop/activator.h"
-#include "platform/linux/desktop/bus_activation.h"
-#include "platform/linux/desktop/desktop_status_bar.h"
-#include "platform/linux/desktop/gio_launcher.h"
-#include "platform/linux/desktop/linux_application.h"
-#include "platform/linux/desktop/linux_workspace.h"
-#include "platform/linux/desktop/qt_alerts.h"
-#include "platform/linux/desktop/sway_ipc.h"
-#include "platform/linux/desktop/x11_raiser.h"
-#include "platform/linux/settings/qt_settings_windows.h"
-#include "platform/linux/status/appearance.h"
-#include "platform/linux/status/linux_status_bar.h"
-#include "platform/linux/system/autostart_login.h"
+#include "platform/linux/bell/desktop_status_bar.h"
+#include "platform/linux/bell/linux_status_bar.h"
+#include "platform/linux/drawing/appearance.h"
+#include "platform/linux/kernel/folders.h"
+#include "platform/linux/session/autostart_login.h"
+#include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/system/executable_bundle.h"
-#include "platform/linux/system/icu_date_formatter.h"
 #include "platform/linux/system/json_defaults.h"
-#include "platform/linux/system/no_safari.h"
-#include "platform/linux/system/posix_files.h"
 #include "platform/linux/system/qt_child_processes.h"
 #include "platform/linux/system/qt_http.h"
 #include "platform/linux/system/qt_main_queue.h"
-#include "platform/linux/system/system_clock.h"
-#include "platform/linux/system/xdg_locations.h"
+#include "platform/linux/windows/linux_application.h"
+#include "platform/linux/windows/qt_alerts.h"
+#include "platform/linux/windows/settings_window.h"
+#include "platform/linux/workspace/bus_activation.h"
+#include "platform/linux/workspace/launcher.h"
+#include "platform/linux/workspace/linux_workspace.h"
+#include "platform/linux/workspace/sway_ipc.h"
+#include "platform/linux/workspace/window_raiser.h"
+#include "platform/linux/workspace/x11_raiser.h"
 #include "platform/platform.h"
+#include "platform/posix/posix_files.h"
 
 namespace tollvane {
 
@@ -61,11 +59,10 @@ class LinuxPlatform {
   XdgLocations locations_;
   ExecutableBundle bundle_;
   QtChildProcesses children_;
-  ProcFs procFs_;
+  ProcFs processes_;
   DesktopEntries entries_;
   XcbWindows windows_;
   Applications applications_;
-  LinuxProcessTable processes_;
   LinuxStatusBar statusBar_;
   DesktopStatusBar bar_;
   std::string token_;
@@ -79,7 +76,7 @@ class LinuxPlatform {
   LinuxApplication application_;
   QtAlerts alerts_;
   QtHttp http_;
-  NoSafari safari_;
+  std::unique_ptr<SafariServices> safari_;
   AutostartLogin login_;
   QtSettingsWindows settingsWindows_;
 };

@@ -4,14 +4,14 @@
 #include <utility>
 #include <vector>
 
+#include "support/ascii.h"
+
 namespace tollvane {
 
 namespace {
 
-constexpr std::string_view kEnding = ".desktop";
-
 template <typename Table>
-DesktopEntries::Entry find(const Table& table, const std::string& key) {
+DesktopEntries::Entry entryAt(const Table& table, const std::string& key) {
   const auto found = table.find(key);
   return found == table.end() ? nullptr : found->second;
 }
@@ -46,7 +46,7 @@ void DesktopEntries::refresh() {
     const Entry& entry = read(file, files).entry;
     // An earlier folder's file stands for the id, even if it only says that there is no such application.
     if (entry == nullptr || !byId_.emplace(file.id, entry).second) continue;
-    byLowerId_.emplace(lowerCase(file.id), entry);
+    byLowerId_.emplace(ascii::lowerCase(file.id), entry);
     entries.push_back(entry);
   }
   files_ = std::move(files);
@@ -78,11 +78,11 @@ bool DesktopEntries::isFresh(const DesktopEntry& entry) const {
 }
 
 DesktopEntries::Entry DesktopEntries::withId(std::string_view id) const {
-  if (Entry entry = find(byId_, std::string(id))) return entry;
+  if (Entry entry = entryAt(byId_, std::string(id))) return entry;
   std::string_view stem = id;
-  if (stem.ends_with(kEnding)) stem.remove_suffix(kEnding.size());
-  if (Entry entry = find(byId_, std::string(stem))) return entry;
-  return find(byLowerId_, lowerCase(stem));
+  if (stem.ends_with(desktopFileEnding)) stem.remove_suffix(desktopFileEnding.size());
+  if (Entry entry = entryAt(byId_, std::string(stem))) return entry;
+  return entryAt(byLowerId_, ascii::lowerCase(stem));
 }
 
 DesktopEntries::Entry DesktopEntries::withPath(std::string_view path) const {

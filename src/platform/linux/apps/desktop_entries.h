@@ -12,6 +12,7 @@
 #include "platform/linux/apps/desktop_entry.h"
 #include "platform/linux/apps/desktop_folders.h"
 #include "platform/linux/apps/program_index.h"
+#include "platform/linux/kernel/folders.h"
 
 namespace tollvane {
 

@@ -1,22 +1,23 @@
 #include "platform/linux/apps/desktop_entry.h"
 
 #include <glib.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
 #include <utility>
 
-#include "platform/linux/apps/file_bytes.h"
-#include "platform/linux/apps/program_line.h"
+#include "platform/linux/kernel/folders.h"
+#include "platform/linux/kernel/program_line.h"
+#include "platform/posix/plain_file.h"
+#include "support/ascii.h"
 
 namespace tollvane {
 
 namespace {
 
 // The longest entries there are, with a hundred translations, have some 60 KB.
-constexpr std::size_t kLongestEntry = 1024 * 1024;
-constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
+constexpr std::size_t longestEntry = 1024 * 1024;
+constexpr const char* entryGroup = G_KEY_FILE_DESKTOP_GROUP;
 
 struct FreeKeyFile {
   void operator()(GKeyFile* file) const { g_key_file_free(file); }
@@ -32,14 +33,16 @@ using Text = std::unique_ptr<gchar, FreeText>;
 using Texts = std::unique_ptr<gchar*, FreeTexts>;
 
 std::string string(GKeyFile* file, const char* key) {
-  const Text text(g_key_file_get_string(file, kGroup, key, nullptr));
+  const Text text(g_key_file_get_string(file, entryGroup, key, nullptr));
   return text ? std::string(text.get()) : std::string();
 }
 
-bool boolean(GKeyFile* file, const char* key) { return g_key_file_get_boolean(file, kGroup, key, nullptr) != FALSE; }
+bool boolean(GKeyFile* file, const char* key) {
+  return g_key_file_get_boolean(file, entryGroup, key, nullptr) != FALSE;
+}
 
 std::vector<std::string> list(GKeyFile* file, const char* key) {
-  const Texts texts(g_key_file_get_string_list(file, kGroup, key, nullptr, nullptr));
+  const Texts texts(g_key_file_get_string_list(file, entryGroup, key, nullptr, nullptr));
   std::vector<std::string> result;
   for (gchar** text = texts.get(); text != nullptr && *text != nullptr; ++text) result.emplace_back(*text);
   return result;
@@ -54,8 +57,7 @@ bool shownOn(std::string_view desktops, GKeyFile* file) {
   const auto never = list(file, G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN);
   // The first of the current desktop's names that either list holds decides.
   while (!desktops.empty()) {
-    const std::string_view desktop = desktops.substr(0, desktops.find(':'));
-    desktops.remove_prefix(std::min(desktop.size() + 1, desktops.size()));
+    const std::string_view desktop = ascii::takePart(desktops, ':');
     if (contains(only, desktop)) return true;
     if (contains(never, desktop)) return false;
   }
@@ -99,23 +101,6 @@ std::vector<std::string> commandLine(const std::string& exec) {
   return withoutPrefixes(std::move(command));
 }
 
-// Empty when there is no such program.
-std::string findProgram(std::string_view name, std::string_view searchPath) {
-  if (name.empty()) return {};
-  if (name.find('/') != std::string_view::npos) {
-    std::string path(name);
-    return name.front() == '/' && ::access(path.c_str(), X_OK) == 0 ? path : std::string();
-  }
-  while (!searchPath.empty()) {
-    const std::string_view folder = searchPath.substr(0, searchPath.find(':'));
-    searchPath.remove_prefix(std::min(folder.size() + 1, searchPath.size()));
-    if (!folder.starts_with('/')) continue;
-    std::string path = std::string(folder) + "/" + std::string(name);
-    if (::access(path.c_str(), X_OK) == 0) return path;
-  }
-  return {};
-}
-
 std::string realPathOf(const std::string& path) { return path.empty() ? path : realPath(path).value_or(std::string()); }
 
 bool saysNothing(std::string_view path) { return isInterpreter(path) || isLauncher(path); }
@@ -144,7 +129,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
   const std::string type = string(file, G_KEY_FILE_DESKTOP_KEY_TYPE);
   // Who deletes an entry of the system by one of his own often leaves everything else out.
   if (type != G_KEY_FILE_DESKTOP_TYPE_APPLICATION && !(type.empty() && entry.hidden)) return std::nullopt;
-  const Text name(g_key_file_get_locale_string(file, kGroup, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
+  const Text name(g_key_file_get_locale_string(file, entryGroup, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
   if (name) entry.name = name.get();
   entry.command = commandLine(string(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
   entry.tryExec = string(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
@@ -164,7 +149,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string_view currentDesktop) {
-  auto text = readPlainFile(path, kLongestEntry);
+  auto text = readPlainFile(path, longestEntry);
   if (!text) return std::nullopt;
   auto entry = parseDesktopEntry(std::move(*text), currentDesktop);
   if (entry) entry->path = path;
@@ -178,7 +163,7 @@ void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
   entry.script.clear();
   if (!entry.command.empty()) {
     const std::string& first = entry.command.front();
-    const std::string program = findProgram(first, searchPath);
+    const std::string program = findProgram(first, searchPath).value_or("");
     const std::string real = realPathOf(program);
     if (isInterpreter(first) || isInterpreter(real)) {
       const auto script = scriptOf(isInterpreter(real) ? real : first, entry.command);
@@ -191,7 +176,7 @@ void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
     }
   }
   if (entry.tryExec.empty()) return;
-  const std::string tryExec = findProgram(entry.tryExec, searchPath);
+  const std::string tryExec = findProgram(entry.tryExec, searchPath).value_or("");
   entry.installed = !tryExec.empty();
   const std::string real = realPathOf(tryExec);
   if (!saysNothing(tryExec) && !saysNothing(real)) entry.realTryExec = real;

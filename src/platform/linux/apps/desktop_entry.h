@@ -10,8 +10,10 @@
 
 namespace tollvane {
 
+inline constexpr std::string_view desktopFileEnding = ".desktop";
+
 struct DesktopEntry {
-  std::string id;    // without ".desktop"
+  std::string id;    // the file's name without the ending
   std::string path;  // of the file
   std::string name;  // in the user's language, valid UTF-8; may be empty
   // The command line without its field codes (%U) and without `env NAME=value` in front; empty where there is none.

@@ -4,24 +4,20 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <memory>
 #include <utility>
+
+#include "platform/linux/apps/desktop_entry.h"
 
 namespace tollvane {
 
 namespace {
 
-constexpr std::string_view kEnding = ".desktop";
-constexpr int kDeepest = 8;
-constexpr std::size_t kMostFolders = 512;
-constexpr std::size_t kMostFiles = 20000;
-constexpr std::int64_t kTick = 50'000'000;  // nanoseconds; the slowest kernel clocks tick every 10 ms
-
-constexpr std::string_view kDefaultSearchPath = "/usr/local/bin:/usr/bin:/bin:/usr/local/games:/usr/games:/snap/bin";
-constexpr std::string_view kDefaultDataFolders = "/usr/local/share/:/usr/share/";
-constexpr std::string_view kMoreDataFolders[] = {"/var/lib/flatpak/exports/share", "/var/lib/snapd/desktop"};
+constexpr int deepest = 8;
+constexpr std::size_t mostFolders = 512;
+constexpr std::size_t mostFiles = 20000;
+constexpr std::int64_t tick = 50'000'000;  // nanoseconds; the slowest kernel clocks tick every 10 ms
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { ::closedir(directory); }
@@ -33,45 +29,10 @@ bool isRecent(std::int64_t changed) {
   timespec now{};
   ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
   const std::int64_t age = nanoseconds(now) - changed;
-  return age >= 0 && age < kTick;
-}
-
-std::string variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string() : std::string(value);
-}
-
-// Relative paths are invalid in these variables, and to be ignored.
-void add(std::vector<std::string>& folders, std::string_view folder) {
-  while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
-  if (!folder.starts_with('/')) return;
-  if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.emplace_back(folder);
+  return age >= 0 && age < tick;
 }
 
 }  // namespace
-
-DesktopEnvironment DesktopEnvironment::current() {
-  DesktopEnvironment environment;
-  const std::string home = variable("HOME");
-  std::string dataHome = variable("XDG_DATA_HOME");
-  if (!dataHome.starts_with('/') && !home.empty()) dataHome = home + "/.local/share";
-  while (dataHome.size() > 1 && dataHome.ends_with('/')) dataHome.pop_back();
-  add(environment.dataFolders, dataHome);
-  const std::string given = variable("XDG_DATA_DIRS");
-  std::string_view folders = given.empty() ? kDefaultDataFolders : std::string_view(given);
-  while (!folders.empty()) {
-    const std::string_view folder = folders.substr(0, folders.find(':'));
-    folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
-    add(environment.dataFolders, folder);
-  }
-  if (!dataHome.empty()) add(environment.dataFolders, dataHome + "/flatpak/exports/share");
-  if (!home.empty()) add(environment.dataFolders, home + "/.local/share/flatpak/exports/share");
-  for (const std::string_view folder : kMoreDataFolders) add(environment.dataFolders, folder);
-  environment.searchPath = variable("PATH");
-  if (environment.searchPath.empty()) environment.searchPath = kDefaultSearchPath;
-  environment.currentDesktop = variable("XDG_CURRENT_DESKTOP");
-  return environment;
-}
 
 FileStamp FileStamp::of(const struct stat& status) {
   return {status.st_dev, status.st_ino, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_size};
@@ -97,7 +58,7 @@ std::vector<DesktopFile> DesktopFolders::list() {
 
 void DesktopFolders::listFolder(const std::string& path, const std::string& prefix, int depth,
                                 std::vector<DesktopFile>& files) {
-  if (depth > kDeepest || folders_.size() >= kMostFolders) return;
+  if (depth > deepest || folders_.size() >= mostFolders) return;
   // Stamped before it is read: a change during the reading is noticed at the next look.
   const FileStamp stamp = FileStamp::of(path);
   const bool seen = stamp != FileStamp{} && std::any_of(folders_.begin(), folders_.end(), [&](const Folder& folder) {
@@ -119,9 +80,9 @@ void DesktopFolders::listFolder(const std::string& path, const std::string& pref
     if (::fstatat(::dirfd(directory.get()), name.c_str(), &status, 0) != 0) continue;
     if (S_ISDIR(status.st_mode)) {
       listFolder(path + "/" + name, prefix + name + "-", depth + 1, files);
-    } else if (S_ISREG(status.st_mode) && name.size() > kEnding.size() && name.ends_with(kEnding) &&
-               files.size() < kMostFiles) {
-      const std::string stem = name.substr(0, name.size() - kEnding.size());
+    } else if (S_ISREG(status.st_mode) && name.size() > desktopFileEnding.size() && name.ends_with(desktopFileEnding) &&
+               files.size() < mostFiles) {
+      const std::string stem = name.substr(0, name.size() - desktopFileEnding.size());
       files.push_back({prefix + stem, path + "/" + name, FileStamp::of(status)});
     }
   }

@@ -1,5 +1,5 @@
 // The folders in which desktop entries stand, and how to notice that something in them changed without watching them:
-// no descriptor, no timer, no wakeup, a few `stat` calls when somebody asks. One thread at a time.
+// no descriptor, no timer, no wakeup, only a few `stat` calls at each question. One thread at a time.
 // Source: freedesktop.org, XDG Base Directory 0.8 and Desktop Entry 1.5 (file naming).
 #pragma once
 
@@ -11,16 +11,6 @@
 #include <vector>
 
 namespace tollvane {
-
-// What a desktop session tells its programs in their environment.
-struct DesktopEnvironment {
-  std::vector<std::string> dataFolders;  // the most important one first
-  std::string searchPath;                // as PATH
-  std::string currentDesktop;            // as XDG_CURRENT_DESKTOP
-
-  // This process's own, with the folders of Flatpak and Snap added where they are missing.
-  static DesktopEnvironment current();
-};
 
 // Which file stands at a path, and in which state; all zero for none.
 struct FileStamp {

@@ -4,17 +4,16 @@
 #include <tuple>
 #include <utility>
 
-#include "platform/linux/apps/program_line.h"
+#include "platform/linux/kernel/program_line.h"
+#include "support/ascii.h"
 
 namespace tollvane {
 
 namespace {
 
-const ProgramIndex::Entries kNone;
-
 // Names that say nothing about whose script it is.
-constexpr std::string_view kCommonScriptNames[] = {
-    "main", "__main__", "app", "index", "run", "start", "launcher", "gui", "cli", "launch", "server", "client", "test"};
+constexpr std::string_view commonScriptNames[] = {"main", "__main__", "app",    "index",  "run",    "start", "launcher",
+                                                  "gui",  "cli",      "launch", "server", "client", "test"};
 
 auto rank(const DesktopEntry& entry) {
   return std::tuple(!entry.isRegular(), entry.hidden, entry.extraArguments(), entry.id.size(),
@@ -35,18 +34,10 @@ void add(Table& table, std::string_view key, const ProgramIndex::Entry& entry) {
 }
 
 bool isCommonScriptName(std::string_view name) {
-  return std::find(std::begin(kCommonScriptNames), std::end(kCommonScriptNames), name) != std::end(kCommonScriptNames);
+  return std::find(std::begin(commonScriptNames), std::end(commonScriptNames), name) != std::end(commonScriptNames);
 }
 
 }  // namespace
-
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
 
 ProgramIndex::ProgramIndex(Entries entries) : entries_(std::move(entries)) {
   std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return rank(*a) < rank(*b); });
@@ -64,11 +55,11 @@ ProgramIndex::ProgramIndex(Entries entries) : entries_(std::move(entries)) {
       if (!isInterpreter(program) && !isLauncher(program)) add(byName_, lastComponent(program), entry);
     }
     add(byScript_, entry->script, entry);
-    add(byClass_, lowerCase(entry->startupWmClass), entry);
+    add(byClass_, ascii::lowerCase(entry->startupWmClass), entry);
   }
   // A class that an entry claims goes before one that is merely its file's name.
   for (const Entry& entry : entries_) {
-    if (!entry->isInterpretersOwn()) add(byClass_, lowerCase(entry->id), entry);
+    if (!entry->isInterpretersOwn()) add(byClass_, ascii::lowerCase(entry->id), entry);
   }
 }
 
@@ -94,8 +85,8 @@ const ProgramIndex::Entries& ProgramIndex::ofExecutable(const std::string& execu
   if (const Entries* entries = find(byTryExec_, executable)) return *entries;
   if (const Entries* entries = inFolder(directoryOf(executable), name)) return *entries;
   if (const Entries* entries = find(byName_, name)) return *entries;
-  if (const Entries* entries = find(byClass_, lowerCase(name))) return *entries;
-  return kNone;
+  if (const Entries* entries = find(byClass_, ascii::lowerCase(name))) return *entries;
+  return none;
 }
 
 const ProgramIndex::Entries& ProgramIndex::ofScript(const std::string& script) const {
@@ -105,15 +96,15 @@ const ProgramIndex::Entries& ProgramIndex::ofScript(const std::string& script) c
   const std::string_view bare = withoutScriptEnding(name);
   if (const Entries* entries = inFolder(directoryOf(script), bare)) return *entries;
   if (const Entries* entries = find(byScript_, name)) return *entries;
-  if (isCommonScriptName(bare)) return kNone;
+  if (isCommonScriptName(bare)) return none;
   if (const Entries* entries = find(byName_, name)) return *entries;
   if (const Entries* entries = find(byName_, bare)) return *entries;
-  return kNone;
+  return none;
 }
 
 const ProgramIndex::Entries& ProgramIndex::ofWindowClass(std::string_view windowClass) const {
-  const Entries* entries = find(byClass_, lowerCase(windowClass));
-  return entries == nullptr ? kNone : *entries;
+  const Entries* entries = find(byClass_, ascii::lowerCase(windowClass));
+  return entries == nullptr ? none : *entries;
 }
 
 }  // namespace tollvane

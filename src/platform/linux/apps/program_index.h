@@ -36,6 +36,8 @@ class ProgramIndex {
   // All, in order of rank.
   const Entries& all() const { return entries_; }
 
+  inline static const Entries none;
+
  private:
   using Table = std::unordered_map<std::string, Entries>;
 
@@ -49,8 +51,5 @@ class ProgramIndex {
   Table byScript_;
   Table byClass_;
 };
-
-// Lower-case ASCII; other characters as they are.
-std::string lowerCase(std::string_view text);
 
 }  // namespace tollvane

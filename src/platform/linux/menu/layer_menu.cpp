@@ -13,15 +13,15 @@ namespace tollvane {
 namespace {
 
 // The compositor tells at once where the pointer is; a desktop that is only touched has none.
-constexpr std::chrono::milliseconds kPointerIsKnown{150};
+constexpr std::chrono::milliseconds pointerIsKnown{150};
 
 }  // namespace
 
 LayerMenu::LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click)
-    : shell_(shell), menu_(&menu), click_(click), overlay_(nullptr, Qt::Window | LayerShell::kFlags) {
+    : shell_(shell), menu_(&menu), click_(click), overlay_(nullptr, Qt::Window | LayerShell::flags) {
   follow(menu);
   noPointer_.setSingleShot(true);
-  noPointer_.setInterval(kPointerIsKnown);
+  noPointer_.setInterval(pointerIsKnown);
   connect(&noPointer_, &QTimer::timeout, this, [this] { open(click_ + overlay_.geometry().topLeft()); });
   cover();
 }
@@ -74,7 +74,7 @@ wl_output* LayerMenu::output() const {
 }
 
 void LayerMenu::follow(MenuWidget& menu) {
-  menu.setWindowFlags(menu.windowFlags() | LayerShell::kFlags);
+  menu.setWindowFlags(menu.windowFlags() | LayerShell::flags);
   menu.installEventFilter(this);
   // A place is given up before its window is hidden.
   connect(&menu, &MenuWidget::vanishing, this, [this, &menu] { places_.erase(&menu); });

@@ -15,8 +15,8 @@
 namespace tollvane {
 namespace {
 
-constexpr auto kVariable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
-constexpr int kAnswers = 5;  // round trips after which a compositor is not going to say it
+constexpr auto variable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
+constexpr int answers = 5;  // round trips after which a compositor is not going to say it
 
 void* ofTheConnection(const char* what) {
   QPlatformNativeInterface* native = QGuiApplication::platformNativeInterface();
@@ -57,8 +57,8 @@ LayerSurface::~LayerSurface() {
   if (surface_ != nullptr) zwlr_layer_surface_v1_destroy(surface_);
 }
 
-LayerShell::Windows::Windows() { qputenv(kVariable, "1"); }
-LayerShell::Windows::~Windows() { qunsetenv(kVariable); }
+LayerShell::Windows::Windows() { qputenv(variable, "1"); }
+LayerShell::Windows::~Windows() { qunsetenv(variable); }
 
 LayerShell* LayerShell::ofThisDesktop() {
   // A process has one connection to its compositor, for good.
@@ -137,7 +137,7 @@ std::unique_ptr<LayerSurface> LayerShell::attach(void* surface, wl_output* outpu
   zwlr_layer_surface_v1_set_keyboard_interactivity(made->surface_, role.keyboard ? 1 : 0);
   wl_surface_commit(handle);
   // Nothing may be drawn before the compositor has answered.
-  for (int i = 0; i < kAnswers && !made->configured_; ++i) {
+  for (int i = 0; i < answers && !made->configured_; ++i) {
     if (wl_display_roundtrip_queue(display_, queue_) < 0) return nullptr;
   }
   if (!made->configured_) return nullptr;
@@ -160,7 +160,7 @@ std::string LayerShell::activationToken(QWindow& window) {
   xdg_activation_token_v1_set_serial(request, static_cast<std::uint32_t>(serial), seat);
   xdg_activation_token_v1_set_surface(request, surfaceOf(window));
   xdg_activation_token_v1_commit(request);
-  for (int i = 0; i < kAnswers && !token; ++i) {
+  for (int i = 0; i < answers && !token; ++i) {
     if (wl_display_roundtrip_queue(display_, queue_) < 0) break;
   }
   xdg_activation_token_v1_destroy(request);

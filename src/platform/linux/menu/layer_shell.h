@@ -1,7 +1,7 @@
 // What the Wayland compositor offers to panels and their menus beyond ordinary windows: surfaces at a place of their
 // own choice, in front of everything. Only compositors with zwlr_layer_shell_v1 do. Main thread only.
 //
-// A window that takes part is made without the toolkit's own role for it: LayerShell::kFlags in its flags, and a
+// A window that takes part is made without the toolkit's own role for it: LayerShell::flags in its flags, and a
 // LayerShell::Windows while it is shown.
 // Source: wlr-layer-shell-unstable-v1, xdg-activation-v1.
 #pragma once
@@ -45,7 +45,7 @@ class LayerSurface {
 
 class LayerShell {
  public:
-  static constexpr Qt::WindowFlags kFlags = Qt::BypassWindowManagerHint | Qt::FramelessWindowHint;
+  static constexpr Qt::WindowFlags flags = Qt::BypassWindowManagerHint | Qt::FramelessWindowHint;
 
   // Makes the toolkit leave windows with these flags to us.
   class Windows {

@@ -4,27 +4,13 @@
 
 #include <QColor>
 #include <QPalette>
-#include <vector>
 
 #include "platform/menu.h"
 
 namespace tollvane {
 
-// How much two colours differ in brightness, 1 to 21, as WCAG 2 measures it. Opaque colours.
-double contrast(const QColor& one, const QColor& other);
-
-// `share` of the one colour over the other.
-QColor blend(const QColor& over, const QColor& under, double share);
-
-// The colour itself where it differs from each background by that contrast; else as much of it as can be had.
-QColor readable(const QColor& color, const std::vector<QColor>& backgrounds, double least);
-
 class MenuColors {
  public:
-  // What is read at the least. Faded entries have been seen, and disabled ones say nothing new.
-  static constexpr double kReadable = 4.5;
-  static constexpr double kFaded = 3.0;
-
   explicit MenuColors(const QPalette& palette);
 
   QColor of(TextColor role) const;

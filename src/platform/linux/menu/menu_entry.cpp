@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/status/plain_text.h"
+#include "platform/linux/drawing/plain_text.h"
 
 namespace tollvane {
 namespace {

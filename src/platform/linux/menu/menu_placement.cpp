@@ -5,8 +5,8 @@
 namespace tollvane {
 namespace {
 
-constexpr int kHalfIcon = 12;     // nobody tells where the icon begins
-constexpr int kWidestPanel = 64;  // closer than this to the screen's edge is on a panel that nobody tells about
+constexpr int halfIcon = 12;     // nobody tells where the icon begins
+constexpr int widestPanel = 64;  // closer than this to the screen's edge is on a panel that nobody tells about
 
 int within(int start, int length, int low, int high) { return std::max(low, std::min(start, high - length)); }
 
@@ -14,7 +14,7 @@ int within(int start, int length, int low, int high) { return std::max(low, std:
 
 QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen, const QRect& available) {
   QRect room = available;
-  QPoint corner = click - QPoint(kHalfIcon, kHalfIcon);
+  QPoint corner = click - QPoint(halfIcon, halfIcon);
   if (available.contains(click)) {
     // A panel that hides, or one that reserves no room: beside the icon, away from the edge.
     const int above = click.y() - screen.top();
@@ -22,16 +22,16 @@ QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen,
     const int before = click.x() - screen.left();
     const int behind = screen.right() - click.x();
     const int nearest = std::min({above, below, before, behind});
-    if (nearest > kWidestPanel)
+    if (nearest > widestPanel)
       corner = click;
     else if (nearest == above)
-      room.setTop(click.y() + kHalfIcon);
+      room.setTop(click.y() + halfIcon);
     else if (nearest == below)
-      room.setBottom(click.y() - kHalfIcon - 1);
+      room.setBottom(click.y() - halfIcon - 1);
     else if (nearest == before)
-      room.setLeft(click.x() + kHalfIcon);
+      room.setLeft(click.x() + halfIcon);
     else
-      room.setRight(click.x() - kHalfIcon - 1);
+      room.setRight(click.x() - halfIcon - 1);
   }
   if (menu.width() > room.width()) room = QRect(screen.x(), room.y(), screen.width(), room.height());
   if (menu.height() > room.height()) room = QRect(room.x(), screen.y(), room.width(), screen.height());

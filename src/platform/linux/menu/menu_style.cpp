@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "platform/linux/drawing/contrast.h"
 #include "platform/linux/menu/menu_colors.h"
 #include "platform/linux/menu/menu_entry.h"
 #include "platform/linux/menu/menu_widget.h"

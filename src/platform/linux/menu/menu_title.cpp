@@ -6,14 +6,14 @@
 #include <cmath>
 #include <numeric>
 
-#include "platform/linux/status/plain_text.h"
+#include "platform/linux/drawing/plain_text.h"
 
 namespace tollvane {
 namespace {
 
-constexpr qreal kLineGap = 2;
-constexpr std::size_t kMaxLines = 2;
-constexpr qreal kUnlimited = 100000;
+constexpr qreal lineGap = 2;
+constexpr std::size_t maxLines = 2;
+constexpr qreal unlimited = 100000;
 
 QFont::Weight weightOf(FontWeight weight, const QFont& menuFont) {
   switch (weight) {
@@ -85,7 +85,7 @@ void drawLine(QPainter& painter, QPointF baseline, const QString& text, const QF
   layout.setTextOption(option);
   layout.beginLayout();
   QTextLine line = layout.createLine();
-  if (line.isValid()) line.setLineWidth(kUnlimited);
+  if (line.isValid()) line.setLineWidth(unlimited);
   layout.endLayout();
   if (!line.isValid()) return;
   painter.setPen(color);
@@ -112,7 +112,7 @@ void MenuTitle::add(const TextRun& run, const QFont& menuFont) {
   std::string_view text = run.text;
   if (beginsLine(run)) {
     text.remove_prefix(1);
-    if (lines_.size() < kMaxLines) lines_.emplace_back();
+    if (lines_.size() < maxLines) lines_.emplace_back();
   }
   Line& line = lines_.back();
   Run made{plainLine(text), fontOf(run.font, menuFont), run.color};
@@ -155,7 +155,7 @@ void MenuTitle::shorten(Line& line, qreal maxWidth) {
 
 QSizeF MenuTitle::size() const {
   qreal width = 0;
-  qreal height = kLineGap * static_cast<qreal>(lines_.size() - 1);
+  qreal height = lineGap * static_cast<qreal>(lines_.size() - 1);
   for (const Line& line : lines_) {
     width = std::max(width, line.textStart + line.runsWidth());
     height += line.height;
@@ -186,7 +186,7 @@ void MenuTitle::draw(QPainter& painter, QPointF topLeft, const std::function<QCo
       drawLine(painter, {x, baseline}, run.text, run.font, colorOf(run.color));
       x += run.width;
     }
-    y += line.height + kLineGap;
+    y += line.height + lineGap;
   }
 }
 

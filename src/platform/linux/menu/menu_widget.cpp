@@ -16,7 +16,7 @@
 namespace tollvane {
 namespace {
 
-constexpr int kTypingPause = 1000;  // milliseconds after which typing begins a new word
+constexpr int typingPause = 1000;  // milliseconds after which typing begins a new word
 
 // Wide enough for the sentences of our own, narrow enough to be read at a glance.
 int widestTitle(const QFont& font, const QScreen& screen) {
@@ -127,7 +127,7 @@ bool MenuWidget::findTyped(const QKeyEvent& event) {
   const bool plain = (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
   // A blank chooses, unless it is inside a name.
   if (!plain || text.isEmpty() || !text.at(0).isPrint() || (typed_.isEmpty() && text.at(0).isSpace())) return false;
-  typing_.start(kTypingPause, this);
+  typing_.start(typingPause, this);
   typed_ += text;
   if (goToTyped()) return true;
   // No longer word begins like this: the letter begins a new one, or asks for the next of the same.

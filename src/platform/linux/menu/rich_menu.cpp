@@ -1,10 +1,8 @@
 #include "platform/linux/menu/rich_menu.h"
 
-#include <qpa/qplatformnativeinterface.h>
 #include <QApplication>
 #include <QCursor>
 #include <QScreen>
-#include <cstdint>
 #include <utility>
 
 #include "platform/linux/menu/layer_menu.h"
@@ -14,24 +12,15 @@
 namespace tollvane {
 namespace {
 
-constexpr int kSamePlace = 64;  // a pointer this near to the reported click has made it
+constexpr int samePlace = 64;  // a pointer this near to the reported click has made it
 
 // Bars count in their own pixels, which are not always ours: the pointer knows better, where it was the one to click.
 QPoint clickPoint(QPoint reported) {
   const QPoint pointer = QCursor::pos();
   if (reported.isNull()) return pointer;
   const QPoint scaled = reported / qGuiApp->devicePixelRatio();
-  const auto near = [&](QPoint point) { return (point - pointer).manhattanLength() <= kSamePlace; };
+  const auto near = [&](QPoint point) { return (point - pointer).manhattanLength() <= samePlace; };
   return near(reported) || near(scaled) ? pointer : scaled;
-}
-
-// The X server's time of the user's last key or click; 0 on other systems.
-std::uint32_t lastUserTime() {
-  QPlatformNativeInterface* native = QGuiApplication::platformNativeInterface();
-  if (native == nullptr || QGuiApplication::platformName() != QLatin1String("xcb")) return 0;
-  const auto time = reinterpret_cast<std::uintptr_t>(
-      native->nativeResourceForScreen("appusertime", QGuiApplication::primaryScreen()));
-  return static_cast<std::uint32_t>(time);
 }
 
 bool onWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
@@ -85,11 +74,6 @@ void RichMenu::openOnWayland(QPoint click) {
   if (!layers_->isCovering()) closed();
 }
 
-RichMenuChoice RichMenu::choiceNow() {
-  return {.activationToken = closing_.isNull() ? std::string() : closing_->activationToken(),
-          .timestamp = lastUserTime()};
-}
-
 void RichMenu::openOnX11(QPoint click) {
   const QPoint point = clickPoint(click);
   const QScreen* screen = QGuiApplication::screenAt(point);
@@ -103,8 +87,8 @@ void RichMenu::choose(QAction* action) {
   // A copy: the widget and its tree may be gone by then.
   QMetaObject::invokeMethod(
       this,
-      [this, item = entry->item(), made = choiceNow()] {
-        if (onChoice) onChoice(made);
+      [this, item = entry->item(), token = closing_.isNull() ? std::string() : closing_->activationToken()] {
+        if (onChoice) onChoice(token);
         item.action(item);
       },
       Qt::QueuedConnection);

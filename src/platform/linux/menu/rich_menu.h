@@ -18,12 +18,6 @@ namespace tollvane {
 
 class LayerMenu;
 
-// What the window system knows of the user's choice.
-struct RichMenuChoice {
-  std::string activationToken;  // empty where it gives none
-  std::uint32_t timestamp = 0;  // in the X server's time; 0 elsewhere
-};
-
 class RichMenu : public QObject {
   Q_OBJECT
 
@@ -46,8 +40,9 @@ class RichMenu : public QObject {
   // The open menu; null while there is none.
   MenuWidget* widget() const { return widget_; }
 
-  // Called right before an item's action.
-  std::function<void(const RichMenuChoice&)> onChoice;
+  // Called right before an item's action. `activationToken`: of the user's choice; empty if the window system gives
+  // none.
+  std::function<void(const std::string& activationToken)> onChoice;
 
  private:
   bool isOpening() const;
@@ -56,7 +51,6 @@ class RichMenu : public QObject {
   void openOnWayland(QPoint click);
   void closed();
   void choose(QAction* action);
-  RichMenuChoice choiceNow();
 
   MenuDelegate& delegate_;
   QPointer<MenuWidget> widget_;

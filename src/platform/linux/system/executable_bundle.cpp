@@ -2,10 +2,9 @@
 
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <utility>
 
+#include "platform/posix/plain_file.h"
 #include "support/json.h"
 #include "support/json_value.h"
 
@@ -13,8 +12,9 @@ namespace tollvane {
 
 ExecutableBundle::ExecutableBundle(std::filesystem::path directory)
     : directory_(std::move(directory)), info_(std::make_unique<nlohmann::json>()) {
-  std::ifstream stream(directory_ / "Info.json", std::ios::binary);
-  if (auto info = json::object(std::string(std::istreambuf_iterator<char>(stream), {}))) *info_ = *std::move(info);
+  constexpr std::size_t largestInfo = 1 << 20;
+  const auto text = readPlainFile(directory_ / "Info.json", largestInfo);
+  if (auto info = text ? json::object(*text) : std::nullopt) *info_ = *std::move(info);
 }
 
 ExecutableBundle::~ExecutableBundle() = default;

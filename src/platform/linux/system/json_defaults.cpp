@@ -1,7 +1,5 @@
 #include "platform/linux/system/json_defaults.h"
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 
@@ -11,12 +9,15 @@
 namespace tollvane {
 namespace {
 
-nlohmann::json read(const std::filesystem::path& file) {
+constexpr std::size_t largestFile = 1 << 20;
+
+// What the file holds. If that is not a JSON object, the file is set aside: nothing is emptied in silence.
+nlohmann::json valuesIn(Files& files, const std::filesystem::path& file) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) return nlohmann::json::object();
-  std::ifstream stream(file, std::ios::binary);
-  if (auto values = json::object(std::string(std::istreambuf_iterator<char>(stream), {}))) return *std::move(values);
-  std::filesystem::rename(file, file.string() + ".corrupt", error);
+  const auto text = files.read(file, largestFile);
+  if (auto values = text ? json::object(*text) : std::nullopt) return *std::move(values);
+  files.rename(file, file.string() + ".corrupt");
   return nlohmann::json::object();
 }
 
@@ -25,7 +26,7 @@ nlohmann::json read(const std::filesystem::path& file) {
 JsonDefaults::JsonDefaults(Files& files, std::optional<std::filesystem::path> file)
     : files_(files),
       file_(std::move(file)),
-      values_(std::make_unique<nlohmann::json>(file_ ? read(*file_) : nlohmann::json::object())) {}
+      values_(std::make_unique<nlohmann::json>(file_ ? valuesIn(files, *file_) : nlohmann::json::object())) {}
 
 JsonDefaults::~JsonDefaults() = default;
 

@@ -8,7 +8,7 @@
 #include <array>
 #include <utility>
 
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
 
 namespace tollvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "fake_system.h"
+#include "tests/platform/linux/apps/fake_system.h"
 
 namespace tollvane {
 namespace {
@@ -12,7 +12,7 @@ using test::FakeProcess;
 using test::FakeSystem;
 using ::testing::Optional;
 
-const std::string kUser = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
+const std::string user = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
 
 class ApplicationsTest : public ::testing::Test {
  protected:
@@ -39,10 +39,10 @@ TEST_F(ApplicationsTest, TheSandboxGoesBeforeEverythingElse) {
   install("other");
   system.entry("org.example.Player", "Name=Player\nExec=/usr/bin/flatpak run org.example.Player\n");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/other"),
-                  .cgroup = kUser + "app-other-1.scope",
+                  .cgroup = user + "app-other-1.scope",
                   .flatpakInfo = "[Application]\nname=org.example.Player\nruntime=runtime/org.x/x86_64/1\n"}),
             "org.example.Player");
-  EXPECT_EQ(idOf({.executable = "/app/bin/x", .cgroup = kUser + "app-flatpak-org.example.Player-77.scope"}),
+  EXPECT_EQ(idOf({.executable = "/app/bin/x", .cgroup = user + "app-flatpak-org.example.Player-77.scope"}),
             "org.example.Player");
 }
 
@@ -66,11 +66,11 @@ TEST_F(ApplicationsTest, ASnapIsKnownByItsScope) {
   system.link("/snap/bin/firefox", "/usr/bin/snap");
   const std::string uuid = "-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope";
   EXPECT_EQ(idOf({.executable = "/snap/firefox/3000/usr/lib/firefox/firefox",
-                  .cgroup = kUser + "snap.firefox.firefox" + uuid}),
+                  .cgroup = user + "snap.firefox.firefox" + uuid}),
             "firefox_firefox");
-  EXPECT_EQ(idOf({.executable = "/snap/firefox/3000/gd", .cgroup = kUser + "snap.firefox.geckodriver" + uuid}),
+  EXPECT_EQ(idOf({.executable = "/snap/firefox/3000/gd", .cgroup = user + "snap.firefox.geckodriver" + uuid}),
             "firefox_firefox");
-  EXPECT_EQ(idOf({.executable = "/snap/x/1/x", .cgroup = kUser + "snap.x.y" + uuid}), "x_y");
+  EXPECT_EQ(idOf({.executable = "/snap/x/1/x", .cgroup = user + "snap.x.y" + uuid}), "x_y");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/snap")}), "-") << "every snap's command is a link to it";
 }
 
@@ -94,19 +94,19 @@ TEST_F(ApplicationsTest, TheEntryThatAProcessWasLaunchedByIsBelievedForThisProce
 
 TEST_F(ApplicationsTest, TheUnitOwnsWhatRunsInIt) {
   install("org.example.Radio");
-  EXPECT_EQ(idOf({.executable = "/usr/bin/backend", .cgroup = kUser + "app-gnome-org.example.Radio-12.scope"}),
+  EXPECT_EQ(idOf({.executable = "/usr/bin/backend", .cgroup = user + "app-gnome-org.example.Radio-12.scope"}),
             "org.example.Radio");
   EXPECT_EQ(idOf({.executable = "/usr/bin/dash",
                   .arguments = {"sh", "-c", "backend"},
-                  .cgroup = kUser + "app-org.example.Radio@7.service"}),
+                  .cgroup = user + "app-org.example.Radio@7.service"}),
             "org.example.Radio");
-  EXPECT_EQ(idOf({.executable = "/usr/bin/backend", .cgroup = kUser + "app-gnome-not.Installed-12.scope"}), "-");
+  EXPECT_EQ(idOf({.executable = "/usr/bin/backend", .cgroup = user + "app-gnome-not.Installed-12.scope"}), "-");
 }
 
 TEST_F(ApplicationsTest, ATerminalsUnitOwnsTheTerminalOnly) {
   install("term", "Categories=System;TerminalEmulator;\n");
   install("player");
-  const std::string scope = kUser + "app-term-12.scope";
+  const std::string scope = user + "app-term-12.scope";
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/term"), .cgroup = scope}), "term");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/player"), .cgroup = scope}), "player");
   EXPECT_EQ(idOf({.executable = "/usr/bin/pw-cat", .cgroup = scope}), "-");
@@ -114,7 +114,7 @@ TEST_F(ApplicationsTest, ATerminalsUnitOwnsTheTerminalOnly) {
 
 TEST_F(ApplicationsTest, ATerminalsServerIsTheTerminalWhateverItsProgramIsCalled) {
   system.entry("org.gnome.Terminal", "Name=Terminal\nExec=gnome-terminal\nCategories=System;TerminalEmulator;\n");
-  const std::string slice = kUser + "app-org.gnome.Terminal.slice/";
+  const std::string slice = user + "app-org.gnome.Terminal.slice/";
   EXPECT_EQ(
       idOf({.executable = "/usr/libexec/gnome-terminal-server", .cgroup = slice + "gnome-terminal-server.service"}),
       "org.gnome.Terminal");
@@ -128,17 +128,16 @@ TEST_F(ApplicationsTest, WhatIsToRunInATerminalDoesNotOwnTheTerminal) {
   system.process({.pid = 50,
                   .executable = system.at("/usr/bin/term"),
                   .environment = {file, "GIO_LAUNCHED_DESKTOP_FILE_PID=50"},
-                  .cgroup = kUser + "app-gnome-editor-50.scope"});
+                  .cgroup = user + "app-gnome-editor-50.scope"});
   EXPECT_EQ(system.idOf(50), "term");
-  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/editor"), .cgroup = kUser + "app-gnome-editor-50.scope"}),
-            "editor");
+  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/editor"), .cgroup = user + "app-gnome-editor-50.scope"}), "editor");
 }
 
 TEST_F(ApplicationsTest, ABrowserThatWasOpenedFromAnApplicationIsItself) {
   install("chat");
   install("browser", "Categories=Network;WebBrowser;\n");
   install("player");
-  const std::string scope = kUser + "app-chat-12.scope";
+  const std::string scope = user + "app-chat-12.scope";
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/browser"), .cgroup = scope}), "browser");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/player"), .cgroup = scope}), "chat");
 }
@@ -146,7 +145,7 @@ TEST_F(ApplicationsTest, ABrowserThatWasOpenedFromAnApplicationIsItself) {
 TEST_F(ApplicationsTest, AWebApplicationsUnitNamesItAlthoughTheBrowserRunsIt) {
   install("browser", "Categories=Network;WebBrowser;\n");
   system.entry("browser-radio", "Name=Radio\nExec=browser --app-id=radio\n");
-  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/browser"), .cgroup = kUser + "app-browser\\x2dradio-12.scope"}),
+  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/browser"), .cgroup = user + "app-browser\\x2dradio-12.scope"}),
             "browser-radio");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/browser")}), "browser");
 }

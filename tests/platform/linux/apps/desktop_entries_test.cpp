@@ -11,7 +11,7 @@
 #include <fstream>
 #include <thread>
 
-#include "fake_system.h"
+#include "tests/platform/linux/apps/fake_system.h"
 
 namespace tollvane {
 namespace {
@@ -167,58 +167,6 @@ TEST(DesktopEntries, HiddenOnesHideThoseBelow) {
   EXPECT_TRUE(entry->hidden);
   EXPECT_EQ(system.entries().named("Player"), nullptr);
   EXPECT_FALSE(system.workspace().urlForApplication("player"));
-}
-
-class EnvironmentVariables : public ::testing::Test {
- protected:
-  void set(const char* name, const char* value) {
-    const char* old = std::getenv(name);
-    old_.emplace_back(name, old == nullptr ? std::nullopt : std::optional<std::string>(old));
-    value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1);
-  }
-  ~EnvironmentVariables() override {
-    for (auto variable = old_.rbegin(); variable != old_.rend(); ++variable)
-      variable->second ? ::setenv(variable->first.c_str(), variable->second->c_str(), 1)
-                       : ::unsetenv(variable->first.c_str());
-  }
-
- private:
-  std::vector<std::pair<std::string, std::optional<std::string>>> old_;
-};
-
-TEST_F(EnvironmentVariables, DefaultsAreThoseOfTheBaseDirectories) {
-  set("HOME", "/home/me");
-  set("XDG_DATA_HOME", nullptr);
-  set("XDG_DATA_DIRS", nullptr);
-  EXPECT_THAT(DesktopEnvironment::current().dataFolders,
-              ElementsAre("/home/me/.local/share", "/usr/local/share", "/usr/share",
-                          "/home/me/.local/share/flatpak/exports/share", "/var/lib/flatpak/exports/share",
-                          "/var/lib/snapd/desktop"));
-}
-
-TEST_F(EnvironmentVariables, GivenFoldersComeInTheirOrderAndOnce) {
-  set("HOME", "/home/me");
-  set("XDG_DATA_HOME", "/data/");
-  set("XDG_DATA_DIRS", "relative:/var/lib/snapd/desktop::/usr/share/:/usr/share");
-  EXPECT_THAT(DesktopEnvironment::current().dataFolders,
-              ElementsAre("/data", "/var/lib/snapd/desktop", "/usr/share", "/data/flatpak/exports/share",
-                          "/home/me/.local/share/flatpak/exports/share", "/var/lib/flatpak/exports/share"));
-}
-
-TEST_F(EnvironmentVariables, ARelativeDataHomeIsIgnored) {
-  set("HOME", "/home/me");
-  set("XDG_DATA_HOME", "data");
-  EXPECT_EQ(DesktopEnvironment::current().dataFolders.front(), "/home/me/.local/share");
-}
-
-TEST_F(EnvironmentVariables, AUserWithoutAHomeHasTheSystemsEntries) {
-  set("HOME", nullptr);
-  set("XDG_DATA_HOME", nullptr);
-  set("XDG_DATA_DIRS", nullptr);
-  set("PATH", nullptr);
-  const auto environment = DesktopEnvironment::current();
-  EXPECT_EQ(environment.dataFolders.front(), "/usr/local/share");
-  EXPECT_THAT(environment.searchPath, ::testing::HasSubstr("/usr/bin"));
 }
 
 }  // namespace

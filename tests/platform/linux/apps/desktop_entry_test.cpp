@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <string>
 
-#include "fake_system.h"
+#include "tests/platform/linux/apps/fake_system.h"
+#include "tests/support/environment.h"
 
 namespace tollvane {
 namespace {
@@ -20,27 +20,8 @@ std::optional<DesktopEntry> parsed(const std::string& keys, std::string_view des
   return parseDesktopEntry("[Desktop Entry]\nType=Application\n" + keys, desktop);
 }
 
-// Sets the variables that decide on the language, and puts the old values back.
-class Languages {
- public:
-  explicit Languages(std::vector<std::pair<const char*, const char*>> wanted) {
-    for (const char* name : kNames) {
-      const char* value = std::getenv(name);
-      old_.emplace_back(name, value == nullptr ? std::nullopt : std::optional<std::string>(value));
-      ::unsetenv(name);
-    }
-    for (const auto& [name, value] : wanted) ::setenv(name, value, 1);
-  }
-  ~Languages() {
-    for (const auto& [name, value] : old_) {
-      value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name);
-    }
-  }
-
- private:
-  static constexpr const char* kNames[] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
-  std::vector<std::pair<const char*, std::optional<std::string>>> old_;
-};
+// The variables that decide on the language; those that are not named are not set.
+using LanguageVariables = std::vector<test::Environment::Variable>;
 
 TEST(DesktopEntry, OnlyApplicationsAreRead) {
   EXPECT_TRUE(parseDesktopEntry("[Desktop Entry]\nType=Application\nName=A\n", ""));
@@ -54,8 +35,10 @@ TEST(DesktopEntry, OnlyApplicationsAreRead) {
 
 TEST(DesktopEntry, TheNameIsInTheUsersLanguage) {
   const std::string keys = "Name=Files\nName[de]=Dateien\nName[de_AT]=Akten\nName[sr@latin]=Datoteke\n";
-  const auto nameWith = [&](std::vector<std::pair<const char*, const char*>> languages) {
-    const Languages guard(std::move(languages));
+  const auto nameWith = [&](const LanguageVariables& languages) {
+    const test::Environment none{
+        {"LANGUAGE", nullptr}, {"LC_ALL", nullptr}, {"LC_MESSAGES", nullptr}, {"LANG", nullptr}};
+    const test::Environment wanted(languages);
     return parsed(keys)->name;
   };
   EXPECT_EQ(nameWith({}), "Files");

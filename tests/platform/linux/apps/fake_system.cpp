@@ -1,4 +1,4 @@
-#include "fake_system.h"
+#include "tests/platform/linux/apps/fake_system.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -90,8 +90,14 @@ Applications& FakeSystem::applications() {
 }
 
 LinuxWorkspace& FakeSystem::workspace() {
-  if (!workspace_) workspace_ = std::make_unique<LinuxWorkspace>(processes_, applications(), raiser, launcher);
+  if (!workspace_) workspace_ = std::make_unique<LinuxWorkspace>(applications(), clock_, raiser, launcher);
   return *workspace_;
+}
+
+std::optional<std::string> FakeSystem::idOf(Pid pid) {
+  const auto application = applications().of(pid);
+  if (!application || application->id.empty()) return std::nullopt;
+  return application->id;
 }
 
 }  // namespace tollvane::test

@@ -17,8 +17,9 @@
 #include <vector>
 
 #include "platform/linux/apps/applications.h"
-#include "platform/linux/desktop/linux_workspace.h"
-#include "support/temporary_directory.h"
+#include "platform/linux/workspace/linux_workspace.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -102,11 +103,14 @@ class FakeSystem {
   FakeLauncher launcher;
 
   const ProcFs& processes() const { return processes_; }
-  std::optional<std::string> idOf(Pid pid) { return applications().desktopIdOf(pid); }
+
+  // The id of the application that a process belongs to; absent if it belongs to none, or to one without an id.
+  std::optional<std::string> idOf(Pid pid);
 
  private:
   TemporaryDirectory directory_;
   ProcFs processes_;
+  HurryingClock clock_;
   std::unique_ptr<DesktopEntries> entries_;
   std::unique_ptr<Applications> applications_;
   std::unique_ptr<LinuxWorkspace> workspace_;

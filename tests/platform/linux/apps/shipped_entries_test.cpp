@@ -4,8 +4,8 @@
 
 #include <ostream>
 
-#include "fake_system.h"
-#include "platform/linux/apps/bundle_ids.h"
+#include "catalogue/browsers.h"
+#include "tests/platform/linux/apps/fake_system.h"
 
 namespace tollvane {
 namespace {
@@ -25,54 +25,54 @@ struct Shipped {
 
 void PrintTo(const Shipped& row, std::ostream* stream) { *stream << row.id; }
 
-constexpr const char* kSession = "/user.slice/user-1000.slice/session-2.scope";
-constexpr const char* kFlatpak = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-flatpak-";
-constexpr const char* kSnap = "/user.slice/user-1000.slice/user@1000.service/app.slice/snap.";
+constexpr const char* session = "/user.slice/user-1000.slice/session-2.scope";
+constexpr const char* flatpak = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-flatpak-";
+constexpr const char* snap = "/user.slice/user-1000.slice/user@1000.service/app.slice/snap.";
 
-const Shipped kShipped[] = {
+const Shipped shippedEntries[] = {
     {"org.chromium.Chromium", "chromium",
      "Name=Chromium Web Browser\nExec=@/usr/bin/chromium %U\nTerminal=false\nStartupWMClass=chromium\n"
      "Categories=Network;WebBrowser;\nX-MultipleArgs=false\n",
-     "/usr/bin/chromium", nullptr, "@/usr/lib/chromium/chromium", kSession, "Chromium Web Browser"},
+     "/usr/bin/chromium", nullptr, "@/usr/lib/chromium/chromium", session, "Chromium Web Browser"},
     {"org.mozilla.firefox", "firefox-esr",
      "Name=Firefox ESR\nExec=@/usr/lib/firefox-esr/firefox-esr %u\nTerminal=false\nX-MultipleArgs=false\n"
      "Categories=Network;WebBrowser;\nStartupWMClass=firefox-esr\nStartupNotify=true\n",
-     "/usr/lib/firefox-esr/firefox-esr", "/usr/bin/firefox-esr", "@/usr/lib/firefox-esr/firefox-esr", kSession,
+     "/usr/lib/firefox-esr/firefox-esr", "/usr/bin/firefox-esr", "@/usr/lib/firefox-esr/firefox-esr", session,
      "Firefox ESR"},
     {"org.mozilla.firefox", "firefox",
      "Name=Firefox\nExec=firefox %u\nTerminal=false\nCategories=GNOME;GTK;Network;WebBrowser;\n",
-     "/usr/lib/firefox/firefox", "/usr/bin/firefox", "@/usr/lib/firefox/firefox", kSession, "Firefox"},
+     "/usr/lib/firefox/firefox", "/usr/bin/firefox", "@/usr/lib/firefox/firefox", session, "Firefox"},
     {"com.google.Chrome", "google-chrome",
      "Name=Google Chrome\nExec=@/usr/bin/google-chrome-stable %U\nStartupNotify=true\nTerminal=false\n"
      "Categories=Network;WebBrowser;\n",
-     "/opt/google/chrome/google-chrome", "/usr/bin/google-chrome-stable", "@/opt/google/chrome/chrome", kSession,
+     "/opt/google/chrome/google-chrome", "/usr/bin/google-chrome-stable", "@/opt/google/chrome/chrome", session,
      "Google Chrome"},
     {"com.microsoft.edgemac", "microsoft-edge",
      "Name=Microsoft Edge\nExec=@/usr/bin/microsoft-edge-stable %U\nStartupNotify=true\nTerminal=false\n"
      "Categories=Network;WebBrowser;\n",
-     "/opt/microsoft/msedge/microsoft-edge", "/usr/bin/microsoft-edge-stable", "@/opt/microsoft/msedge/msedge",
-     kSession, "Microsoft Edge"},
+     "/opt/microsoft/msedge/microsoft-edge", "/usr/bin/microsoft-edge-stable", "@/opt/microsoft/msedge/msedge", session,
+     "Microsoft Edge"},
     {"com.brave.Browser", "brave-browser",
      "Name=Brave Web Browser\nExec=@/usr/bin/brave-browser-stable %U\nStartupNotify=true\nTerminal=false\n"
      "Categories=Network;WebBrowser;\nStartupWMClass=brave-browser\n",
-     "/opt/brave.com/brave/brave-browser", "/usr/bin/brave-browser-stable", "@/opt/brave.com/brave/brave", kSession,
+     "/opt/brave.com/brave/brave-browser", "/usr/bin/brave-browser-stable", "@/opt/brave.com/brave/brave", session,
      "Brave Web Browser"},
     {"org.mozilla.firefox", "org.mozilla.firefox",
      "Name=Firefox\nExec=/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=firefox --file-forwarding "
      "org.mozilla.firefox @%u\nStartupWMClass=org.mozilla.firefox\nX-Flatpak=org.mozilla.firefox\n",
-     nullptr, nullptr, "/app/lib/firefox/firefox", kFlatpak, "Firefox"},
+     nullptr, nullptr, "/app/lib/firefox/firefox", flatpak, "Firefox"},
     {"com.google.Chrome", "com.google.Chrome",
      "Name=Google Chrome\nExec=/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=/app/bin/chrome "
      "--file-forwarding com.google.Chrome @%U\nX-Flatpak=com.google.Chrome\n",
-     nullptr, nullptr, "/app/extra/chrome", kFlatpak, "Google Chrome"},
+     nullptr, nullptr, "/app/extra/chrome", flatpak, "Google Chrome"},
     {"org.mozilla.firefox", "firefox_firefox",
      "Name=Firefox Web Browser\nExec=env BAMF_DESKTOP_FILE_HINT=/var/lib/snapd/desktop/applications/"
      "firefox_firefox.desktop @/snap/bin/firefox %u\nX-SnapInstanceName=firefox\nTerminal=false\n",
-     "/usr/bin/snap", "/snap/bin/firefox", "/snap/firefox/4848/usr/lib/firefox/firefox", kSnap, "Firefox Web Browser"},
+     "/usr/bin/snap", "/snap/bin/firefox", "/snap/firefox/4848/usr/lib/firefox/firefox", snap, "Firefox Web Browser"},
     {"org.chromium.Chromium", "chromium_chromium",
      "Name=Chromium Web Browser\nExec=env BAMF_DESKTOP_FILE_HINT=/var/lib/snapd/desktop/applications/"
      "chromium_chromium.desktop @/snap/bin/chromium %U\nX-SnapInstanceName=chromium\nTerminal=false\n",
-     "/usr/bin/snap", "/snap/bin/chromium", "/snap/chromium/2900/usr/lib/chromium-browser/chrome", kSnap,
+     "/usr/bin/snap", "/snap/bin/chromium", "/snap/chromium/2900/usr/lib/chromium-browser/chrome", snap,
      "Chromium Web Browser"},
 };
 
@@ -86,8 +86,8 @@ class ShippedBrowser : public ::testing::TestWithParam<Shipped> {
     std::string executable = row.executable;
     if (executable.starts_with('@')) executable = system.at(executable.substr(1));
     std::string cgroup = row.cgroup;
-    if (row.cgroup == kFlatpak) cgroup += std::string(row.id) + "-4711.scope";
-    if (row.cgroup == kSnap) {
+    if (row.cgroup == flatpak) cgroup += std::string(row.id) + "-4711.scope";
+    if (row.cgroup == snap) {
       std::string name = row.id;
       name[name.find('_')] = '.';
       cgroup += name + "-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope";
@@ -101,7 +101,7 @@ class ShippedBrowser : public ::testing::TestWithParam<Shipped> {
                     .cgroup = cgroup,
                     .command = "Utility Process",
                     .startTime = 200});
-    system.process({.pid = 450, .executable = "/usr/bin/bystander", .cgroup = kSession});
+    system.process({.pid = 450, .executable = "/usr/bin/bystander", .cgroup = session});
   }
 
   FakeSystem system;
@@ -128,7 +128,7 @@ TEST_P(ShippedBrowser, IsFoundByItsBundleIdentifierWithTheOldestProcessFirst) {
   EXPECT_EQ(system.workspace().displayName(*url), GetParam().name);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ShippedBrowser, ::testing::ValuesIn(kShipped), [](const auto& shipped) {
+INSTANTIATE_TEST_SUITE_P(All, ShippedBrowser, ::testing::ValuesIn(shippedEntries), [](const auto& shipped) {
   std::string name = shipped.param.id;
   for (char& c : name) {
     if (c == '.' || c == '-' || c == '_') c = 'X';

@@ -7,8 +7,8 @@
 #include <csignal>
 
 #include "model/prefs.h"
-#include "platform/linux/system/posix_files.h"
-#include "support/temporary_directory.h"
+#include "platform/posix/posix_files.h"
+#include "tests/support/temporary_directory.h"
 
 namespace tollvane {
 namespace {

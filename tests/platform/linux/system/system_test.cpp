@@ -1,67 +1,23 @@
-// The small roles: locations, bundle, dates, the main queue.
+// The small roles: bundle, dates, clock, the main queue.
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <cstdlib>
-#include <optional>
 #include <thread>
 
+#include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/system/executable_bundle.h"
-#include "platform/linux/system/icu_date_formatter.h"
 #include "platform/linux/system/qt_main_queue.h"
-#include "platform/linux/system/system_clock.h"
-#include "platform/linux/system/xdg_locations.h"
-#include "support/temporary_directory.h"
+#include "tests/support/environment.h"
+#include "tests/support/temporary_directory.h"
 
 namespace tollvane {
 namespace {
 
 using namespace std::chrono_literals;
 
-// Sets an environment variable for as long as a test runs.
-class Environment {
- public:
-  Environment(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    value ? ::setenv(name, value, 1) : ::unsetenv(name);
-  }
-  Environment(const Environment&) = delete;
-  Environment& operator=(const Environment&) = delete;
-  ~Environment() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
-TEST(XdgLocationsTest, DataHomeGoesBeforeHome) {
-  const Environment home("HOME", "/home/user");
-  {
-    const Environment data("XDG_DATA_HOME", "/data");
-    EXPECT_EQ(XdgLocations().applicationSupport(), "/data");
-  }
-  const Environment data("XDG_DATA_HOME", nullptr);
-  EXPECT_EQ(XdgLocations().applicationSupport(), "/home/user/.local/share");
-  const Environment configuration("XDG_CONFIG_HOME", nullptr);
-  EXPECT_EQ(XdgLocations::configuration(), "/home/user/.config");
-}
-
-TEST(XdgLocationsTest, RelativeAndEmptyPathsAreIgnored) {
-  const Environment home("HOME", "/home/user");
-  for (const auto* relative : {"", "data", "./data"}) {
-    const Environment data("XDG_DATA_HOME", relative);
-    EXPECT_EQ(XdgLocations().applicationSupport(), "/home/user/.local/share");
-  }
-}
-
-TEST(XdgLocationsTest, WithoutHomeTheUserDatabaseIsAsked) {
-  const Environment home("HOME", nullptr);
-  const Environment data("XDG_DATA_HOME", nullptr);
-  const auto path = XdgLocations().applicationSupport();
-  ASSERT_TRUE(path);  // whoever runs the tests has an entry
-  EXPECT_TRUE(path->is_absolute());
-}
+using test::Environment;
 
 TEST(ExecutableBundleTest, TheVersionStandsInInfoJson) {
   const test::TemporaryDirectory directory;
@@ -89,8 +45,8 @@ TEST(ExecutableBundleTest, TheBundleIsWhereTheProgramStands) {
 class IcuDateFormatterTest : public testing::Test {
  protected:
   std::string format(std::string_view pattern, const char* language, const char* zone) const {
-    const Environment all("LC_ALL", language);
-    const Environment tz("TZ", zone);
+    const Environment all{{"LC_ALL", language}};
+    const Environment tz{{"TZ", zone}};
     return IcuDateFormatter().string(pattern, time);
   }
 
@@ -112,10 +68,10 @@ TEST_F(IcuDateFormatterTest, TimesAreInTheUsersLanguage) {
 }
 
 TEST_F(IcuDateFormatterTest, TheTimeLanguageGoesBeforeTheGeneralOne) {
-  const Environment all("LC_ALL", nullptr);
-  const Environment general("LANG", "en_US.UTF-8");
-  const Environment tz("TZ", "UTC");
-  const Environment times("LC_TIME", "ja_JP.UTF-8");
+  const Environment all{{"LC_ALL", nullptr}};
+  const Environment general{{"LANG", "en_US.UTF-8"}};
+  const Environment tz{{"TZ", "UTC"}};
+  const Environment times{{"LC_TIME", "ja_JP.UTF-8"}};
   EXPECT_EQ(IcuDateFormatter().string("h:mm:ss a", time), "2:05:09 午後");
 }
 

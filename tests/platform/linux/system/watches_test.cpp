@@ -7,8 +7,8 @@
 #include <fstream>
 
 #include "platform/linux/system/qt_main_queue.h"
-#include "support/temporary_directory.h"
-#include "support/unique_fd.h"
+#include "platform/posix/unique_fd.h"
+#include "tests/support/temporary_directory.h"
 
 namespace tollvane {
 namespace {

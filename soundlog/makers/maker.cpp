@@ -1,0 +1,81 @@
+#include "soundlog/makers/maker.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "platform/linux/kernel/program_line.h"
+
+namespace tollvane::soundlog {
+namespace {
+
+// No real tree is deeper; a tree that changes while it is read could be endless.
+constexpr std::size_t deepest = 64;
+
+// The kernel keeps that many bytes of a program's name.
+constexpr std::size_t commandLength = 15;
+
+// A client in a sandbox counts processes from 1 and would name any innocent process of ours.
+bool agrees(const ProcFs& processes, Pid pid, std::string_view binary) {
+  const std::string_view name = lastComponent(binary);
+  if (name.empty()) return false;
+  const auto executable = processes.executable(pid);
+  if (executable && lastComponent(*executable) == name) return true;
+  const std::string command = processes.command(pid);
+  return command == name || (name.size() > commandLength && command == name.substr(0, commandLength));
+}
+
+bool isRunByDunst(const ProcFs& processes, Pid pid) {
+  constexpr std::array variables = {"DUNST_APP_NAME", "DUNST_DESKTOP_ENTRY", "DUNST_SUMMARY"};
+  return std::any_of(variables.begin(), variables.end(),
+                     [&](const char* variable) { return processes.environment(pid, variable).has_value(); });
+}
+
+}  // namespace
+
+std::optional<Pid> Makers::believedPid(const ClientClaims& claims) const {
+  if (claims.checkedPid) return claims.checkedPid;
+  if (claims.declaredPid && agrees(processes_, *claims.declaredPid, claims.binary)) return claims.declaredPid;
+  return std::nullopt;
+}
+
+Maker Makers::remember(const ClientClaims& claims) const {
+  Maker maker;
+  const std::optional<Pid> pid = believedPid(claims);
+  for (Pid each = pid.value_or(0); each >= 2 && maker.chain.size() < deepest;) {
+    const auto status = processes_.status(each);
+    if (!status) break;
+    maker.chain.push_back({each, status->startTime});
+    each = status->parent;
+  }
+  if (maker.known()) {
+    maker.name = processes_.programName(*pid);
+    maker.cgroup = processes_.cgroup(*pid);
+    maker.runByDunst = isRunByDunst(processes_, *pid);
+  }
+  if (maker.name.empty()) maker.name = nameByClaims(claims);
+  return maker;
+}
+
+// A client in a sandbox speaks of process numbers that mean others here. Its application's name is all there is to
+// credit it by, so it must be the one that the desktop shows.
+std::string Makers::nameByClaims(const ClientClaims& claims) const {
+  if (!claims.sandboxId.empty() && nameOfApplication_) {
+    if (std::string name = nameOfApplication_(claims.sandboxId); !name.empty()) return name;
+  }
+  return claims.name.empty() ? std::string(lastComponent(claims.binary)) : claims.name;
+}
+
+Pid Makers::creditedPid(const Maker& maker) const {
+  const auto alive = std::find_if(maker.chain.begin(), maker.chain.end(),
+                                  [this](const ProcessKey& process) { return key(process.pid) == process; });
+  return alive == maker.chain.end() ? 0 : alive->pid;
+}
+
+std::optional<ProcessKey> Makers::key(Pid pid) const {
+  const auto status = processes_.status(pid);
+  if (!status) return std::nullopt;
+  return ProcessKey{pid, status->startTime};
+}
+
+}  // namespace tollvane::soundlog

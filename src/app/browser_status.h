@@ -1,0 +1,37 @@
+// What the application asks about browsers. Main thread only.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "browser/browser_link.h"
+#include "detect/resolver.h"
+#include "model/browser.h"
+#include "platform/workspace.h"
+#include "settings/settings_model.h"
+
+namespace tollvane {
+
+// Which browser an application is, by its name alone: the browser's own, or the one that the system gives it. Asks the
+// system for each name once, at the first need, because that costs a look at all processes: keep one for a question
+// or a series of them, not for longer.
+class BrowserNames {
+ public:
+  explicit BrowserNames(const Resolver& resolver) : resolver_(resolver) {}
+
+  std::optional<Browser> browser(std::string_view appName);
+
+ private:
+  const std::string& systemName(Browser browser);
+
+  const Resolver& resolver_;
+  std::array<std::optional<std::string>, Browser::allCases.size()> systemNames_;
+};
+
+// How each installed browser stands with its extension, for the settings window.
+std::vector<BrowserRow> browserRows(const BrowserLink& link, const Workspace& workspace);
+
+}  // namespace tollvane

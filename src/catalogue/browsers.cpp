@@ -1,0 +1,176 @@
+#include "catalogue/browsers.h"
+
+#include <algorithm>
+#include <array>
+
+#include "support/ascii.h"
+
+namespace tollvane {
+namespace {
+
+// The names are compared with the names of applications as the system gives them: spelling and capitals matter.
+constexpr std::array editions = {
+    BrowserEdition{
+        .family = "chrome",
+        .bundleID = "com.google.Chrome",
+        .name = "Google Chrome",
+        .desktopIds = "google-chrome google-chrome-stable com.google.Chrome",
+        .programs = "/google/chrome/chrome",
+        .manifests = "google-chrome/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "chrome",
+        .bundleID = "com.google.Chrome.beta",
+        .desktopIds = "google-chrome-beta com.google.Chrome.beta",
+        .programs = "/google/chrome-beta/chrome",
+        .manifests = "google-chrome-beta/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "chrome",
+        .bundleID = "com.google.Chrome.dev",
+        .desktopIds = "google-chrome-unstable com.google.ChromeDev com.google.Chrome.unstable",
+        .programs = "/google/chrome-unstable/chrome",
+        .manifests = "google-chrome-unstable/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "chrome",
+        .bundleID = "com.google.Chrome.canary",
+        .desktopIds = "google-chrome-canary com.google.Chrome.canary",
+        .programs = "/google/chrome-canary/chrome",
+    },
+    BrowserEdition{
+        .family = "edge",
+        .bundleID = "com.microsoft.edgemac",
+        .name = "Microsoft Edge",
+        .desktopIds = "microsoft-edge microsoft-edge-stable com.microsoft.Edge",
+        .programs = "/microsoft/msedge/msedge",
+        .manifests = "microsoft-edge/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "edge",
+        .bundleID = "com.microsoft.edgemac.Beta",
+        .desktopIds = "microsoft-edge-beta com.microsoft.EdgeBeta com.microsoft.Edge.beta",
+        .programs = "/microsoft/msedge-beta/msedge",
+        .manifests = "microsoft-edge-beta/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "edge",
+        .bundleID = "com.microsoft.edgemac.Dev",
+        .desktopIds = "microsoft-edge-dev com.microsoft.EdgeDev com.microsoft.Edge.dev",
+        .programs = "/microsoft/msedge-dev/msedge",
+        .manifests = "microsoft-edge-dev/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "brave",
+        .bundleID = "com.brave.Browser",
+        .name = "Brave Browser",
+        .desktopIds = "brave-browser brave-browser-stable brave com.brave.Browser brave_brave",
+        .programs = "/brave/brave",
+        .manifests = "BraveSoftware/Brave-Browser/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "brave",
+        .bundleID = "com.brave.Browser.beta",
+        .desktopIds = "brave-browser-beta com.brave.Browser.beta",
+        .programs = "/brave-beta/brave",
+    },
+    BrowserEdition{
+        .family = "brave",
+        .bundleID = "com.brave.Browser.nightly",
+        .desktopIds = "brave-browser-nightly com.brave.Browser.nightly",
+        .programs = "/brave-nightly/brave",
+    },
+    BrowserEdition{
+        .family = "arc",
+        .bundleID = "company.thebrowser.Browser",
+        .name = "Arc",
+    },
+    BrowserEdition{
+        .family = "chromium",
+        .bundleID = "org.chromium.Chromium",
+        .name = "Chromium",
+        .desktopIds = "chromium chromium-browser org.chromium.Chromium chromium_chromium "
+                      "io.github.ungoogled_software.ungoogled_chromium",
+        .programs = "/chromium/chromium /chromium/chrome /chromium-browser/chromium-browser /chromium-browser/chrome",
+        .manifests = "chromium/NativeMessagingHosts",
+    },
+    BrowserEdition{
+        .family = "firefox",
+        .bundleID = "org.mozilla.firefox",
+        .name = "Firefox",
+        .desktopIds = "firefox firefox-esr org.mozilla.firefox firefox_firefox",
+        .programs = "/firefox/firefox /firefox/firefox-bin /firefox-esr/firefox-esr",
+        .manifests = "~/.mozilla/native-messaging-hosts",
+    },
+    BrowserEdition{
+        .family = "firefox",
+        .bundleID = "org.mozilla.firefoxdeveloperedition",
+        .desktopIds = "firefox-developer-edition firefox-devedition",
+        .programs = "/firefox-developer-edition/firefox /firefox-devedition/firefox",
+    },
+    BrowserEdition{
+        .family = "firefox",
+        .bundleID = "org.mozilla.nightly",
+        .desktopIds = "firefox-nightly org.mozilla.firefox.nightly",
+        .programs = "/firefox-nightly/firefox",
+    },
+    BrowserEdition{
+        .family = "safari",
+        .bundleID = "com.apple.Safari",
+        .name = "Safari",
+    },
+    BrowserEdition{
+        .bundleID = "com.vivaldi.Vivaldi",
+        .desktopIds = "vivaldi-stable vivaldi com.vivaldi.Vivaldi vivaldi_vivaldi",
+        .programs = "/vivaldi/vivaldi-bin",
+    },
+    BrowserEdition{
+        .bundleID = "com.operasoftware.Opera",
+        .desktopIds = "opera opera-stable com.opera.Opera opera_opera",
+        .programs = "/opera/opera",
+    },
+};
+
+template <typename Test>
+const BrowserEdition* first(Test test) {
+  const auto* const found = std::find_if(editions.begin(), editions.end(), test);
+  return found == editions.end() ? nullptr : found;
+}
+
+}  // namespace
+
+bool BrowserEdition::hasDesktopId(std::string_view id) const {
+  for (std::string_view rest = desktopIds; !rest.empty();)
+    if (ascii::takePart(rest, ' ') == id) return true;
+  return false;
+}
+
+bool BrowserEdition::hasProgram(std::string_view path) const {
+  for (std::string_view rest = programs; !rest.empty();)
+    if (path.ends_with(ascii::takePart(rest, ' '))) return true;
+  return false;
+}
+
+std::span<const BrowserEdition> browserEditions() { return editions; }
+
+const BrowserEdition* editionOfBundle(std::string_view bundleID) {
+  return first([&](const BrowserEdition& edition) { return edition.bundleID == bundleID; });
+}
+
+const BrowserEdition* editionOfDesktopId(std::string_view desktopId) {
+  return first([&](const BrowserEdition& edition) { return edition.hasDesktopId(desktopId); });
+}
+
+const BrowserEdition* editionOfProgram(std::string_view path) {
+  return first([&](const BrowserEdition& edition) { return edition.hasProgram(path); });
+}
+
+std::vector<std::string_view> desktopIdsOfBundle(std::string_view bundleID) {
+  const BrowserEdition* const edition = editionOfBundle(bundleID);
+  std::vector<std::string_view> ids;
+  for (std::string_view rest = edition ? edition->desktopIds : bundleID; !rest.empty();)
+    ids.push_back(ascii::takePart(rest, ' '));
+  return ids;
+}
+
+}  // namespace tollvane

@@ -1,0 +1,54 @@
+// The processes of applications: all there are, or those of certain applications. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/linux/apps/applications.h"
+
+namespace tollvane {
+
+// A process, and the application that it belongs to.
+struct ApplicationProcess {
+  Pid pid = 0;
+  std::uint64_t startTime = 0;  // as ProcFs tells it
+  Ownership application;
+};
+
+class ApplicationProcesses {
+ public:
+  // Searches less than 100 ms apart share one look at /proc; a process that was started in between is missed. Both
+  // outlive this object.
+  ApplicationProcesses(const Applications& applications, const Clock& clock)
+      : applications_(applications), clock_(clock) {}
+
+  // All of the user's processes that belong to an application, in ascending order.
+  std::vector<ApplicationProcess> all() const;
+
+  // The user's processes that belong to one of these entries, in ascending order. `knownPrograms`: the caller promises
+  // that each entry names a real executable, not a script. If none of those runs, the other processes are not examined.
+  std::vector<ApplicationProcess> of(const ProgramIndex::Entries& wanted, bool knownPrograms) const;
+
+ private:
+  struct Search;
+
+  // All that most processes are asked for.
+  struct Seen {
+    Pid pid = 0;
+    std::optional<std::string> executable;
+  };
+
+  std::optional<ApplicationProcess> process(Pid pid) const;
+  const std::vector<Seen>& everybody() const;
+  bool mayBelong(const Seen& process, const Search& search) const;
+
+  const Applications& applications_;
+  const Clock& clock_;
+  mutable std::vector<Seen> everybody_;
+  mutable Instant everybodyUntil_ = Instant::min();
+};
+
+}  // namespace tollvane

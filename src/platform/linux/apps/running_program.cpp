@@ -1,0 +1,134 @@
+#include "platform/linux/apps/running_program.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/kernel/program_line.h"
+#include "platform/posix/plain_file.h"
+
+namespace tollvane {
+namespace {
+
+constexpr std::size_t mostExecutables = 4096;
+
+bool standsInContainer(const std::string& executable) {
+  for (const std::string_view root : {"/app/", "/snap/", "/var/lib/snapd/snap/"})
+    if (executable.starts_with(root)) return true;
+  return ::access(executable.c_str(), F_OK) != 0;
+}
+
+// Some programs write all of their arguments into the first one.
+std::string_view firstWord(std::string_view argument) { return argument.substr(0, argument.find(" -")); }
+
+}  // namespace
+
+const Executables::Executable& Executables::at(const std::string& path) {
+  if (generation_ != entries_.generation() || known_.size() >= mostExecutables) {
+    known_.clear();
+    generation_ = entries_.generation();
+  }
+  const auto [place, added] = known_.try_emplace(path);
+  Executable& executable = place->second;
+  if (!added) return executable;
+  executable.runsScripts = isInterpreter(path);
+  const bool hasEntries = !path.empty() && !executable.runsScripts && !isLauncher(path);
+  executable.entries = hasEntries ? &entries_.programs().ofExecutable(path) : &ProgramIndex::none;
+  executable.mayBeContained = isLauncher(path) || standsInContainer(path);
+  return executable;
+}
+
+bool isBinary(const std::string& program) {
+  constexpr std::string_view elf = "\177ELF";
+  return !program.empty() && readKernelFile(program, elf.size()) == elf;
+}
+
+bool RunningProgram::isAlive() {
+  if (executable()) return true;
+  const auto status = processes_.status(pid_);
+  return status && status->state != 'Z' && status->state != 'X';
+}
+
+const std::optional<std::string>& RunningProgram::executable() {
+  if (!std::exchange(knowsExecutable_, true)) executable_ = processes_.executable(pid_);
+  return executable_;
+}
+
+const std::vector<std::string>& RunningProgram::arguments() {
+  if (!arguments_) arguments_ = processes_.arguments(pid_);
+  return *arguments_;
+}
+
+const ProgramIndex::Entries& RunningProgram::entries() {
+  if (found_ == nullptr) found_ = &find();
+  return *found_;
+}
+
+DesktopEntries::Entry RunningProgram::entry() {
+  DesktopEntries::Entry fitting;
+  for (const auto& candidate : entries()) {
+    if (!isReachedBy(*candidate) || !wasGiven(*candidate)) continue;
+    if (fitting == nullptr) fitting = candidate;
+    if (!isAmbiguous()) break;
+    if (isCalled(*candidate)) return candidate;
+  }
+  return fitting;
+}
+
+const ProgramIndex::Entries& RunningProgram::find() {
+  if (!executable()) {
+    // The kernel hides the executable of a process that has locked itself up. Its own word must do.
+    if (arguments().empty() || !arguments().front().starts_with('/')) return ProgramIndex::none;
+    return *executables_.at(std::string(firstWord(arguments().front()))).entries;
+  }
+  const auto& known = executables_.at(*executable());
+  if (!known.runsScripts) return *known.entries;
+  const auto script = scriptOf(*executable(), arguments());
+  if (!script) return ProgramIndex::none;
+  auto file = script->ends_with(".exe") ? std::nullopt : processes_.fileNamed(pid_, *script);
+  // A script may be gone, or stand where only the process itself can see it.
+  if (!file && script->starts_with('/')) file = *script;
+  if (!file) return entries_.programs().ofScript(std::string(lastComponent(*script)));
+  const auto& direct = entries_.programs().ofScript(*file);
+  if (!direct.empty()) return direct;
+  return entries_.programs().ofScript(realPath(*file).value_or(*file));
+}
+
+// One program can be several, told apart by the name that it is called by.
+bool RunningProgram::isAmbiguous() {
+  const auto& all = entries();
+  return std::any_of(all.begin(), all.end(), [&](const auto& entry) { return entry->program != all.front()->program; });
+}
+
+bool RunningProgram::isCalled(const DesktopEntry& candidate) {
+  return !arguments().empty() && !candidate.program.empty() &&
+         lastComponent(firstWord(arguments().front())) == lastComponent(candidate.program);
+}
+
+// Among the system's tools one program hides behind many names, and an entry for one of the names (a player) has
+// nothing to do with the others (a recorder).
+bool RunningProgram::isReachedBy(const DesktopEntry& candidate) {
+  if (candidate.realProgram.empty() || candidate.realProgram != executable()) return true;
+  if (lastComponent(candidate.program) == lastComponent(candidate.realProgram)) return true;
+  if (!isSharedDirectory(directoryOf(candidate.realProgram))) return true;
+  // For a moment after it has started, a program has no arguments yet. Then it belongs to nobody, rather than to the
+  // wrong application.
+  return isCalled(candidate);
+}
+
+// A document or a page that the entry opens: an entry for one radio station does not own every player.
+bool RunningProgram::wasGiven(const DesktopEntry& candidate) {
+  const std::size_t skip = candidate.script.empty() ? 1 : 2;
+  for (std::size_t i = skip; i < candidate.command.size(); ++i) {
+    const std::string& argument = candidate.command[i];
+    if (argument.empty() || argument.front() == '-') continue;
+    // What follows an option may be its value, which the program is free to take out of its command line.
+    if (candidate.command[i - 1].starts_with('-')) continue;
+    if (std::find(arguments().begin(), arguments().end(), argument) == arguments().end()) return false;
+  }
+  return true;
+}
+
+}  // namespace tollvane

@@ -1,0 +1,158 @@
+#include "platform/linux/bell/dbus_menu.h"
+
+#include <chrono>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+// A bar that never says that the menu was closed shall not keep it from being renewed for ever.
+constexpr std::chrono::seconds longestLook{60};
+
+}  // namespace
+
+DBusMenu::DBusMenu(MenuDelegate& delegate, std::function<void()> onChoice)
+    : delegate_(delegate), onChoice_(std::move(onChoice)) {
+  registerBusTypes();
+  openTooLong_.setSingleShot(true);
+  openTooLong_.setInterval(longestLook);
+  connect(&openTooLong_, &QTimer::timeout, this, [this] { setOpen(false); });
+  // Several changes in a row are one.
+  change_.setSingleShot(true);
+  change_.setInterval(0);
+  connect(&change_, &QTimer::timeout, this, [this] {
+    if (!open_) rebuild();
+  });
+}
+
+void DBusMenu::contentsMayHaveChanged() {
+  if (revision_ > 0) change_.start();
+}
+
+uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, DBusMenuLayout& layout) {
+  if (revision_ == 0) {
+    rebuild();
+    revision_ = 1;
+  }
+  const DBusMenuLayout* found = shown_.find(parentId);
+  if (found == nullptr) {
+    refuse(parentId);
+    return 0;
+  }
+  layout = excerpt(*found, recursionDepth, propertyNames);
+  return revision_;
+}
+
+DBusMenuPropertiesList DBusMenu::GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames) {
+  DBusMenuPropertiesList result;
+  const auto add = [&](const DBusMenuLayout& layout) {
+    result.append({layout.id, excerpt(layout.properties, propertyNames)});
+  };
+  for (const int id : ids) {
+    if (const DBusMenuLayout* found = shown_.find(id)) add(*found);
+  }
+  if (ids.isEmpty()) {  // of all
+    for (const DBusMenuLayout& item : shown_.find(0)->children) {
+      add(item);
+      for (const DBusMenuLayout& below : item.children) add(below);
+    }
+  }
+  return result;
+}
+
+QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
+  const DBusMenuLayout* found = shown_.find(id);
+  const QVariant value = found == nullptr ? QVariant() : found->properties.value(name, defaultMenuProperty(name));
+  if (value.isValid()) return QDBusVariant(value);
+  if (found == nullptr)
+    refuse(id);
+  else
+    sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("A menu item has no property of that name."));
+  return QDBusVariant(QString());
+}
+
+void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
+  if (!obey(id, eventId)) refuse(id);
+}
+
+QList<int> DBusMenu::EventGroup(const DBusMenuEvents& events) {
+  QList<int> unknown;
+  for (const DBusMenuEvent& event : events) {
+    if (!obey(event.id, event.name)) unknown.append(event.id);
+  }
+  // As the protocol wants it: an error only when there was nothing to do at all.
+  if (!unknown.isEmpty() && unknown.size() == events.size()) refuse(unknown.first());
+  return unknown;
+}
+
+bool DBusMenu::AboutToShow(int id) {
+  if (id == 0) {
+    // Whatever was open before cannot be any more.
+    setOpen(false);
+    return rebuild();
+  }
+  if (!knows(id)) refuse(id);
+  return false;
+}
+
+QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
+  QList<int> changed;
+  for (const int id : ids) {
+    if (!knows(id))
+      idErrors.append(id);
+    else if (id == 0 && AboutToShow(0))
+      changed.append(0);
+  }
+  if (!idErrors.isEmpty() && idErrors.size() == ids.size()) refuse(idErrors.first());
+  return changed;
+}
+
+void DBusMenu::refuse(int id) {
+  sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no menu item %1.").arg(id));
+}
+
+// False for an item that is not there.
+bool DBusMenu::obey(int id, const QString& eventId) {
+  if (!knows(id)) return false;
+  if (eventId == QLatin1String("clicked")) choose(id);
+  if (id == 0 && eventId == QLatin1String("opened")) setOpen(true);
+  if (id == 0 && eventId == QLatin1String("closed")) setOpen(false);
+  return true;
+}
+
+void DBusMenu::choose(int id) {
+  const MenuItem* item = shown_.item(id);
+  if (item == nullptr) item = before_.item(id);
+  if (item == nullptr || !item->isEnabled || !item->action) return;
+  // From the event loop: the bar shall not wait for what the action does. A copy, because the menu may be another then.
+  QMetaObject::invokeMethod(
+      this,
+      [this, chosen = *item] {
+        if (onChoice_) onChoice_();
+        chosen.action(chosen);
+      },
+      Qt::QueuedConnection);
+}
+
+// Whether the menu is another now.
+bool DBusMenu::rebuild() {
+  change_.stop();
+  Menu menu;
+  delegate_.menuNeedsUpdate(menu);
+  ExportedMenu made(menu, numbers_);
+  const bool changed = !made.hasSameLayout(shown_);
+  if (changed) before_ = std::move(shown_);
+  shown_ = std::move(made);
+  if (changed && revision_ > 0) Q_EMIT LayoutUpdated(++revision_, 0);
+  return changed;
+}
+
+void DBusMenu::setOpen(bool open) {
+  if (open)
+    openTooLong_.start();
+  else
+    openTooLong_.stop();
+  if (std::exchange(open_, open) && !open) contentsMayHaveChanged();
+}
+
+}  // namespace tollvane

@@ -1,0 +1,77 @@
+// The menu of a status item for bars that draw menus themselves: the properties, methods and signals of the
+// com.canonical.dbusmenu protocol. Made anew whenever a bar says that it is about to show it, and never while it is
+// shown. Main thread only.
+// Source: com.canonical.dbusmenu.xml of libdbusmenu.
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QObject>
+#include <QTimer>
+#include <functional>
+
+#include "platform/linux/bell/bus_types.h"
+#include "platform/linux/bell/exported_menu.h"
+#include "platform/menu.h"
+
+namespace tollvane {
+
+class DBusMenu : public QObject, protected QDBusContext {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
+
+  Q_PROPERTY(uint Version READ version)
+  Q_PROPERTY(QString TextDirection READ textDirection)
+  Q_PROPERTY(QString Status READ status)
+  Q_PROPERTY(QStringList IconThemePath READ iconThemePath)
+
+ public:
+  static constexpr const char* objectPath = "/StatusNotifierItem/Menu";
+
+  // `onChoice` is called right before the chosen item's action.
+  DBusMenu(MenuDelegate& delegate, std::function<void()> onChoice);
+
+  // Some bars never call AboutToShow. After a bar has fetched the menu once, it is sent every change.
+  void contentsMayHaveChanged();
+
+  uint version() const { return 3; }
+  QString textDirection() const { return QStringLiteral("ltr"); }
+  QString status() const { return QStringLiteral("normal"); }
+  QStringList iconThemePath() const { return {}; }
+
+ public Q_SLOTS:
+  // The bar's side calls these; their names are the protocol's.
+  uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, tollvane::DBusMenuLayout& layout);
+  tollvane::DBusMenuPropertiesList GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
+  QDBusVariant GetProperty(int id, const QString& name);
+  void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
+  QList<int> EventGroup(const tollvane::DBusMenuEvents& events);
+  bool AboutToShow(int id);
+  QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
+
+ Q_SIGNALS:
+  void ItemsPropertiesUpdated(const tollvane::DBusMenuPropertiesList& updated,
+                              const tollvane::DBusMenuPropertyNamesList& removed);
+  void LayoutUpdated(uint revision, int parent);
+  void ItemActivationRequested(int id, uint timestamp);
+
+ private:
+  void refuse(int id);
+  bool knows(int id) const { return shown_.find(id) != nullptr || before_.item(id) != nullptr; }
+  bool obey(int id, const QString& eventId);
+  void choose(int id);
+  bool rebuild();
+  void setOpen(bool open);
+
+  MenuDelegate& delegate_;
+  std::function<void()> onChoice_;
+  MenuNumbers numbers_;
+  ExportedMenu shown_;
+  ExportedMenu before_;  // a click may still be on its way from the menu that this one replaced
+  uint revision_ = 0;    // 0 until a bar has asked for the menu
+  bool open_ = false;
+  QTimer openTooLong_;
+  QTimer change_;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,98 @@
+#include "platform/linux/bell/desktop_status_bar.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/linux/bell/old_tray_icon.h"
+#include "platform/linux/menu/rich_menu.h"
+
+namespace tollvane {
+
+// Knows all that was said about the item, because it may have to be made anew in the other form.
+class DesktopStatusBar::Item : public StatusItem {
+ public:
+  explicit Item(DesktopStatusBar& bar) : bar_(bar) { showModern(); }
+  ~Item() override { bar_.item_ = nullptr; }
+
+  void setImage(std::string_view symbolName, std::string_view accessibilityDescription) override {
+    symbol_ = symbolName;
+    description_ = accessibilityDescription;
+    if (modern_) modern_->setImage(symbol_, description_);
+    if (old_) old_->setImage(symbol_);
+  }
+
+  void setToolTip(std::string_view text) override {
+    toolTip_ = text;
+    if (modern_) modern_->setToolTip(toolTip_);
+    if (old_) old_->setToolTip(toolTip_);
+  }
+
+  void setMenu(MenuDelegate& delegate) override {
+    menu_ = &delegate;
+    drawn_.emplace(delegate);
+    if (modern_) modern_->setMenu(delegate);
+  }
+
+  void showModern() {
+    if (modern_) return;
+    old_.reset();
+    modern_ = bar_.modern_.makeStatusItem();
+    if (!modern_) return;
+    if (!symbol_.empty()) modern_->setImage(symbol_, description_);
+    if (!toolTip_.empty()) modern_->setToolTip(toolTip_);
+    if (menu_ != nullptr) modern_->setMenu(*menu_);
+  }
+
+  void showOld() {
+    if (old_) return;
+    modern_.reset();
+    old_.emplace([this](QPoint point) {
+      if (drawn_) drawn_->toggle(point);
+    });
+    old_->setToolTip(toolTip_);
+    old_->setImage(symbol_);
+  }
+
+ private:
+  DesktopStatusBar& bar_;
+  std::string symbol_, description_, toolTip_;
+  MenuDelegate* menu_ = nullptr;
+  std::unique_ptr<StatusItem> modern_;
+  std::optional<RichMenu> drawn_;  // for the old tray, which has no menus of its own
+  std::optional<OldTrayIcon> old_;
+};
+
+DesktopStatusBar::DesktopStatusBar(QDBusConnection bus, StatusBar& modern, MainQueue& queue)
+    : modern_(modern), queue_(queue), hosts_(std::move(bus), [this](bool hasHost) { hostsChanged(hasHost); }) {
+  decideAfterGrace();
+}
+
+DesktopStatusBar::~DesktopStatusBar() = default;
+
+std::unique_ptr<StatusItem> DesktopStatusBar::makeStatusItem() {
+  auto item = std::make_unique<Item>(*this);
+  item_ = item.get();
+  return item;
+}
+
+void DesktopStatusBar::hostsChanged(bool hasHost) {
+  if (!hasHost) return decideAfterGrace();
+  ++decision_;
+  if (item_ != nullptr) item_->showModern();
+}
+
+void DesktopStatusBar::decideAfterGrace() {
+  queue_.after(grace, alive_.guard([this, number = ++decision_] {
+    if (number == decision_ && !hosts_.hasHost()) decide();
+  }));
+}
+
+void DesktopStatusBar::decide() {
+  if (item_ == nullptr) return;
+  if (OldTrayIcon::isThere()) return item_->showOld();
+  if (std::exchange(toldOfNone_, true)) return;
+  if (onNoStatusBar) onNoStatusBar();
+}
+
+}  // namespace tollvane

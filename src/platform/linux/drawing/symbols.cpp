@@ -1,0 +1,71 @@
+#include "platform/linux/drawing/symbols.h"
+
+#include <QColor>
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+
+// Called from outside any namespace because the resource's initialiser lives there. A static library's resources are
+// dropped by the linker unless something asks for them.
+static void loadSymbolResources() { Q_INIT_RESOURCE(tollvane_icons); }
+
+namespace tollvane {
+namespace {
+
+struct Symbol {
+  std::string_view name;
+  const char* iconName;
+};
+
+constexpr Symbol symbols[] = {
+    {"bell", "tollvane-bell-symbolic"},
+    {"bell.fill", "tollvane-bell-fill-symbolic"},
+    {"checkmark.circle.fill", "tollvane-checkmark-circle-fill-symbolic"},
+};
+
+// 16 to 24 are panel sizes, 32 and 48 the same at scale 2, 64 for docks.
+constexpr int sizes[] = {16, 22, 24, 32, 48, 64};
+
+QColor inkFor(BarTone tone) { return tone == BarTone::dark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x2e, 0x34, 0x36); }
+
+QImage render(QSvgRenderer& drawing, int size, const QColor& ink) {
+  QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  drawing.render(&painter);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(image.rect(), ink);
+  painter.end();
+  return image;
+}
+
+QString drawingOf(const QString& iconName) {
+  loadSymbolResources();
+  return QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName);
+}
+
+}  // namespace
+
+QString iconNameForSymbol(std::string_view symbolName) {
+  for (const Symbol& symbol : symbols)
+    if (symbol.name == symbolName) return QString::fromLatin1(symbol.iconName);
+  return {};
+}
+
+QList<QImage> drawIcon(const QString& iconName, BarTone tone) {
+  QSvgRenderer drawing;
+  if (iconName.isEmpty() || !drawing.load(drawingOf(iconName))) return {};
+  QList<QImage> images;
+  for (const int size : sizes) images.append(render(drawing, size, inkFor(tone)));
+  return images;
+}
+
+QImage drawSymbol(std::string_view symbolName, int pixels, const QColor& ink) {
+  QSvgRenderer drawing;
+  const QString iconName = iconNameForSymbol(symbolName);
+  if (iconName.isEmpty() || pixels <= 0 || !drawing.load(drawingOf(iconName))) return {};
+  return render(drawing, pixels, ink);
+}
+
+}  // namespace tollvane

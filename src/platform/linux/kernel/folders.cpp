@@ -1,0 +1,105 @@
+#include "platform/linux/kernel/folders.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "catalogue/browsers.h"
+#include "support/ascii.h"
+
+namespace tollvane {
+namespace {
+
+constexpr std::string_view defaultDataFolders = "/usr/local/share/:/usr/share/";
+constexpr std::string_view moreDataFolders[] = {"/var/lib/flatpak/exports/share", "/var/lib/snapd/desktop"};
+
+std::optional<std::filesystem::path> absolutePath(const char* text) {
+  if (text == nullptr || *text != '/') return std::nullopt;
+  return text;
+}
+
+std::optional<std::filesystem::path> folder(const char* variable, const char* belowHome) {
+  if (auto path = absolutePath(std::getenv(variable))) return path;
+  const auto home = homeFolder();
+  return home ? std::optional(*home / belowHome) : std::nullopt;
+}
+
+// Where this browser looks for manifests; absent for one that cannot start programs of the user's.
+std::optional<std::filesystem::path> manifestFolder(const BrowserEdition& edition) {
+  constexpr std::string_view belowHome = "~/";
+  std::string_view path = edition.manifests;
+  if (path.empty()) return std::nullopt;
+  const bool isBelowHome = path.starts_with(belowHome);
+  if (isBelowHome) path.remove_prefix(belowHome.size());
+  const auto base = isBelowHome ? homeFolder() : configurationFolder();
+  return base ? std::optional(*base / path) : std::nullopt;
+}
+
+std::string variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+void addFolder(std::vector<std::string>& folders, std::string_view folder) {
+  while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
+  if (!folder.starts_with('/')) return;
+  if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.emplace_back(folder);
+}
+
+}  // namespace
+
+std::optional<std::filesystem::path> homeFolder() {
+  if (auto path = absolutePath(std::getenv("HOME"))) return path;
+  const passwd* user = ::getpwuid(::getuid());
+  return user == nullptr ? std::nullopt : absolutePath(user->pw_dir);
+}
+
+std::optional<std::filesystem::path> dataFolder() { return folder("XDG_DATA_HOME", ".local/share"); }
+std::optional<std::filesystem::path> configurationFolder() { return folder("XDG_CONFIG_HOME", ".config"); }
+
+std::optional<std::string> findProgram(std::string_view name, std::string_view searchPath) {
+  const auto isProgram = [](const std::string& path) { return ::access(path.c_str(), X_OK) == 0; };
+  if (name.find('/') != std::string_view::npos) {
+    std::string path(name);
+    return name.front() == '/' && isProgram(path) ? std::optional(std::move(path)) : std::nullopt;
+  }
+  while (!name.empty() && !searchPath.empty()) {
+    const std::string_view folder = ascii::takePart(searchPath, ':');
+    if (!folder.starts_with('/')) continue;
+    std::string path = std::string(folder) + "/" + std::string(name);
+    if (isProgram(path)) return path;
+  }
+  return std::nullopt;
+}
+
+std::vector<Locations::NativeHostDirectory> XdgLocations::nativeHostDirectories(std::string_view bundleID) const {
+  std::vector<NativeHostDirectory> directories;
+  const BrowserEdition* const asked = editionOfBundle(bundleID);
+  if (asked == nullptr || !asked->isMainRelease()) return directories;
+  for (const BrowserEdition& edition : browserEditions()) {
+    if (edition.family != asked->family) continue;
+    if (auto path = manifestFolder(edition)) directories.push_back({*std::move(path), edition.isMainRelease()});
+  }
+  return directories;
+}
+
+DesktopEnvironment DesktopEnvironment::current() {
+  DesktopEnvironment environment;
+  const auto data = dataFolder();
+  if (data) addFolder(environment.dataFolders, data->native());
+  const std::string given = variable("XDG_DATA_DIRS");
+  for (std::string_view rest = given.empty() ? defaultDataFolders : std::string_view(given); !rest.empty();)
+    addFolder(environment.dataFolders, ascii::takePart(rest, ':'));
+  if (data) addFolder(environment.dataFolders, (*data / "flatpak/exports/share").native());
+  if (const auto home = homeFolder())
+    addFolder(environment.dataFolders, (*home / ".local/share/flatpak/exports/share").native());
+  for (const std::string_view folder : moreDataFolders) addFolder(environment.dataFolders, folder);
+  environment.searchPath = variable("PATH");
+  if (environment.searchPath.empty()) environment.searchPath = defaultSearchPath;
+  environment.currentDesktop = variable("XDG_CURRENT_DESKTOP");
+  return environment;
+}
+
+}  // namespace tollvane

@@ -1,0 +1,45 @@
+#include "platform/linux/session/session_start.h"
+
+#include <QByteArray>
+#include <cstdlib>
+
+#include "platform/linux/session/autostart_login.h"
+
+namespace tollvane {
+namespace {
+
+bool isSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+}  // namespace
+
+bool hasDesktop() { return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM"); }
+
+DisplayChoice::DisplayChoice() {
+  // The bell needs the bus only. If Qt's part for this kind of display is not installed, the bell shows itself without.
+  choose("QT_QPA_PLATFORM", isSet("WAYLAND_DISPLAY") ? "wayland;xcb;offscreen" : "xcb;offscreen");
+  // A menu and a few windows need no graphics driver, which is four times as large as all of Tollvane.
+  choose("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+}
+
+DisplayChoice::~DisplayChoice() {
+  for (const char* name : chosen_) qunsetenv(name);
+}
+
+void DisplayChoice::choose(const char* name, const char* value) {
+  if (isSet(name)) return;
+  qputenv(name, value);
+  chosen_.push_back(name);
+}
+
+StartNotice::StartNotice()
+    : atLogin_(qgetenv(startedAtLogin) == "1"),
+      token_((isSet("XDG_ACTIVATION_TOKEN") ? qgetenv("XDG_ACTIVATION_TOKEN") : qgetenv("DESKTOP_STARTUP_ID"))
+                 .toStdString()) {
+  // The toolkit itself takes DESKTOP_STARTUP_ID, on X11.
+  for (const char* name : {startedAtLogin, "XDG_ACTIVATION_TOKEN"}) qunsetenv(name);
+}
+
+}  // namespace tollvane

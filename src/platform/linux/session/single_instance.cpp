@@ -1,0 +1,53 @@
+#include "platform/linux/session/single_instance.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <utility>
+
+namespace tollvane {
+namespace {
+
+QString text(const char* latin) { return QString::fromLatin1(latin); }
+
+}  // namespace
+
+// The object is there before the name is: a program that finds the name can talk to it.
+SingleInstance::SingleInstance(QDBusConnection bus) : bus_(std::move(bus)) {
+  new ApplicationAdaptor(this);
+  if (bus_.isConnected()) bus_.registerObject(text(objectPath), this, QDBusConnection::ExportAdaptors);
+}
+
+SingleInstance::~SingleInstance() {
+  if (!bus_.isConnected()) return;
+  bus_.unregisterObject(text(objectPath));
+  bus_.unregisterService(text(busName));
+}
+
+SingleInstance::Start SingleInstance::claim(const std::string& token, std::chrono::milliseconds patience) {
+  if (!bus_.isConnected()) return Start::first;
+  // The first one may end between the two questions.
+  constexpr int attempts = 5;
+  for (int i = 0; i < attempts; ++i) {
+    if (ownsName()) return Start::first;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        text(busName), text(objectPath), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
+    call.setAutoStartService(false);
+    call << platformData(token);
+    const QDBusMessage answer = bus_.call(call, QDBus::Block, static_cast<int>(patience.count()));
+    if (answer.type() == QDBusMessage::ReplyMessage) return Start::another;
+    const QDBusError::ErrorType error = QDBusError(answer).type();
+    const bool hasEnded = error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
+    if (!hasEnded || bus_.interface()->isServiceRegistered(text(busName)).value()) return Start::deadlock;
+  }
+  return Start::deadlock;
+}
+
+// A bus that refuses the name to everybody (a sandbox's) is as good as none.
+bool SingleInstance::ownsName() {
+  const auto reply = bus_.interface()->registerService(text(busName), QDBusConnectionInterface::DontQueueService,
+                                                       QDBusConnectionInterface::DontAllowReplacement);
+  return !reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered;
+}
+
+}  // namespace tollvane

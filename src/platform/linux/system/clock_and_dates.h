@@ -1,0 +1,22 @@
+// What time it is, and how the user writes it.
+#pragma once
+
+#include "platform/clock.h"
+
+namespace tollvane {
+
+class SystemClock : public Clock {
+ public:
+  TimePoint now() const override { return std::chrono::system_clock::now(); }
+
+  // Goes on while the machine sleeps, which the library's own steady clock does not.
+  Instant steadyNow() const override;
+};
+
+// Dates through ICU, in the language of LC_TIME and the machine's time zone of the moment. Main thread only.
+class IcuDateFormatter : public DateFormatter {
+ public:
+  std::string string(std::string_view pattern, TimePoint time) const override;
+};
+
+}  // namespace tollvane

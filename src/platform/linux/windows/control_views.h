@@ -1,0 +1,90 @@
+// The widgets that show the single controls of the settings window. Each is given its value again and again and takes
+// over what differs. Main thread only.
+#pragma once
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <functional>
+#include <optional>
+
+#include "platform/linux/windows/settings_look.h"
+
+namespace tollvane {
+
+// Wraps. Whatever the text is made of, it is plain.
+class TextView : public QLabel, public Dressed {
+ public:
+  explicit TextView(QWidget* parent);
+  void setValue(const ui::Text& value);
+  void dress(const SettingsLook& look) override;
+
+ private:
+  ui::Text value_;
+};
+
+class ImageView : public QWidget, public Dressed {
+ public:
+  explicit ImageView(QWidget* parent);
+  void setValue(const ui::Image& value);
+  void dress(const SettingsLook& look) override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  ui::Image value_;
+  QColor ink_;
+};
+
+class DotView : public QWidget, public Dressed {
+ public:
+  explicit DotView(QWidget* parent);
+  void setValue(const ui::Dot& value);
+  void dress(const SettingsLook& look) override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  ui::Dot value_;
+  QColor ink_;
+};
+
+// The box alone; its title is for accessibility tools.
+class CheckBoxView : public QCheckBox {
+ public:
+  explicit CheckBoxView(QWidget* parent);
+  void setValue(const ui::Toggle& value);
+
+ private:
+  std::function<void(bool)> set_;
+};
+
+class ButtonView : public QPushButton, public Dressed {
+ public:
+  explicit ButtonView(QWidget* parent);
+  void setValue(const ui::Button& value);
+  void dress(const SettingsLook& look) override;
+  QSize sizeHint() const override;
+
+ private:
+  std::function<void()> action_;
+};
+
+// `existing` with another value, where it can show it; else a new child of `parent`.
+template <typename View, typename Value>
+QWidget* drawn(const Value& value, QWidget* existing, QWidget* parent) {
+  auto* view = dynamic_cast<View*>(existing);
+  if (view == nullptr) view = new View(parent);
+  view->setValue(value);
+  return view;
+}
+
+QWidget* drawn(const ui::Text& value, QWidget* existing, QWidget* parent);
+QWidget* drawn(const ui::Image& value, QWidget* existing, QWidget* parent);
+QWidget* drawn(const ui::Dot& value, QWidget* existing, QWidget* parent);
+QWidget* drawn(const ui::Toggle& value, QWidget* existing, QWidget* parent);
+QWidget* drawn(const ui::Button& value, QWidget* existing, QWidget* parent);
+
+}  // namespace tollvane

@@ -1,0 +1,88 @@
+#include "platform/linux/windows/qt_alerts.h"
+
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/drawing/plain_text.h"
+
+namespace tollvane {
+namespace {
+
+// More than any name or title needs. A sentence keeps its end, and the box stays on the screen.
+constexpr qsizetype longestMessage = 120;
+constexpr qsizetype longestInformation = 400;
+constexpr qsizetype longestButton = 40;
+constexpr int charactersPerLine = 46;
+
+// An ampersand is itself, and no mnemonic.
+QString buttonText(const std::string& text) {
+  return alertText(text, longestButton).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+// The box tells plain text from markup for its first label only.
+void makePlain(QMessageBox& box, const char* labelName, bool bold) {
+  auto* label = box.findChild<QLabel*>(QString::fromLatin1(labelName));
+  if (label == nullptr) return;
+  label->setTextFormat(Qt::PlainText);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  // Selecting is for those who want to; the keyboard begins at the buttons.
+  label->setFocusPolicy(Qt::ClickFocus);
+  if (!bold) label->setMinimumWidth(charactersPerLine * label->fontMetrics().averageCharWidth());
+  if (!bold) return;
+  QFont font = label->font();
+  font.setBold(true);
+  label->setFont(font);
+}
+
+}  // namespace
+
+QtAlerts::QtAlerts(std::function<void(QMessageBox&)> bringForward) : bringForward_(std::move(bringForward)) {}
+
+QtAlerts::~QtAlerts() { delete shown_; }
+
+void QtAlerts::show(const Alert& alert, std::function<void(std::size_t button)> answer) {
+  waiting_.push_back({alert, std::move(answer)});
+  if (!shown_) showNext();
+}
+
+void QtAlerts::showNext() {
+  if (waiting_.empty()) return;
+  Waiting next = std::move(waiting_.front());
+  waiting_.pop_front();
+  showNow(next.alert, std::move(next.answer));
+}
+
+void QtAlerts::showNow(const Alert& alert, std::function<void(std::size_t)> answer) {
+  auto* box = new QMessageBox;
+  shown_ = box;
+  box->setWindowTitle(QStringLiteral("Tollvane"));
+  box->setTextFormat(Qt::PlainText);
+  box->setText(breakable(alertText(alert.messageText, longestMessage)));
+  box->setInformativeText(breakable(alertText(alert.informativeText, longestInformation)));
+  makePlain(*box, "qt_msgbox_label", true);
+  makePlain(*box, "qt_msgbox_informativelabel", false);
+  std::vector<QAbstractButton*> buttons;
+  for (const std::string& text : alert.buttons) {
+    const auto role = buttons.empty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
+    buttons.push_back(box->addButton(buttonText(text), role));
+  }
+  if (!buttons.empty()) {
+    box->setDefaultButton(static_cast<QPushButton*>(buttons.front()));
+    box->setEscapeButton(buttons.back());
+  }
+  QObject::connect(box, &QMessageBox::finished, box, [this, box, buttons, answer = std::move(answer)] {
+    std::size_t chosen = 0;
+    while (chosen + 1 < buttons.size() && buttons[chosen] != box->clickedButton()) ++chosen;
+    shown_ = nullptr;
+    box->deleteLater();
+    answer(chosen);
+    if (!shown_) showNext();
+  });
+  box->open();
+  if (bringForward_) bringForward_(*box);
+}
+
+}  // namespace tollvane

@@ -1,0 +1,84 @@
+#include "platform/linux/windows/settings_look.h"
+
+#include <QFontInfo>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/linux/drawing/contrast.h"
+
+namespace tollvane {
+namespace {
+
+// In points. Smaller is not read.
+constexpr double smallestFont = 7.5;
+
+double sizeOf(ui::TextStyle style) {
+  switch (style) {
+    case ui::TextStyle::title:
+      return 1.6;
+    case ui::TextStyle::callout:
+      return 12.0 / 13;
+    case ui::TextStyle::caption:
+      return 11.0 / 13;
+    case ui::TextStyle::body:
+      break;
+  }
+  return 1;
+}
+
+}  // namespace
+
+SettingsLook::SettingsLook(const QPalette& palette, const QFont& body) : body_(body) {
+  const auto color = [&palette](QPalette::ColorRole role) { return palette.color(QPalette::Active, role).toRgb(); };
+  window_ = color(QPalette::Window);
+  const QColor ink = readable(color(QPalette::WindowText), {window_}, 7);
+  const bool dark = window_.lightness() < ink.lightness();
+  // Lighter than the window where that can be told apart.
+  group_ = dark ? blend(ink, window_, 0.06) : blend(Qt::white, window_, 0.8);
+  if (contrast(group_, window_) < 1.03) group_ = blend(ink, window_, 0.04);
+  border_ = blend(ink, window_, dark ? 0.16 : 0.13);
+  separator_ = blend(ink, group_, 0.10);
+
+  const std::vector<QColor> behind{window_, group_};
+  primary_ = readable(ink, behind, readableContrast);
+  secondary_ = readable(blend(ink, group_, 0.66), behind, readableContrast);
+  accent_ = readable(color(QPalette::Highlight), behind, readableContrast);
+  green_ = readable(dark ? QColor(0x5fd07a) : QColor(0x1a7f37), behind, readableContrast);
+  orange_ = readable(dark ? QColor(0xffa94d) : QColor(0xb35309), behind, readableContrast);
+
+  railOn_ = readable(color(QPalette::Highlight), {group_}, visibleContrast);
+  knobOn_ = contrast(Qt::white, railOn_) >= 2 ? QColor(Qt::white) : group_;
+  railOff_ = blend(ink, group_, dark ? 0.16 : 0.10);
+  railEdge_ = readable(blend(ink, group_, 0.45), {group_}, visibleContrast);
+  knobOff_ = dark ? blend(ink, group_, 0.75) : QColor(Qt::white);
+}
+
+QFont SettingsLook::font(const ui::Text& text) const {
+  QFont font = body_;
+  // A desktop may give its font in pixels.
+  const double points = body_.pointSizeF() > 0 ? body_.pointSizeF() : QFontInfo(body_).pointSizeF();
+  font.setPointSizeF(std::max(points * sizeOf(text.style), smallestFont));
+  if (text.weight == FontWeight::semibold) font.setWeight(QFont::DemiBold);
+  return font;
+}
+
+QColor SettingsLook::color(TextColor role) const {
+  switch (role) {
+    case TextColor::secondaryLabel:
+      return secondary_;
+    case TextColor::controlAccent:
+      return accent_;
+    case TextColor::green:
+      return green_;
+    case TextColor::orange:
+      return orange_;
+    default:
+      return primary_;
+  }
+}
+
+int SettingsLook::pixels(double size) const {
+  return static_cast<int>(std::lround(QFontInfo(body_).pixelSize() * size / 13));
+}
+
+}  // namespace tollvane

@@ -1,0 +1,50 @@
+// What the settings window looks like on this desktop: its fonts and colours, made of the desktop's own font and
+// palette. All texts stand out from what is behind them by readableContrast, whatever the palette holds. A value; main
+// thread only.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+#include "platform/settings_window.h"
+
+namespace tollvane {
+
+class SettingsLook {
+ public:
+  SettingsLook(const QPalette& palette, const QFont& body);
+
+  bool operator==(const SettingsLook&) const = default;
+
+  QFont font(const ui::Text& text) const;
+  QColor color(TextColor role) const;
+
+  // Pixels of the screen's logical size for something as large as a font of that size, where the body's is 13.
+  int pixels(double size) const;
+
+  // The box around a section's rows, on the window's own background.
+  const QColor& group() const { return group_; }
+  const QColor& border() const { return border_; }
+  const QColor& separator() const { return separator_; }
+
+  // The rail of a switch and what slides in it.
+  const QColor& rail(bool on) const { return on ? railOn_ : railOff_; }
+  const QColor& railEdge(bool on) const { return on ? railOn_ : railEdge_; }
+  const QColor& knob(bool on) const { return on ? knobOn_ : knobOff_; }
+
+ private:
+  QFont body_;
+  QColor window_, group_, border_, separator_;
+  QColor primary_, secondary_, accent_, green_, orange_;
+  QColor railOn_, railOff_, railEdge_, knobOn_, knobOff_;
+};
+
+// A widget that looks as the window does. dress() is called after each change of its value and of the look.
+class Dressed {
+ public:
+  virtual ~Dressed() = default;
+  virtual void dress(const SettingsLook& look) = 0;
+};
+
+}  // namespace tollvane

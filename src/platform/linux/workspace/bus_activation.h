@@ -1,0 +1,32 @@
+// Asks an application to come forward by itself: over the session bus, where its entry says that it listens there, or
+// by starting it once more, where its entry says that this shows the window it has. The only way where the window
+// system keeps all windows to itself. Main thread only; whoever makes the launcher keeps it alive.
+// Source: freedesktop.org, Desktop Entry 1.5 (D-Bus Activation, SingleMainWindow).
+#pragma once
+
+#include <QDBusConnection>
+
+#include "platform/linux/workspace/activation_token.h"
+#include "platform/linux/workspace/launcher.h"
+#include "platform/linux/workspace/window_raiser.h"
+#include "support/liveness.h"
+
+namespace tollvane {
+
+class BusActivation : public WindowRaiser {
+ public:
+  BusActivation(QDBusConnection bus, Launcher& launcher, TokenSource tokens)
+      : bus_(std::move(bus)), launcher_(launcher), tokens_(std::move(tokens)) {}
+
+  void raise(const ActivationTarget& target, std::function<void(Raised)> done) override;
+
+ private:
+  void startAgain(const ActivationTarget& target, std::function<void(Raised)> done);
+
+  QDBusConnection bus_;
+  Launcher& launcher_;
+  TokenSource tokens_;
+  Liveness alive_;
+};
+
+}  // namespace tollvane

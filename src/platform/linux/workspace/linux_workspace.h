@@ -1,0 +1,45 @@
+// The applications of a Linux desktop: what desktop entries, processes and windows say together. An application's
+// "bundle identifier" is translated to the ids of desktop entries, and where it is installed is the entry's file.
+// Main thread only. Whoever makes the parts keeps them alive.
+#pragma once
+
+#include "platform/linux/apps/application_processes.h"
+#include "platform/linux/apps/applications.h"
+#include "platform/linux/workspace/launcher.h"
+#include "platform/linux/workspace/window_raiser.h"
+#include "platform/workspace.h"
+
+namespace tollvane {
+
+class LinuxWorkspace : public Workspace {
+ public:
+  LinuxWorkspace(const Applications& applications, const Clock& clock, WindowRaiser& windows, Launcher& launcher);
+
+  std::optional<RunningApplication> runningApplication(Pid pid) const override;
+  std::vector<RunningApplication> runningApplications(std::string_view bundleID) const override;
+  std::vector<RunningApplication> runningApplications() const override;
+  std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override;
+  std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const override;
+  std::string displayName(const std::filesystem::path& path) const override;
+
+  // A desktop may let a window ask for attention only, instead of bringing it forward; that counts as forward.
+  void activate(const RunningApplication& application, std::function<void(bool)> done) override;
+
+  void open(const std::filesystem::path& path) override;
+  void openURL(std::string_view url) override;
+  void openURL(std::string_view url, const std::filesystem::path& application, std::function<void(bool)> done) override;
+
+ private:
+  std::vector<RunningApplication> oldestFirst(std::vector<ApplicationProcess> found) const;
+  RunningApplication running(Pid pid, const Ownership& application) const;
+  ActivationTarget targetOf(Pid pid, const Ownership& application) const;
+  std::vector<Pid> hostsOf(Pid pid, const Ownership& application) const;
+  std::vector<DesktopEntries::Entry> installed(std::string_view bundleID) const;
+
+  const Applications& applications_;
+  ApplicationProcesses processes_;
+  WindowRaiser& windows_;
+  Launcher& launcher_;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,56 @@
+#include "platform/linux/workspace/window_raiser.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/kernel/program_line.h"
+#include "support/ascii.h"
+
+namespace tollvane {
+namespace {
+
+enum Rank { ownProcess, otherProcess, sameName, host };
+
+bool contains(const std::vector<Pid>& pids, Pid pid) { return std::find(pids.begin(), pids.end(), pid) != pids.end(); }
+
+}  // namespace
+
+std::optional<int> ActivationTarget::rankOfPid(Pid windowPid) const {
+  if (windowPid <= 0) return std::nullopt;
+  if (windowPid == pid) return ownProcess;
+  if (contains(others, windowPid)) return otherProcess;
+  if (contains(hosts, windowPid)) return host;
+  return std::nullopt;
+}
+
+std::optional<int> ActivationTarget::rankOfName(std::string_view windowName) const {
+  if (entry == nullptr || windowName.empty()) return std::nullopt;
+  const std::string name = ascii::lowerCase(windowName);
+  // What the entry promises, or its own name, or the program's, which is what toolkits say when nobody tells them.
+  const bool same = name == ascii::lowerCase(entry->startupWmClass) || name == ascii::lowerCase(entry->id) ||
+                    name == ascii::lowerCase(lastComponent(entry->program));
+  return same ? std::optional<int>(sameName) : std::nullopt;
+}
+
+std::optional<int> ActivationTarget::rank(Pid windowPid, std::string_view name, std::string_view otherName) const {
+  std::optional<int> best;
+  for (const auto& rank : {rankOfPid(windowPid), rankOfName(name), rankOfName(otherName)}) {
+    if (rank && (!best || *rank < *best)) best = rank;
+  }
+  return best;
+}
+
+void Activator::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
+  tryFrom(0, target, Raised::unknown, std::move(done));
+}
+
+void Activator::tryFrom(std::size_t index, const ActivationTarget& target, Raised soFar,
+                        std::function<void(Raised)> done) {
+  if (index >= raisers_.size()) return done(soFar);
+  raisers_[index]->raise(target, alive_.guard([this, index, target, soFar, done](Raised raised) {
+    if (raised == Raised::yes) return done(raised);
+    tryFrom(index + 1, target, raised == Raised::noWindow ? raised : soFar, done);
+  }));
+}
+
+}  // namespace tollvane

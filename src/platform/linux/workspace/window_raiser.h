@@ -1,0 +1,67 @@
+// Bringing another application's window in front of all others. The desktops have no common way to do it, so there are
+// several, and the first that leads there is taken.
+//
+//   Activator activator({&sway, &x11, &busActivation});
+//   activator.raise({.pid = 4711, .entry = entry}, [](Raised raised) { ... });
+//
+// Main thread only.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/apps/desktop_entries.h"
+#include "platform/process_table.h"
+#include "support/liveness.h"
+
+namespace tollvane {
+
+// An application whose window is to come forward, and how its windows are recognised.
+struct ActivationTarget {
+  Pid pid = 0;                            // the process that was asked for
+  std::vector<Pid> others = {};           // the application's other processes
+  std::vector<Pid> hosts = {};            // what it runs inside of: the terminal emulator of a program without windows
+  DesktopEntries::Entry entry = nullptr;  // null: it has none
+
+  // How well a window fits, as far as its process tells: the smaller the better; absent if it is another application's.
+  std::optional<int> rankOfPid(Pid windowPid) const;
+
+  // The same by the name that a window gives itself: a half of its WM_CLASS, or its app_id.
+  std::optional<int> rankOfName(std::string_view windowName) const;
+
+  // The better one of both.
+  std::optional<int> rank(Pid windowPid, std::string_view name, std::string_view otherName = {}) const;
+};
+
+enum class Raised {
+  yes,       // a window of the application came forward, or asks for attention where the desktop does not let it
+  noWindow,  // this way sees every window there is, and none belongs to the application
+  unknown,   // this way leads nowhere on this desktop
+};
+
+class WindowRaiser {
+ public:
+  virtual ~WindowRaiser() = default;
+
+  // `done` is called once, perhaps before this returns; never after the raiser is destroyed. Requests may overlap; each
+  // is answered.
+  virtual void raise(const ActivationTarget& target, std::function<void(Raised)> done) = 0;
+};
+
+// Tries several ways, in their order. They outlive it.
+class Activator : public WindowRaiser {
+ public:
+  explicit Activator(std::vector<WindowRaiser*> raisers) : raisers_(std::move(raisers)) {}
+
+  void raise(const ActivationTarget& target, std::function<void(Raised)> done) override;
+
+ private:
+  void tryFrom(std::size_t index, const ActivationTarget& target, Raised soFar, std::function<void(Raised)> done);
+
+  std::vector<WindowRaiser*> raisers_;
+  Liveness alive_;
+};
+
+}  // namespace tollvane

@@ -1,0 +1,329 @@
+// The menu that the bell opens, drawn without a screen.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFontMetricsF>
+#include <QImage>
+#include <QKeyEvent>
+#include <QPainter>
+#include <memory>
+#include <set>
+
+#include "platform/linux/drawing/appearance.h"
+#include "platform/linux/drawing/contrast.h"
+#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/menu/menu_entry.h"
+#include "platform/linux/menu/menu_placement.h"
+#include "platform/linux/menu/menu_title.h"
+#include "platform/linux/menu/menu_widget.h"
+#include "platform/linux/menu/rich_menu.h"
+#include "tests/desktop/menu_scenarios.h"
+
+namespace tollvane::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::Ge;
+
+constexpr Font digits{FontFamily::monospacedDigits};
+
+MenuItem entry(AttributedText title) {
+  MenuItem item;
+  item.attributedTitle = std::move(title);
+  return item;
+}
+
+MenuItem sound(const std::string& time, const std::string& app) {
+  return entry({{time + "   ", digits, TextColor::secondaryLabel}, {app, {}, TextColor::label}});
+}
+
+QImage drawn(MenuTitle& title, QSize size = {400, 60}) {
+  QImage image(size, QImage::Format_RGB32);
+  image.fill(Qt::white);
+  QPainter painter(&image);
+  title.draw(painter, {0, 0}, [](TextColor) { return QColor(Qt::black); });
+  return image;
+}
+
+// The first column from `from` on that is not white; the width when all are.
+int inkFrom(const QImage& image, int from, int top, int bottom) {
+  for (int x = from; x < image.width(); ++x) {
+    for (int y = top; y < bottom; ++y)
+      if (qGray(image.pixel(x, y)) < 200) return x;
+  }
+  return image.width();
+}
+
+// Titles.
+
+TEST(MenuTitle, TheTabStandsExactlyUnderTheApplication) {
+  MenuTitle title(entry({{"3:07:42 PM   ", digits}, {"Hail", {}}, {"\n              ", digits}, {"Hab", {}}}),
+                  QApplication::font());
+  title.arrange(title.leadWidth(), 400);
+  EXPECT_EQ(title.textStarts()[0], title.textStarts()[1]);
+  const QImage image = drawn(title);
+  const int half = static_cast<int>(title.size().height()) / 2;
+  const int start = static_cast<int>(title.textStarts()[0]) - 2;
+  EXPECT_EQ(inkFrom(image, start, 0, half), inkFrom(image, start, half, image.height()));
+}
+
+TEST(MenuTitle, TimesOfDifferentLengthsLeaveTheirApplicationsInOneColumn) {
+  MenuTitle narrow(sound("1:11:11 AM", "Mail"), QApplication::font());
+  MenuTitle wide(sound("12:48:48 PM", "Mail"), QApplication::font());
+  const qreal column = std::max(narrow.leadWidth(), wide.leadWidth());
+  narrow.arrange(column, 400);
+  wide.arrange(column, 400);
+  EXPECT_EQ(narrow.textStarts(), wide.textStarts());
+}
+
+TEST(MenuTitle, DigitsAreEquallyWideInEveryFont) {
+  QFont proportional = QApplication::font();
+  proportional.setLetterSpacing(QFont::PercentageSpacing, 101);
+  for (const QFont& font : {QApplication::font(), proportional}) {
+    EXPECT_EQ(MenuTitle(sound("1:11:11 AM", ""), font).leadWidth(),
+              MenuTitle(sound("8:48:48 AM", ""), font).leadWidth());
+  }
+}
+
+TEST(MenuTitle, WhatIsTooLongEndsInTheMenu) {
+  MenuTitle title(entry({{std::string(500, 'W'), {}}, {"   " + std::string(300, 'm'), {}}}), QApplication::font());
+  title.arrange(0, 200);
+  EXPECT_LE(title.size().width(), 200);
+  EXPECT_EQ(inkFrom(drawn(title), 202, 0, 60), 400) << "drawn beyond its width";
+}
+
+TEST(MenuTitle, LineFeedsFromOutsideBeginNoLine) {
+  MenuTitle one(entry({{"a", {}}}), QApplication::font());
+  MenuTitle many(entry({{"a\nb\r\nc\u2028"
+                         "d",
+                         {}},
+                        {"\ne", {}}}),
+                 QApplication::font());
+  one.arrange(0, 400);
+  many.arrange(0, 400);
+  EXPECT_EQ(one.size().height(), many.size().height());
+}
+
+TEST(MenuTitle, ThereAreNeverMoreThanTwoLines) {
+  AttributedText title{{"a", {}}};
+  for (int i = 0; i < 20; ++i) title.push_back({"\n   ", digits});
+  MenuTitle twenty(entry(title), QApplication::font());
+  MenuTitle two(entry({{"a", {}}, {"\n   ", digits}}), QApplication::font());
+  EXPECT_EQ(twenty.size().height(), two.size().height());
+}
+
+TEST(MenuTitle, SmallerTypeIsSmallerThanTheUsersOwn) {
+  MenuTitle normal(entry({{"Firefox", {}}}), QApplication::font());
+  MenuTitle small(entry({{"Firefox", {FontFamily::system, 12}}}), QApplication::font());
+  normal.arrange(0, 400);
+  small.arrange(0, 400);
+  EXPECT_LT(small.size().width(), normal.size().width());
+}
+
+TEST(MenuEntry, IsSpokenInOneLineWithoutMarkupOrMnemonics) {
+  const MenuItem item =
+      entry({{"3:07 PM   ", digits}, {"Tom & Jerry", {}}, {"\n     ", digits}, {"Tab: <b>x</b>", {}}});
+  EXPECT_EQ(spokenTitle(item).toStdString(), "3:07 PM Tom & Jerry Tab: <b>x</b>");
+  EXPECT_EQ(MenuEntry(item, QApplication::font(), nullptr).text().toStdString(), "3:07 PM Tom && Jerry Tab: <b>x</b>");
+}
+
+TEST(MenuEntry, ToolTipsAreNeverMarkup) {
+  MenuItem item = entry({{"x", {}}});
+  item.toolTip = "Click to open <img src='file:///x'> & <b>y</b>";
+  const QString toolTip = MenuEntry(item, QApplication::font(), nullptr).toolTip();
+  EXPECT_EQ(toolTip.count(u'<'), 2) << toolTip.toStdString();
+  EXPECT_TRUE(toolTip.contains("&lt;img")) << toolTip.toStdString();
+}
+
+// Colours.
+
+QPalette palette(QColor window, QColor text, QColor highlight, QColor highlighted) {
+  QPalette made;
+  made.setColor(QPalette::Window, window);
+  made.setColor(QPalette::Base, window);
+  made.setColor(QPalette::WindowText, text);
+  made.setColor(QPalette::Highlight, highlight);
+  made.setColor(QPalette::HighlightedText, highlighted);
+  return made;
+}
+
+TEST(MenuColors, AreReadableOnEveryPalette) {
+  for (const QColor& accent :
+       {QColor(Qt::yellow), QColor(Qt::blue), QColor(Qt::white), QColor(Qt::black), QColor(0x308cc6)}) {
+    for (const QColor& window :
+         {QColor(0xefefef), QColor(0x2b2b2b), QColor(0x808080), QColor(Qt::black), QColor(Qt::white)}) {
+      const QPalette user = palette(window, contrast(window, Qt::white) > 4 ? Qt::white : Qt::black, accent, accent);
+      const MenuColors colors(user);
+      for (const TextColor role :
+           {TextColor::unset, TextColor::label, TextColor::secondaryLabel, TextColor::controlAccent})
+        EXPECT_GE(contrast(colors.of(role), window), readableContrast);
+      EXPECT_GE(contrast(colors.of(TextColor::tertiaryLabel), window), visibleContrast);
+      EXPECT_GE(contrast(colors.selected(), accent), visibleContrast);
+    }
+  }
+}
+
+TEST(MenuColors, FadedIsFainterThanSecondaryAndThatThanPrimary) {
+  for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+    const QPalette user = paletteFor(scheme, QApplication::palette());
+    const QColor window = user.color(QPalette::Window);
+    const MenuColors colors(user);
+    EXPECT_LT(contrast(colors.of(TextColor::tertiaryLabel), window),
+              contrast(colors.of(TextColor::secondaryLabel), window));
+    EXPECT_LT(contrast(colors.of(TextColor::secondaryLabel), window), contrast(colors.of(TextColor::label), window));
+  }
+}
+
+TEST(Appearance, TheDesktopsOwnPaletteStaysWhereItIsAsWished) {
+  const QPalette light = palette(0xefefef, Qt::black, Qt::blue, Qt::white);
+  EXPECT_EQ(paletteFor(ColorScheme::light, light), light);
+  EXPECT_EQ(paletteFor(ColorScheme::noPreference, light), light);
+  EXPECT_LT(paletteFor(ColorScheme::dark, light).color(QPalette::Window).lightness(), 80);
+  EXPECT_EQ(paletteFor(ColorScheme::dark, light).color(QPalette::Highlight), QColor(Qt::blue));
+}
+
+// Places.
+
+constexpr QRect screen(0, 0, 1000, 700);
+
+TEST(MenuPlacement, StandsAlongThePanelBesideTheIcon) {
+  const QSize menu(300, 400);
+  EXPECT_EQ(menuPosition(menu, {500, 10}, screen, screen.adjusted(0, 26, 0, 0)), QPoint(488, 26));
+  EXPECT_EQ(menuPosition(menu, {500, 690}, screen, screen.adjusted(0, 0, 0, -26)), QPoint(488, 274));
+  EXPECT_EQ(menuPosition(menu, {10, 200}, screen, screen.adjusted(26, 0, 0, 0)), QPoint(26, 188));
+  EXPECT_EQ(menuPosition(menu, {990, 200}, screen, screen.adjusted(0, 0, -26, 0)), QPoint(674, 188));
+}
+
+TEST(MenuPlacement, IsWhollyOnTheScreenWhereverTheClickWas) {
+  const QRect rooms[] = {screen, screen.adjusted(0, 26, 0, 0), screen.adjusted(0, 0, -40, -26)};
+  for (const QRect& room : rooms)
+    for (int x = -50; x < 1100; x += 50)
+      for (int y = -50; y < 800; y += 50)
+        EXPECT_TRUE(screen.contains(QRect(menuPosition({300, 400}, {x, y}, screen, room), QSize(300, 400))))
+            << x << ' ' << y;
+}
+
+TEST(MenuPlacement, AMenuThatIsTooLargeShowsItsBeginning) {
+  EXPECT_EQ(menuPosition({2000, 2000}, {990, 10}, screen, screen.adjusted(0, 26, 0, 0)), QPoint(0, 0));
+}
+
+// Whole menus.
+
+class OpenMenu {
+ public:
+  explicit OpenMenu(std::string_view name)
+      : scenario(name, [this](const std::string& each) { chosen.push_back(each); }), menu(scenario) {
+    menu.toggle({700, 5});
+    QCoreApplication::processEvents();
+  }
+
+  void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString& text = {}) {
+    QKeyEvent event(QEvent::KeyPress, key, modifiers, text);
+    QApplication::sendEvent(QApplication::activePopupWidget(), &event);
+    QCoreApplication::processEvents();
+  }
+  void type(char letter) { press(toupper(letter), Qt::NoModifier, QString(QChar::fromLatin1(letter))); }
+  std::string active() {
+    const auto* entry = dynamic_cast<MenuEntry*>(menu.widget()->activeAction());
+    return entry ? entry->typed().toStdString() : "";
+  }
+
+  std::vector<std::string> chosen;
+  MenuScenario scenario;
+  RichMenu menu;
+};
+
+TEST(RichMenu, EveryScenarioIsOnTheScreenWithAllItsEntries) {
+  for (const char* name : {"none", "five", "six", "fifty", "tabs", "hint", "update", "hostile"}) {
+    OpenMenu open(name);
+    ASSERT_TRUE(open.menu.isOpen()) << name;
+    const QRect shownOn = open.menu.widget()->screen()->geometry();
+    EXPECT_TRUE(shownOn.contains(open.menu.widget()->geometry())) << name;
+    for (MenuWidget* below : open.menu.widget()->submenus())
+      EXPECT_LE(below->sizeHint().width(), shownOn.width()) << name;
+  }
+}
+
+TEST(RichMenu, IsMadeAnewAtEachOpeningAndStaysAsItWasWhileOpen) {
+  OpenMenu open("five");
+  const auto before = open.menu.widget()->actions().size();
+  open.scenario.clear();
+  EXPECT_EQ(open.menu.widget()->actions().size(), before);
+  open.menu.toggle({});
+  EXPECT_FALSE(open.menu.isOpen());
+  open.menu.toggle({});
+  EXPECT_LT(open.menu.widget()->actions().size(), before);
+  EXPECT_EQ(open.scenario.timesMade(), 2);
+}
+
+TEST(RichMenu, AnEntryThatWasClearedMeanwhileIsHarmless) {
+  OpenMenu open("five");
+  open.press(Qt::Key_Down);
+  open.scenario.clear();
+  open.press(Qt::Key_Return);
+  EXPECT_EQ(open.chosen.size(), 1U);
+}
+
+TEST(RichMenu, KeysOfCommandsWorkWhileItIsOpen) {
+  const std::pair<int, const char*> keys[] = {
+      {Qt::Key_H, "openHistory"}, {Qt::Key_Comma, "settings"}, {Qt::Key_Q, "quit"}};
+  for (const auto& [key, command] : keys) {
+    OpenMenu open("five");
+    open.press(key, Qt::ControlModifier);
+    EXPECT_THAT(open.chosen, ElementsAre(command));
+    EXPECT_FALSE(open.menu.isOpen());
+  }
+}
+
+TEST(RichMenu, TypingFindsNamesByTheirBeginnings) {
+  OpenMenu open("tabs");
+  open.type('s');
+  EXPECT_EQ(open.active(), "Signal");
+  open.type('e');
+  EXPECT_EQ(open.active(), "Settings…");
+  open.type('x');
+  EXPECT_EQ(open.active(), "Settings…") << "nothing begins like that";
+}
+
+TEST(RichMenu, ArrowsHomeAndEndReachEveryEntryButTheHeader) {
+  OpenMenu open("five");
+  std::set<std::string> reached;
+  for (int i = 0; i < 30; ++i) {
+    open.press(Qt::Key_Down);
+    reached.insert(open.active());
+  }
+  EXPECT_FALSE(reached.contains("Recent sounds · 2 unseen"));
+  EXPECT_TRUE(reached.contains("Quit Tollvane"));
+  open.press(Qt::Key_Home);
+  EXPECT_EQ(open.active(), "Mail");
+  open.press(Qt::Key_End);
+  EXPECT_EQ(open.active(), "Quit Tollvane");
+  open.press(Qt::Key_Escape);
+  EXPECT_FALSE(open.menu.isOpen());
+  EXPECT_TRUE(open.chosen.empty());
+}
+
+TEST(RichMenu, EveryEntryHasANameForScreenReaders) {
+  OpenMenu open("hostile");
+  EXPECT_FALSE(open.menu.widget()->accessibleName().isEmpty());
+  for (const MenuEntry* each : open.menu.widget()->entries()) {
+    EXPECT_TRUE(each->isSeparator() || !each->text().isEmpty());
+  }
+}
+
+TEST(RichMenu, IsGoneWithItsOwnerWhileOpenAndWithItsChoicesOnTheirWay) {
+  std::vector<std::string> chosen;
+  MenuScenario scenario("five", [&](const std::string& each) { chosen.push_back(each); });
+  {
+    RichMenu menu(scenario);
+    menu.toggle({});
+    menu.widget()->entries().at(1)->trigger();
+  }
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(chosen.empty());
+}
+
+}  // namespace
+}  // namespace tollvane::test

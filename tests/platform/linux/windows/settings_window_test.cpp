@@ -1,0 +1,424 @@
+#include "platform/linux/windows/settings_window.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/linux/drawing/appearance.h"
+#include "platform/linux/drawing/contrast.h"
+#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/windows/form_group.h"
+#include "platform/linux/windows/settings_look.h"
+#include "tests/desktop/settings_scenarios.h"
+
+namespace tollvane::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+class SettingsPageTest : public testing::Test {
+ protected:
+  SettingsPageTest() { page.setFixedSize(520, 640); }
+
+  void show(SettingsScenario& scenario) {
+    page.setContent(scenario.content());
+    page.show();
+    page.activateWindow();
+    settle();
+  }
+  void redraw(SettingsScenario& scenario) {
+    page.setContent(scenario.content());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    settle();
+  }
+  // Each layout asks the one around it, one round of events at a time.
+  static void settle() {
+    for (int depth = 0; depth < 10; ++depth) QApplication::processEvents();
+  }
+
+  // By what accessibility tools call it.
+  QAbstractButton* button(const std::string& name) {
+    for (auto* each : page.findChildren<QAbstractButton*>()) {
+      if (each->isVisibleTo(&page) &&
+          QAccessible::queryAccessibleInterface(each)->text(QAccessible::Name).toStdString() == name)
+        return each;
+    }
+    return nullptr;
+  }
+  QLabel* label(const std::string& text) {
+    for (auto* each : page.findChildren<QLabel*>()) {
+      if (each->isVisibleTo(&page) && each->text().toStdString() == text) return each;
+    }
+    return nullptr;
+  }
+  QScrollBar* bar() { return page.findChild<QScrollArea*>()->verticalScrollBar(); }
+  int onScreen(const QWidget* widget) { return widget->mapTo(&page, QPoint()).y(); }
+
+  void press(QWidget* target, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+      QKeyEvent event(type, key, modifiers);
+      QApplication::sendEvent(target, &event);
+    }
+  }
+  static void click(QWidget* target) {
+    const QPoint at = target->rect().center();
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+      QMouseEvent event(type, at, target->mapToGlobal(at), Qt::LeftButton,
+                        type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+      QApplication::sendEvent(target, &event);
+    }
+  }
+
+  static ui::SettingsContent oneRow(ui::Element element) {
+    ui::SettingsContent content;
+    content.sections = {{"Section", {std::move(element)}}};
+    return content;
+  }
+
+  SettingsPage page;
+};
+
+// Which wishes the controls of a content express.
+struct Wishes {
+  std::map<std::string, std::vector<bool>> toggled;
+  int pressed = 0;
+
+  ui::Toggle toggle(const std::string& id, ui::Toggle::Style style, bool on = false) {
+    return {id, id, style, on, [this, id](bool wish) { toggled[id].push_back(wish); }};
+  }
+};
+
+TEST_F(SettingsPageTest, EveryControlExpressesTheUsersWishOnce) {
+  Wishes wishes;
+  ui::SettingsContent content;
+  content.sections = {
+      {"One", {wishes.toggle("switch", ui::Toggle::Style::switchControl)}},
+      {"Two",
+       {ui::Row{"row", {wishes.toggle("box", ui::Toggle::Style::checkBox, true), ui::Text{"Firefox"}}},
+        ui::Button{"go", "Go", true, [&] { ++wishes.pressed; }}}},
+  };
+  page.setContent(content);
+  page.show();
+  click(button("switch"));
+  press(button("box"), Qt::Key_Space);
+  click(button("Go"));
+  EXPECT_THAT(wishes.toggled["switch"], ElementsAre(true));
+  EXPECT_THAT(wishes.toggled["box"], ElementsAre(false));
+  EXPECT_EQ(wishes.pressed, 1);
+}
+
+TEST_F(SettingsPageTest, DrawingAnotherStateIsNobodysWish) {
+  Wishes wishes;
+  for (const bool on : {false, true, false}) {
+    ui::SettingsContent content = oneRow(wishes.toggle("switch", ui::Toggle::Style::switchControl, on));
+    content.sections.push_back({"Two", {ui::Row{"row", {wishes.toggle("box", ui::Toggle::Style::checkBox, on)}}}});
+    page.setContent(content);
+    EXPECT_EQ(button("switch")->isChecked(), on);
+    EXPECT_EQ(button("box")->isChecked(), on);
+  }
+  EXPECT_THAT(wishes.toggled, IsEmpty());
+}
+
+TEST_F(SettingsPageTest, AClickOnTheNameReachesTheRowsCheckBox) {
+  SettingsScenario scenario("welcome");
+  show(scenario);
+  ASSERT_TRUE(scenario.model().ticked->contains("firefox"));
+  click(label("Firefox")->parentWidget());
+  EXPECT_FALSE(scenario.model().ticked->contains("firefox"));
+}
+
+TEST_F(SettingsPageTest, TheButtonSleepsWhileNothingIsTicked) {
+  SettingsScenario scenario("none");
+  show(scenario);
+  EXPECT_FALSE(button("Add selected")->isEnabled());
+  click(button("Microsoft Edge"));
+  redraw(scenario);
+  EXPECT_TRUE(button("Add selected")->isEnabled());
+  click(button("Add selected"));
+  scenario.system().queue.runDue();
+  EXPECT_EQ(scenario.system().workspace.opened.size(), 1u);
+}
+
+TEST_F(SettingsPageTest, ARefusedSwitchSpringsBackAndSaysWhy) {
+  SettingsScenario scenario("partly");
+  scenario.system().login.refusal = "Permission denied";
+  show(scenario);
+  QAbstractButton* login = button("Start Tollvane when you log in");
+  click(login);
+  EXPECT_TRUE(login->isChecked()) << "until the truth is known";
+  redraw(scenario);
+  EXPECT_FALSE(login->isChecked());
+  EXPECT_EQ(scenario.system().login.changes, 1);
+  EXPECT_NE(label("The system didn't allow that change: Permission denied"), nullptr);
+}
+
+TEST_F(SettingsPageTest, TheSameContentTouchesNothing) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  struct Watch : QObject {
+    std::vector<std::string> touched;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+      const auto type = event->type();
+      const bool touches = type == QEvent::Paint || type == QEvent::Resize || type == QEvent::Move ||
+                           type == QEvent::ChildAdded || type == QEvent::PaletteChange || type == QEvent::FontChange;
+      if (touches) touched.push_back(watched->metaObject()->className() + (" " + std::to_string(type)));
+      return false;
+    }
+  } watch;
+  qApp->installEventFilter(&watch);
+  redraw(scenario);
+  EXPECT_THAT(watch.touched, IsEmpty());
+  page.update();
+  QApplication::processEvents();
+  EXPECT_THAT(watch.touched, Not(IsEmpty())) << "the watch sees";
+}
+
+TEST_F(SettingsPageTest, WhatStaysKeepsItsWidgetWhenANoteAppearsAboveIt) {
+  SettingsScenario scenario("partly");
+  show(scenario);
+  const QWidget* marks = button("Mark browser tabs that made a sound");
+  const QWidget* caption =
+      label("When a browser without the extension makes a sound, the list shows a link to add it.");
+  scenario.model().loginNote = "A note";
+  redraw(scenario);
+  EXPECT_EQ(button("Mark browser tabs that made a sound"), marks);
+  EXPECT_EQ(label("When a browser without the extension makes a sound, the list shows a link to add it."), caption);
+  EXPECT_LT(onScreen(button("Start Tollvane when you log in")), onScreen(label("A note")));
+  EXPECT_LT(onScreen(label("A note")), onScreen(marks));
+  scenario.model().loginNote = std::nullopt;
+  redraw(scenario);
+  EXPECT_EQ(label("A note"), nullptr);
+}
+
+TEST_F(SettingsPageTest, TheFocusStays) {
+  SettingsScenario scenario("partly");
+  show(scenario);
+  QAbstractButton* edge = button("Microsoft Edge");
+  edge->setFocus(Qt::TabFocusReason);
+  scenario.model().loginNote = "A note";
+  scenario.model().setTicked("chrome", false);
+  redraw(scenario);
+  EXPECT_TRUE(edge->hasFocus());
+  EXPECT_EQ(button("Microsoft Edge"), edge);
+}
+
+TEST_F(SettingsPageTest, WhatIsInSightStaysInItsPlaceWhenANoteAppearsAboveIt) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  bar()->setValue(bar()->maximum());
+  ASSERT_GT(bar()->value(), 50) << "the place of the note is out of sight";
+  const QWidget* suggest = button("Suggest the extension under browser sounds");
+  const int place = onScreen(suggest);
+  const int length = bar()->maximum();
+  scenario.model().loginNote = "A note that takes\u00a0some room";
+  redraw(scenario);
+  EXPECT_GT(bar()->maximum(), length) << "the note has made the form longer";
+  EXPECT_EQ(onScreen(suggest), place);
+  scenario.model().loginNote = std::nullopt;
+  redraw(scenario);
+  EXPECT_EQ(onScreen(suggest), place);
+}
+
+TEST_F(SettingsPageTest, TheTopStaysTheTop) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  scenario.model().loginNote = "A note";
+  redraw(scenario);
+  EXPECT_EQ(bar()->value(), 0);
+}
+
+TEST_F(SettingsPageTest, AConnectedBrowsersCheckBoxBecomesAMark) {
+  SettingsScenario scenario("partly");
+  show(scenario);
+  button("Google Chrome")->setFocus(Qt::TabFocusReason);
+  scenario.model().isConnected = [](Browser) { return true; };
+  scenario.model().refresh();
+  redraw(scenario);
+  EXPECT_EQ(button("Google Chrome"), nullptr);
+  EXPECT_EQ(button("Add selected"), nullptr);
+  ASSERT_NE(page.focusWidget(), nullptr) << "the keyboard is still somewhere";
+  EXPECT_TRUE(page.focusWidget()->isVisible());
+}
+
+TEST_F(SettingsPageTest, AControlMayBringItsOwnEndAbout) {
+  bool done = false;
+  ui::SettingsContent content = oneRow(ui::Toggle{"gone", "gone", ui::Toggle::Style::switchControl, false, [&](bool) {
+                                                    page.setContent({});
+                                                    done = true;
+                                                  }});
+  page.setContent(content);
+  page.show();
+  click(button("gone"));
+  EXPECT_TRUE(done);
+  EXPECT_EQ(button("gone"), nullptr);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+TEST_F(SettingsPageTest, TheTabKeyGoesFromTopToBottomAlsoThroughWhatCameLater) {
+  SettingsScenario scenario("connected");
+  show(scenario);
+  scenario.model().isConnected = nullptr;
+  scenario.model().refresh();
+  redraw(scenario);
+  std::vector<std::string> reached;
+  for (int i = 0; i < 7; ++i) {
+    press(page.focusWidget() ? page.focusWidget() : &page, Qt::Key_Tab);
+    ASSERT_NE(page.focusWidget(), nullptr);
+    reached.push_back(QAccessible::queryAccessibleInterface(page.focusWidget())->text(QAccessible::Name).toStdString());
+  }
+  EXPECT_THAT(reached, ElementsAre("Start Tollvane when you log in", "Mark browser tabs that made a sound",
+                                   "Google Chrome", "Microsoft Edge", "Firefox",
+                                   "Suggest the extension under browser sounds", "Start Tollvane when you log in"))
+      << "the disabled button is left out";
+}
+
+TEST_F(SettingsPageTest, TheTabKeyBringsControlsIntoSight) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  QAbstractButton* last = button("Suggest the extension under browser sounds");
+  for (int i = 0; i < 20 && !last->hasFocus(); ++i) press(page.focusWidget() ? page.focusWidget() : &page, Qt::Key_Tab);
+  ASSERT_TRUE(last->hasFocus());
+  EXPECT_FALSE(last->visibleRegion().isEmpty());
+}
+
+TEST_F(SettingsPageTest, TheKeyboardScrolls) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  press(&page, Qt::Key_End);
+  EXPECT_EQ(bar()->value(), bar()->maximum());
+  press(button("Suggest the extension under browser sounds"), Qt::Key_PageUp);
+  EXPECT_LT(bar()->value(), bar()->maximum());
+  press(&page, Qt::Key_Home);
+  EXPECT_EQ(bar()->value(), 0);
+}
+
+TEST_F(SettingsPageTest, EscapeAndControlWHideTheWindow) {
+  SettingsScenario scenario("partly");
+  for (const auto& [key, modifier] :
+       {std::pair<Qt::Key, Qt::KeyboardModifier>{Qt::Key_Escape, Qt::NoModifier}, {Qt::Key_W, Qt::ControlModifier}}) {
+    show(scenario);
+    ASSERT_TRUE(page.isVisible());
+    press(button("Google Chrome"), key, modifier);
+    EXPECT_FALSE(page.isVisible());
+  }
+}
+
+TEST_F(SettingsPageTest, NoTextIsMarkup) {
+  const std::string hostile = "<a href='x:y'>click</a> &amp; <b>me</b>";
+  ui::SettingsContent content = oneRow(ui::Text{hostile});
+  content.introduction = {{hostile}};
+  content.footer = {hostile};
+  content.sections[0].title = hostile;
+  content.sections[0].elements.emplace_back(ui::Row{"row", {ui::Dot{}, ui::Text{hostile}, ui::Text{hostile}}});
+  content.sections[0].elements.emplace_back(ui::Button{"go", "Save & go", true, nullptr});
+  page.setContent(content);
+  for (const auto* each : page.findChildren<QLabel*>()) {
+    EXPECT_EQ(each->textFormat(), Qt::PlainText);
+    EXPECT_EQ(each->text().toStdString(), hostile);
+  }
+  EXPECT_EQ(page.findChild<QPushButton*>()->text().toStdString(), "Save && go") << "no letter of it is a mnemonic";
+}
+
+TEST_F(SettingsPageTest, AWordLongerThanTheWindowIsWrapped) {
+  page.setContent(oneRow(ui::Text{std::string(500, 'x'), ui::TextStyle::caption}));
+  page.show();
+  QApplication::processEvents();
+  const auto* scroll = page.findChild<QScrollArea*>();
+  EXPECT_LE(scroll->widget()->width(), scroll->viewport()->width());
+}
+
+TEST_F(SettingsPageTest, TheColoursFollowTheDesktopWhileTheWindowIsOpen) {
+  SettingsScenario scenario("note");
+  show(scenario);
+  for (const ColorScheme scheme : {ColorScheme::dark, ColorScheme::light}) {
+    QApplication::setPalette(paletteFor(scheme, QApplication::palette()));
+    QApplication::processEvents();
+    const SettingsLook look(QApplication::palette(), QApplication::font());
+    for (const auto* each : page.findChildren<QLabel*>()) {
+      EXPECT_GE(contrast(each->palette().color(QPalette::WindowText), look.group()), 4.5) << each->text().toStdString();
+    }
+    EXPECT_EQ(label("The system didn't allow that change: Permission denied")->palette().color(QPalette::WindowText),
+              look.color(TextColor::orange));
+    const auto* group = page.findChild<QScrollArea*>()->widget()->findChild<QAbstractButton*>()->parentWidget();
+    EXPECT_EQ(const_cast<QWidget*>(group)->grab().toImage().pixelColor(30, 3).rgb(), look.group().rgb());
+  }
+  QApplication::setPalette(QPalette());
+}
+
+TEST_F(SettingsPageTest, TheFontsFollowTheDesktopWhileTheWindowIsOpen) {
+  SettingsScenario scenario("partly");
+  show(scenario);
+  const QFont own = QApplication::font();
+  QFont larger = own;
+  larger.setPointSizeF(15.5);
+  QApplication::setFont(larger);
+  QApplication::processEvents();
+  EXPECT_NEAR(label("Tollvane")->font().pointSizeF(), 15.5 * 1.6, 0.1);
+  EXPECT_NEAR(label("Firefox")->font().pointSizeF(), 15.5, 0.1);
+  EXPECT_NEAR(button("Mark browser tabs that made a sound")->font().pointSizeF(), 15.5, 0.1);
+  QApplication::setFont(own);
+}
+
+TEST_F(SettingsPageTest, ScreenReadersHearEachControlWithWhatIsSaidBelowIt) {
+  SettingsScenario scenario("welcome");
+  show(scenario);
+  const auto heard = [&](const std::string& name, QAccessible::Text what) {
+    return QAccessible::queryAccessibleInterface(button(name))->text(what).toStdString();
+  };
+  EXPECT_EQ(heard("Mark browser tabs that made a sound", QAccessible::Description),
+            "Adds a ♪ to the title of a background tab that played sound, until you visit it.");
+  EXPECT_EQ(heard("Microsoft Edge", QAccessible::Description), "Not found on this computer");
+  for (const char* name : {"Google Chrome", "Microsoft Edge", "Firefox", "Start Tollvane when you log in"})
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(button(name))->role(), QAccessible::CheckBox) << name;
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(button("Add selected"))->role(), QAccessible::Button);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(label("Firefox"))->role(), QAccessible::StaticText);
+}
+
+TEST(QtSettingsWindows, AWindowIsMadeOfTheWantedSizeInTheMiddleAndBroughtForward) {
+  std::vector<QWidget*> broughtForward;
+  QtSettingsWindows windows([&](QWidget& window) {
+    EXPECT_TRUE(window.isVisible());
+    broughtForward.push_back(&window);
+  });
+  const auto window = windows.make({.title = "Tollvane Settings"});
+  SettingsScenario scenario("partly");
+  window->setContent(scenario.content());
+  EXPECT_THAT(broughtForward, IsEmpty());
+  window->makeKeyAndOrderFront();
+  ASSERT_EQ(broughtForward.size(), 1u);
+  QWidget& shown = *broughtForward[0];
+  EXPECT_EQ(shown.windowTitle().toStdString(), "Tollvane Settings");
+  EXPECT_FALSE(shown.windowIcon().isNull());
+  EXPECT_EQ(shown.size(), QSize(520, 640));
+  EXPECT_EQ(shown.minimumSize(), shown.maximumSize());
+  EXPECT_FALSE(shown.windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
+  EXPECT_TRUE(shown.windowFlags() & Qt::WindowCloseButtonHint);
+  const QPoint off = shown.geometry().center() - shown.screen()->availableGeometry().center();
+  EXPECT_LE(off.manhattanLength(), 40);
+
+  shown.close();
+  EXPECT_FALSE(shown.isVisible());
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(shown.isVisible());
+  shown.setWindowState(Qt::WindowMinimized);
+  window->makeKeyAndOrderFront();
+  EXPECT_FALSE(shown.isMinimized());
+  EXPECT_EQ(broughtForward.size(), 3u);
+}
+
+}  // namespace
+}  // namespace tollvane::test

@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include "platform/linux/workspace/window_raiser.h"
+
+namespace tollvane {
+namespace {
+
+ActivationTarget player() {
+  auto entry = std::make_shared<DesktopEntry>();
+  entry->id = "org.example.Player";
+  entry->startupWmClass = "PlayerWindow";
+  entry->program = "/usr/bin/example-player";
+  return {.pid = 100, .others = {101, 102}, .hosts = {50}, .entry = entry};
+}
+
+TEST(ActivationTarget, TheProcessThatWasAskedForComesBeforeItsSiblings) {
+  EXPECT_LT(player().rankOfPid(100), player().rankOfPid(102));
+  EXPECT_LT(player().rankOfPid(102), player().rankOfPid(50));
+  EXPECT_FALSE(player().rankOfPid(51));
+}
+
+TEST(ActivationTarget, AWindowWithoutAProcessIsNobodysByItsProcess) {
+  auto target = player();
+  target.others.push_back(0);
+  EXPECT_FALSE(target.rankOfPid(0));
+  EXPECT_FALSE(target.rankOfPid(-1));
+}
+
+TEST(ActivationTarget, WindowsAreKnownByAnyOfTheApplicationsNames) {
+  for (const char* name : {"playerwindow", "PlayerWindow", "org.example.Player", "example-player"})
+    EXPECT_TRUE(player().rankOfName(name)) << name;
+  for (const char* name : {"", "player", "other", "example-player-2"}) EXPECT_FALSE(player().rankOfName(name)) << name;
+}
+
+TEST(ActivationTarget, AnApplicationWithoutAnEntryHasNoNames) {
+  EXPECT_FALSE((ActivationTarget{.pid = 1}.rankOfName("x")));
+  auto target = player();
+  auto nameless = std::make_shared<DesktopEntry>();
+  target.entry = nameless;
+  EXPECT_FALSE(target.rankOfName(""));
+}
+
+TEST(ActivationTarget, ItsOwnNameComesBeforeTheTerminalItRunsIn) {
+  EXPECT_LT(player().rank(0, "PlayerWindow"), player().rank(50, "xterm"));
+  EXPECT_EQ(player().rank(50, "PlayerWindow"), player().rankOfName("PlayerWindow")) << "the better of both";
+}
+
+class Fixed : public WindowRaiser {
+ public:
+  explicit Fixed(Raised answer) : answer_(answer) {}
+  void raise(const ActivationTarget&, std::function<void(Raised)> done) override {
+    ++asked;
+    done(answer_);
+  }
+  int asked = 0;
+
+ private:
+  Raised answer_;
+};
+
+Raised ask(Activator& activator) {
+  std::optional<Raised> answer;
+  activator.raise({}, [&](Raised raised) { answer = raised; });
+  return answer.value();
+}
+
+TEST(Activator, TheFirstWayThatLeadsThereIsTheLastThatIsTried) {
+  Fixed nowhere(Raised::unknown), there(Raised::yes), notAsked(Raised::yes);
+  Activator activator({&nowhere, &there, &notAsked});
+  EXPECT_EQ(ask(activator), Raised::yes);
+  EXPECT_EQ(notAsked.asked, 0);
+}
+
+TEST(Activator, IsCertainOfNoWindowWhenAnyWayWas) {
+  Fixed none(Raised::noWindow), nowhere(Raised::unknown);
+  Activator both({&none, &nowhere});
+  EXPECT_EQ(ask(both), Raised::noWindow);
+  Activator neither({&nowhere});
+  EXPECT_EQ(ask(neither), Raised::unknown);
+  Activator empty({});
+  EXPECT_EQ(ask(empty), Raised::unknown);
+}
+
+}  // namespace
+}  // namespace tollvane

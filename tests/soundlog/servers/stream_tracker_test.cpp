@@ -1,0 +1,154 @@
+#include "soundlog/servers/stream_tracker.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace tollvane::soundlog {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr StreamTracker::Serial oneStream = 71;
+
+class StreamTrackerTest : public ::testing::Test {
+ protected:
+  StreamTrackerTest() { tracker_.attached(); }
+
+  bool runs(StreamTracker::Serial stream = oneStream) { return tracker_.running(stream, now_); }
+  void stops(StreamTracker::Serial stream = oneStream) { tracker_.stopped(stream, now_); }
+
+  Instant now_ = Instant(1h);
+  StreamTracker tracker_;
+};
+
+TEST_F(StreamTrackerTest, AStreamThatBeginsToRunIsAStart) {
+  stops();
+  EXPECT_TRUE(runs());
+}
+
+TEST_F(StreamTrackerTest, AStreamThatRunsWhenItIsAnnouncedIsAStart) { EXPECT_TRUE(runs()); }
+
+TEST_F(StreamTrackerTest, AStreamThatRanBeforeUsIsNone) {
+  tracker_.reset();
+  EXPECT_FALSE(runs());
+  tracker_.attached();
+  EXPECT_FALSE(runs());
+}
+
+TEST_F(StreamTrackerTest, AStreamThatRanBeforeUsIsAStartAfterAPause) {
+  tracker_.reset();
+  runs();
+  tracker_.attached();
+  stops();
+  now_ += 300ms;
+  EXPECT_TRUE(runs());
+}
+
+TEST_F(StreamTrackerTest, AStreamThatWaitedBeforeUsIsAStartAtOnce) {
+  tracker_.reset();
+  stops();
+  tracker_.attached();
+  EXPECT_TRUE(runs());
+}
+
+TEST_F(StreamTrackerTest, RunningIsSaidRepeatedlyButStartsOnce) {
+  EXPECT_TRUE(runs());
+  now_ += 1s;
+  EXPECT_FALSE(runs());
+}
+
+TEST_F(StreamTrackerTest, APauseUnder300MillisecondsIsNone) {
+  runs();
+  now_ += 10s;
+  stops();
+  now_ += 300ms - 1ns;
+  EXPECT_FALSE(runs());
+}
+
+TEST_F(StreamTrackerTest, APauseOf300MillisecondsEndsInAStart) {
+  runs();
+  now_ += 10s;
+  stops();
+  now_ += 300ms;
+  EXPECT_TRUE(runs());
+}
+
+TEST_F(StreamTrackerTest, APauseIsAsLongAsItsFirstStopSays) {
+  runs();
+  stops();
+  now_ += 200ms;
+  stops();
+  now_ += 200ms;
+  EXPECT_TRUE(runs()) << "suspended after idle is one pause of 400 ms";
+}
+
+TEST_F(StreamTrackerTest, EachStreamHasItsOwnPauses) {
+  runs();
+  stops();
+  EXPECT_TRUE(runs(72));
+}
+
+TEST_F(StreamTrackerTest, AStreamThatIsRemovedIsForgotten) {
+  runs();
+  tracker_.removed(oneStream);
+  EXPECT_TRUE(runs());
+}
+
+class StartMergerTest : public ::testing::Test {
+ protected:
+  Instant now_ = Instant(1h);
+  StartMerger merger_;
+};
+
+TEST_F(StartMergerTest, ASecondStartWithin300MillisecondsIsMerged) {
+  EXPECT_FALSE(merger_.merges("sox", now_));
+  EXPECT_TRUE(merger_.merges("sox", now_ + 300ms - 1ns));
+}
+
+TEST_F(StartMergerTest, AStartAfter300MillisecondsIsOneOfItsOwn) {
+  EXPECT_FALSE(merger_.merges("sox", now_));
+  EXPECT_FALSE(merger_.merges("sox", now_ + 300ms));
+}
+
+TEST_F(StartMergerTest, MergedStartsDoNotPutOffTheNextOne) {
+  EXPECT_FALSE(merger_.merges("sox", now_));
+  EXPECT_TRUE(merger_.merges("sox", now_ + 200ms));
+  EXPECT_FALSE(merger_.merges("sox", now_ + 400ms));
+}
+
+TEST_F(StartMergerTest, DifferentMakersAreNotMerged) {
+  EXPECT_FALSE(merger_.merges("a", now_));
+  EXPECT_FALSE(merger_.merges("b", now_));
+}
+
+TEST_F(StartMergerTest, NothingOlderIsKept) {
+  for (int i = 0; i < 100; ++i) merger_.merges(std::to_string(i), now_);
+  merger_.merges("late", now_ + 300ms);
+  EXPECT_EQ(merger_.size(), 1u);
+}
+
+Properties properties(std::map<std::string, std::string> values) {
+  return [values = std::move(values)](const char* name) -> std::string_view {
+    const auto found = values.find(name);
+    return found == values.end() ? std::string_view() : std::string_view(found->second);
+  };
+}
+
+TEST(StreamProperties, ALinkedGroupIsARelay) {
+  EXPECT_TRUE(isRelay(properties({{"node.link-group", "loopback-1-18"}, {"node.virtual", "true"}})));
+  EXPECT_FALSE(isRelay(properties({{"media.role", "Music"}})));
+}
+
+TEST(StreamProperties, TheRoleMakesAnAlertInAnyCase) {
+  EXPECT_TRUE(isAlert(properties({{"media.role", "Notification"}})));
+  EXPECT_TRUE(isAlert(properties({{"media.role", "event"}})));
+  EXPECT_TRUE(isAlert(properties({{"media.role", "EVENT"}})));
+  EXPECT_FALSE(isAlert(properties({{"media.role", "Music"}})));
+  EXPECT_FALSE(isAlert(properties({{"media.role", "eventful"}})));
+}
+
+TEST(StreamProperties, ANamedEventMakesAnAlert) { EXPECT_TRUE(isAlert(properties({{"event.id", "bell"}}))); }
+
+}  // namespace
+}  // namespace tollvane::soundlog
