@@ -4,7 +4,7 @@
 #include <string>
 
 #include "catalogue/browsers.h"
-#include "platform/posix/plain_file.h"
+#include "platform/posix/posix_files.h"
 #include "support/ascii.h"
 
 namespace tollvane::bridge {

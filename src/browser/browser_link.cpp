@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "browser/bridge_connection.h"
+#include "browser/bridge_socket.h"
 #include "support/json.h"
 #include "support/json_value.h"
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "browser/bridge_listener.h"
+#include "browser/bridge_socket.h"
 #include "browser/browser_connection.h"
 #include "browser/native_hosts.h"
 #include "browser/safari_inbox.h"

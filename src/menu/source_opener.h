@@ -11,7 +11,6 @@
 #include "browser/browser_link.h"
 #include "detect/resolver.h"
 #include "model/sound_event.h"
-#include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/wording.h"
 #include "platform/workspace.h"

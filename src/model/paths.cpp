@@ -3,6 +3,12 @@
 #include "support/fatal.h"
 
 namespace tollvane {
+namespace {
+
+// The domain is reserved for names that never exist (RFC 2606).
+constexpr std::string_view nobody = "https://tollvane.invalid";
+
+}  // namespace
 
 const std::filesystem::path& Paths::supportDir() const {
   std::call_once(found_, [this] {
@@ -12,6 +18,12 @@ const std::filesystem::path& Paths::supportDir() const {
     files_.createDirectories(supportDir_);
   });
   return supportDir_;
+}
+
+std::string sitePage(const Bundle& bundle, std::string_view path) {
+  std::string page = bundle.infoString("TollvaneSite").value_or(std::string(nobody));
+  while (page.ends_with('/')) page.pop_back();
+  return page += path;
 }
 
 }  // namespace tollvane

@@ -3,7 +3,6 @@
 // (tests/support) for the tests.
 #pragma once
 
-#include "platform/alerts.h"
 #include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/child_processes.h"

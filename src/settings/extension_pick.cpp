@@ -1,6 +1,6 @@
 #include "settings/extension_pick.h"
 
-#include "model/site.h"
+#include "model/paths.h"
 
 namespace tollvane {
 namespace {

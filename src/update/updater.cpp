@@ -1,6 +1,6 @@
 #include "update/updater.h"
 
-#include "model/site.h"
+#include "model/paths.h"
 
 namespace tollvane {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "model/prefs.h"
-#include "platform/alerts.h"
+#include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/clock.h"
 #include "platform/http.h"

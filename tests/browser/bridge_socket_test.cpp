@@ -1,5 +1,7 @@
 // The link's real socket, with bridges that behave and bridges that do not. The queue is the virtual one, which looks
 // at the real descriptors.
+#include "browser/bridge_socket.h"
+
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +12,6 @@
 
 #include <fstream>
 
-#include "browser/bridge_connection.h"
 #include "browser/browser_link.h"
 #include "support/json_value.h"
 #include "tests/support/core_parts.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "soundlog/notifications/notification_service.h"
+#include "soundlog/notifications.h"
 #include "soundlog/servers/pipewire_source.h"
 #include "soundlog/servers/pulse_source.h"
 #include "tests/soundlog/makers/fake_proc.h"

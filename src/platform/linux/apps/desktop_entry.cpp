@@ -8,7 +8,7 @@
 
 #include "platform/linux/kernel/folders.h"
 #include "platform/linux/kernel/program_line.h"
-#include "platform/posix/plain_file.h"
+#include "platform/posix/posix_files.h"
 #include "support/ascii.h"
 
 namespace tollvane {

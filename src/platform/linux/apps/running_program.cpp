@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/linux/kernel/program_line.h"
-#include "platform/posix/plain_file.h"
+#include "platform/posix/posix_files.h"
 
 namespace tollvane {
 namespace {

@@ -1,13 +1,72 @@
 #include "platform/linux/bell/desktop_status_bar.h"
 
+#include <QCursor>
+#include <QGuiApplication>
+#include <QPalette>
+#include <QSystemTrayIcon>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "platform/linux/bell/old_tray_icon.h"
+#include "platform/linux/drawing/plain_text.h"
+#include "platform/linux/drawing/symbols.h"
 #include "platform/linux/menu/rich_menu.h"
 
 namespace tollvane {
+namespace {
+
+// Old trays have the colours of the other windows, as far as they have any.
+BarTone toneOfWindows() {
+  constexpr int middle = 128;
+  return QGuiApplication::palette().color(QPalette::Window).lightness() < middle ? BarTone::dark : BarTone::light;
+}
+
+QIcon iconOf(const QList<QImage>& images) {
+  QIcon icon;
+  for (const QImage& image : images) icon.addPixmap(QPixmap::fromImage(image));
+  return icon;
+}
+
+}  // namespace
+
+// The bell in an X11 desktop's old system tray.
+// Source: freedesktop.org, System Tray Protocol 0.3, as the toolkit speaks it.
+class DesktopStatusBar::OldTrayIcon {
+ public:
+  // Whether there is such a tray now. To be asked only while nothing shows StatusNotifierItems: the toolkit decides at
+  // the first question, and for good, which of the two protocols it speaks.
+  static bool isThere();
+
+  explicit OldTrayIcon(std::function<void(QPoint)> onClick);
+
+  void setImage(std::string_view symbolName);
+  void setToolTip(std::string_view text);
+
+ private:
+  QSystemTrayIcon icon_;
+};
+
+bool DesktopStatusBar::OldTrayIcon::isThere() {
+  return QGuiApplication::platformName() == QLatin1String("xcb") && QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+DesktopStatusBar::OldTrayIcon::OldTrayIcon(std::function<void(QPoint)> onClick) {
+  QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
+                   [onClick = std::move(onClick)](QSystemTrayIcon::ActivationReason reason) {
+                     if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::Context) return;
+                     if (onClick) onClick(QCursor::pos());
+                   });
+}
+
+void DesktopStatusBar::OldTrayIcon::setImage(std::string_view symbolName) {
+  icon_.setIcon(iconOf(drawIcon(iconNameForSymbol(symbolName), toneOfWindows())));
+  icon_.show();  // without an image there is nothing to show
+}
+
+// The toolkit reads markup there, so nothing that looks like it may reach it.
+void DesktopStatusBar::OldTrayIcon::setToolTip(std::string_view text) {
+  icon_.setToolTip(QString::fromStdString(plainToolTip(text)));
+}
 
 // Knows all that was said about the item, because it may have to be made anew in the other form.
 class DesktopStatusBar::Item : public StatusItem {

@@ -16,7 +16,8 @@ namespace tollvane {
 
 class DesktopStatusBar : public StatusBar {
  public:
-  // A session that is starting brings its panel up after this program; who was replaced is back soon.
+  // At login the panel may start after us, and a replaced panel comes back quickly: wait this long before deciding that
+  // there is none.
   static constexpr std::chrono::seconds grace{5};
 
   // `modern` makes the items that hosts show.
@@ -32,6 +33,7 @@ class DesktopStatusBar : public StatusBar {
 
  private:
   class Item;
+  class OldTrayIcon;
 
   void hostsChanged(bool hasHost);
   void decideAfterGrace();

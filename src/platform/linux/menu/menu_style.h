@@ -2,12 +2,34 @@
 // drawn by the style that all other menus have. Main thread only.
 #pragma once
 
+#include <QColor>
+#include <QPalette>
 #include <QProxyStyle>
 #include <QStyleOptionMenuItem>
+
+#include "platform/text_style.h"
 
 namespace tollvane {
 
 class MenuEntry;
+
+// The colours of a menu, one for each role of its texts, from the palette of the user's desktop: readable in front of
+// the menu's background, whatever the palette holds. Pure; callable from any thread.
+class MenuColors {
+ public:
+  explicit MenuColors(const QPalette& palette);
+
+  QColor of(TextColor role) const;
+  QColor selected() const { return selected_; }  // all texts of the entry under the pointer
+  QColor disabled() const { return tertiary_; }
+
+ private:
+  QColor label_;
+  QColor secondary_;
+  QColor tertiary_;
+  QColor accent_;
+  QColor selected_;
+};
 
 class MenuStyle : public QProxyStyle {
  public:

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/drawing/plain_text.h"
 #include "platform/linux/menu/menu_style.h"
 
 namespace tollvane {
@@ -22,6 +23,18 @@ constexpr int typingPause = 1000;  // milliseconds after which typing begins a n
 int widestTitle(const QFont& font, const QScreen& screen) {
   const int lines = 34 * QFontMetrics(font).height();
   return std::min(lines, screen.availableGeometry().width() - 4 * MenuStyle::padding(font));
+}
+
+QString typedName(const MenuItem& item) {
+  for (const TextRun& run : item.attributedTitle) {
+    if (run.font.family != FontFamily::monospacedDigits) return plainLine(run.text).trimmed();
+  }
+  return plainLine(item.title).trimmed();
+}
+
+// A tooltip that looks like markup would be read as such, so all of them are markup without any.
+QString toolTipMarkup(const std::string& toolTip) {
+  return toolTip.empty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(plainLine(toolTip).toHtmlEscaped());
 }
 
 }  // namespace
@@ -155,6 +168,27 @@ void MenuWidget::timerEvent(QTimerEvent* event) {
   if (event->timerId() != typing_.timerId()) return QMenu::timerEvent(event);
   typing_.stop();
   typed_.clear();
+}
+
+QString spokenTitle(const MenuItem& item) {
+  QString spoken = plainLine(item.title);
+  for (const TextRun& run : item.attributedTitle) spoken += plainLine(run.text);
+  return spoken.simplified();
+}
+
+MenuEntry::MenuEntry(const MenuItem& item, const QFont& menuFont, QObject* parent)
+    : QAction(parent), item_(item), title_(item, menuFont), typed_(typedName(item)) {
+  setText(spokenTitle(item).replace(u'&', QStringLiteral("&&")));
+  setToolTip(toolTipMarkup(item.toolTip));
+  setSeparator(item.isSeparator);
+  setEnabled(item.isEnabled);
+  setMenuRole(QAction::NoRole);
+  if (!item.keyEquivalent.empty()) {
+    keys_ = QKeySequence(QStringLiteral("Ctrl+") + plainLine(item.keyEquivalent).toUpper());
+    // For screen readers; the menu itself acts on the keys, and only while it is open.
+    setShortcutContext(Qt::WidgetShortcut);
+    setShortcut(keys_);
+  }
 }
 
 }  // namespace tollvane

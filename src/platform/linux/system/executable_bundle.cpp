@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "platform/posix/plain_file.h"
+#include "platform/posix/posix_files.h"
 #include "support/json.h"
 #include "support/json_value.h"
 

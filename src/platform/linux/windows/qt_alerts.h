@@ -7,7 +7,7 @@
 #include <deque>
 #include <functional>
 
-#include "platform/alerts.h"
+#include "platform/application.h"
 
 class QMessageBox;
 

@@ -12,9 +12,8 @@
 
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/drawing/contrast.h"
-#include "platform/linux/menu/menu_colors.h"
-#include "platform/linux/menu/menu_entry.h"
 #include "platform/linux/menu/menu_placement.h"
+#include "platform/linux/menu/menu_style.h"
 #include "platform/linux/menu/menu_title.h"
 #include "platform/linux/menu/menu_widget.h"
 #include "platform/linux/menu/rich_menu.h"

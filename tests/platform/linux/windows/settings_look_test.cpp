@@ -7,7 +7,7 @@
 
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/drawing/contrast.h"
-#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/menu/menu_style.h"
 
 namespace tollvane {
 namespace {

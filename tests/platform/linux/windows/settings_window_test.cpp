@@ -18,7 +18,7 @@
 
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/drawing/contrast.h"
-#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/menu/menu_style.h"
 #include "platform/linux/windows/form_group.h"
 #include "platform/linux/windows/settings_look.h"
 #include "tests/desktop/settings_scenarios.h"

@@ -9,7 +9,7 @@
 #include <QMouseEvent>
 #include <vector>
 
-#include "platform/linux/menu/menu_colors.h"
+#include "platform/linux/menu/menu_style.h"
 
 namespace tollvane {
 namespace {

@@ -13,6 +13,7 @@
 
 #include "soundlog/connection/bus_connection.h"
 #include "soundlog/makers/identity.h"
+#include "soundlog/makers/maker.h"
 
 namespace tollvane::soundlog {
 
@@ -56,6 +57,26 @@ class NotificationSource {
   BusSlot ownerPid_;
   std::list<Question> questions_;
   bool served_ = false;
+};
+
+// The program that shows notifications on this desktop, as the owner of org.freedesktop.Notifications on the session
+// bus: is it the one that plays?
+// Source: systemd.unit(5) for the names of units.
+class NotificationService {
+ public:
+  NotificationService(const ProcFs& processes, const Makers& makers) : processes_(processes), makers_(makers) {}
+
+  // Absent: nobody shows notifications now.
+  void setOwner(std::optional<Pid> pid);
+
+  // The sound comes from the service: the process itself, another one of its unit, or a script it runs.
+  bool plays(const Maker& maker) const;
+
+ private:
+  const ProcFs& processes_;
+  const Makers& makers_;
+  std::optional<ProcessKey> owner_;
+  std::string unit_;  // the control group that is the service's own; empty when it has none
 };
 
 }  // namespace tollvane::soundlog

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "soundlog/notifications/notification_source.h"
+#include "soundlog/notifications.h"
 
 namespace tollvane::soundlog {
 namespace {

@@ -1,4 +1,4 @@
-#include "soundlog/notifications/notification_source.h"
+#include "soundlog/notifications.h"
 
 #include <cstdio>
 #include <cstring>
@@ -70,6 +70,15 @@ std::optional<Pid> processReply(sd_bus_message* reply) {
   if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "u", &pid) <= 0) return std::nullopt;
   if (pid == 0 || pid > INT32_MAX) return std::nullopt;
   return static_cast<Pid>(pid);
+}
+
+// The service's own control group: a service unit whose main process it is. Where its parent sits in the same group,
+// the group is a whole session's, or that of the bus that started it along with many others.
+std::string ownUnit(const ProcFs& processes, Pid pid) {
+  const std::string group = processes.cgroup(pid);
+  const auto status = processes.status(pid);
+  if (!group.ends_with(".service") || !status) return {};
+  return processes.cgroup(status->parent) == group ? std::string() : group;
 }
 
 }  // namespace
@@ -216,6 +225,17 @@ void NotificationSource::closed() {
   disconnect();
   events_.serviceChanged(std::nullopt);
   events_.ended(served);
+}
+
+void NotificationService::setOwner(std::optional<Pid> pid) {
+  owner_ = pid ? makers_.key(*pid) : std::nullopt;
+  unit_ = owner_ ? ownUnit(processes_, owner_->pid) : std::string();
+}
+
+bool NotificationService::plays(const Maker& maker) const {
+  if (maker.runByDunst) return true;
+  if (!owner_ || !maker.known()) return false;
+  return maker.process() == *owner_ || (!unit_.empty() && maker.cgroup == unit_);
 }
 
 }  // namespace tollvane::soundlog
