@@ -5,10 +5,11 @@
 namespace tollvane {
 
 void SourceOpener::open(const SoundEvent& event) {
-  if (event.browser && event.tabId)
+  if (event.browser && event.tabId) {
     openTab(*event.tabId, *event.browser, event.tabLabel().value_or("that tab"));
-  else
+  } else {
     openApplication(event.app);
+  }
 }
 
 void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& label) {
@@ -29,13 +30,14 @@ void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& la
 
 void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string& label) {
   const std::string name(in.appName());
-  if (result == FocusResult::tabClosed)
+  if (result == FocusResult::tabClosed) {
     show({"That tab is closed", "The " + name + " tab that made this sound (" + label +
                                     ") has been closed, so there is nothing to go back to."});
-  else
+  } else {
     show({"Can't reach " + name, "The Tollvane extension in " + name +
                                      " isn't responding, so the tab can't be brought forward. Check that the "
                                      "extension is installed and turned on."});
+  }
 }
 
 void SourceOpener::openApplication(const std::string& app) {
@@ -54,10 +56,11 @@ std::optional<RunningApplication> SourceOpener::runningApplication(const std::st
 }
 
 void SourceOpener::notRunning(const std::string& app) {
-  if (const auto where = resolver_.appURL(app))
+  if (const auto where = resolver_.appURL(app)) {
     offerToLaunch(app, *where);
-  else
+  } else {
     nothingToOpen(app);
+  }
 }
 
 void SourceOpener::offerToLaunch(const std::string& app, const std::filesystem::path& where) {

@@ -48,10 +48,11 @@ void SettingsModel::setStartAtLogin(bool on) {
 
 void SettingsModel::setTicked(const std::string& rawValue, bool on) {
   auto now = *ticked;
-  if (on)
+  if (on) {
     now.insert(rawValue);
-  else
+  } else {
     now.erase(rawValue);
+  }
   ticked = std::move(now);
 }
 
@@ -65,10 +66,11 @@ void SettingsModel::refresh() {
   browsers = std::move(rows);
 
   std::vector<ExtensionPick> offered;
-  for (const Browser browser : ExtensionPick::offered)
+  for (const Browser browser : ExtensionPick::offered) {
     offered.push_back({.browser = browser,
                        .installed = browser.isInstalled(workspace_),
                        .connected = isConnected && isConnected(browser)});
+  }
   picks = std::move(offered);
 
   if (std::exchange(tickedOnce_, true)) return;

@@ -38,11 +38,12 @@ ui::Row pickRow(SettingsModel& model, const ExtensionPick& pick, const Wording& 
   const std::string id(pick.id());
   const std::string name(pick.browser.appName());
   ui::Row row{id, {}};
-  if (pick.connected)
+  if (pick.connected) {
     row.controls.emplace_back(ui::Image{"checkmark.circle.fill", TextColor::green});
-  else
+  } else {
     row.controls.emplace_back(ui::Toggle{id, name, ui::Toggle::Style::checkBox, model.ticked->contains(id),
                                          [&model, id](bool on) { model.setTicked(id, on); }});
+  }
   row.controls.emplace_back(ui::Text{name});
   row.controls.emplace_back(pickStatus(pick, wording));
   return row;
@@ -73,9 +74,10 @@ ui::Row browserRow(const BrowserRow& browser) {
 
 ui::Section otherBrowsers(SettingsModel& model, const Wording& wording) {
   ui::Section section{"Other browsers", {}};
-  if (model.browsers->empty())
+  if (model.browsers->empty()) {
     section.elements.emplace_back(
         ui::Text{std::string(wording.noOtherBrowsers), TextStyle::body, TextColor::secondaryLabel});
+  }
   for (const BrowserRow& browser : *model.browsers) section.elements.emplace_back(browserRow(browser));
   section.elements.emplace_back(
       caption("Browser sounds are always listed. The extension adds which tab made them and lets you jump to it. "

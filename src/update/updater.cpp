@@ -19,9 +19,10 @@ std::optional<Release> Updater::available() const {
 }
 
 Alert Updater::alert() const {
-  if (const auto release = available())
+  if (const auto release = available()) {
     return {"Version " + release->version + " is available",
             "Choose \"Update available\" in the Tollvane menu to get it."};
+  }
   if (latest) return {"You're up to date", "Tollvane " + current() + " is the newest version."};
   return {"Couldn't check for updates",
           "The website didn't answer. Check your internet connection and try again later."};

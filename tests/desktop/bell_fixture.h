@@ -34,9 +34,7 @@ class TestBus {
   explicit TestBus(const PrivateDesktop& desktop)
       : name_(QStringLiteral("test-%1").arg(++made_)),
         bus_(QDBusConnection::connectToBus(QString::fromStdString(desktop.busAddress()), name_)) {
-    if (!bus_.isConnected()) {
-      throw std::runtime_error("no connection to the private bus");
-    }
+    if (!bus_.isConnected()) throw std::runtime_error("no connection to the private bus");
   }
   ~TestBus() { QDBusConnection::disconnectFromBus(name_); }
   TestBus(const TestBus&) = delete;
@@ -73,9 +71,7 @@ class Bell {
  private:
   int count(std::string_view text) {
     int found = 0;
-    for (std::size_t at = 0; (at = program_->printed().find(text, at)) != std::string::npos; at += text.size()) {
-      ++found;
-    }
+    for (std::size_t at = 0; (at = program_->printed().find(text, at)) != std::string::npos; at += text.size()) ++found;
     return found;
   }
 

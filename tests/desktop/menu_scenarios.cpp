@@ -74,9 +74,7 @@ void MenuScenario::fill(std::string_view name) {
     return;
   }
   if (name == "none" || name.empty()) return;
-  if (name != "five" && name != "tabs" && name != "hint") {
-    addSound("Rhythmbox", kind::startedPlayingAudio);
-  }
+  if (name != "five" && name != "tabs" && name != "hint") addSound("Rhythmbox", kind::startedPlayingAudio);
   addSound("Terminal", kind::alertSound);
   addSound("Firefox", kind::startedPlayingAudio);
   addTab("Inbox (3) \xe2\x80\x94 me@example.org", "mail.example");

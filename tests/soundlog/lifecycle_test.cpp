@@ -136,12 +136,8 @@ TEST_F(LifecycleTest, AReaderWhoPausesMissesNothing) {
   // More than a pipe takes: the first lines wait in the pipe, the others in the log.
   const std::string longName(200, 'n');
   constexpr int count = 300;
-  for (int i = 0; i < count; ++i) {
-    notify(sound_, "", {"1", "desktop-entry", "s", longName + std::to_string(i)});
-  }
-  for (int i = 0; i < count; ++i) {
-    ASSERT_EQ(log.next(), (Heard{"usernoted", longName + std::to_string(i), -1}));
-  }
+  for (int i = 0; i < count; ++i) notify(sound_, "", {"1", "desktop-entry", "s", longName + std::to_string(i)});
+  for (int i = 0; i < count; ++i) ASSERT_EQ(log.next(), (Heard{"usernoted", longName + std::to_string(i), -1}));
 }
 
 struct Result {

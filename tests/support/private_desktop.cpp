@@ -47,9 +47,7 @@ bool isForeign(const std::string& name) {
 
 std::filesystem::path makeRoot() {
   std::string name = (std::filesystem::temp_directory_path() / "tollvane-desktop-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), name);
-  }
+  if (mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), name);
   return name;
 }
 
@@ -65,17 +63,13 @@ bool accepts(const std::filesystem::path& socketFile) {
 }
 
 void require(bool condition, const std::string& what) {
-  if (!condition) {
-    throw std::runtime_error("the private desktop did not come up: " + what);
-  }
+  if (!condition) throw std::runtime_error("the private desktop did not come up: " + what);
 }
 
 // Reads the program's lines until it prints this one.
 bool prints(Process& program, std::string_view wanted) {
   while (const auto line = program.line(desktopPatience)) {
-    if (*line == wanted) {
-      return true;
-    }
+    if (*line == wanted) return true;
   }
   return false;
 }
@@ -90,9 +84,7 @@ PrivateDesktop::PrivateDesktop(Options options) : options_(options), root_(makeR
     startScreen();
     writePanelSettings();
   }
-  if (options_.panel) {
-    startPanel();
-  }
+  if (options_.panel) startPanel();
 }
 
 PrivateDesktop::~PrivateDesktop() {
@@ -139,9 +131,7 @@ std::optional<std::string> PrivateDesktop::run(const std::vector<std::string>& c
   const std::unique_ptr<Process> program = start(command);
   program->closeInput();
   std::string printed = program->rest(desktopPatience);
-  if (program->exitCode(desktopPatience) != 0) {
-    return std::nullopt;
-  }
+  if (program->exitCode(desktopPatience) != 0) return std::nullopt;
   return printed;
 }
 
@@ -203,9 +193,7 @@ void PrivateDesktop::stopStrays() {
     std::vector<pid_t> found;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
       const std::string name = entry.path().filename().string();
-      if (name.find_first_not_of("0123456789") != std::string::npos) {
-        continue;
-      }
+      if (name.find_first_not_of("0123456789") != std::string::npos) continue;
       std::ifstream file(entry.path() / "environ", std::ios::binary);
       const std::string environment{std::istreambuf_iterator<char>(file), {}};
       if (('\0' + environment).find('\0' + mark + '\0') != std::string::npos) {
@@ -215,14 +203,10 @@ void PrivateDesktop::stopStrays() {
     return found;
   };
   const auto signalAll = [&](int number) {
-    for (const pid_t pid : strays()) {
-      ::kill(pid, number);
-    }
+    for (const pid_t pid : strays()) ::kill(pid, number);
   };
   signalAll(SIGTERM);
-  if (!waitUntil([&] { return strays().empty(); }, 2s)) {
-    signalAll(SIGKILL);
-  }
+  if (!waitUntil([&] { return strays().empty(); }, 2s)) signalAll(SIGKILL);
 }
 
 }  // namespace tollvane::test

@@ -104,9 +104,7 @@ Process::Process(std::vector<std::string> command, const Options& options) {
   const auto variables = pointers(environment);
   const pid_t parent = getpid();
   pid_ = fork();
-  if (pid_ == 0) {
-    become(const_cast<char**>(arguments.data()), const_cast<char**>(variables.data()), parent, streams);
-  }
+  if (pid_ == 0) become(const_cast<char**>(arguments.data()), const_cast<char**>(variables.data()), parent, streams);
   for (const int descriptor : {streams.input, streams.output, streams.errors}) {
     if (descriptor >= 0) close(descriptor);
   }

@@ -64,10 +64,11 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
   const DBusMenuLayout* found = shown_.find(id);
   const QVariant value = found == nullptr ? QVariant() : found->properties.value(name, defaultMenuProperty(name));
   if (value.isValid()) return QDBusVariant(value);
-  if (found == nullptr)
+  if (found == nullptr) {
     refuse(id);
-  else
+  } else {
     sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("A menu item has no property of that name."));
+  }
   return QDBusVariant(QString());
 }
 
@@ -98,10 +99,11 @@ bool DBusMenu::AboutToShow(int id) {
 QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
   QList<int> changed;
   for (const int id : ids) {
-    if (!knows(id))
+    if (!knows(id)) {
       idErrors.append(id);
-    else if (id == 0 && AboutToShow(0))
+    } else if (id == 0 && AboutToShow(0)) {
       changed.append(0);
+    }
   }
   if (!idErrors.isEmpty() && idErrors.size() == ids.size()) refuse(idErrors.first());
   return changed;
@@ -148,10 +150,11 @@ bool DBusMenu::rebuild() {
 }
 
 void DBusMenu::setOpen(bool open) {
-  if (open)
+  if (open) {
     openTooLong_.start();
-  else
+  } else {
     openTooLong_.stop();
+  }
   if (std::exchange(open_, open) && !open) contentsMayHaveChanged();
 }
 

@@ -39,8 +39,9 @@ class DBusMenu : public QObject, protected QDBusContext {
   QString status() const { return QStringLiteral("normal"); }
   QStringList iconThemePath() const { return {}; }
 
+  // NOLINTBEGIN(readability-identifier-naming): the protocol's names
  public Q_SLOTS:
-  // The bar's side calls these; their names are the protocol's.
+  // The bar calls these.
   uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, tollvane::DBusMenuLayout& layout);
   tollvane::DBusMenuPropertiesList GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
   QDBusVariant GetProperty(int id, const QString& name);
@@ -54,6 +55,8 @@ class DBusMenu : public QObject, protected QDBusContext {
                               const tollvane::DBusMenuPropertyNamesList& removed);
   void LayoutUpdated(uint revision, int parent);
   void ItemActivationRequested(int id, uint timestamp);
+
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   void refuse(int id);

@@ -78,8 +78,9 @@ class StatusNotifierItem : public QObject {
   bool itemIsMenu() const { return itemIsMenu_; }
   QDBusObjectPath menu() const { return QDBusObjectPath(menuPath_); }
 
+  // NOLINTBEGIN(readability-identifier-naming): the protocol's names
  public Q_SLOTS:
-  // The bar's side calls these; their names are the protocol's.
+  // The bar calls these.
   void Activate(int x, int y);
   void SecondaryActivate(int x, int y);
   void ContextMenu(int x, int y);
@@ -92,6 +93,8 @@ class StatusNotifierItem : public QObject {
   void NewToolTip();
   void NewStatus(const QString& status);
   void NewMenu();
+
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   QString iconThemePath_;

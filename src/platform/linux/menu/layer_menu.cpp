@@ -57,14 +57,15 @@ QRect LayerMenu::withoutPanels(const QRect& output, QPoint click) const {
   QRect room = output;
   const int high = output.height() - size->height();
   const int wide = output.width() - size->width();
-  if (high > 0 && click.y() < output.top() + high)
+  if (high > 0 && click.y() < output.top() + high) {
     room.setTop(output.top() + high);
-  else if (high > 0 && click.y() > output.bottom() - high)
+  } else if (high > 0 && click.y() > output.bottom() - high) {
     room.setBottom(output.bottom() - high);
-  else if (wide > 0 && click.x() < output.left() + wide)
+  } else if (wide > 0 && click.x() < output.left() + wide) {
     room.setLeft(output.left() + wide);
-  else if (wide > 0 && click.x() > output.right() - wide)
+  } else if (wide > 0 && click.x() > output.right() - wide) {
     room.setRight(output.right() - wide);
+  }
   return room;
 }
 

@@ -22,16 +22,17 @@ QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen,
     const int before = click.x() - screen.left();
     const int behind = screen.right() - click.x();
     const int nearest = std::min({above, below, before, behind});
-    if (nearest > widestPanel)
+    if (nearest > widestPanel) {
       corner = click;
-    else if (nearest == above)
+    } else if (nearest == above) {
       room.setTop(click.y() + halfIcon);
-    else if (nearest == below)
+    } else if (nearest == below) {
       room.setBottom(click.y() - halfIcon - 1);
-    else if (nearest == before)
+    } else if (nearest == before) {
       room.setLeft(click.x() + halfIcon);
-    else
+    } else {
       room.setRight(click.x() - halfIcon - 1);
+    }
   }
   if (menu.width() > room.width()) room = QRect(screen.x(), room.y(), screen.width(), room.height());
   if (menu.height() > room.height()) room = QRect(room.x(), screen.y(), room.width(), screen.height());

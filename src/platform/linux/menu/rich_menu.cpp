@@ -47,10 +47,11 @@ void RichMenu::toggle(QPoint click) {
 
 void RichMenu::close() {
   const QPointer<MenuWidget> widget = widget_;
-  if (!widget.isNull() && widget->isVisible())
+  if (!widget.isNull() && widget->isVisible()) {
     widget->close();
-  else
+  } else {
     closed();
+  }
 }
 
 void RichMenu::build() {

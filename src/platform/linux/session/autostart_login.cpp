@@ -16,14 +16,15 @@ constexpr std::size_t largestEntry = 64 << 10;
 std::string execArgument(std::string_view path) {
   std::string text = "\"";
   for (const char c : path) {
-    if (c == '\\')
+    if (c == '\\') {
       text += "\\\\\\\\";
-    else if (c == '"' || c == '`' || c == '$')
+    } else if (c == '"' || c == '`' || c == '$') {
       text += std::string("\\\\") + c;
-    else if (c == '%')
+    } else if (c == '%') {
       text += "%%";
-    else
+    } else {
       text += c;
+    }
   }
   return text + '"';
 }

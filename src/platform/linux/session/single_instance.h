@@ -61,6 +61,7 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
  public:
   explicit ApplicationAdaptor(SingleInstance* instance) : QDBusAbstractAdaptor(instance), instance_(instance) {}
 
+  // NOLINTBEGIN(readability-identifier-naming): the protocol's names
  public Q_SLOTS:
   void Activate(const QVariantMap& platformData) {
     if (instance_->onReopen) instance_->onReopen(tokenOf(platformData));
@@ -68,6 +69,7 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
   // There is nothing that Tollvane could open, and no action but to come forward.
   void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
   void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) { Activate(platformData); }
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   SingleInstance* instance_;

@@ -69,10 +69,11 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
   const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(request.timeout);
   QTimer::singleShot(patience, reply, &QNetworkReply::abort);
   QObject::connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
-    if (isAllowed(reply->url().resolved(target)))
+    if (isAllowed(reply->url().resolved(target))) {
       Q_EMIT reply->redirectAllowed();
-    else
+    } else {
       reply->abort();
+    }
   });
   QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64) {
     if (received > static_cast<qint64>(maxBody)) reply->abort();

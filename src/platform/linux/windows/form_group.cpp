@@ -55,10 +55,11 @@ void FormGroup::setValue(const std::vector<ui::Element>& value) {
   const ui::Element* previous = nullptr;
   for (const ui::Element& element : value) {
     std::string key = identifierOf(element);
-    if (key.empty())
+    if (key.empty()) {
       key = lastIdentifier += " text";
-    else
+    } else {
       lastIdentifier = key;
+    }
     QWidget* existing = take(before, key);
     QWidget* view = drawnElement(element, existing, this);
     if (existing != nullptr && existing != view) before.push_back({{}, existing, false});

@@ -104,10 +104,11 @@ std::vector<Pid> LinuxWorkspace::hostsOf(Pid pid, const Ownership& application) 
 
 void LinuxWorkspace::open(const std::filesystem::path& path) {
   if (!path.is_absolute()) return;
-  if (path.extension() == desktopFileEnding)
+  if (path.extension() == desktopFileEnding) {
     launcher_.launch(path, {}, [](bool) {});
-  else
+  } else {
     launcher_.open(path.string(), [](bool) {});
+  }
 }
 
 void LinuxWorkspace::openURL(std::string_view url) {

@@ -84,9 +84,10 @@ class Activation : public QObject {
       xcb_get_property_cookie_t type;
     };
     std::vector<Questions> questions;
-    for (const xcb_window_t window : windows)
+    for (const xcb_window_t window : windows) {
       questions.push_back(
           {window, X11Owner::ask(x11_, window, atoms_.pid), x11_.property(window, atoms_.type, XCB_ATOM_ATOM, 32)});
+    }
     std::vector<xcb_window_t> best;
     int bestRank = 0;
     for (const Questions& question : questions) {
@@ -175,11 +176,13 @@ class Activation : public QObject {
     }
     if (!x11_.isAlive()) return finish(Raised::unknown);
     x11_.beginQuestions(questionPatience);
-    if (isInFront() || wantsAttention()) finish(Raised::yes);
-    // A reply may have brought events along, which will not make the descriptor readable again.
-    else if (X11Connection::Owned<xcb_generic_event_t> event{xcb_poll_for_queued_event(x11_.get())})
+    if (isInFront() || wantsAttention()) {
+      finish(Raised::yes);
+      // A reply may have brought events along, which will not make the descriptor readable again.
+    } else if (X11Connection::Owned<xcb_generic_event_t> event{xcb_poll_for_queued_event(x11_.get())}) {
       QMetaObject::invokeMethod(
           this, [this] { look(); }, Qt::QueuedConnection);
+    }
   }
 
   // A dialog of the window may take the focus in its place.

@@ -9,9 +9,7 @@ namespace {
 
 std::string repeated(const std::string& text, int times) {
   std::string result;
-  for (int i = 0; i < times; ++i) {
-    result += text;
-  }
+  for (int i = 0; i < times; ++i) result += text;
   return result;
 }
 

@@ -17,9 +17,7 @@ using testing::ElementsAre;
 
 std::vector<int> alphas(const IconPixmap& pixmap) {
   std::vector<int> result;
-  for (qsizetype i = 0; i < pixmap.argb.size(); i += 4) {
-    result.push_back(static_cast<unsigned char>(pixmap.argb.at(i)));
-  }
+  for (qsizetype i = 0; i < pixmap.argb.size(); i += 4) result.push_back(static_cast<unsigned char>(pixmap.argb.at(i)));
   return result;
 }
 
@@ -35,9 +33,7 @@ std::vector<int> opaqueBytes(const IconPixmap& pixmap) {
   for (qsizetype i = 0; i < pixmap.argb.size(); i += 4) {
     if (static_cast<unsigned char>(pixmap.argb.at(i)) == 255) {
       std::vector<int> bytes;
-      for (int k = 0; k < 4; ++k) {
-        bytes.push_back(static_cast<unsigned char>(pixmap.argb.at(i + k)));
-      }
+      for (int k = 0; k < 4; ++k) bytes.push_back(static_cast<unsigned char>(pixmap.argb.at(i + k)));
       return bytes;
     }
   }
@@ -114,9 +110,7 @@ TEST(Symbols, BothBellsHaveTheSameOutline) {
   const IconPixmap solid = filled().last();
   const std::vector<int> outlineAlphas = alphas(outline);
   const std::vector<int> solidAlphas = alphas(solid);
-  for (std::size_t i = 0; i < solidAlphas.size(); ++i) {
-    EXPECT_LE(outlineAlphas[i], solidAlphas[i] + 1) << "pixel " << i;
-  }
+  for (std::size_t i = 0; i < solidAlphas.size(); ++i) EXPECT_LE(outlineAlphas[i], solidAlphas[i] + 1) << "pixel " << i;
   EXPECT_EQ(alphaAt(outline, 32, 24), 0) << "hollow inside";
   EXPECT_EQ(alphaAt(solid, 32, 24), 255) << "filled inside";
 }
