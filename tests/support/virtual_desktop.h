@@ -80,14 +80,20 @@ class VirtualApplication : public Application, public Alerts {
   std::vector<std::function<void(std::size_t)>> answers;
 };
 
-// A web site that answers when the test says so.
+// A web site that answers the last question when the test says so. A question that may not be asked, and an answer that
+// is too long, give none.
 class VirtualHttp : public Http {
  public:
   void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {
     requests.push_back(request);
     completions.push_back(std::move(completion));
   }
-  void answer(std::optional<HttpResponse> response) { completions.back()(std::move(response)); }
+  void answer(std::optional<HttpResponse> response) {
+    const std::string& url = requests.back().url;
+    const bool mayBeAsked = url.starts_with("https://") || url.starts_with("http://127.0.0.1/");
+    if (!mayBeAsked || (response && response->body.size() > maxBody)) response = std::nullopt;
+    completions.back()(std::move(response));
+  }
 
   std::vector<HttpRequest> requests;
   std::vector<std::function<void(std::optional<HttpResponse>)>> completions;
@@ -113,7 +119,9 @@ class VirtualSafari : public SafariServices {
 class VirtualLogin : public LoginService {
  public:
   LoginStatus status() const override { return state; }
-  std::optional<std::string> registerApplication() override { return change(LoginStatus::enabled); }
+  std::optional<std::string> registerApplication() override {
+    return change(state == LoginStatus::requiresApproval ? state : LoginStatus::enabled);
+  }
   std::optional<std::string> unregisterApplication() override { return change(LoginStatus::notRegistered); }
 
   LoginStatus state = LoginStatus::notRegistered;

@@ -63,9 +63,13 @@ class VirtualFiles : public Files {
     return contents.contains(path) || directories.contains(path);
   }
   bool createDirectories(const std::filesystem::path& directory) override {
-    if (readOnly || contents.contains(directory)) return false;
+    if (readOnly) return false;
+    std::vector<std::filesystem::path> wanted;
     for (std::filesystem::path p = directory; !p.empty() && p != p.root_path(); p = p.parent_path())
-      directories[p] = true;
+      wanted.push_back(p);
+    for (const auto& p : wanted)
+      if (contents.contains(p)) return false;
+    for (const auto& p : wanted) directories[p] = true;
     return true;
   }
   Append append(const std::filesystem::path& file, std::string_view bytes) override {
@@ -95,8 +99,12 @@ class VirtualFiles : public Files {
   std::optional<std::vector<std::string>> list(const std::filesystem::path& directory) const override {
     if (!directories.contains(directory)) return std::nullopt;
     std::vector<std::string> names;
-    for (const auto& [path, bytes] : contents)
-      if (path.parent_path() == directory) names.insert(names.begin(), path.filename());
+    const auto add = [&](const auto& paths) {
+      for (const auto& [path, what] : paths)
+        if (path.parent_path() == directory) names.insert(names.begin(), path.filename());
+    };
+    add(contents);
+    add(directories);
     return names;
   }
   bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const override {

@@ -33,7 +33,7 @@ std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchReadable(int descriptor
 
 std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchDirectory(const std::filesystem::path& directory,
                                                                    Block block) {
-  if (cannotWatchDirectories) return nullptr;
+  if (cannotWatchDirectories || missingDirectories.contains(directory)) return nullptr;
   return std::make_unique<DirectoryWatch>(*this, directory, std::move(block));
 }
 

@@ -48,9 +48,13 @@ class VirtualChildren : public ChildProcesses {
   struct Handle : ChildProcess {
     explicit Handle(std::shared_ptr<Program> started) : program(std::move(started)) {}
     void removeTerminationHandler() override { program->handlerRemoved = true; }
+    ~Handle() override {
+      program->handlerRemoved = true;
+      program->running = false;
+    }
     void terminate() override {
       program->terminationAsked = true;
-      program->end();
+      if (program->running) program->end();
     }
     std::shared_ptr<Program> program;
   };

@@ -74,6 +74,7 @@ class VirtualMainQueue : public MainQueue {
   std::size_t descriptorsWatched() const { return descriptors_.size(); }
 
   bool cannotWatchDirectories = false;
+  std::set<std::filesystem::path> missingDirectories;
 
  private:
   struct DescriptorWatch;

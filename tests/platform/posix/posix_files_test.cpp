@@ -97,14 +97,6 @@ TEST_F(PosixFilesTest, ALineThatDoesNotFitLeavesNoHalf) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
 }
 
-TEST_F(PosixFilesTest, AFileIsReadWholeOrNotAtAll) {
-  home.write("file", "content");
-  EXPECT_EQ(files.read(home / "file", 7), "content");
-  EXPECT_EQ(files.read(home / "file", 6), std::nullopt);
-  EXPECT_EQ(files.read(home / "nowhere", 100), std::nullopt);
-  EXPECT_EQ(files.read(home.path(), 100), std::nullopt);
-}
-
 TEST_F(PosixFilesTest, APipeIsNotWaitedFor) {
   ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(files.read(home / "pipe", 100), std::nullopt);
@@ -120,17 +112,6 @@ TEST_F(PosixFilesTest, WritingReplacesTheContentInItsPlace) {
   EXPECT_TRUE(files.write(home / "file", "short"));
   EXPECT_EQ(home.read("link"), "short");
   EXPECT_FALSE(files.write(home / "nowhere/file", "x"));
-}
-
-TEST_F(PosixFilesTest, ADirectoryIsListed) {
-  home.write("b", "");
-  home.write("a", "");
-  auto names = files.list(home.path());
-  ASSERT_TRUE(names);
-  std::sort(names->begin(), names->end());
-  EXPECT_EQ(*names, (std::vector<std::string>{"a", "b"}));
-  EXPECT_EQ(files.list(home / "nowhere"), std::nullopt);
-  EXPECT_EQ(files.list(home / "a"), std::nullopt);
 }
 
 TEST_F(PosixFilesTest, ContentsAreComparedToTheLastByte) {

@@ -65,7 +65,7 @@ class NativeHostDirectories : public ::testing::Test {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_CONFIG_HOME", nullptr}};
     std::vector<std::string> folders;
     for (const auto& directory : XdgLocations().nativeHostDirectories(bundleID))
-      folders.push_back((directory.usual ? "" : "?") + directory.path.string());
+      folders.push_back(std::string(directory.usual ? "" : "?").append(directory.path.string()));
     return folders;
   }
 };

@@ -25,20 +25,6 @@ class AutostartLoginTest : public testing::Test {
   PosixFiles files;
 };
 
-TEST_F(AutostartLoginTest, IsNotRegisteredAtFirst) { EXPECT_EQ(login().status(), LoginStatus::notRegistered); }
-
-TEST_F(AutostartLoginTest, AnEntryOfOursIsEnabledAndGoesAgain) {
-  EXPECT_EQ(login().registerApplication(), std::nullopt);
-  EXPECT_EQ(login().status(), LoginStatus::enabled);
-  EXPECT_EQ(login().unregisterApplication(), std::nullopt);
-  EXPECT_EQ(login().status(), LoginStatus::notRegistered);
-  EXPECT_FALSE(std::filesystem::exists(entry()));
-}
-
-TEST_F(AutostartLoginTest, WhatWasNeverRegisteredCanBeUnregistered) {
-  EXPECT_EQ(login().unregisterApplication(), std::nullopt);
-}
-
 TEST_F(AutostartLoginTest, TheEntryStartsThisProgramAndSaysThatItWasAtLogin) {
   login().registerApplication();
   EXPECT_NE(content().find("\nExec=env TOLLVANE_STARTED_AT_LOGIN=1 \"/opt/Tollvane/Tollvane\"\n"), std::string::npos);

@@ -91,13 +91,6 @@ TEST_F(QtChildProcessesTest, AKilledProgramIsReportedLikeAnyOther) {
   EXPECT_EQ(terminations, 1);
 }
 
-TEST_F(QtChildProcessesTest, TerminatingEndsTheProgram) {
-  const auto process = shell("echo ready; exec sleep 1000");
-  whenOutput = [&] { process->terminate(); };
-  waitForEnd();
-  EXPECT_EQ(terminations, 1);
-}
-
 TEST_F(QtChildProcessesTest, ARemovedHandlerIsNotCalledAndTheProgramEndsWithItsOwner) {
   auto process = shell("echo $$; exec sleep 1000");
   whenOutput = [] { QCoreApplication::exit(0); };

@@ -69,14 +69,6 @@ class QtHttpTest : public testing::Test {
   QtHttp http;
 };
 
-TEST_F(QtHttpTest, AnAnswerHasItsStatusAndItsBody) {
-  Server server(answer("200 OK", "{\"version\": 1}"));
-  const auto response = get(server.url());
-  ASSERT_TRUE(response);
-  EXPECT_EQ(response->status, 200);
-  EXPECT_EQ(response->body, "{\"version\": 1}");
-}
-
 TEST_F(QtHttpTest, TheHeadersAreSentAndNoCacheMayAnswer) {
   Server server(answer("200 OK", ""));
   get({.url = server.url(), .headers = {{"Accept", "application/json"}}, .timeout = 15s});

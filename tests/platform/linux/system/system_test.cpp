@@ -19,16 +19,6 @@ using namespace std::chrono_literals;
 
 using test::Environment;
 
-TEST(ExecutableBundleTest, TheVersionStandsInInfoJson) {
-  const test::TemporaryDirectory directory;
-  directory.write("Info.json", R"({"CFBundleShortVersionString": "1.2.3", "number": 4})");
-  const ExecutableBundle bundle(directory.path());
-  EXPECT_EQ(bundle.infoString("CFBundleShortVersionString"), "1.2.3");
-  EXPECT_EQ(bundle.infoString("number"), std::nullopt);
-  EXPECT_EQ(bundle.infoString("missing"), std::nullopt);
-  EXPECT_EQ(bundle.logTool(), directory / "TollvaneLog");
-}
-
 TEST(ExecutableBundleTest, AMissingOrBrokenInfoJsonSaysNothing) {
   const test::TemporaryDirectory directory;
   EXPECT_EQ(ExecutableBundle(directory.path()).infoString("CFBundleShortVersionString"), std::nullopt);

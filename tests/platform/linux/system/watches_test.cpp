@@ -66,13 +66,6 @@ TEST_F(SocketWatchTest, EachReadableByteIsToldOf) {
   EXPECT_EQ(told, 2);
 }
 
-TEST_F(SocketWatchTest, TheEndOfTheStreamIsToldOf) {
-  bool told = false;
-  const auto watch = queue.watchReadable(ours.get(), [&] { told = true; });
-  theirs.reset();
-  runUntil([&] { return told; });
-}
-
 TEST_F(SocketWatchTest, AWatchMayEndInsideItsOwnBlock) {
   int told = 0;
   std::unique_ptr<MainQueue::Watch> watch;
@@ -85,15 +78,6 @@ TEST_F(SocketWatchTest, AWatchMayEndInsideItsOwnBlock) {
   runUntil([&] { return told > 0; });
   settle();
   EXPECT_EQ(told, 1);
-}
-
-TEST_F(SocketWatchTest, AWatchThatHasEndedIsSilent) {
-  int told = 0;
-  auto watch = queue.watchReadable(ours.get(), [&] { ++told; });
-  ASSERT_EQ(::write(theirs.get(), "a", 1), 1);
-  watch.reset();
-  settle();
-  EXPECT_EQ(told, 0);
 }
 
 TEST_F(WatchesTest, AFileThatAppearsInADirectoryIsToldOf) {
