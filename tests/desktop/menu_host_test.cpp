@@ -9,6 +9,7 @@
 #include "menu_host.h"
 #include "menu_scenarios.h"
 #include "platform/linux/status/menu_label.h"
+#include "support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -16,9 +17,9 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class MenuHostTest : public testing::Test {
+class MenuHostTest : public SharedSession<PrivateDesktop> {
  protected:
-  MenuHostTest() : desktop_({.screen = false, .panel = false}), bus_(desktop_) {}
+  MenuHostTest() : SharedSession(PrivateDesktop::Options{.screen = false, .panel = false}), bus_(desktop_) {}
 
   MenuHost& start(const std::string& scenario) {
     bell_.emplace(desktop_, scenario);
@@ -32,7 +33,7 @@ class MenuHostTest : public testing::Test {
     QCoreApplication::processEvents();
   }
 
-  PrivateDesktop desktop_;
+  PrivateDesktop& desktop_ = session;
   TestBus bus_;
   std::optional<MenuBell> bell_;
   std::optional<MenuHost> host_;

@@ -5,14 +5,17 @@
 #include <sstream>
 
 #include "support/private_wayland.h"
+#include "support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
 
 constexpr std::chrono::milliseconds kPatienceHere{20000};
 
-class MenuWaylandTest : public testing::Test {
+class MenuWaylandTest : public SharedSession<PrivateWayland> {
  protected:
+  MenuWaylandTest() : SharedSession(WAYLAND_POINTER) {}
+
   struct Place {
     int x = 0, y = 0, width = 0, height = 0;
   };
@@ -63,7 +66,7 @@ class MenuWaylandTest : public testing::Test {
     return place;
   }
 
-  PrivateWayland desktop{WAYLAND_POINTER};
+  PrivateWayland& desktop = session;
   std::unique_ptr<Process> bell;
   std::string empty;
 };
