@@ -6,7 +6,8 @@
 #   session tone light
 #
 # begin_session puts the session's variables in the place of all of the script's, and its facts (root, home, log, user,
-# panel_pid and so on) into shell variables of these names. Everything started here ends with the shell, however it ends.
+# panel_pid and so on) into shell variables of these names. Everything started here ends with the shell, however that
+# ends.
 # shellcheck shell=bash
 
 session_program=$(realpath "$(dirname "${BASH_SOURCE[0]}")/private_session")

@@ -98,7 +98,8 @@ class PulseAudio:
             own = sorted({file.parent for pattern in ('lib*.so*', 'module-null-sink.so')
                           for file in installation.glob(f'usr/lib/**/{pattern}')})
             environment['LD_LIBRARY_PATH'] = ':'.join(map(str, own))
-            modules = [f'--dl-search-path={file.parent}' for file in installation.glob('usr/lib/**/module-null-sink.so')]
+            modules = [f'--dl-search-path={file.parent}'
+                       for file in installation.glob('usr/lib/**/module-null-sink.so')]
         process = session.launch(
             'pulseaudio', [program, '--daemonize=no', '-n', '--exit-idle-time=-1', '--use-pid-file=no', *modules,
                            '-L', 'module-native-protocol-unix auth-anonymous=1', '-L',

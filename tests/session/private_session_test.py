@@ -117,8 +117,9 @@ class Parts(SessionTest):
     def brightness(self, session):
         """Of a place in the panel, once it has been drawn there over the background."""
         def look():
-            pixel = subprocess.run(['import', '-silent', '-window', 'root', '-crop', '1x1+100+14', '-depth', '8', 'rgb:-'],
-                                   env=session.environment, capture_output=True, check=True).stdout
+            pixel = subprocess.run(
+                ['import', '-silent', '-window', 'root', '-crop', '1x1+100+14', '-depth', '8', 'rgb:-'],
+                env=session.environment, capture_output=True, check=True).stdout
             return None if pixel == bytes.fromhex('4f6272') else sum(pixel) / 3 + 1
         return wait_until(look, 'the panel')
 
