@@ -9,7 +9,8 @@ target_compile_options(tollvane_options INTERFACE
   $<$<BOOL:${TOLLVANE_WERROR}>:-Werror>
   # Likewise wrong about texts, where everything is optimised together: worth a look, no reason to stop.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-error=array-bounds>
-  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-error=stringop-overflow>)
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-error=stringop-overflow>
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>)  # about what std::optional holds
 
 if(TOLLVANE_SANITIZE)
   add_compile_options(-fsanitize=${TOLLVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
