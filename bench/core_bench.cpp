@@ -35,11 +35,11 @@ void BM_MenuOfFiftySounds(benchmark::State& state) {
   for (auto _ : state) {
     BrowserNames names(resolver);
     Menu menu = soundMenu({.events = events,
-                                 .suggestExtension = true,
-                                 .browser = [&](const SoundEvent& event) { return names.browser(event.app); },
-                                 .isConnected = [](Browser) { return true; },
-                                 .availableVersion = "2.0"},
-                                actions, system.dates);
+                           .suggestExtension = true,
+                           .browser = [&](const SoundEvent& event) { return names.browser(event.app); },
+                           .isConnected = [](Browser) { return true; },
+                           .availableVersion = "2.0"},
+                          actions, system.dates);
     benchmark::DoNotOptimize(menu);
   }
 }
