@@ -29,7 +29,7 @@ class MenuPanelTest : public SharedSession<PrivateDesktop> {
     arguments.insert(arguments.begin(), "xdotool");
     ASSERT_TRUE(desktop_.run(arguments));
   }
-  void clickAt(int x, int y) { run({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void clickAt(int x, int y) { desktop_.clickAt(x, y); }
   void key(const std::string& name) { run({"key", name}); }
 
   void clickBell() { clickAt(786, 14); }

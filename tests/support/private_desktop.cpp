@@ -69,6 +69,14 @@ void PrivateDesktop::setTone(Tone tone) {
   tone_ = tone;
 }
 
+void PrivateDesktop::clickAt(int x, int y) {
+  constexpr int kSteps = 8;
+  std::vector<std::string> command{"xdotool", "mousemove", std::to_string(x - kSteps), std::to_string(y)};
+  for (int i = 0; i < kSteps; ++i) command.insert(command.end(), {"sleep", "0.01", "mousemove_relative", "1", "0"});
+  command.insert(command.end(), {"click", "1"});
+  if (!run(command)) throw std::runtime_error("no click");
+}
+
 void PrivateDesktop::screenshot(const std::filesystem::path& file) {
   if (!run({"scrot", "--overwrite", file.string()})) throw std::runtime_error("no screenshot");
 }

@@ -78,7 +78,7 @@ class WholeDesktopTest : public DesktopTest {
   }
   // --- pointer and keys
 
-  void clickAt(int x, int y) { run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void clickAt(int x, int y) { desktop.clickAt(x, y); }
   void key(const std::string& name) { run({"xdotool", "key", name}); }
 
   struct Place {
