@@ -59,12 +59,15 @@ void PrivateWayland::point(const std::string& order) {
 
 void PrivateWayland::moveTo(int x, int y) { point("move " + std::to_string(x) + " " + std::to_string(y)); }
 
-void PrivateWayland::click(int x, int y, int button) {
-  // As of a hand: Qt 6.8's menus heed no pointer that jumps there.
-  for (int step = 8; step >= 0; --step) {
+void PrivateWayland::approach(int x, int y) {
+  for (int step = 16; step >= 0; --step) {
     moveTo(x - step, y);
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
+}
+
+void PrivateWayland::click(int x, int y, int button) {
+  moveTo(x, y);
   point("press " + std::to_string(button));
   point("release " + std::to_string(button));
 }

@@ -48,6 +48,8 @@ class PrivateWayland {
 
   void moveTo(int x, int y);
   void click(int x, int y, int button = kLeft);
+  // In small steps, as of a hand: Qt 6.8's menus heed no pointer that jumps there.
+  void approach(int x, int y);
   // A keyboard of its own comes and goes with each call, and a key may be lost before the compositor has told the
   // clients of it: repeat it until it has its effect.
   void key(const std::vector<std::string>& wtypeArguments);
