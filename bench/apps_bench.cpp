@@ -168,7 +168,7 @@ struct Desktop {
 void nameOfAnApplication(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) {
-    const auto application = desktop.workspace.runningApplication(machine->application());
+    auto application = desktop.workspace.runningApplication(machine->application());
     if (!application) state.SkipWithError("not found");
     benchmark::DoNotOptimize(application);
   }
@@ -223,7 +223,7 @@ BENCHMARK(refreshAfterOneEntryChanged)->Unit(benchmark::kMillisecond);
 void findRunningApplication(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) {
-    const auto running = desktop.workspace.runningApplications("org.example.App" + std::to_string(entryCount - 1));
+    auto running = desktop.workspace.runningApplications("org.example.App" + std::to_string(entryCount - 1));
     if (running.size() != 1) state.SkipWithError("not found");
     benchmark::DoNotOptimize(running);
   }
@@ -234,7 +234,7 @@ BENCHMARK(findRunningApplication)->Unit(benchmark::kMicrosecond);
 void findRunningBrowser(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) {
-    const auto running = desktop.workspace.runningApplications("org.chromium.Chromium");
+    auto running = desktop.workspace.runningApplications("org.chromium.Chromium");
     if (running.size() != 1) state.SkipWithError("not found");
     benchmark::DoNotOptimize(running);
   }

@@ -35,12 +35,12 @@ void BM_MenuOfFiftySounds(benchmark::State& state) {
   const SoundMenuActions actions = {nothing, nothing, nothing, nothing, nothing, nothing, nothing, nothing, nothing};
   for (auto _ : state) {
     BrowserNames names(resolver);
-    const Menu menu = soundMenu({.events = events,
-                                 .suggestExtension = true,
-                                 .browser = [&](const SoundEvent& event) { return names.browser(event.app); },
-                                 .isConnected = [](Browser) { return true; },
-                                 .availableVersion = "2.0"},
-                                actions, system.dates);
+    Menu menu = soundMenu({.events = events,
+                           .suggestExtension = true,
+                           .browser = [&](const SoundEvent& event) { return names.browser(event.app); },
+                           .isConnected = [](Browser) { return true; },
+                           .availableVersion = "2.0"},
+                          actions, system.dates);
     benchmark::DoNotOptimize(menu);
   }
 }

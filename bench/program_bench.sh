@@ -9,8 +9,8 @@ bundle=$(realpath "$1")
 runs=15
 idle_seconds=30
 
-# shellcheck source=../demo/private_session.sh
-source "$here/../demo/private_session.sh"
+# shellcheck source=tests/session/client.sh
+source "$here/../tests/session/client.sh"
 
 # A pipe from a program that stays, so that a line is stamped when it arrives and not when somebody looks.
 start_item_monitor() {
@@ -41,9 +41,9 @@ pss() { awk '/^Pss:/ {printf "%.1f", $2 / 1024}' "/proc/$1/smaps_rollup"; }
 context_switches() { cat /proc/"$1"/task/*/status | awk '/ctxt_switches/ {sum += $2} END {print sum}'; }
 median() { sort -n | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'; }
 
-start_session
-mkdir -p "$XDG_CONFIG_HOME/Tollvane"
-echo '{"hasLaunchedBefore": true}' >"$XDG_CONFIG_HOME/Tollvane/defaults.json" # no welcome window in the way
+begin_session --sound pipewire --screen 800x300 --window-manager openbox --panel xfce4
+mkdir -p "$home/.config/Tollvane"
+echo '{"hasLaunchedBefore": true}' >"$home/.config/Tollvane/defaults.json" # no welcome window in the way
 require 10 "a watch on the panel's items" start_item_monitor
 times=()
 for ((run = 0; run <= runs; run++)); do
@@ -59,4 +59,4 @@ sleep 5 # what a start leaves behind has settled
 before=$(context_switches "$tollvane")
 sleep "$idle_seconds"
 echo "idle for $idle_seconds s, context switches: $(($(context_switches "$tollvane") - before))"
-echo "PSS, MiB: $(pss "$tollvane") (the panel beside it: $(pss "$panel"))"
+echo "PSS, MiB: $(pss "$tollvane") (the panel beside it: $(pss "$panel_pid"))"

@@ -8,8 +8,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 bundle=$(realpath "$1")
 runs=15
 
-# shellcheck source=../demo/private_session.sh
-source "$here/../demo/private_session.sh"
+# shellcheck source=tests/session/client.sh
+source "$here/../tests/session/client.sh"
 
 # await TEXT: until the monitor of that descriptor prints it.
 await() {
@@ -33,11 +33,11 @@ listens() {
   log_tool=$(pgrep -P "$tollvane" -x TollvaneLog) &&
     pw-dump | grep -q "\"\(application.process.id\|pipewire.sec.pid\)\": \"\?$log_tool\b"
 }
-linked() { grep -q " 03 *[0-9]* $XDG_DATA_HOME/Tollvane/bridge.sock\$" /proc/net/unix; }
+linked() { grep -q " 03 *[0-9]* $home/.local/share/Tollvane/bridge.sock\$" /proc/net/unix; }
 
-start_session
-mkdir -p "$XDG_CONFIG_HOME/Tollvane"
-echo '{"hasLaunchedBefore": true}' >"$XDG_CONFIG_HOME/Tollvane/defaults.json"
+begin_session --sound pipewire --screen 800x300 --window-manager openbox --panel xfce4
+mkdir -p "$home/.config/Tollvane"
+echo '{"hasLaunchedBefore": true}' >"$home/.config/Tollvane/defaults.json"
 start tollvane "$bundle/Tollvane"
 tollvane=$!
 item=org.kde.StatusNotifierItem-$tollvane-1
@@ -51,7 +51,7 @@ mkfifo "$root/reports"
 exec {reports}<>"$root/reports"
 setpriv --pdeathsig KILL env CHROME_DESKTOP=chromium.desktop \
   "$bundle/TollvaneBridge" chrome-extension://obnkhebafdebfkbooeekkekkklllpdhc/ \
-  <"$root/reports" >"$root/log/bridge.out" 2>"$root/log/bridge.log" &
+  <"$root/reports" >"$log/bridge.out" 2>"$log/bridge.log" &
 started+=($!)
 require 10 "the bridge's link" linked
 report '{"type":"hello","version":"1"}'

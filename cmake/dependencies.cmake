@@ -1,4 +1,4 @@
-# The libraries that Tollvane stands on, as docs/libraries.md explains them. All are Debian packages: ./dev setup.
+# The libraries that Tollvane stands on, as docs/libraries.md explains them. All are Debian packages: packaging/debian.
 find_package(simdjson REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc i18n)

@@ -1,6 +1,6 @@
 # A browser with Tollvane's extension in it, and a page that plays as soon as it is open. Sourced by demo.sh, after
-# private_session.sh. The browser has a profile of its own in the session.
-# shellcheck shell=bash
+# the private session. The browser has a profile of its own in the session.
+# shellcheck shell=bash disable=SC2154,SC2034
 
 page_title="Evening news"
 
@@ -27,8 +27,8 @@ serve_page() {
 <body><audio src="sound.wav" autoplay onended="this.src = ''"></audio></body></html>
 END
   start page python3 -u -m http.server --bind 127.0.0.1 --directory "$root/page" 0
-  require 10 "the page's server" grep -q "port [0-9]" "$root/log/page.log"
-  port=$(sed -n 's/.* port \([0-9]*\) .*/\1/p' "$root/log/page.log")
+  require 10 "the page's server" grep -q "port [0-9]" "$log/page.log"
+  port=$(sed -n 's/.* port \([0-9]*\) .*/\1/p' "$log/page.log")
   page_address=http://localhost:$port/
 }
 
@@ -70,4 +70,4 @@ END
 browser_tab() { timeout 60 "${browser_command[@]}" "$page_address"; }
 
 # Whether a bridge has connected: a listening socket is in state 01, a connected one in 03.
-browser_is_linked() { grep -q " 03 *[0-9]* $XDG_DATA_HOME/Tollvane/bridge.sock\$" /proc/net/unix; }
+browser_is_linked() { grep -q " 03 *[0-9]* $home/.local/share/Tollvane/bridge.sock\$" /proc/net/unix; }

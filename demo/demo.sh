@@ -18,14 +18,16 @@ bundle=$(realpath "$1")
 mkdir -p "$2"
 output=$(realpath "$2")
 
-# shellcheck source=demo/private_session.sh
-source "$here/private_session.sh"
+# shellcheck source=tests/session/client.sh
+source "$here/../tests/session/client.sh"
+# shellcheck source=demo/sounds.sh
+source "$here/sounds.sh"
 # shellcheck source=demo/browser.sh
 source "$here/browser.sh"
 
 for program in Xvfb dbus-daemon openbox xfce4-panel xfconf-query xdotool xprop scrot identify convert pipewire \
   wireplumber pipewire-pulse pactl pw-dump sox busctl setpriv pw-play paplay aplay canberra-gtk-play dunst \
-  notify-send; do
+  notify-send python3; do
   command -v "$program" >/dev/null || missing+=" $program"
 done
 if [ -n "${missing:-}" ]; then
@@ -41,7 +43,7 @@ fail() {
 
 # --- What Tollvane heard ---------------------------------------------------------------------------------------------
 
-history_file() { echo "$XDG_DATA_HOME/Tollvane/history.txt"; }
+history_file() { echo "$home/.local/share/Tollvane/history.txt"; }
 heard() { if [ -f "$(history_file)" ]; then wc -l <"$(history_file)"; else echo 0; fi; }
 heard_at_least() { [ "$(heard)" -ge "$1" ]; }
 silence() { [ -z "$(pactl list short sink-inputs)" ]; }
@@ -63,7 +65,7 @@ expect() {
   shift 2
   before=$(heard)
   echo "playing: $1"
-  "$@" >"$root/log/player.log" 2>&1 || fail "$1 could not play: $(tail -n 1 "$root/log/player.log")"
+  "$@" >"$log/player.log" 2>&1 || fail "$1 could not play: $(tail -n 1 "$log/player.log")"
   poll 10 heard_at_least $((before + 1)) || fail "$1 was not heard"
   poll 10 silence || fail "$1 does not stop"
   print_new_lines
@@ -103,7 +105,7 @@ bell_differs_from() {
 
 # bell_picture NAME TONE OTHER: the panel in that tone, whose bell must look different from the other picture's.
 bell_picture() {
-  panel_tone "$2"
+  session tone "$2"
   poll 10 bell_differs_from "$output/$3.png" || fail "the bell of $1 looks like the one of $3"
   picture "$1"
 }
@@ -125,12 +127,11 @@ listens() {
   log_tool=$(pgrep -P "$tollvane" -x TollvaneLog) && pw-dump | grep -q "\"\(application.process.id\|pipewire.sec.pid\)\": \"\?$log_tool\b"
 }
 
-start_session
+begin_session --sound pipewire --screen 800x300 --window-manager openbox --panel xfce4 --tone light
 make_sounds
-
-panel_tone light
+serve_notifications
 picture panel-light
-panel_tone dark
+session tone dark
 picture panel-dark
 
 poll 10 bell_differs_from "$output/panel-light.png" || fail "the dark panel looks like the light one"

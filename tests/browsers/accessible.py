@@ -16,7 +16,7 @@ NOTHING = '/org/a11y/atspi/null'
 
 class Accessibility:
     def __init__(self, session):
-        session.start_service('org.a11y.Bus')
+        session.tell('service org.a11y.Bus')
         self._bus = Bus(session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')[0])
 
     def window(self, program, title):

@@ -7,21 +7,26 @@ browser is not installed.
 """
 
 import os
+import pathlib
+import sys
 import time
 import unittest
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / 'session'))
 
 from browser import OPTIONS
 from browser_of_this_run import browser_of_this_run
 from chromium import Chromium
 from firefox import Firefox
 from pages import Pages
-from private_session import PrivateSession
 from tollvane import Tollvane
+from client import PrivateSession
 from waiting import wait_until
 
 BUNDLE = os.environ.get('TOLLVANE_BUNDLE')
 NAMES = {Chromium: 'Chromium', Firefox: 'Firefox'}  # as alerts have them
 STATES = {Chromium: 'Connected', Firefox: 'Added'}  # of the link, in the settings
+SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox', '--panel', 'xfce4')
 REPEATS = 1.5  # seconds in which further sounds of one application are none
 SOUND = 'started playing audio'
 KIND = None  # of the browser
@@ -31,8 +36,7 @@ def setUpModule():
     test = ApplicationTest
     test.pages = Pages()
     unittest.addModuleCleanup(test.pages.close)
-    test.session = unittest.enterModuleContext(PrivateSession())
-    test.session.start_panel()
+    test.session = unittest.enterModuleContext(PrivateSession(*SESSION))
     test.tollvane = Tollvane(test.session, BUNDLE)
     test.tollvane.start()
     test.browser = KIND(test.session, test.tollvane.bundle / 'Extensions')

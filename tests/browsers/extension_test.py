@@ -10,7 +10,10 @@ import json
 import os
 import pathlib
 import signal
+import sys
 import unittest
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / 'session'))
 
 from browser import OPTIONS
 from browser_of_this_run import browser_of_this_run
@@ -18,12 +21,13 @@ from chromium import Chromium
 from fake_application import FakeApplication
 from firefox import Firefox
 from pages import Pages
-from private_session import PrivateSession
+from client import PrivateSession
 from waiting import wait_until
 
 HERE = pathlib.Path(__file__).resolve().parent
 EXTENSION = pathlib.Path(os.environ.get('TOLLVANE_BUNDLE', HERE)) / 'Extensions'
 BRIDGE = os.environ.get('TOLLVANE_BRIDGE', HERE / 'fake_host.py')
+SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox')
 BUNDLES = {Chromium: 'org.chromium.Chromium', Firefox: 'org.mozilla.firefox'}
 KIND = None  # of the browser
 
@@ -32,7 +36,7 @@ def setUpModule():
     test = ExtensionTest
     test.pages = Pages()
     unittest.addModuleCleanup(test.pages.close)
-    test.session = unittest.enterModuleContext(PrivateSession())
+    test.session = unittest.enterModuleContext(PrivateSession(*SESSION))
     test.application = FakeApplication(test.session)
     unittest.addModuleCleanup(test.application.stop)
     test.browser = KIND(test.session, EXTENSION)

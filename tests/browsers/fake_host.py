@@ -23,7 +23,7 @@ def main():
     parent = os.readlink(f'/proc/{os.getppid()}/exe')
     bundle = 'org.mozilla.firefox' if 'firefox' in parent else 'org.chromium.Chromium'
     application = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
-    application.connect(os.path.join(os.environ['XDG_DATA_HOME'], 'Tollvane', 'bridge.sock'))
+    application.connect(os.path.expanduser('~/.local/share/Tollvane/bridge.sock'))
     application.sendall(json.dumps({'type': 'bridge', 'bundleID': bundle}).encode() + b'\n')
     rest = b''
     while True:

@@ -13,17 +13,18 @@
 
 #include "tests/support/private_desktop.h"
 #include "tests/support/process.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 
-class DesktopTest : public testing::Test {
+class DesktopTest : public SharedSession<PrivateDesktop> {
  protected:
-  explicit DesktopTest(PrivateDesktop::Options options = {.screen = true, .panel = false}) : desktop(options) {
+  explicit DesktopTest(PrivateDesktop::Options options = {.screen = true, .panel = false}) : SharedSession(options) {
     std::filesystem::create_directories(root() / ".local/share/applications");
     std::filesystem::create_directories(root() / ".config");
   }
 
-  const std::filesystem::path& root() const { return desktop.root(); }
+  std::filesystem::path root() const { return desktop.root(); }
 
   std::filesystem::path entry(const std::string& id, const std::string& text) {
     return write(".local/share/applications/" + id + ".desktop", "[Desktop Entry]\nType=Application\n" + text);
@@ -58,7 +59,7 @@ class DesktopTest : public testing::Test {
     return probe->line(desktopPatience).value_or("(nothing)");
   }
 
-  PrivateDesktop desktop;
+  PrivateDesktop& desktop = session;
   std::unique_ptr<Process> probe;
 };
 

@@ -10,6 +10,7 @@
 
 #include "platform/linux/bell/exported_menu.h"
 #include "tests/desktop/menu_scenarios.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -17,9 +18,9 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class MenuHostTest : public testing::Test {
+class MenuHostTest : public SharedSession<PrivateDesktop> {
  protected:
-  MenuHostTest() : desktop_({.screen = false, .panel = false}), bus_(desktop_) {}
+  MenuHostTest() : SharedSession(PrivateDesktop::Options{.screen = false, .panel = false}), bus_(desktop_) {}
 
   MenuHost& start(const std::string& scenario) {
     bell_.emplace(desktop_, scenario);
@@ -33,7 +34,7 @@ class MenuHostTest : public testing::Test {
     QCoreApplication::processEvents();
   }
 
-  PrivateDesktop desktop_;
+  PrivateDesktop& desktop_ = session;
   TestBus bus_;
   std::optional<MenuBell> bell_;
   std::optional<MenuHost> host_;

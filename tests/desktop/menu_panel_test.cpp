@@ -3,17 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QImage>
 #include <optional>
-#include <set>
 
 #include "tests/desktop/menu_fixture.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
 
-class MenuPanelTest : public testing::Test {
+class MenuPanelTest : public SharedSession<PrivateDesktop> {
  protected:
+  MenuPanelTest() : SharedSession(PrivateDesktop::Options{}) {}
+
   void start(const std::string& scenario) {
     bell_.emplace(desktop_, scenario);
     bell_->tell("image bell");
@@ -21,29 +22,14 @@ class MenuPanelTest : public testing::Test {
         waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
                   desktopPatience));
     // The panel needs a moment longer for its icon than for its registration.
-    ASSERT_TRUE(waitUntil([&] { return showsIcon(bar()); }, desktopPatience));
-  }
-
-  // A bar without an icon is of one colour, or not drawn yet.
-  static bool showsIcon(const QImage& image) {
-    std::set<QRgb> colors;
-    for (int y = 0; y < image.height(); ++y)
-      for (int x = 0; x < image.width(); ++x) colors.insert(image.pixel(x, y));
-    return colors.size() > 4;
-  }
-
-  // The end of the bar, where the last icon is.
-  QImage bar() {
-    const std::filesystem::path file = desktop_.root() / "screen.png";
-    desktop_.screenshot(file);
-    return QImage(QString::fromStdString(file.string())).copy(770, 0, 30, 26);
+    ASSERT_TRUE(waitUntil([&] { return desktop_.showsIcon(); }, desktopPatience));
   }
 
   void run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "xdotool");
     ASSERT_TRUE(desktop_.run(arguments));
   }
-  void clickAt(int x, int y) { run({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void clickAt(int x, int y) { desktop_.clickAt(x, y); }
   void key(const std::string& name) { run({"key", name}); }
 
   void clickBell() { clickAt(786, 14); }
@@ -52,7 +38,7 @@ class MenuPanelTest : public testing::Test {
     ASSERT_TRUE(bell_->prints("opened "));
   }
 
-  PrivateDesktop desktop_{{}};
+  PrivateDesktop& desktop_ = session;
   std::optional<MenuBell> bell_;
 };
 

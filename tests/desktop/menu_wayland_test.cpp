@@ -5,14 +5,17 @@
 #include <sstream>
 
 #include "tests/support/private_wayland.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
 
 constexpr std::chrono::milliseconds patienceHere{20000};
 
-class MenuWaylandTest : public testing::Test {
+class MenuWaylandTest : public SharedSession<PrivateWayland> {
  protected:
+  MenuWaylandTest() : SharedSession(WAYLAND_POINTER) {}
+
   struct Place {
     int x = 0, y = 0, width = 0, height = 0;
   };
@@ -63,7 +66,7 @@ class MenuWaylandTest : public testing::Test {
     return place;
   }
 
-  PrivateWayland desktop{WAYLAND_POINTER};
+  PrivateWayland& desktop = session;
   std::unique_ptr<Process> bell;
   std::string empty;
 };
@@ -74,6 +77,7 @@ TEST_F(MenuWaylandTest, AClickOpensItBelowTheBarAndAClickOnAnEntryChooses) {
   const Place place = menu();
   EXPECT_GE(place.y, 26);
   EXPECT_LE(place.x + place.width, PrivateWayland::width);
+  desktop.approach(place.x + 40, place.y + place.height - 15);
   desktop.click(place.x + 40, place.y + place.height - 15);
   EXPECT_TRUE(prints("chosen quit"));
 }

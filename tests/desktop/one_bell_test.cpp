@@ -16,6 +16,13 @@ using testing::HasSubstr;
 
 class OneBellTest : public DesktopTest {
  protected:
+  OneBellTest() {
+    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, desktopPatience)) << "of the test before";
+  }
+  void TearDown() override {
+    if (desktop.hasPanel()) desktop.stopPanel();
+  }
+
   std::unique_ptr<Process> startTollvane(const Variables& extra = {}) {
     return desktop.start({TOLLVANE_BUNDLE "/Tollvane"}, extra);
   }
@@ -72,18 +79,7 @@ TEST_F(OneBellTest, AFirstOneThatHangsIsNotDoubled) {
   awaitOwner(*first);
   first->signal(SIGSTOP);
   Process second({"sh", "-c", "exec \"$0\" 2>&1", TOLLVANE_BUNDLE "/Tollvane"},
-                 {.output = Process::Output::read,
-                  .variables =
-                      [&] {
-                        Variables variables = ownVariables();
-                        for (const auto* name : {"DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "HOME", "XDG_RUNTIME_DIR"}) {
-                          auto value = desktop.run({"printenv", name}).value_or("");
-                          if (!value.empty()) value.pop_back();
-                          variables[name] = value;
-                        }
-                        return variables;
-                      }(),
-                  .errors = std::nullopt});
+                 {.output = Process::Output::read, .variables = desktop.variables(), .errors = std::nullopt});
   EXPECT_EQ(second.exitCode(desktopPatience), 1);
   EXPECT_THAT(second.rest(), HasSubstr("it is running already, but does not answer"));
   first->signal(SIGCONT);
@@ -108,7 +104,8 @@ TEST_F(OneBellTest, EndsInGoodOrderWhenTheSessionBusGoes) {
   const auto tollvane = startTollvane();
   awaitOwner(*tollvane);
   const auto children = awaitChildren(*tollvane);
-  desktop.bus().kill();
+  desktop.killBus();
+  spoilSession();
   EXPECT_EQ(tollvane->exitCode(desktopPatience), 0);
   expectGone(children);
 }

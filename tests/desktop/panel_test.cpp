@@ -7,6 +7,7 @@
 #include <set>
 
 #include "tests/desktop/bell_fixture.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -16,17 +17,17 @@ using Tone = PrivateDesktop::Tone;
 // Where the panel's last icon is: the right end of the bar at the top.
 constexpr QRect iconArea(800 - 30, 0, 30, 26);
 
-class PanelTest : public testing::Test {
+class PanelTest : public SharedSession<PrivateDesktop> {
  protected:
-  void startDesktop(PrivateDesktop::Options options) { desktop_.emplace(options); }
+  PanelTest() : SharedSession(PrivateDesktop::Options{}) { desktop_.setTone(Tone::dark); }
 
-  Bell& startBell() { return bell_.emplace(*desktop_); }
+  Bell& startBell() { return bell_.emplace(desktop_); }
 
   // What the icon's place shows once it has stopped changing.
   QImage icon() {
-    const std::filesystem::path file = desktop_->root() / "screen.png";
+    const std::filesystem::path file = desktop_.root() / "screen.png";
     const auto look = [&] {
-      desktop_->screenshot(file);
+      desktop_.screenshot(file);
       return QImage(QString::fromStdString(file.string())).convertToFormat(QImage::Format_RGB32).copy(iconArea);
     };
     QImage last = look();
@@ -45,12 +46,11 @@ class PanelTest : public testing::Test {
   }
 
   bool isRegistered(const Bell& bell) {
-    return waitUntil(
-        [&] { return desktop_->registeredItems().find(bell.service().toStdString()) != std::string::npos; },
-        desktopPatience);
+    return waitUntil([&] { return desktop_.registeredItems().find(bell.service().toStdString()) != std::string::npos; },
+                     desktopPatience);
   }
 
-  std::optional<PrivateDesktop> desktop_;
+  PrivateDesktop& desktop_ = session;
   std::optional<Bell> bell_;
 };
 
@@ -82,7 +82,6 @@ int changedPixels(const QImage& icon, const QImage& bar) {
 }
 
 TEST_F(PanelTest, HollowAndFilledBellAndNoneLookDifferent) {
-  startDesktop({.tone = Tone::dark});
   const QImage none = icon();
   Bell& bell = startBell();
   bell.tell("image bell No sound yet");
@@ -99,7 +98,6 @@ TEST_F(PanelTest, HollowAndFilledBellAndNoneLookDifferent) {
 }
 
 TEST_F(PanelTest, OnADarkPanelTheBellIsLight) {
-  startDesktop({.tone = Tone::dark});
   const QImage none = icon();
   startBell().tell("image bell.fill");
   ASSERT_TRUE(becomesOtherThan({none}));
@@ -107,7 +105,7 @@ TEST_F(PanelTest, OnADarkPanelTheBellIsLight) {
 }
 
 TEST_F(PanelTest, OnALightPanelTheBellIsDark) {
-  startDesktop({.tone = Tone::light});
+  desktop_.setTone(Tone::light);
   const QImage none = icon();
   startBell().tell("image bell.fill");
   ASSERT_TRUE(becomesOtherThan({none}));
@@ -115,39 +113,36 @@ TEST_F(PanelTest, OnALightPanelTheBellIsDark) {
 }
 
 TEST_F(PanelTest, APanelThatStartsLaterGetsTheBell) {
-  startDesktop({.panel = false});
+  desktop_.stopPanel();
   Bell& bell = startBell();
   bell.tell("image bell");
-  desktop_->startPanel();
+  desktop_.startPanel();
   EXPECT_TRUE(isRegistered(bell));
 }
 
 TEST_F(PanelTest, APanelThatCrashedGetsTheBellAgain) {
-  startDesktop({});
   const QImage none = icon();
   Bell& bell = startBell();
   bell.tell("image bell.fill");
   ASSERT_TRUE(isRegistered(bell));
   for (int crash = 0; crash < 2; ++crash) {
-    desktop_->panel().kill();
-    desktop_->startPanel();
+    desktop_.killPanel();
+    desktop_.startPanel();
     ASSERT_TRUE(isRegistered(bell)) << "crash " << crash;
     EXPECT_TRUE(becomesOtherThan({none}));
   }
 }
 
 TEST_F(PanelTest, TheBellIsThereOnlyOnce) {
-  startDesktop({});
   Bell& bell = startBell();
   bell.tell("image bell");
   ASSERT_TRUE(isRegistered(bell));
   bell.tell("image bell.fill");
-  const std::string items = desktop_->registeredItems();
+  const std::string items = desktop_.registeredItems();
   EXPECT_EQ(items.substr(0, 5), "as 1 ") << items;
 }
 
 TEST_F(PanelTest, TheBellLeavesThePanelWithItsProcess) {
-  startDesktop({});
   const QImage none = icon();
   Bell& bell = startBell();
   bell.tell("image bell.fill");

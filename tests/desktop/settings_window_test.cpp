@@ -10,14 +10,17 @@
 
 #include "tests/support/private_desktop.h"
 #include "tests/support/process.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
 
 using testing::HasSubstr;
 
-class SettingsWindowTest : public testing::Test {
+class SettingsWindowTest : public SharedSession<PrivateDesktop> {
  protected:
+  SettingsWindowTest() : SharedSession(PrivateDesktop::Options{.panel = false}) {}
+
   void start(const std::string& scenario) {
     probe = desktop.start({SETTINGS_PROBE, scenario});
     order("show");
@@ -58,7 +61,7 @@ class SettingsWindowTest : public testing::Test {
   }
   void press(const std::string& key) { run({"xdotool", "key", key}); }
 
-  PrivateDesktop desktop{{.screen = true, .panel = false}};
+  PrivateDesktop& desktop = session;
   std::unique_ptr<Process> probe;
 };
 

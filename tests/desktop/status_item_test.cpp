@@ -11,6 +11,7 @@
 #include "platform/linux/drawing/symbols.h"
 #include "tests/desktop/bell_fixture.h"
 #include "tests/desktop/watcher_and_portal.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -18,9 +19,15 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class StatusItemTest : public testing::Test {
+class StatusItemTest : public SharedSession<PrivateDesktop> {
  protected:
-  StatusItemTest() : desktop_({.screen = false, .panel = false}), bus_(desktop_) {}
+  StatusItemTest() : SharedSession(PrivateDesktop::Options{.screen = false, .panel = false}), bus_(desktop_) {
+    // The watcher and the portal of the test before.
+    EXPECT_TRUE(waitUntil([&] {
+      const QStringList names = bus_->interface()->registeredServiceNames();
+      return !names.contains("org.kde.StatusNotifierWatcher") && !names.contains("org.freedesktop.portal.Desktop");
+    }));
+  }
 
   Bell& startBell(const Variables& extra = {}) { return bell_.emplace(desktop_, extra); }
 
@@ -30,7 +37,7 @@ class StatusItemTest : public testing::Test {
     return {*bus_, bell_->service()};
   }
 
-  PrivateDesktop desktop_;
+  PrivateDesktop& desktop_ = session;
   TestBus bus_;
   std::optional<Bell> bell_;
 };
@@ -220,7 +227,7 @@ TEST_F(StatusItemTest, TheBellOutlivesItsBus) {
   PrivateDesktop other({.screen = false, .panel = false});
   Bell bell(desktop_, {{"DBUS_SESSION_BUS_ADDRESS", other.busAddress()}});
   bell.tell("image bell");
-  other.bus().kill();
+  other.killBus();
   bell.tell("image bell.fill");
   bell.tell("tooltip Mail");
   EXPECT_TRUE(bell.program().running());
@@ -236,7 +243,8 @@ TEST_F(StatusItemTest, WithoutAPortalTheBellIsLight) {
 }
 
 TEST_F(StatusItemTest, AskingForTheColourSchemeStartsNoPortal) {
-  const std::filesystem::path services = desktop_.root() / "run/dbus-1/services";
+  spoilSession();  // with the services that its bus starts from now on
+  const std::filesystem::path services = desktop_.runtimeDirectory() / "dbus-1/services";
   const auto install = [&](const std::string& name, const std::string& trace) {
     std::filesystem::create_directories(services);
     std::ofstream(services / (name + ".service"))

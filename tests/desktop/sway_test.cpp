@@ -5,15 +5,16 @@
 #include <fstream>
 
 #include "tests/support/private_wayland.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-class SwayTest : public testing::Test {
+class SwayTest : public SharedSession<PrivateWayland> {
  protected:
-  SwayTest() {
+  SwayTest() : SharedSession(WAYLAND_POINTER) {
     fs::copy_file(DESKTOP_PROBE, desktop.root() / "window");
     fs::create_directories(desktop.root() / ".local/share/applications");
     std::ofstream(desktop.root() / ".local/share/applications/window.desktop")
@@ -41,7 +42,7 @@ class SwayTest : public testing::Test {
     return probe.line().value_or("(nothing)");
   }
 
-  PrivateWayland desktop{WAYLAND_POINTER};
+  PrivateWayland& desktop = session;
 };
 
 TEST_F(SwayTest, AWindowComesForwardFromAnotherWorkspace) {

@@ -136,6 +136,8 @@ std::optional<SoundMessage> byExpressions(std::string_view process, std::string_
   static const RE2 bundle(R"re(bundle=([^\],]+))re");
   static const RE2 client(R"re(inClientPID (\p{Nd}+)\(([^)]*)\))re");
   static const RE2 output(R"re("name":"([^"]*)\((\p{Nd}+)\)")re");
+  // Newer ones take a text type of their own, which does not come of the standard's.
+  const re2::StringPiece text(message.data(), message.size());
   re2::StringPiece first;
   re2::StringPiece second;
   const auto view = [](re2::StringPiece piece) { return std::string_view(piece.data(), piece.size()); };
@@ -145,15 +147,15 @@ std::optional<SoundMessage> byExpressions(std::string_view process, std::string_
     return ascii && digits.size() < 10 && RE2::FullMatch(digits, "([0-9]+)", &pid) ? std::optional(pid) : std::nullopt;
   };
   if (process == "usernoted") {
-    if (!RE2::PartialMatch(message, record, &first) && !RE2::PartialMatch(message, bundle, &first)) return std::nullopt;
+    if (!RE2::PartialMatch(text, record, &first) && !RE2::PartialMatch(text, bundle, &first)) return std::nullopt;
     return NotificationPresented{view(first)};
   }
   if (process == "systemsoundserverd") {
-    if (!RE2::PartialMatch(message, client, &first, &second) || !pidOf(first)) return std::nullopt;
+    if (!RE2::PartialMatch(text, client, &first, &second) || !pidOf(first)) return std::nullopt;
     return AlertSoundRequested{*pidOf(first), view(second)};
   }
   if (message.find("\"output_running\":true") == message.npos) return std::nullopt;
-  if (!RE2::PartialMatch(message, output, &first, &second) || !pidOf(second)) return std::nullopt;
+  if (!RE2::PartialMatch(text, output, &first, &second) || !pidOf(second)) return std::nullopt;
   return AudioOutputStarted{*pidOf(second), view(first)};
 }
 

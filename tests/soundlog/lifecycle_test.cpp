@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/soundlog/running_log.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -24,6 +25,12 @@ class LifecycleTest : public ::testing::Test {
   PrivateSound sound_;
 };
 
+// As long as nothing happens to the servers.
+class SteadyTest : public SharedSession<PrivateSound> {
+ protected:
+  PrivateSound& sound_ = session;
+};
+
 TEST_F(LifecycleTest, AServerThatIsStartedLaterIsHeard) {
   RunningLog log(sound_);
   sound_.start();
@@ -32,12 +39,11 @@ TEST_F(LifecycleTest, AServerThatIsStartedLaterIsHeard) {
 }
 
 TEST_F(LifecycleTest, AServerIsHeardWhoseDirectoryIsMadeLater) {
-  const auto directory = sound_.directory() / "later" / "run";
-  sound_.setVariable("XDG_RUNTIME_DIR", directory);
+  const auto later = sound_.home() / "later";
+  sound_.setVariable("XDG_RUNTIME_DIR", later / "run");
   RunningLog log(sound_);
-  std::filesystem::create_directories(directory);
-  sound_.startBus();
-  sound_.startPipeWire();
+  std::filesystem::create_directory_symlink(sound_.runtimeDirectory().parent_path(), later);
+  sound_.start();
   ASSERT_TRUE(log.listens());
 }
 
@@ -86,7 +92,7 @@ TEST_F(LifecycleTest, WithoutBusAndServerItWaits) {
   EXPECT_EQ(log.process().exitCode(300ms), std::nullopt);
 }
 
-TEST_F(LifecycleTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
+TEST_F(SteadyTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
   sound_.start();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
@@ -94,9 +100,9 @@ TEST_F(LifecycleTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
   EXPECT_EQ(log.process().exitCode(), 0);
 }
 
-TEST_F(LifecycleTest, ItEndsWhenItsReaderIsKilled) {
+TEST_F(SteadyTest, ItEndsWhenItsReaderIsKilled) {
   // The shell stands for the application: it holds the reading end alone.
-  const std::string fifo = sound_.directory() / "fifo";
+  const std::string fifo = sound_.home() / "fifo";
   ASSERT_EQ(run({"mkfifo", fifo}, sound_.variables()), 0);
   const auto reader = sound_.begin({"sh", "-c", "exec sleep 100 < " + fifo});
   const auto log = sound_.begin({"sh", "-c", "exec \"$0\" stream --style ndjson > " + fifo, TOLLVANE_LOG});
@@ -110,7 +116,7 @@ TEST_F(LifecycleTest, ItEndsWhenItsReaderIsKilled) {
   EXPECT_EQ(log->exitCode(), 0);
 }
 
-TEST_F(LifecycleTest, ItEndsWhenAsked) {
+TEST_F(SteadyTest, ItEndsWhenAsked) {
   sound_.startBus();
   for (const int signal : {SIGTERM, SIGINT}) {
     RunningLog log(sound_);
@@ -129,7 +135,7 @@ TEST_F(LifecycleTest, AServerThatHangsDoesNotKeepItFromEnding) {
   EXPECT_EQ(log.process().exitCode(), 0);
 }
 
-TEST_F(LifecycleTest, AReaderWhoPausesMissesNothing) {
+TEST_F(SteadyTest, AReaderWhoPausesMissesNothing) {
   sound_.startBus();
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
@@ -148,7 +154,7 @@ struct Result {
 
 Result runLog(const PrivateSound& sound, std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), TOLLVANE_LOG);
-  const auto errors = sound.directory() / "said.log";
+  const auto errors = sound.home() / "said.log";
   std::filesystem::remove(errors);
   Process process(arguments, {.output = Process::Output::read, .variables = sound.variables(), .errors = errors});
   Result result;
@@ -159,21 +165,21 @@ Result runLog(const PrivateSound& sound, std::vector<std::string> arguments) {
   return result;
 }
 
-TEST_F(LifecycleTest, HelpIsPrintedForWhoAsks) {
+TEST_F(SteadyTest, HelpIsPrintedForWhoAsks) {
   const Result help = runLog(sound_, {"--help"});
   EXPECT_EQ(help.code, 0);
   EXPECT_NE(help.output.find("Usage: TollvaneLog stream"), std::string::npos);
   EXPECT_EQ(help.errors, "");
 }
 
-TEST_F(LifecycleTest, AMistakeIsOneSentenceAndExitCode64) {
+TEST_F(SteadyTest, AMistakeIsOneSentenceAndExitCode64) {
   const Result mistake = runLog(sound_, {"stream", "--colour"});
   EXPECT_EQ(mistake.code, 64);
   EXPECT_EQ(mistake.output, "");
   EXPECT_EQ(mistake.errors, "TollvaneLog: '--colour' is not understood. Try --help.\n");
 }
 
-TEST_F(LifecycleTest, WithoutAStyleAPersonCanRead) {
+TEST_F(SteadyTest, WithoutAStyleAPersonCanRead) {
   sound_.start();
   const auto log = sound_.begin({TOLLVANE_LOG, "stream"}, Process::Output::read);
   std::string line;

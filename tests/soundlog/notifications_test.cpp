@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/soundlog/running_log.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -16,11 +17,13 @@ namespace {
 using namespace std::chrono_literals;
 using Heards = std::vector<Heard>;
 
-class NotificationsTest : public ::testing::Test {
+class NotificationsTest : public SharedSession<PrivateSound> {
  protected:
+  using SharedSession::SharedSession;
+
   Heard presented(const std::string& identity) { return {"usernoted", identity, -1}; }
 
-  PrivateSound sound_;
+  PrivateSound& sound_ = session;
 };
 
 TEST_F(NotificationsTest, TheDesktopEntryIsTheIdentity) {
@@ -65,35 +68,16 @@ TEST_F(NotificationsTest, AnIdentityForgesNothing) {
 // dunst, on a screen of its own.
 class DunstTest : public NotificationsTest {
  protected:
-  void SetUp() override {
-    screen_ = sound_.begin({"Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "640x480x24"},
-                           Process::Output::read);
-    const auto display = screen_->line();
-    ASSERT_TRUE(display);
-    sound_.setVariable("DISPLAY", ":" + *display);
-    sound_.start();
-  }
+  DunstTest() : NotificationsTest(std::vector<std::string>{"--screen", "640x480"}) { sound_.start(); }
+  void TearDown() override { sound_.tell("stop notifications"); }
 
   // Each notification runs `script`, which gets a sound as $TONE.
   void startDunst(const std::string& script) {
-    const auto file = sound_.directory() / "on-notification";
-    std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
+    const auto file = sound_.home() / "on-notification";
+    std::ofstream(file) << "#!/bin/sh\nTONE='" << sound_.tone(200ms).string() << "'\n" << script << '\n';
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
-    std::filesystem::create_directories(sound_.directory() / "config" / "dunst");
-    const auto configuration = sound_.directory() / "config" / "dunst" / "dunstrc";
-    std::ofstream(configuration) << "[global]\n  notification_limit = 5\n[all]\n  summary = \"*\"\n  script = \""
-                                 << file.string() << "\"\n";
-    sound_.setVariable("TONE", sound_.tone(200ms));
-    dunst_ = sound_.begin({"dunst", "-conf", configuration});
-    ASSERT_TRUE(waitUntil([this] {
-      return run({"busctl", "--user", "--timeout=2", "call", "org.freedesktop.Notifications",
-                  "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "GetServerInformation"},
-                 sound_.variables()) == 0;
-    }));
+    sound_.tell("start notifications " + file.string());
   }
-
-  std::unique_ptr<Process> screen_;
-  std::unique_ptr<Process> dunst_;
 };
 
 TEST_F(DunstTest, ItsScriptsSoundIsTheNotificationsSound) {
@@ -120,10 +104,10 @@ TEST_F(DunstTest, WithoutAnEntryTheSenderIsWhatItCallsItself) {
 
 TEST_F(DunstTest, WithoutAnEntryTheSendersApplicationIsTheIdentity) {
   // An application of the user's own, that notifies through a helper.
-  const auto program = sound_.directory() / "org-example-mailer";
+  const auto program = sound_.home() / "org-example-mailer";
   std::ofstream(program) << "#!/bin/sh\nnotify-send --wait --app-name=Mail Summary\nexit 0\n";
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-  const auto entries = sound_.directory() / "data" / "applications";
+  const auto entries = sound_.home() / ".local/share/applications";
   std::filesystem::create_directories(entries);
   std::ofstream(entries / "org.example.Mailer.desktop")
       << "[Desktop Entry]\nType=Application\nName=Mailer\nExec=" << program.string() << "\n";

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/soundlog/running_log.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -16,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 using Heards = std::vector<Heard>;
 
-class PlayersTest : public ::testing::Test {
+class PlayersTest : public SharedSession<PrivateSound> {
  protected:
   void SetUp() override {
     sound_.start();
@@ -45,7 +46,7 @@ class PlayersTest : public ::testing::Test {
     return dump->rest().find("state: \"running\"") != std::string::npos;
   }
 
-  PrivateSound sound_;
+  PrivateSound& sound_ = session;
   std::unique_ptr<RunningLog> log_;
 };
 

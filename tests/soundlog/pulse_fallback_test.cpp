@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/soundlog/running_log.h"
+#include "tests/support/shared_session.h"
 
 namespace tollvane::test {
 namespace {
@@ -14,22 +15,23 @@ namespace {
 using namespace std::chrono_literals;
 using Heards = std::vector<Heard>;
 
-// PulseAudio itself, unpacked beside the build by fetch_pulseaudio.sh.
-class PulseAudioTest : public ::testing::Test {
+// PulseAudio itself, which tests/session/software unpacks beside the build: its package excludes PipeWire's.
+class PulseAudioTest : public SharedSession<PrivateSound> {
  protected:
+  PulseAudioTest() : SharedSession(std::vector<std::string>{"--pulseaudio", PULSEAUDIO}) {}
+
   void SetUp() override {
-    if (!std::filesystem::exists(std::filesystem::path(PULSEAUDIO) / "usr/bin/pulseaudio")) {
-      GTEST_SKIP() << "There is no PulseAudio server in " PULSEAUDIO
-                      "; tests/soundlog/fetch_pulseaudio.sh puts it there.";
-    }
+    if (!std::filesystem::exists(std::filesystem::path(PULSEAUDIO) / "usr/bin/pulseaudio"))
+      GTEST_SKIP() << "There is no PulseAudio server in " PULSEAUDIO "; './dev test sound' puts it there.";
     sound_.startBus();
   }
+  void TearDown() override { sound_.stopPipeWire(); }
 
-  PrivateSound sound_;
+  PrivateSound& sound_ = session;
 };
 
 TEST_F(PulseAudioTest, PlayersAreHeardOnceUnderTheirOwnNameAndNumber) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   const auto player = sound_.begin({"paplay", sound_.tone(200ms)});
@@ -39,7 +41,7 @@ TEST_F(PulseAudioTest, PlayersAreHeardOnceUnderTheirOwnNameAndNumber) {
 }
 
 TEST_F(PulseAudioTest, AStreamWithASignalsRoleIsAnAlert) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   const auto player = sound_.begin({"paplay", "--property=media.role=event", sound_.tone(50ms)});
@@ -47,7 +49,7 @@ TEST_F(PulseAudioTest, AStreamWithASignalsRoleIsAnAlert) {
 }
 
 TEST_F(PulseAudioTest, AStreamThatWaitsIsHeardWhenItPlays) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   const auto player = sound_.begin({TEST_PLAYER}, Process::Output::read);
@@ -58,7 +60,7 @@ TEST_F(PulseAudioTest, AStreamThatWaitsIsHeardWhenItPlays) {
 }
 
 TEST_F(PulseAudioTest, AStreamThatPlaysAlreadyIsNotHeardButTheNextOneIs) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   const auto early = sound_.begin({TEST_PLAYER}, Process::Output::read);
   ASSERT_TRUE(early->line());
   early->signal(SIGUSR1);
@@ -72,7 +74,7 @@ TEST_F(PulseAudioTest, AStreamThatPlaysAlreadyIsNotHeardButTheNextOneIs) {
 }
 
 TEST_F(PulseAudioTest, ARelayIsNotHeard) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   ASSERT_TRUE(sound_.play({"pactl", "load-module", "module-loopback"}));
@@ -80,22 +82,22 @@ TEST_F(PulseAudioTest, ARelayIsNotHeard) {
 }
 
 TEST_F(PulseAudioTest, AServerThatCrashesAndComesBackIsHeardAgain) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   sound_.killPulseAudio();
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   EXPECT_TRUE(log.listens());
 }
 
 TEST_F(PulseAudioTest, AServerThatIsStartedLaterIsHeard) {
   RunningLog log(sound_);
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   EXPECT_TRUE(log.listens());
 }
 
 TEST_F(PulseAudioTest, WhenPipeWireComesItIsHeardInstead) {
-  sound_.startPulseAudio(PULSEAUDIO);
+  sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   sound_.killPulseAudio();
@@ -112,7 +114,7 @@ TEST(PulseSideTest, SoundsAreHeardThroughItWhereOnlyItCanBeReached) {
   PrivateSound sound;
   sound.start();
   PrivateSound outside;
-  outside.setVariable("PULSE_SERVER", "unix:" + (sound.directory() / "pulse" / "native").string());
+  outside.setVariable("PULSE_SERVER", "unix:" + (sound.runtimeDirectory() / "pulse/native").string());
   RunningLog log(outside);
   ASSERT_TRUE(log.listens());
   const auto player = outside.begin({"paplay", outside.tone(200ms)});

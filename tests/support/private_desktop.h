@@ -1,13 +1,10 @@
-// A desktop of a test's own: home, runtime directory, session bus, X server, window manager and a panel with a status
-// bar. Nothing of it touches the user's desktop, and nothing of it outlives the object: every program is stopped by
-// its id, and dies by itself should the test be killed.
+// A desktop of a test's own: a private session with an X server, a window manager and a panel with a status bar.
 //
 //   PrivateDesktop desktop({.tone = PrivateDesktop::Tone::dark});
 //   auto program = desktop.start({"xclock"});
 //   desktop.screenshot("panel.png");
 //
-// One thread. Constructors and methods throw std::runtime_error when a part does not come up. All waiting polls a
-// condition with a deadline.
+// See PrivateSession for threads, failures and the end.
 #pragma once
 
 #include <chrono>
@@ -17,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/private_session.h"
 #include "tests/support/process.h"
 
 namespace tollvane::test {
@@ -35,47 +33,56 @@ class PrivateDesktop {
   };
 
   explicit PrivateDesktop(Options options);
-  ~PrivateDesktop();
-  PrivateDesktop(const PrivateDesktop&) = delete;
-  PrivateDesktop& operator=(const PrivateDesktop&) = delete;
 
-  const std::filesystem::path& root() const { return root_; }
-  std::string busAddress() const;
-  Process& bus() { return *bus_; }
-  Process& screen() { return *server_; }
+  // As for a test that begins: an empty home for its programs, the pointer in the middle of the first workspace. Throws
+  // if windows or status items of the test before stay.
+  void renew();
+
+  // The home of the programs that the test starts.
+  std::filesystem::path root() const { return session_.home(); }
+  std::filesystem::path runtimeDirectory() const { return session_.runtimeDirectory(); }
+  std::string busAddress() const { return session_.variables().at("DBUS_SESSION_BUS_ADDRESS"); }
+  const Variables& variables() const { return session_.variables(); }
 
   // Starts a program in this desktop, with pipes at its standard input and output. The extra variables go over the
   // desktop's own.
   std::unique_ptr<Process> start(const std::vector<std::string>& command, const Variables& extra = {});
 
   // Runs a program to its end and returns what it printed; absent when it failed.
-  std::optional<std::string> run(const std::vector<std::string>& command);
+  std::optional<std::string> run(const std::vector<std::string>& command) { return session_.run(command); }
 
   // Returns when the panel shows status items.
   void startPanel();
-  Process& panel() { return *panel_; }
+  void stopPanel();
+  bool hasPanel() const { return hasPanel_; }
+  void setTone(Tone tone);
+
+  // As a crash would.
+  void killBus() { session_.tell("kill bus"); }
+  void killScreen() { session_.tell("kill screen"); }
+  void killPanel();
+
+  // With the left button. The pointer comes in small steps, as of a hand: Qt 6.8's menus heed none that jumps there.
+  void clickAt(int x, int y);
 
   // The status items that the panel knows, as the watcher lists them: one text, empty when there is none.
-  std::string registeredItems();
+  std::string registeredItems() { return session_.registeredItems(); }
 
   // The whole screen, as a PNG file.
   void screenshot(const std::filesystem::path& file);
 
- private:
-  Variables variablesWith(const Variables& extra) const;
-  void startBus();
-  void startScreen();
-  void writePanelSettings();
-  void stopStrays();
+  // The end of the panel, where the last icon is: a byte of grey for each pixel.
+  std::string endOfPanel();
+  // Without an icon it is of one colour, or not drawn yet.
+  bool showsIcon();
 
-  Options options_;
-  std::filesystem::path root_;
-  std::string display_;
-  // In order of their start; they are stopped in the opposite one.
-  std::unique_ptr<Process> bus_;
-  std::unique_ptr<Process> server_;
-  std::unique_ptr<Process> windowManager_;
-  std::unique_ptr<Process> panel_;
+ private:
+  bool isTidy();
+
+  bool hasScreen_;
+  bool hasPanel_;
+  Tone tone_;
+  PrivateSession session_;
 };
 
 }  // namespace tollvane::test

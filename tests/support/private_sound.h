@@ -1,34 +1,31 @@
 // A sound server and a session bus of a test's own: PipeWire with WirePlumber, its PulseAudio side and a null output
-// that it makes by itself. Nothing of it touches the user's, and nothing of it outlives the object.
+// that it makes by itself, or a PulseAudio server.
 //
 //   PrivateSound sound;
 //   sound.start();
 //   sound.play({"pw-play", sound.tone(std::chrono::milliseconds(200))});
 //
-// One thread. Methods throw std::runtime_error, with what the programs said, when a part does not come up.
+// See PrivateSession for threads, failures and the end.
 #pragma once
 
 #include <chrono>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "tests/support/private_session.h"
 #include "tests/support/process.h"
 
 namespace tollvane::test {
 
 class PrivateSound {
  public:
-  PrivateSound();  // only the directories; nothing runs
-  ~PrivateSound();
-  PrivateSound(const PrivateSound&) = delete;
-  PrivateSound& operator=(const PrivateSound&) = delete;
+  // Nothing runs yet. `more`: options of private_session besides.
+  explicit PrivateSound(std::vector<std::string> more = {});
 
-  // Bus and PipeWire, ready to play.
-  void start();
-
+  // What runs already is left alone.
+  void start();  // bus and PipeWire, ready to play
   void startBus();
   void killBus();  // as a crash would: its socket stays
 
@@ -36,9 +33,14 @@ class PrivateSound {
   void stopPipeWire();
   void killPipeWire();  // as a crash would
 
-  // A PulseAudio server instead of PipeWire; `installation` is where its package was unpacked.
-  void startPulseAudio(const std::filesystem::path& installation);
+  // A PulseAudio server instead of PipeWire; `more` of the constructor may say where it is.
+  void startPulseAudio();
   void killPulseAudio();  // as a crash would
+
+  // As for a test that begins: an empty home for its programs, the variables as at the start, and no PulseAudio.
+  void renew();
+
+  void tell(const std::string& command) { session_.tell(command); }
 
   // Runs a player to its end, and is true when it said that it played.
   bool play(const std::vector<std::string>& command) const;
@@ -50,24 +52,18 @@ class PrivateSound {
   std::filesystem::path tone(std::chrono::milliseconds length) const;
 
   // The environment in which programs find all this.
-  const Variables& variables() const { return variables_; }
-  void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
+  const Variables& variables() const { return session_.variables(); }
+  void setVariable(const std::string& name, const std::string& value) { session_.setVariable(name, value); }
 
-  const std::filesystem::path& directory() const { return directory_; }
-  pid_t pipeWirePid() const { return pipeWire_->pid(); }
+  std::filesystem::path home() const { return session_.home(); }
+  std::filesystem::path runtimeDirectory() const { return session_.runtimeDirectory(); }
+  pid_t pipeWirePid() const { return session_.pid("pipewire"); }
 
  private:
-  void configureSessionManager() const;
-  std::unique_ptr<Process> launch(const std::vector<std::string>& command) const;
-  [[noreturn]] void fail(const std::string& what) const;
-  void awaitPlaying() const;
-
-  std::filesystem::path directory_;
-  Variables variables_;
-  std::unique_ptr<Process> bus_;
-  std::unique_ptr<Process> pipeWire_;
-  std::unique_ptr<Process> sessionManager_;
-  std::unique_ptr<Process> pulse_;
+  bool hasBus_ = false;
+  bool hasPipeWire_ = false;
+  bool hasPulseAudio_ = false;
+  PrivateSession session_;
 };
 
 }  // namespace tollvane::test

@@ -1,12 +1,11 @@
-// A Wayland desktop of a test's own: session bus, headless sway, waybar with a tray at its top right, and a pointer.
-// Everything runs as a user that is not root, since sway refuses to; nothing of it outlives the object.
+// A Wayland desktop of a test's own: a private session with headless sway, waybar with a tray at its top right, and a
+// pointer. Everything runs as a user that is not root, since sway refuses to.
 //
 //   PrivateWayland desktop;
 //   auto program = desktop.start({"menu_probe", ...});
 //   desktop.click(PrivateWayland::bellX, PrivateWayland::bellY);
 //
-// One thread. Constructors and methods throw std::runtime_error when a part does not come up. All waiting polls a
-// condition with a deadline.
+// See PrivateSession for threads, failures and the end.
 #pragma once
 
 #include <filesystem>
@@ -15,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/private_session.h"
 #include "tests/support/process.h"
 
 namespace tollvane::test {
@@ -30,23 +30,26 @@ class PrivateWayland {
 
   // `pointer`: the program wayland_pointer.
   explicit PrivateWayland(const std::string& pointer);
-  ~PrivateWayland();
-  PrivateWayland(const PrivateWayland&) = delete;
-  PrivateWayland& operator=(const PrivateWayland&) = delete;
 
   // As in PrivateDesktop.
   std::unique_ptr<Process> start(const std::vector<std::string>& command);
-  std::optional<std::string> run(const std::vector<std::string>& command);
+  std::optional<std::string> run(const std::vector<std::string>& command) { return session_.run(command); }
 
-  void startBar();
-  void stopBar() { bar_.reset(); }
-  std::string registeredItems();
+  // As for a test that begins: an empty home for its programs, the pointer in the middle of the first workspace, and a
+  // bar without icons.
+  void renew();
 
-  // The home of whoever uses this desktop.
-  const std::filesystem::path& root() const { return root_; }
+  void startBar() { session_.tell("start bar"); }
+  void stopBar() { session_.tell("stop bar"); }
+  std::string registeredItems() { return session_.registeredItems(); }
+
+  // The home of the programs that the test starts.
+  std::filesystem::path root() const { return session_.home(); }
 
   void moveTo(int x, int y);
   void click(int x, int y, int button = leftButton);
+  // In small steps, as of a hand: Qt 6.8's menus heed no pointer that jumps there.
+  void approach(int x, int y);
   // A keyboard of its own comes and goes with each call, and a key may be lost before the compositor has told the
   // clients of it: repeat it until it has its effect.
   void key(const std::vector<std::string>& wtypeArguments);
@@ -56,17 +59,10 @@ class PrivateWayland {
 
  private:
   void point(const std::string& order);
-  void startSway();
 
-  std::filesystem::path root_;
-  std::string display_;
-  std::string socket_;  // sway's own
-  // In order of their start; they are stopped in the opposite one.
-  std::unique_ptr<Process> bus_;
-  std::unique_ptr<Process> sway_;
+  PrivateSession session_;
   std::unique_ptr<Process> pointer_;
   std::unique_ptr<Process> keyboard_;
-  std::unique_ptr<Process> bar_;
 };
 
 }  // namespace tollvane::test

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-#include <set>
 #include <sstream>
 
 #include "tests/desktop/desktop_fixture.h"
@@ -75,22 +74,11 @@ class WholeDesktopTest : public DesktopTest {
   void awaitBell() {
     ASSERT_TRUE(eventually([&] { return bellIs("bell"); }));
     // A panel draws an icon later than it knows of it.
-    ASSERT_TRUE(eventually([&] { return showsIcon(); }));
+    ASSERT_TRUE(eventually([&] { return desktop.showsIcon(); }));
   }
-  // The end of the bar, where the last icon is.
-  std::string barPixels() {
-    return run({"import", "-silent", "-window", "root", "-crop", "30x26+770+0", "-depth", "8", "gray:-"});
-  }
-
-  // A bar without an icon is of one colour there, or not drawn yet.
-  bool showsIcon() {
-    const std::string pixels = barPixels();
-    return std::set(pixels.begin(), pixels.end()).size() > 4;
-  }
-
   // --- pointer and keys
 
-  void clickAt(int x, int y) { run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+  void clickAt(int x, int y) { desktop.clickAt(x, y); }
   void key(const std::string& name) { run({"xdotool", "key", name}); }
 
   struct Place {
@@ -222,27 +210,32 @@ TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
     EXPECT_FALSE(fs::exists(socket));
     for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
     EXPECT_TRUE(eventually([&] { return desktop.registeredItems().empty(); }));
-    EXPECT_TRUE(eventually([&] { return !showsIcon(); }));
+    EXPECT_TRUE(eventually([&] { return !desktop.showsIcon(); }));
   }
 }
 
 class EndOfSessionTest : public WholeDesktopTest {
  protected:
-  void endWith(Process& lost) {
+  void endWith(const std::function<void()>& lose) {
+    spoilSession();
     start();
     awaitBell();
     ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
     const auto children = childrenOf(tollvane->pid());
-    lost.kill();
+    lose();
     EXPECT_TRUE(tollvane->exitCode(desktopPatience));
     EXPECT_FALSE(fs::exists(socket));
     for (const Pid child : children) EXPECT_TRUE(eventually([&] { return !isAlive(child); }));
   }
 };
 
-TEST_F(EndOfSessionTest, NothingIsLeftWhenTheScreenIsGone) { endWith(desktop.screen()); }
+TEST_F(EndOfSessionTest, NothingIsLeftWhenTheScreenIsGone) {
+  endWith([&] { desktop.killScreen(); });
+}
 
-TEST_F(EndOfSessionTest, NothingIsLeftWhenTheBusIsGone) { endWith(desktop.bus()); }
+TEST_F(EndOfSessionTest, NothingIsLeftWhenTheBusIsGone) {
+  endWith([&] { desktop.killBus(); });
+}
 
 TEST_F(WholeDesktopTest, ASecondStartOpensTheSettingsOfTheFirstAndEnds) {
   start();
@@ -274,6 +267,9 @@ TEST_F(WholeDesktopTest, TheFirstLaunchWelcomesAndStartsWithTheSessionFromThenOn
 class WithoutPanelTest : public WholeDesktopTest {
  protected:
   WithoutPanelTest() : WholeDesktopTest({.screen = true, .panel = false}) {}
+  void TearDown() override {
+    if (desktop.hasPanel()) desktop.stopPanel();
+  }
 };
 
 TEST_F(WithoutPanelTest, ItSaysSoAndAPanelThatComesLaterGetsOneBell) {
@@ -283,7 +279,7 @@ TEST_F(WithoutPanelTest, ItSaysSoAndAPanelThatComesLaterGetsOneBell) {
   ASSERT_TRUE(eventually([&] { return windowNamed("Tollvane").empty(); }));
   desktop.startPanel();
   ASSERT_TRUE(eventually([&] { return bellIs("bell"); })) << desktop.registeredItems();
-  ASSERT_TRUE(eventually([&] { return showsIcon(); }));
+  ASSERT_TRUE(eventually([&] { return desktop.showsIcon(); }));
   openMenu();
 }
 

@@ -10,6 +10,7 @@
 #include "tests/support/log_lines.h"
 #include "tests/support/private_sound.h"
 #include "tests/support/process.h"
+#include "tests/support/shared_session.h"
 #include "tests/support/temporary_directory.h"
 
 namespace tollvane::test {
@@ -18,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-class WholeProgramTest : public testing::Test {
+class WholeProgramTest : public SharedSession<PrivateSound> {
  protected:
   WholeProgramTest() {
     fs::copy(TOLLVANE_BUNDLE, bundle, fs::copy_options::recursive);
@@ -67,7 +68,7 @@ class WholeProgramTest : public testing::Test {
   TemporaryDirectory home;
   const fs::path bundle = home / "bundle";
   const fs::path data = home / "data";
-  PrivateSound sound;
+  PrivateSound& sound = session;
   std::unique_ptr<Process> tollvane;
 };
 

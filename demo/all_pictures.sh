@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# All pictures of the README and of docs/:
+#   all_pictures.sh SCREENSHOTS BUILD OUTPUT    SCREENSHOTS: what demo.sh left; BUILD: such as build/release
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+screenshots=$1 build=$2 output=$3
+"$here/pictures.sh" "$screenshots" "$output"
+"$here/menu_pictures.sh" "$build" "$output"
+"$here/alert_pictures.sh" "$output" "$build"
+settings=$(mktemp -d "${TMPDIR:-/tmp}/tollvane-settings-XXXXXX")
+trap 'rm -rf "$settings"' EXIT
+"$here/settings_pictures.sh" "$settings" "$build"
+for scenario in welcome partly connected none note; do
+  convert "$settings/settings-$scenario-light.png" "$settings/settings-$scenario-dark.png" +append +dither -colors 64 \
+    "PNG8:$output/settings-$scenario.png"
+done
+convert "$settings/settings-welcome-light-2x.png" +dither -colors 64 "PNG8:$output/settings-welcome-2x.png"

@@ -1,0 +1,104 @@
+"""A private session for a Python program.
+
+    with PrivateSession('--sound', 'pipewire', '--screen', '800x480') as session:
+        session.tell('start notifications')
+        session.start('player', ['pw-play', 'tone.wav'])
+
+`session.environment` is where programs find the session, `session.facts` what private_session says besides. Programs
+that are started here end with the session.
+"""
+
+import pathlib
+import re
+import subprocess
+
+from bus import Bus
+
+PROGRAM = pathlib.Path(__file__).resolve().parent / 'private_session'
+
+
+class SessionFailure(Exception):
+    """What private_session says that has failed."""
+
+
+class PrivateSession:
+    def __init__(self, *options):
+        self.environment, self.facts = {}, {}
+        self._processes = []
+        self._session = subprocess.Popen([PROGRAM, *options], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                         start_new_session=True)
+        try:
+            self._read_answer()
+        except BaseException:
+            self.close()
+            raise
+        self.root, self.home = pathlib.Path(self.facts['root']), pathlib.Path(self.facts['home'])
+        # The usual places below the home directory: some programs look there whatever the variables say.
+        self.config, self.data = self.home / '.config', self.home / '.local/share'
+        for directory in (self.config, self.data):
+            directory.mkdir(parents=True, exist_ok=True)
+        self.bus = Bus(self.environment['DBUS_SESSION_BUS_ADDRESS'])
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def tell(self, command):
+        """See private_session; raises SessionFailure."""
+        self._session.stdin.write(command + '\n')
+        self._session.stdin.flush()
+        self._read_answer()
+
+    def start(self, name, command, **options):
+        """Starts a program in the session; it dies with the session, or with this process."""
+        with open(pathlib.Path(self.facts['log']) / name, 'ab') as log:
+            process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], stdin=subprocess.DEVNULL,
+                                       stderr=log, start_new_session=True,
+                                       **{'env': self.environment, 'stdout': log, **options})
+        self._processes.append(process)
+        return process
+
+    def succeeds(self, *command):
+        try:
+            return subprocess.run(command, env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                  stdin=subprocess.DEVNULL, timeout=5).returncode == 0
+        except subprocess.TimeoutExpired:
+            return False
+
+    def output(self, *command):
+        return subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                              stdin=subprocess.DEVNULL, timeout=10, text=True).stdout.strip()
+
+    def processes(self, program):
+        """The ids of this program's processes in this session."""
+        mark = f"XDG_RUNTIME_DIR={self.environment['XDG_RUNTIME_DIR']}".encode()
+
+        def is_one(directory):
+            try:
+                return (mark in (directory / 'environ').read_bytes().split(b'\0') and
+                        str(program).encode() in (directory / 'cmdline').read_bytes().split(b'\0'))
+            except OSError:
+                return False  # ended meanwhile, or another user's
+        return [int(each.name) for each in pathlib.Path('/proc').glob('[0-9]*') if is_one(each)]
+
+    def close(self):
+        for process in reversed(self._processes):
+            process.kill()
+            process.wait()
+        self._session.stdin.close()
+        self._session.stdout.read()
+        self._session.stdout.close()
+        return self._session.wait()
+
+    def _read_answer(self):
+        for line in self._session.stdout:
+            line = line.rstrip('\n')
+            if line == 'ready':
+                return
+            if line.startswith('failed: '):
+                raise SessionFailure(line.removeprefix('failed: '))
+            name, _, value = line.partition('=')
+            (self.environment if re.fullmatch('[A-Z0-9_]+', name) else self.facts)[name] = value
+        raise SessionFailure('the private session has ended')
