@@ -19,7 +19,10 @@ using testing::HasSubstr;
 
 class SettingsWindowTest : public SharedSession<PrivateDesktop> {
  protected:
-  SettingsWindowTest() : SharedSession(PrivateDesktop::Options{.panel = false}) {}
+  SettingsWindowTest() : SharedSession(PrivateDesktop::Options{.panel = false}) {
+    // A window may get the number of one that has gone, which passes for the active one a little longer.
+    spoilSession();
+  }
 
   void start(const std::string& scenario) {
     probe = desktop.start({SETTINGS_PROBE, scenario});

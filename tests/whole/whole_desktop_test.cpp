@@ -217,7 +217,6 @@ TEST_F(WholeDesktopTest, QuitAndTheSignalToEndLeaveNothingBehind) {
 class EndOfSessionTest : public WholeDesktopTest {
  protected:
   void endWith(const std::function<void()>& lose) {
-    spoilSession();
     start();
     awaitBell();
     ASSERT_TRUE(eventually([&] { return !childrenOf(tollvane->pid()).empty() && fs::exists(socket); }));
