@@ -21,7 +21,7 @@
 #include "platform/linux/workspace/launcher.h"
 #include "platform/linux/workspace/linux_workspace.h"
 #include "platform/linux/workspace/window_raiser.h"
-#include "tests/support/virtual_time.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include "browser/browser_link.h"
 #include "menu/sound_menu.h"
 #include "support/json_value.h"
-#include "tests/support/core_parts.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/core_parts.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -4,7 +4,7 @@
 # of a name and of a title that know no end.
 set -euo pipefail
 out=$1
-probe=${2:-build/release}/tests/desktop/alert_probe
+probe=${2:-build/release}/tests/probes/alert_probe
 mkdir -p "$out"
 work=$(mktemp -d "${TMPDIR:-/tmp}/tollvane-alerts-XXXXXX")
 trap 'rm -rf "$work"' EXIT

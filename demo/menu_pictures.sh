@@ -9,8 +9,8 @@ mkdir -p "$2"
 output=$(realpath "$2")
 only=${3:-x11 wayland}
 here=$(cd "$(dirname "$0")" && pwd)
-probe=$build/tests/desktop/menu_probe
-pointer=$build/tests/desktop/wayland_pointer
+probe=$build/tests/probes/menu_probe
+pointer=$build/tests/probes/wayland_pointer
 icons=$build/Tollvane/icons
 
 # shellcheck source=tests/session/client.sh

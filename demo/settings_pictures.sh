@@ -4,7 +4,7 @@
 # the bottom.
 set -euo pipefail
 out=$1
-probe=${2:-build/release}/tests/desktop/settings_probe
+probe=${2:-build/release}/tests/probes/settings_probe
 mkdir -p "$out"
 
 # draw NAME SCENARIO SCHEME SCALE [ORDER]

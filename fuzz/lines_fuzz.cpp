@@ -9,7 +9,7 @@
 #include "fuzz/fuzz.h"
 #include "support/json.h"
 #include "support/json_value.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

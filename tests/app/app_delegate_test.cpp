@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "tests/support/log_lines.h"
 #include "tests/support/recording_connection.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/log_lines.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

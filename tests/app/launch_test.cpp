@@ -6,7 +6,7 @@
 #include "app/browser_status.h"
 #include "support/json_value.h"
 #include "tests/support/recording_connection.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

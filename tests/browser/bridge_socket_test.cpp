@@ -14,9 +14,9 @@
 
 #include "browser/browser_link.h"
 #include "support/json_value.h"
-#include "tests/support/core_parts.h"
 #include "tests/support/temporary_directory.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/core_parts.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "tests/support/core_parts.h"
 #include "tests/support/recording_connection.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/core_parts.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

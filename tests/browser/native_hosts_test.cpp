@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

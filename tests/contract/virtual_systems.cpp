@@ -11,7 +11,7 @@
 #include "tests/contract/login_contract.h"
 #include "tests/contract/main_queue_contract.h"
 #include "tests/contract/process_table_contract.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane::test {
 namespace {

@@ -53,7 +53,7 @@ class TestBus {
 class Bell {
  public:
   explicit Bell(PrivateDesktop& desktop, const Variables& extra = {})
-      : program_(desktop.start({BELL_PROBE, BELL_ICONS}, extra)) {}
+      : program_(desktop.start({TOLLVANE_PROBES "/bell_probe", TOLLVANE_BUNDLE "/icons"}, extra)) {}
 
   // Returns when the bell has done it. Handles the test's own bus objects while it waits.
   void tell(std::string_view line) {

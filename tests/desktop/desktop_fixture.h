@@ -51,7 +51,7 @@ class DesktopTest : public SharedSession<PrivateDesktop> {
   }
 
   void startProbe(const Variables& extra = {}) {
-    probe = desktop.start({DESKTOP_PROBE}, extra);
+    probe = desktop.start({TOLLVANE_PROBES "/desktop_probe"}, extra);
     ASSERT_EQ(probe->line(desktopPatience), "ready");
   }
 

@@ -14,7 +14,7 @@ namespace tollvane::test {
 class MenuBell {
  public:
   MenuBell(PrivateDesktop& desktop, const std::string& scenario, const Variables& extra = {})
-      : program_(desktop.start({MENU_PROBE, BELL_ICONS, scenario}, extra)) {}
+      : program_(desktop.start({TOLLVANE_PROBES "/menu_probe", TOLLVANE_BUNDLE "/icons", scenario}, extra)) {}
 
   void tell(std::string_view line) {
     const int before = count("obeyed\n");

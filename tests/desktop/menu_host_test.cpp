@@ -9,7 +9,7 @@
 #include <set>
 
 #include "platform/linux/bell/exported_menu.h"
-#include "tests/desktop/menu_scenarios.h"
+#include "tests/probes/menu_scenarios.h"
 #include "tests/support/shared_session.h"
 
 namespace tollvane::test {

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds patienceHere{20000};
 
 class MenuWaylandTest : public SharedSession<PrivateWayland> {
  protected:
-  MenuWaylandTest() : SharedSession(WAYLAND_POINTER) {}
+  MenuWaylandTest() : SharedSession(TOLLVANE_PROBES "/wayland_pointer") {}
 
   struct Place {
     int x = 0, y = 0, width = 0, height = 0;
@@ -23,7 +23,7 @@ class MenuWaylandTest : public SharedSession<PrivateWayland> {
   void start(const std::string& scenario) {
     desktop.moveTo(100, 300);
     empty = desktop.trayPixels();
-    bell = desktop.start({MENU_PROBE, BELL_ICONS, scenario});
+    bell = desktop.start({TOLLVANE_PROBES "/menu_probe", TOLLVANE_BUNDLE "/icons", scenario});
     awaitBell();
   }
   // The bar draws an icon later than it knows of it.

@@ -25,7 +25,7 @@ class SettingsWindowTest : public SharedSession<PrivateDesktop> {
   }
 
   void start(const std::string& scenario) {
-    probe = desktop.start({SETTINGS_PROBE, scenario});
+    probe = desktop.start({TOLLVANE_PROBES "/settings_probe", scenario});
     order("show");
     awaitInFront("Tollvane Settings\n");
   }

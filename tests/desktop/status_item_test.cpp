@@ -113,7 +113,7 @@ TEST_F(StatusItemTest, SaysWhatItIs) {
   EXPECT_EQ(item.text("Title"), "Tollvane");
   EXPECT_EQ(item.text("Status"), "Active");
   EXPECT_EQ(item.property("WindowId"), QVariant(0));
-  EXPECT_EQ(item.text("IconThemePath"), BELL_ICONS);
+  EXPECT_EQ(item.text("IconThemePath"), TOLLVANE_BUNDLE "/icons");
   EXPECT_EQ(item.text("IconAccessibleDesc"), "No sound yet");
   EXPECT_EQ(item.text("OverlayIconName"), "");
   EXPECT_EQ(item.text("AttentionIconName"), "");

@@ -14,8 +14,8 @@ namespace fs = std::filesystem;
 
 class SwayTest : public SharedSession<PrivateWayland> {
  protected:
-  SwayTest() : SharedSession(WAYLAND_POINTER) {
-    fs::copy_file(DESKTOP_PROBE, desktop.root() / "window");
+  SwayTest() : SharedSession(TOLLVANE_PROBES "/wayland_pointer") {
+    fs::copy_file(TOLLVANE_PROBES "/desktop_probe", desktop.root() / "window");
     fs::create_directories(desktop.root() / ".local/share/applications");
     std::ofstream(desktop.root() / ".local/share/applications/window.desktop")
         << "[Desktop Entry]\nType=Application\nName=A Window\nExec=" << (desktop.root() / "window").string() << "\n";
@@ -51,13 +51,13 @@ TEST_F(SwayTest, AWindowComesForwardFromAnotherWorkspace) {
   ASSERT_TRUE(waitUntil([&] { return isInFront(*window); })) << sway({"-t", "get_tree", "-r"});
   sway({"workspace", "2"});
   ASSERT_FALSE(isInFront(*window));
-  const auto probe = startProbe(DESKTOP_PROBE);
+  const auto probe = startProbe(TOLLVANE_PROBES "/desktop_probe");
   EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated yes");
   EXPECT_TRUE(waitUntil([&] { return isInFront(*window); }));
 }
 
 TEST_F(SwayTest, TheSettingsWindowIsShownInFrontInItsSize) {
-  const auto settings = desktop.start({SETTINGS_PROBE, "welcome"});
+  const auto settings = desktop.start({TOLLVANE_PROBES "/settings_probe", "welcome"});
   settings->writeLine("show");
   ASSERT_TRUE(waitUntil([&] { return isInFront(*settings); })) << sway({"-t", "get_tree", "-r"});
   const std::string tree = sway({"-t", "get_tree"});
@@ -67,7 +67,7 @@ TEST_F(SwayTest, TheSettingsWindowIsShownInFrontInItsSize) {
 
 TEST_F(SwayTest, AProgramWithoutWindowsIsSaidToHaveNone) {
   const auto window = startProbe((desktop.root() / "window").string());
-  const auto probe = startProbe(DESKTOP_PROBE);
+  const auto probe = startProbe(TOLLVANE_PROBES "/desktop_probe");
   EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated no");
 }
 

@@ -6,8 +6,8 @@
 #include <new>
 
 #include "detect/watcher.h"
-#include "tests/support/log_lines.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/log_lines.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <random>
 
-#include "tests/support/log_lines.h"
+#include "tests/virtual/log_lines.h"
 
 namespace tollvane {
 namespace {

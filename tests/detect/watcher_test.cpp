@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/log_lines.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/log_lines.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

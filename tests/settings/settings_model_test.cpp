@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/core_parts.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/core_parts.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

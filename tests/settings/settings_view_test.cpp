@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/linux_wording.h"
-#include "tests/support/core_parts.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/core_parts.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "tests/desktop/desktop_fixture.h"
 #include "tests/desktop/running_processes.h"
-#include "tests/support/log_lines.h"
+#include "tests/virtual/log_lines.h"
 
 namespace tollvane::test {
 namespace {

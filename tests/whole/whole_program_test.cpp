@@ -7,11 +7,11 @@
 #include <sstream>
 
 #include "platform/linux/kernel/proc_fs.h"
-#include "tests/support/log_lines.h"
 #include "tests/support/private_sound.h"
 #include "tests/support/process.h"
 #include "tests/support/shared_session.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/virtual/log_lines.h"
 
 namespace tollvane::test {
 namespace {

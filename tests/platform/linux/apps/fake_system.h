@@ -19,7 +19,7 @@
 #include "platform/linux/apps/applications.h"
 #include "platform/linux/workspace/linux_workspace.h"
 #include "tests/support/temporary_directory.h"
-#include "tests/support/virtual_time.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 

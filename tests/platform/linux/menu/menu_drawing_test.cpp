@@ -17,7 +17,7 @@
 #include "platform/linux/menu/menu_title.h"
 #include "platform/linux/menu/menu_widget.h"
 #include "platform/linux/menu/rich_menu.h"
-#include "tests/desktop/menu_scenarios.h"
+#include "tests/probes/menu_scenarios.h"
 
 namespace tollvane::test {
 namespace {

@@ -8,9 +8,9 @@
 
 #include "detect/watcher.h"
 #include "platform/linux/system/executable_bundle.h"
-#include "tests/support/log_lines.h"
 #include "tests/support/temporary_directory.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/log_lines.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
 namespace {

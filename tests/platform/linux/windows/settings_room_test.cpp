@@ -14,7 +14,7 @@
 #include "platform/linux/windows/control_views.h"
 #include "platform/linux/windows/settings_window.h"
 #include "platform/linux/windows/switch_button.h"
-#include "tests/desktop/settings_scenarios.h"
+#include "tests/probes/settings_scenarios.h"
 
 namespace tollvane::test {
 namespace {

@@ -21,7 +21,7 @@
 #include "platform/linux/menu/menu_style.h"
 #include "platform/linux/windows/form_group.h"
 #include "platform/linux/windows/settings_look.h"
-#include "tests/desktop/settings_scenarios.h"
+#include "tests/probes/settings_scenarios.h"
 
 namespace tollvane::test {
 namespace {

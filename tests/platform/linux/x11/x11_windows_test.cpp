@@ -99,7 +99,7 @@ class X11WindowsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (const char* old = std::getenv("DISPLAY")) userDisplay_ = old;
-    startServer({});
+    startServer();
   }
 
   void TearDown() override {
@@ -108,12 +108,11 @@ class X11WindowsTest : public ::testing::Test {
     userDisplay_ ? ::setenv("DISPLAY", userDisplay_->c_str(), 1) : ::unsetenv("DISPLAY");
   }
 
-  void startServer(const std::string& number) {
-    std::vector<std::string> arguments = {"Xvfb"};
-    if (!number.empty()) arguments.push_back(":" + number);
-    for (const char* argument : {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"})
-      arguments.emplace_back(argument);
-    server_ = std::make_unique<Program>(arguments);
+  // Always under the same number, which a server that looks for a free one does not come to.
+  void startServer() {
+    const std::string number = std::to_string(1000 + ::getpid() % 50000);
+    server_ = std::make_unique<Program>(std::vector<std::string>{"Xvfb", ":" + number, "-displayfd", "1", "-screen",
+                                                                 "0", "640x480x24", "-nolisten", "tcp", "-noreset"});
     number_ = server_->readLine();
     ASSERT_FALSE(number_.empty()) << "Xvfb";
     ::setenv("DISPLAY", (":" + number_).c_str(), 1);
@@ -210,11 +209,16 @@ TEST_F(X11WindowsTest, OnlyOrdinaryWindowsOfThisHostCount) {
 }
 
 TEST_F(X11WindowsTest, AToolkitsOwnPropertiesSuffice) {
-  if (std::system("command -v mpv >/dev/null") != 0) GTEST_SKIP() << "mpv is not installed";
-  const Program player({"mpv", "--no-config", "--idle", "--force-window", "--vo=x11", "--ao=null", "--no-terminal"});
+  test::Variables variables = test::ownVariables();
+  variables["QT_QPA_PLATFORM"] = "xcb";
+  test::Process::Options options;
+  options.input = test::Process::Input::written;
+  options.variables = variables;
+  test::Process probe({TOLLVANE_PROBES "/settings_probe", "welcome"}, options);
+  probe.writeLine("show");
   ASSERT_TRUE(test::waitUntil([&] { return !look().empty(); }, 20s));
-  EXPECT_EQ(look()[0].pid, player.pid());
-  EXPECT_EQ(look()[0].windowClass, "mpv");
+  EXPECT_EQ(look()[0].pid, probe.pid());
+  EXPECT_EQ(look()[0].windowClass, "Tollvane");
 }
 
 TEST_F(X11WindowsTest, AnAnswerIsGoodForATenthOfASecond) {
@@ -240,7 +244,7 @@ TEST_F(X11WindowsTest, AServerThatWasRestartedIsFoundAgain) {
   killServer();
   EXPECT_THAT(look(), IsEmpty());
   EXPECT_THAT(look(), IsEmpty()) << "and again, without a server";
-  startServer(number_);
+  startServer();
   const Program message({"xmessage", "hello"});
   openMessage(message);
   EXPECT_EQ(look().size(), 1u);
@@ -249,7 +253,7 @@ TEST_F(X11WindowsTest, AServerThatWasRestartedIsFoundAgain) {
 TEST_F(X11WindowsTest, ARestartBetweenTwoLooksIsNotNoticed) {
   EXPECT_THAT(look(), IsEmpty());
   killServer();
-  startServer(number_);
+  startServer();
   const Program message({"xmessage", "hello"});
   openMessage(message);
   EXPECT_EQ(look().size(), 1u);

@@ -1,4 +1,4 @@
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 #include <poll.h>
 

@@ -1,4 +1,4 @@
-#include "tests/desktop/settings_scenarios.h"
+#include "tests/probes/settings_scenarios.h"
 
 #include <algorithm>
 #include <stdexcept>

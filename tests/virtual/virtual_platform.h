@@ -9,10 +9,10 @@
 
 #include "platform/macos/macos_wording.h"
 #include "platform/platform.h"
-#include "tests/support/virtual_desktop.h"
-#include "tests/support/virtual_disk.h"
-#include "tests/support/virtual_programs.h"
-#include "tests/support/virtual_time.h"
+#include "tests/virtual/virtual_desktop.h"
+#include "tests/virtual/virtual_disk.h"
+#include "tests/virtual/virtual_programs.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 

@@ -1,4 +1,4 @@
-#include "tests/support/log_lines.h"
+#include "tests/virtual/log_lines.h"
 
 #include "support/json.h"
 #include "support/json_value.h"

@@ -22,7 +22,7 @@
 #include "platform/linux/workspace/sway_ipc.h"
 #include "platform/linux/workspace/window_raiser.h"
 #include "platform/linux/workspace/x11_raiser.h"
-#include "tests/desktop/probe_lines.h"
+#include "tests/probes/probe_lines.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/linux/bell/linux_status_bar.h"
-#include "tests/desktop/probe_lines.h"
+#include "tests/probes/probe_lines.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "platform/settings_window.h"
 #include "settings/login_item.h"
 #include "settings/settings_model.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane::test {
 

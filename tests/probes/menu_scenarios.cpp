@@ -1,4 +1,4 @@
-#include "tests/desktop/menu_scenarios.h"
+#include "tests/probes/menu_scenarios.h"
 
 #include <chrono>
 #include <utility>

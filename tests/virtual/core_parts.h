@@ -3,7 +3,7 @@
 
 #include "browser/browser_link.h"
 #include "settings/settings_model.h"
-#include "tests/support/virtual_platform.h"
+#include "tests/virtual/virtual_platform.h"
 
 namespace tollvane::test {
 

@@ -19,8 +19,8 @@
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/menu/menu_widget.h"
 #include "platform/linux/menu/rich_menu.h"
-#include "tests/desktop/menu_scenarios.h"
-#include "tests/desktop/probe_lines.h"
+#include "tests/probes/menu_scenarios.h"
+#include "tests/probes/probe_lines.h"
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/windows/linux_application.h"
 #include "platform/linux/windows/settings_window.h"
-#include "tests/desktop/probe_lines.h"
-#include "tests/desktop/settings_scenarios.h"
+#include "tests/probes/probe_lines.h"
+#include "tests/probes/settings_scenarios.h"
 
 namespace {
 
