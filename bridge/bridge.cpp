@@ -15,7 +15,8 @@ namespace {
 constexpr std::size_t readSize = 64 * 1024;
 constexpr short hungUp = POLLHUP | POLLERR | POLLNVAL;
 
-// A descriptor of which nothing is wanted is not asked about, lest its hanging up wake us again and again.
+// poll(2) skips a negative descriptor. We skip a descriptor that we want nothing from, because its hang-up would wake
+// us again and again.
 pollfd query(int descriptor, short events) { return {events ? descriptor : -1, events, 0}; }
 
 enum class Reading { some, nothingNow, ended };
@@ -65,19 +66,19 @@ Bridge::Events Bridge::wait() {
   const short toApplication = relay_.toApplication.empty() ? 0 : POLLOUT;
   const short fromApplication = browserReads ? POLLIN : 0;
   std::array<pollfd, 5> queries = {{
-      // Of the browser's own ends it is always good to know that they were closed.
+      // The browser's descriptors are never skipped: we must notice when the browser closes them.
       {browser_.input, static_cast<short>(applicationReads ? POLLIN : 0), 0},
       {browser_.output, static_cast<short>(relay_.toBrowser.empty() ? 0 : POLLOUT), 0},
       query(browser_.process.get(), POLLIN),
       query(application_.descriptor(), static_cast<short>(toApplication | fromApplication)),
-      // What appears while there is an application is looked at when it is gone.
+      // While connected, the watch is not read; its events are handled after the connection has ended.
       query(watch_.descriptor(), application_ ? 0 : POLLIN),
   }};
   if (poll(queries.data(), queries.size(), timeout()) < 0) return {};
   return {queries[0].revents, queries[1].revents, queries[2].revents, queries[3].revents, queries[4].revents};
 }
 
-// In milliseconds, as poll(2) takes it.
+// How long poll(2) may wait, in milliseconds; -1 if there is no timer.
 int Bridge::timeout() const {
   const auto next = application_ ? leaveAt_ : seekAt_;
   if (!next) return -1;
@@ -85,7 +86,7 @@ int Bridge::timeout() const {
   return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
-// False when the browser sends no more.
+// False if the browser sends no more.
 bool Bridge::serveInput(const Events& events) {
   if (!(events.input & POLLIN)) return !(events.input & hungUp);
   std::string_view bytes;
@@ -97,7 +98,7 @@ bool Bridge::serveInput(const Events& events) {
   return reading != Reading::ended;
 }
 
-// False when the browser reads no more.
+// False if the browser reads no more.
 bool Bridge::serveOutput(const Events& events) {
   return !(events.output & hungUp) && relay_.toBrowser.flush(browser_.output);
 }
@@ -112,14 +113,14 @@ void Bridge::serveApplication(const Events& events) {
   if (reading == Reading::nothingNow) return;
   relay_.fromApplication(bytes);
   if (relay_.answered()) delay_.reset();
-  // If this fails, so does the next look at the browser.
+  // If this fails, the next serveOutput() notices.
   relay_.toBrowser.flush(browser_.output);
 }
 
 void Bridge::serveTimers() {
   const auto now = Clock::now();
   if (application_ && leaveAt_ && now >= *leaveAt_) {
-    // The kernel tells of room only when there is much; an application that reads slowly has made some.
+    // The kernel reports room only if there is much of it. An application that reads slowly may have made some room.
     flushToApplication();
     if (application_ && leaveAt_ && now >= *leaveAt_) leave();
   }

@@ -1,6 +1,7 @@
-// The bridge at work: one browser on two descriptors, one application on a socket that comes and goes, one thread, one
-// poll(2). Nothing blocks, and nothing grows: from a side whose other side does not read, nothing more is read.
-// An application that takes nothing for patience is left, and sought again like one that went away.
+// Connects one browser (two file descriptors) with the application (a socket that may come and go). One thread, one
+// poll(2) loop. Nothing blocks, and no queue grows without bound: while one side does not read, the bridge reads
+// nothing more from the other side. If the application accepts nothing for `patience`, the bridge disconnects and then
+// connects again, as after any loss of the application.
 #pragma once
 
 #include <chrono>
@@ -21,18 +22,18 @@ class Bridge {
  public:
   static constexpr std::chrono::seconds patience{5};
 
-  // A side that has this much unread gets no more before it has read some of it.
+  // While this many bytes wait for one side, nothing more is read from the other side.
   static constexpr std::size_t mostWaiting = 256 * 1024;
 
   struct Browser {
-    int input = -1;    // its frames; must not block. Stays the caller's
-    int output = -1;   // frames to it; must not block. Stays the caller's
-    UniqueFd process;  // readable once it has ended (pidfd_open(2)); may be none
+    int input = -1;    // frames from the browser; must not block. Stays the caller's
+    int output = -1;   // frames to the browser; must not block. Stays the caller's
+    UniqueFd process;  // readable once the browser has ended (pidfd_open(2)); may hold no descriptor
   };
 
   Bridge(Browser browser, std::string socket, std::string introduction);
 
-  // Returns when the browser has closed either end, or is gone.
+  // Returns when the browser has closed either descriptor or has ended.
   void run();
 
  private:
@@ -57,8 +58,8 @@ class Bridge {
   PathWatch watch_;
   LocalStream application_;
   RetryDelay delay_;
-  std::optional<Clock::time_point> seekAt_;   // while there is no application
-  std::optional<Clock::time_point> leaveAt_;  // while the application takes nothing
+  std::optional<Clock::time_point> seekAt_;   // when to try to connect again; set while there is no application
+  std::optional<Clock::time_point> leaveAt_;  // when `patience` ends; set while bytes wait for the application
   std::unique_ptr<char[]> buffer_;
 };
 

@@ -35,7 +35,7 @@ std::optional<std::string> FrameReader::next(std::string_view& bytes) {
   return std::nullopt;
 }
 
-// Whether the current frame's length is known.
+// Returns whether the current frame's length is known.
 bool FrameReader::readHeader(std::string_view& bytes) {
   if (headerSize_ == header_.size()) return true;
   const auto piece = take(bytes, header_.size() - headerSize_);
@@ -46,7 +46,7 @@ bool FrameReader::readHeader(std::string_view& bytes) {
   std::memcpy(&length, header_.data(), sizeof length);
   missing_ = length;
   passingOver_ = length > longest_;
-  // Room for all of it costs nothing before the bytes are there, and nothing is copied when they come.
+  // Reserving costs no memory before the bytes come, and saves copying when they do.
   if (!passingOver_) body_.reserve(length);
   return true;
 }

@@ -11,22 +11,23 @@
 
 namespace tollvane::bridge {
 
-// The most that a browser takes in one frame: one byte more, and it disconnects.
+// The most bytes that a browser accepts in one frame; it disconnects if a frame is longer.
 inline constexpr std::size_t longestToBrowser = 1024 * 1024;
 
-// The most that is taken from a browser; Chromium sends no more either.
+// The most bytes that we accept in one frame from a browser. Chromium sends no longer frames.
 inline constexpr std::size_t longestFromBrowser = 64 * 1024 * 1024;
 
-// `body` is at most longestToBrowser long.
+// `body` must be at most longestToBrowser bytes long.
 std::string frame(std::string_view body);
 
-// Bytes in, bodies of frames out, however the bytes are cut. A frame that is longer than `longest` is passed over
-// without being kept; what follows it is read as usual.
+// Takes a stream of bytes, cut into pieces of any size, and returns the bodies of its frames. A frame longer than
+// `longest` is skipped without being stored, and the frames after it are read as usual.
 class FrameReader {
  public:
   explicit FrameReader(std::size_t longest) : longest_(longest) {}
 
-  // Takes bytes from the front until a frame is whole: its body, which may be empty. Absent when all bytes are taken.
+  // Removes bytes from the front of `bytes` until a frame is complete, and returns its body, which may be empty. Absent
+  // if `bytes` is used up before that.
   std::optional<std::string> next(std::string_view& bytes);
 
  private:
@@ -35,7 +36,7 @@ class FrameReader {
   std::size_t longest_;
   std::array<char, sizeof(std::uint32_t)> header_{};
   std::size_t headerSize_ = 0;
-  std::size_t missing_ = 0;  // of the current body
+  std::size_t missing_ = 0;  // bytes of the current body that have not come yet
   bool passingOver_ = false;
   std::string body_;
 };

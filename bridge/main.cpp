@@ -1,6 +1,6 @@
-// The entry of TollvaneBridge. The browser starts it with frames on standard input and output, and nothing but frames
-// may ever be written there. Descriptors that the browser left open are left alone: by one of them Firefox notices that
-// its program has ended.
+// The entry point of TollvaneBridge. The browser starts it with frames on standard input and output, and nothing but
+// frames may ever be written to standard output. File descriptors that the browser left open stay open: Firefox notices
+// by one of them that its program has ended.
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <sysexits.h>
@@ -31,9 +31,11 @@ bool makeNonBlocking(int descriptor) {
 int run(const std::vector<std::string>& arguments) {
   const pid_t browser = getppid();
   if (!makeNonBlocking(STDIN_FILENO) || !makeNonBlocking(STDOUT_FILENO)) return EX_USAGE;
-  // No socket of ours may become the standard error, to which libraries write.
+  // If standard error is closed, give its number to /dev/null: otherwise a socket of ours would get it, and libraries
+  // would write into that.
   if (fcntl(STDERR_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
-  // Not by PR_SET_PDEATHSIG: that is sent when the thread ends that started us, which need not be the browser's last.
+  // PR_SET_PDEATHSIG would be too early: that signal is sent when the thread that started us ends, which need not be
+  // the browser's last.
   UniqueFd browserProcess = processDescriptor(browser);
   const auto launchedBy =
       parentBrowser(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
@@ -54,6 +56,6 @@ int main(int count, char** arguments) {
   try {
     return tollvane::bridge::run({arguments + (count > 0), arguments + count});
   } catch (const std::exception&) {
-    return EX_OSERR;  // no memory; the extension starts another bridge
+    return EX_OSERR;  // out of memory; the extension starts another bridge
   }
 }

@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-// Where several members are called "type", the last one counts, as for every reader of these messages.
+// If several members are called "type", the last one counts, as it does for the other readers of these messages.
 class TypeReader : public nlohmann::json_sax<json> {
  public:
   bool hello() const { return hello_; }
@@ -51,13 +51,14 @@ class TypeReader : public nlohmann::json_sax<json> {
   bool hello_ = false;
 };
 
-// No other value, and no byte order mark. A cheap look, and much of what is malformed costs no more than that.
+// The text must begin with an object: no other value, no byte order mark. This cheap check saves parsing much of what
+// is malformed.
 bool beginsAsObject(std::string_view text) {
   const auto first = text.find_first_not_of(" \t\r\n");
   return first != std::string_view::npos && text[first] == '{';
 }
 
-// The reader would take this for the end, and let pass whatever stands behind it.
+// The parser would take a zero byte for the end of the text and ignore everything behind it.
 bool hasZeroByte(std::string_view text) { return text.find('\0') != std::string_view::npos; }
 
 }  // namespace

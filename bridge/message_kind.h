@@ -1,5 +1,5 @@
-// What the bridge must know of a message: whether it is one, and whether it is the extension's introduction. Pure; any
-// thread. Reads the text event by event (nlohmann-json's SAX), so no tree of the message is ever built, and the cost is
+// What the bridge must know about a message: whether it is valid, and whether it is the extension's "hello". Pure; any
+// thread. The text is read event by event (nlohmann-json's SAX interface), so no tree of it is built, and the cost is
 // linear in its length.
 #pragma once
 

@@ -8,7 +8,7 @@
 namespace tollvane::bridge {
 namespace {
 
-// An emptied queue larger than this gives its memory back.
+// An emptied queue whose memory is larger than this frees it.
 constexpr std::size_t mostKept = 64 * 1024;
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Bytes that wait until a descriptor takes them. Gives its memory back when a large message is gone. One thread.
+// Bytes that wait until a file descriptor accepts them. Frees its memory after a large message has been written. One
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -15,13 +16,13 @@ class Outbox {
   std::size_t size() const { return bytes_.size() - sent_; }
   std::string_view waiting() const { return std::string_view(bytes_).substr(sent_); }
 
-  // Writes what the descriptor, which must not block, takes now. False when it takes nothing any more.
+  // Writes as much as `descriptor` accepts now; it must not block. False if it will never accept any more.
   bool flush(int descriptor);
 
   void clear();
 
  private:
-  std::string bytes_;  // empty as soon as all is sent
+  std::string bytes_;  // empty as soon as everything is written
   std::size_t sent_ = 0;
 };
 

@@ -21,7 +21,7 @@ std::string_view bundleOf(const BrowserEdition* edition) {
   return edition == nullptr ? std::string_view() : edition->bundleID;
 }
 
-// The `name` of the group with which the file begins: of an application, or of a runtime.
+// The `name` in the file's first group, which describes an application or a runtime.
 std::string_view flatpakName(std::string_view info) {
   bool inFirstGroup = false;
   while (!info.empty()) {
@@ -45,7 +45,7 @@ std::string_view snapOf(std::string_view executable) {
 
 std::string_view bundleOfSnap(std::string_view name) {
   if (name.empty()) return {};
-  // The desktop entry NAME of the snap NAME: how a snap's main program is called.
+  // The main program of the snap NAME has the desktop entry NAME_NAME.
   return bundleOf(editionOfDesktopId(std::string(name).append("_").append(name)));
 }
 

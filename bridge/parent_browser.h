@@ -1,7 +1,7 @@
 // Which browser started this process. Any thread.
 //
 // Sources: native messaging pages of Chrome's and Firefox's extension documentation (arguments); flatpak-metadata(5)
-// (/.flatpak-info); the folders into which the makers' packages install.
+// (/.flatpak-info); the folders into which the packages of the browsers' makers install.
 #pragma once
 
 #include <functional>
@@ -14,25 +14,26 @@
 namespace tollvane::bridge {
 
 struct ParentBrowser {
-  std::string executable{};   // real path of the parent's program; empty when it cannot be known
-  std::string flatpakInfo{};  // what /.flatpak-info says in the parent's view of the files; empty outside of a Flatpak
-  bool isChromium = false;    // by the argument that only that family hands over
-  // Variables that every program inherits, also from another browser or a terminal: hints, no more.
+  std::string executable{};   // real path of the parent's program; empty if it cannot be known
+  std::string flatpakInfo{};  // content of /.flatpak-info as the parent sees it; empty outside of a Flatpak
+  bool isChromium = false;    // known by an argument that only Chromium and its relatives pass
+  // Environment variables. Only hints: they may be inherited from another browser or from a terminal.
   std::string snapName{};
   std::string chromeDesktop{};
 };
 
 using Variable = std::function<const char*(const char* name)>;
 
-// To be asked at once: when the parent ends, its number may be another's. `arguments` are without the program's name.
+// Call this right after the start: once the parent has ended, another process may get its number. `arguments`: without
+// the program's name.
 ParentBrowser parentBrowser(const ProcFs& processes, Pid parent, const std::vector<std::string>& arguments,
                             const Variable& variable);
 
-// The browser's bundle identifier, one of the table in catalogue/browsers.h or a Flatpak's own name; empty if it cannot
-// be told. Only letters, digits, '.', '-' and '_'.
+// The browser's bundle identifier: one from the table in catalogue/browsers.h, or a Flatpak's own name; empty if
+// unknown. It has only letters, digits, '.', '-' and '_'.
 std::string bundleIdentifier(const ParentBrowser& parent);
 
-// The first line that the application hears, without its end.
+// The first line that the bridge sends to the application, without its line feed.
 std::string introduction(const ParentBrowser& parent);
 
 }  // namespace tollvane::bridge

@@ -15,10 +15,10 @@ void Relay::fromBrowser(std::string_view bytes) {
 }
 
 void Relay::passOn(std::string message) {
-  if (!connected_ && message.size() > longestHello) return;  // nobody would get it, whatever it is
+  if (!connected_ && message.size() > longestHello) return;  // it can be neither sent nor remembered
   const MessageKind kind = kindOf(message);
   if (kind == MessageKind::malformed) return;
-  // In JSON a newline can only stand between two tokens, where a blank says the same.
+  // In JSON a line feed can only stand between two tokens, where a blank means the same.
   std::replace(message.begin(), message.end(), '\n', ' ');
   if (kind == MessageKind::hello && message.size() <= longestHello) hello_ = message;
   if (!connected_) return;

@@ -1,13 +1,13 @@
-// What happens to each message between the browser and the application, without any descriptor. One thread.
+// Translates messages between the browser and the application; it has no file descriptors itself. One thread.
 //
-//   relay.fromBrowser(bytes);      // frames; whole ones go as lines into toApplication
-//   relay.fromApplication(bytes);  // lines; whole ones go as frames into toBrowser
+//   relay.fromBrowser(bytes);      // takes frames; each complete one becomes a line in toApplication
+//   relay.fromApplication(bytes);  // takes lines; each complete one becomes a frame in toBrowser
 //   relay.connected(); ... relay.disconnected();
 //
-// Towards the application a line is always one JSON object. Towards the browser, too: Firefox disconnects at anything
-// else. What is malformed or too long is dropped, and the next message is read as usual. Messages from the browser are
-// dropped while there is no application, but for the extension's last "hello", with which it is introduced again at
-// every connection.
+// Each line to the application and each frame to the browser is exactly one JSON object: Firefox disconnects at
+// anything else. A message that is malformed or too long is dropped, and the next one is read as usual. Messages from
+// the browser are dropped while there is no application, except for the extension's last "hello": the relay keeps it
+// and sends it at every connection.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ class Relay {
   // A longer "hello" is passed on, but not remembered.
   static constexpr std::size_t longestHello = 64 * 1024;
 
-  // `introduction`: the line, without its end, that every application hears first.
+  // `introduction`: the first line to every application, without its line feed.
   explicit Relay(std::string introduction);
 
   void fromBrowser(std::string_view bytes);
@@ -33,10 +33,11 @@ class Relay {
 
   void connected();
 
-  // A line that was begun is never ended by another application, in neither direction.
+  // Drops what waits for the application and the unfinished line from it, so that the next application does not
+  // continue the lines of the last one.
   void disconnected();
 
-  // Whether this application has said anything that was passed on.
+  // Whether the application has sent a valid message since it was connected.
   bool answered() const { return answered_; }
 
   Outbox toApplication;
@@ -46,7 +47,7 @@ class Relay {
   void passOn(std::string message);
 
   std::string introduction_;
-  std::string hello_;  // empty: none yet
+  std::string hello_;  // empty if there was none yet
   bool connected_ = false;
   bool answered_ = false;
   FrameReader frames_;

@@ -15,16 +15,18 @@ class RetryDelay {
   static constexpr Milliseconds longest{30'000};
   static constexpr Milliseconds settle{20};
 
-  // An attempt failed, or a connection ended: wait this long, and longer each time.
+  // To be called after a failed attempt or a lost connection. Returns how long to wait, longer each time up to
+  // `longest`.
   Milliseconds next() {
     if (std::exchange(settling_, false)) return settle;
     return std::exchange(delay_, std::min(2 * delay_, longest));
   }
 
-  // The application has answered: should it go away, it is expected back.
+  // To be called when the application has answered: if it goes away now, it is expected back soon.
   void reset() { delay_ = shortest; }
 
-  // Its socket appeared. There is a moment between the socket's birth and its first answer.
+  // To be called when the application's socket appeared. It may not be ready to answer yet, so the next wait is
+  // `settle`.
   void appeared() {
     reset();
     settling_ = true;

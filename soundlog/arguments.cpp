@@ -23,7 +23,7 @@ constexpr std::string_view usageText =
 
 Mistake mistake(std::string sentence) { return {"TollvaneLog: " + std::move(sentence) + " Try --help."}; }
 
-// Reads one option with a value, written "--name VALUE" or "--name=VALUE".
+// Splits the arguments into words. An option's value is written "--name VALUE" or "--name=VALUE".
 class Options {
  public:
   explicit Options(std::span<const char* const> arguments) : rest_(arguments) {}

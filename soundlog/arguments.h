@@ -20,7 +20,7 @@ struct Mistake {
 
 using Arguments = std::variant<Stream, Help, Version, Mistake>;
 
-// `arguments` without the program's own name.
+// `arguments`: without the program's own name.
 Arguments parseArguments(std::span<const char* const> arguments);
 
 // What --help prints.

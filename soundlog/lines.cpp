@@ -21,7 +21,7 @@ struct Voice {
   std::string_view title;
 };
 
-// The paths name roles, not files: a reader knows the speakers by the last component.
+// These paths name roles; there are no such files. A reader tells the senders apart by the last component.
 constexpr std::array voices = {
     Voice{Kind::outputStarted, "/tollvane/audiomxd", "sound"},
     Voice{Kind::alertRequested, "/tollvane/systemsoundserverd", "alert"},
@@ -29,7 +29,7 @@ constexpr std::array voices = {
     Voice{Kind::notificationPresented, "/tollvane/usernoted", "notification"},
 };
 
-// A name that begins so would be taken for the system's own.
+// A name that begins with one of these would be mistaken for the system's own.
 constexpr std::array<std::string_view, 3> reserved = {"notificationcent", "usernoted", "systemsoundserve"};
 
 constexpr std::string_view notificationService = "NotificationCenter";
@@ -85,7 +85,7 @@ std::string identity(const Happening& happening) {
 std::string plainText(std::string_view text) {
   std::string result;
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  // Four bytes a character at most: what lies behind this cannot matter, however long the text is.
+  // Enough bytes to fill the result, because a character has at most four. The rest of a longer text is not read.
   const std::size_t length = std::min(text.size(), 8 * longestName);
   for (std::size_t at = 0; at < length;) {
     std::int32_t character = 0;

@@ -1,10 +1,10 @@
-// What TollvaneLog says, and how: one Happening becomes one line, as JSON for a program or as text for a person.
-// Pure functions, any thread. This is the only place where names from outside (processes, applications) are made
-// harmless: whatever a program calls itself, it can forge neither another line, nor another process, nor another kind.
+// What TollvaneLog prints: one line for each Happening, as JSON for a program or as text for a person. Pure functions,
+// any thread. This is the only place where names from outside (of processes and applications) are made harmless:
+// whatever name a program gives itself, it can forge neither another line, nor another process, nor another kind.
 //
-// JSON lines: RFC 8259, one object a line, always valid UTF-8. A reader needs two keys:
-//   processImagePath  who speaks; its last component tells the kind (audiomxd, systemsoundserverd, usernoted)
-//   eventMessage      what is said
+// JSON lines: RFC 8259, one object per line, always valid UTF-8. A reader needs two keys:
+//   processImagePath  the sender; its last component tells the kind (audiomxd, systemsoundserverd, usernoted)
+//   eventMessage      the message
 #pragma once
 
 #include <string>
@@ -26,24 +26,24 @@ struct Happening {
   Kind kind = Kind::outputStarted;
   // The process's name; for notificationPresented the application's identity; not used for notificationSound.
   std::string name;
-  Pid pid = 0;  // 0: not known. Not used for notificationPresented.
+  Pid pid = 0;  // 0 if unknown; not used for notificationPresented
 };
 
 // The longest name or identity that a line carries, in bytes.
 inline constexpr std::size_t longestName = 256;
 
-// `text` as valid UTF-8 on one line: what is not UTF-8 becomes U+FFFD, control characters and line separators become
-// blanks, double quotes become single ones; no blanks at the ends; at most longestName bytes, cut between characters.
+// `text` as valid UTF-8 on one line: invalid bytes become U+FFFD, control characters and line separators become blanks,
+// double quotes become single quotes; no blanks at either end; at most longestName bytes, cut between characters.
 std::string plainText(std::string_view text);
 
-// `name` as plainText, further without parentheses, and never beginning with a word that marks a message of the
-// system's own.
+// `name` as plainText() returns it, with brackets instead of parentheses, and with "_" in front if it would begin with
+// a word that marks a message of the system itself.
 std::string processName(std::string_view name);
 
 std::string_view processImagePath(Kind kind);
 std::string eventMessage(const Happening& happening);
 
-// One line, with the line feed at its end. Shorter than 4096 bytes, so that a pipe takes it in one piece.
+// One line with its line feed. Shorter than 4096 bytes, so that a pipe accepts it in one piece.
 std::string ndjsonLine(const Happening& happening, TimePoint time);
 std::string readableLine(const Happening& happening, TimePoint time);
 

@@ -1,4 +1,4 @@
-// The entry of TollvaneLog.
+// The entry point of TollvaneLog.
 #include <fcntl.h>
 #include <sys/signalfd.h>
 #include <sysexits.h>
@@ -23,7 +23,8 @@ struct LoopDeleter {
   void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
 };
 
-// The user's applications. Made at the first question: it keeps what it read of all desktop entries.
+// Looks up the user's applications. Created only when it is first needed, because it keeps all desktop entries in
+// memory.
 class DesktopApplications {
  public:
   std::optional<Identities::Application> of(Pid pid) const {
@@ -41,11 +42,11 @@ class DesktopApplications {
  private:
   ProcFs processes_;
   DesktopEntries entries_;
-  NoX11Windows windows_;  // an identity is an entry's id, which no window tells
+  NoX11Windows windows_;  // only ids of entries are needed, and windows do not tell them
   Applications applications_{processes_, entries_, windows_};
 };
 
-// The signals that ask the process to end, as a descriptor: no thread of any library shall take them.
+// The signals that ask the process to end, as a file descriptor, so that no library's thread receives them.
 UniqueFd endingSignals() {
   sigset_t signals;
   sigemptyset(&signals);

@@ -16,7 +16,7 @@ constexpr const char* ownerRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.freedesktop.Notifications'";
 
-// Of notifications whose sender is asked for at the same time.
+// The most notifications whose senders are being asked for at the same time.
 constexpr std::size_t mostQuestions = 64;
 
 template <typename Value>
@@ -26,7 +26,7 @@ std::optional<Value> basic(sd_bus_message* message, char type) {
   return value;
 }
 
-// Programs send numbers in whatever width their language likes.
+// Programs send this number in any integer type that suits their language.
 std::optional<Pid> processNumber(sd_bus_message* message, std::string_view signature) {
   std::optional<std::int64_t> number;
   if (signature == "x") number = basic<std::int64_t>(message, 'x');
@@ -58,7 +58,7 @@ bool readHint(sd_bus_message* message, Notice& notice) {
     if (wanted != name || std::strlen(signature) != 1) continue;
     if (sd_bus_message_enter_container(message, 'v', signature) <= 0) return false;
     readValue(message, wanted, signature, notice);
-    // A value of an unexpected type is still there.
+    // A value of an unexpected type has not been read yet.
     if (!sd_bus_message_at_end(message, 0)) sd_bus_message_skip(message, nullptr);
     return sd_bus_message_exit_container(message) >= 0;
   }
@@ -72,8 +72,8 @@ std::optional<Pid> processReply(sd_bus_message* reply) {
   return static_cast<Pid>(pid);
 }
 
-// The service's own control group: a service unit whose main process it is. Where its parent sits in the same group,
-// the group is a whole session's, or that of the bus that started it along with many others.
+// The control group of the service unit in which `pid` is the main process; empty if there is none. If the parent is in
+// the same group, the group belongs to a whole session, or to the bus that started this process and many others.
 std::string ownUnit(const ProcFs& processes, Pid pid) {
   const std::string group = processes.cgroup(pid);
   const auto status = processes.status(pid);
@@ -168,7 +168,7 @@ bool NotificationSource::followService() {
     static_cast<NotificationSource*>(data)->serviceOwner(known ? owner : "");
     return 0;
   };
-  // Without a handler for its completion sd-bus would close the connection when the match is refused.
+  // Without a handler for the reply, sd-bus would close the connection if the match is refused.
   const auto added = [](sd_bus_message*, void*, sd_bus_error*) { return 0; };
   sd_bus_slot* slot = nullptr;
   if (sd_bus_add_match_async(queries_->get(), &slot, ownerRule, changed, added, this) < 0) return false;
@@ -219,7 +219,7 @@ void NotificationSource::serviceOwner(const char* owner) {
   ownerPid_.reset(slot);
 }
 
-// Either connection; the other one is of no use alone.
+// To be called when either connection closes: the other one is useless alone.
 void NotificationSource::closed() {
   const bool served = served_;
   disconnect();

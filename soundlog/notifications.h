@@ -1,5 +1,5 @@
-// Listens on the session bus: which application shows a notification, and which program is the notification service.
-// Main thread only. Uses two connections, because the one that sees other programs' calls may not ask anything.
+// Listens on the session bus: which application shows a notification, and which process is the notification service.
+// Main thread only. Uses two connections, because the one that sees other programs' calls may not make calls itself.
 // Sources, both of freedesktop.org: Desktop Notifications (Notify, its hints); D-Bus (BecomeMonitor, NameOwnerChanged,
 // GetConnectionUnixProcessID).
 #pragma once
@@ -17,15 +17,15 @@
 
 namespace tollvane::soundlog {
 
-// Reads the arguments of a call of Notify; absent when they are not as they should be. Pure but for the message's
-// reading position.
+// Reads the arguments of a call of Notify; absent if they are malformed. Pure, except that it moves the read position
+// of `call`.
 std::optional<Notice> readNotice(sd_bus_message* call);
 
 class NotificationSource {
  public:
   struct Events {
     std::function<void(const Notice&, std::optional<Pid> sender)> presented;
-    std::function<void(std::optional<Pid>)> serviceChanged;  // the notification service's process
+    std::function<void(std::optional<Pid>)> serviceChanged;  // process of the service; absent if there is none
     std::function<void()> served;
     std::function<void(bool served)> ended;
   };
@@ -33,7 +33,7 @@ class NotificationSource {
   NotificationSource(std::string address, Events events);
   ~NotificationSource();
 
-  // Begins to connect, if there is no connection yet. False when there is no bus.
+  // Begins to connect, unless there is a connection already. False if there is no bus.
   bool connect();
   void disconnect();
 
@@ -59,24 +59,24 @@ class NotificationSource {
   bool served_ = false;
 };
 
-// The program that shows notifications on this desktop, as the owner of org.freedesktop.Notifications on the session
-// bus: is it the one that plays?
-// Source: systemd.unit(5) for the names of units.
+// Tells whether a sound comes from the program that shows notifications on this desktop: the owner of
+// org.freedesktop.Notifications on the session bus. Source: systemd.unit(5) for the names of units.
 class NotificationService {
  public:
   NotificationService(const ProcFs& processes, const Makers& makers) : processes_(processes), makers_(makers) {}
 
-  // Absent: nobody shows notifications now.
+  // `pid`: absent while no program shows notifications.
   void setOwner(std::optional<Pid> pid);
 
-  // The sound comes from the service: the process itself, another one of its unit, or a script it runs.
+  // Whether the sound comes from the service: from its process, from another process of its unit, or from a script of
+  // dunst.
   bool plays(const Maker& maker) const;
 
  private:
   const ProcFs& processes_;
   const Makers& makers_;
   std::optional<ProcessKey> owner_;
-  std::string unit_;  // the control group that is the service's own; empty when it has none
+  std::string unit_;  // the control group that is the service's own; empty if it shares one
 };
 
 }  // namespace tollvane::soundlog

@@ -19,8 +19,8 @@ bool isSocket(int descriptor) {
   return fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-// A pipe of one page can be written exactly when it is empty. Anything but a pipe refuses, and so does a pipe that
-// holds more already: it drains.
+// A pipe of one page can be written exactly if it is empty. Failure does no harm: the descriptor may not be a pipe, or
+// the pipe may hold more than a page at the moment.
 void makeSmall(int descriptor) { fcntl(descriptor, F_SETPIPE_SZ, 4096); }
 
 }  // namespace
@@ -56,7 +56,7 @@ OutputQueue::Room OutputQueue::room() const {
   return query.revents & POLLOUT ? Room::some : Room::none;
 }
 
-// A pipe that can be written takes PIPE_BUF bytes without blocking, see pipe(7).
+// A pipe that can be written accepts PIPE_BUF bytes without blocking, see pipe(7).
 bool OutputQueue::writeSome() {
   const bool fresh = begun_.empty();
   if (fresh) begun_ = lines_.front()();
@@ -64,7 +64,7 @@ bool OutputQueue::writeSome() {
   const ssize_t written = socket_ ? send(descriptor_, begun_.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL)
                                   : write(descriptor_, begun_.data(), size);
   if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-    if (fresh) begun_.clear();  // worded again when it can be written
+    if (fresh) begun_.clear();  // the text is made again when it can be written
     return false;
   }
   if (fresh) lines_.pop_front();
@@ -72,7 +72,7 @@ bool OutputQueue::writeSome() {
     begun_.erase(0, static_cast<std::size_t>(written));
   } else {
     begun_.clear();
-    // A full disk loses lines, but it is no reader who went away.
+    // A full disk loses lines, but the reader is still there.
     broken_ = errno != ENOSPC && errno != EDQUOT && errno != EFBIG;
   }
   return true;

@@ -54,7 +54,7 @@ void SoundLog::soundStarted(const StreamStart& start) {
 }
 
 void SoundLog::notificationPresented(const Notice& notice, std::optional<Pid> sender) {
-  // The service is asked to be silent for this one, so a sound of the service that follows belongs to another.
+  // This notification asks the service to stay silent, so the service's next sound belongs to another notification.
   if (notice.playsItself) return;
   write({Kind::notificationPresented, identities_.identify(notice, sender), 0}, {});
 }
@@ -68,7 +68,7 @@ void SoundLog::write(Happening happening, Maker maker) {
   if (output_.pending() != waiting_ || output_.broken()) watchOutput();
 }
 
-// A reader who goes away is noticed by this watch alone, without anything being written.
+// This watch notices that the reader has gone away even if nothing is written.
 void SoundLog::watchOutput() {
   waiting_ = output_.pending();
   const int conditions = G_IO_ERR | G_IO_HUP | (waiting_ || output_.broken() ? G_IO_OUT : 0);

@@ -1,5 +1,5 @@
 // TollvaneLog as a whole: listens to the sound server and to the session bus, decides what each thing heard is, and
-// writes lines until its reader is gone or it is told to end. Main thread only.
+// writes lines until its reader is gone. Main thread only.
 #pragma once
 
 #include <functional>
@@ -23,7 +23,7 @@ class SoundLog {
  public:
   using Format = std::string (*)(const Happening&, TimePoint);
 
-  // Writes to `output`, which stays the caller's. `ended` is called when nobody reads it any more.
+  // Writes to `output`, which stays the caller's. `ended` is called when its reader is gone.
   SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
            Makers::NameOfApplication nameOfApplication, std::function<void()> ended);
 
@@ -44,10 +44,10 @@ class SoundLog {
   int descriptor_;
   Format format_;
   std::function<void()> ended_;
-  bool waiting_ = false;  // the output watch waits for room, too
+  bool waiting_ = false;  // whether `outputWatch_` also waits for room
   Watch outputWatch_;
   SoundServers servers_;
-  std::optional<NotificationSource> notifications_;  // absent: there is no session bus
+  std::optional<NotificationSource> notifications_;  // absent if there is no session bus
   std::optional<Reconnector> busLink_;
 };
 

@@ -15,7 +15,7 @@ std::optional<std::string> firstOf(const Environment& environment, std::initiali
   return std::nullopt;
 }
 
-// Values in addresses of the bus escape bytes as "%2f".
+// Values in bus addresses may have escaped bytes, like "%2f".
 std::string unescaped(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -75,7 +75,7 @@ std::optional<std::filesystem::path> pulseSocket(const Environment& environment)
   if (const auto servers = firstOf(environment, {"PULSE_SERVER"})) {
     for (std::string_view rest = *servers; !rest.empty();) {
       std::string_view server = ascii::takePart(rest, ' ');
-      // "{machine}unix:/path": only for the machine that bears this id.
+      // "{machine}unix:/path" is an address for the machine with this id only.
       if (server.starts_with('{')) ascii::takePart(server, '}');
       constexpr std::string_view unix = "unix:";
       if (server.starts_with(unix)) server.remove_prefix(unix.size());

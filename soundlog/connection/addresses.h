@@ -11,22 +11,23 @@
 
 namespace tollvane::soundlog {
 
-// An environment variable's value; absent when it is not set. An empty one counts as not set.
+// The value of the environment variable `name`; absent if it is not set. An empty value counts as not set.
 using Environment = std::function<std::optional<std::string>(const char* name)>;
 
 Environment processEnvironment();
 
-// Absent: not a socket in the file system, so its appearance cannot be waited for.
+// The path of the server's socket. Absent if the server has no socket in the file system: then nothing can wait for it
+// to appear.
 std::optional<std::filesystem::path> pipeWireSocket(const Environment& environment);
 std::optional<std::filesystem::path> pulseSocket(const Environment& environment);
 
 struct BusAddress {
   std::string address;                          // for connecting
-  std::optional<std::filesystem::path> socket;  // of the first address that is one in the file system
+  std::optional<std::filesystem::path> socket;  // of the first address that is in the file system
 };
 
-// Absent when the environment names no session bus. Ids of bus instances are removed from the address, because a bus
-// that is started anew has another.
+// Absent if the environment names no session bus. The ids of bus instances are removed from the address, because a
+// restarted bus has a new one.
 std::optional<BusAddress> sessionBus(const Environment& environment);
 
 }  // namespace tollvane::soundlog

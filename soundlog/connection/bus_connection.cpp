@@ -8,7 +8,7 @@
 namespace tollvane::soundlog {
 namespace {
 
-// So many messages at most before others get their turn.
+// The most messages that are handled before other sources of the event loop get their turn.
 constexpr int mostMessages = 32;
 
 }  // namespace
@@ -28,13 +28,13 @@ struct BusConnection::SourceFunctions {
     const int events = sd_bus_get_events(bus);
     if (events < 0) return TRUE;
     const int conditions = (events & POLLIN ? G_IO_IN : 0) | (events & POLLOUT ? G_IO_OUT : 0);
-    // Never without need: it wakes the loop, which would prepare again, without end.
+    // Only on a change: each call wakes the loop, which would prepare again, without end.
     if (conditions != self->conditions) {
       self->conditions = conditions;
       g_source_modify_unix_fd(source, self->descriptor, static_cast<GIOCondition>(conditions));
     }
     std::uint64_t due = UINT64_MAX;
-    // Both count microseconds of the monotonic clock.
+    // Both libraries count microseconds of the monotonic clock.
     const bool has = sd_bus_get_timeout(bus, &due) > 0 && due != UINT64_MAX;
     g_source_set_ready_time(source, has ? static_cast<gint64>(due) : -1);
     return FALSE;
@@ -75,7 +75,7 @@ BusConnection::BusConnection(sd_bus* bus, Role role, MessageHandler message, std
   self->connection = this;
   self->conditions = G_IO_IN;
   self->descriptor = g_source_add_unix_fd(source, sd_bus_get_fd(bus_), G_IO_IN);
-  // A notification is written down before the sound that it makes, even when both are known at the same moment.
+  // If a notification and its sound are pending at the same moment, the notification is written first.
   g_source_set_priority(source, G_PRIORITY_HIGH);
   g_source_attach(source, nullptr);
   source_ = Watch(source);
@@ -98,7 +98,7 @@ void BusConnection::process() {
     if (result == 0) return;
     if (result < 0 || !sd_bus_is_open(bus_)) {
       source_.reset();
-      // A copy: the handler is allowed to destroy this connection.
+      // A copy, because the handler may destroy this connection.
       closing_ = callAfter(Duration::zero(), [closed = closed_] { closed(); });
       return;
     }

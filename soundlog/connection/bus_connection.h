@@ -16,13 +16,13 @@ class BusConnection {
  public:
   enum class Role {
     ordinary,
-    // Becomes a monitor once the owner asks for it. Never answers or sends anything by itself after that, because the
-    // bus disconnects a monitor that sends.
+    // Becomes a monitor when its owner asks the bus for that. From then on it sends nothing by itself, not even
+    // replies, because the bus disconnects a monitor that sends.
     monitor,
   };
-  using MessageHandler = std::function<void(sd_bus_message*)>;  // of a monitor: each message it sees
+  using MessageHandler = std::function<void(sd_bus_message*)>;  // receives each message that a monitor sees
 
-  // `closed` is called once, from the event loop, when the bus went away. Null when there is no bus to connect to.
+  // `closed` is called once, from the event loop, after the bus has gone away. Null if there is no bus to connect to.
   static std::unique_ptr<BusConnection> open(const std::string& address, Role role, MessageHandler message,
                                              std::function<void()> closed);
   ~BusConnection();
@@ -47,7 +47,7 @@ class BusConnection {
   Watch closing_;
 };
 
-// The owner of a method call that is under way, or of a match: dropping it means that its handler is not called.
+// Owns a method call that is under way, or a match. Once it is destroyed, the handler is not called any more.
 struct SlotDeleter {
   void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
 };

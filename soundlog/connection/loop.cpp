@@ -31,7 +31,7 @@ void Watch::reset() {
 
 Watch watchDescriptor(int descriptor, GIOCondition conditions, DescriptorHandler handler) {
   GSource* const source = g_unix_fd_source_new(descriptor, conditions);
-  // GLib keeps the handler alive until it has returned, even when it destroys its own watch.
+  // GLib keeps the handler alive until it has returned, even if it destroys its own watch.
   g_source_set_callback(source, reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(descriptorReady)),
                         new DescriptorHandler(std::move(handler)),
                         [](gpointer data) { delete static_cast<DescriptorHandler*>(data); });

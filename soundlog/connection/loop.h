@@ -1,6 +1,6 @@
-// The one event loop of TollvaneLog: GLib's default main context, of which nothing else here needs to know more than
-// this. Main thread only. A Watch is owned by whoever made it; destroying it, also from inside its own handler, means
-// that the handler is not called again.
+// TollvaneLog's only event loop: GLib's default main context. The other files need to know no more about it than this.
+// Main thread only. A Watch belongs to its creator. Once it is destroyed, which its own handler may do, the handler is
+// not called again.
 #pragma once
 
 #include <glib.h>
@@ -28,17 +28,17 @@ class Watch {
 
   void reset();
 
-  // Something may still be called.
+  // Whether the handler may still be called.
   bool active() const { return source_ && !g_source_is_destroyed(source_); }
 
  private:
   GSource* source_ = nullptr;
 };
 
-// Calls `handler` whenever the descriptor is in one of the conditions (G_IO_IN, ...; errors are always reported).
+// Calls `handler` whenever one of `conditions` (G_IO_IN, ...) is true for `descriptor`; errors are always reported.
 [[nodiscard]] Watch watchDescriptor(int descriptor, GIOCondition conditions, std::function<void(GIOCondition)> handler);
 
-// Calls `handler` once. A delay of 0 means: after the current work.
+// Calls `handler` once. A `delay` of 0 means: after the current work.
 [[nodiscard]] Watch callAfter(Duration delay, std::function<void()> handler);
 
 }  // namespace tollvane::soundlog

@@ -45,7 +45,7 @@ Reconnector::Reconnector(std::optional<std::filesystem::path> socket, std::funct
 
 void Reconnector::start() {
   watchSocket();
-  // A socket that is there already may still be on its way to listening, and would not appear again.
+  // If the socket exists already, the server may be about to listen, and the socket will not appear again.
   std::error_code ignored;
   if (socket_ && std::filesystem::exists(*socket_, ignored)) plan_.appeared();
   attempt();
@@ -62,7 +62,7 @@ void Reconnector::served() {
 }
 
 bool Reconnector::ended(bool served) {
-  // Watch first, then try: a server that comes back in between is noticed either way.
+  // Watch first, then try: a server that comes back in between is not missed.
   watchSocket();
   return tryAgain(served ? plan_.lost(std::chrono::steady_clock::now()) : plan_.failed());
 }

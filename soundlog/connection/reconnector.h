@@ -1,5 +1,5 @@
-// Keeps one connection to a server up: tries at once, then whenever the server's socket appears, as RetryPlan says.
-// Main thread only. The owner does the connecting; it says when a connection ended.
+// Keeps one connection to a server up: tries at once, and again at the times that RetryPlan gives after a failure or
+// when the server's socket appears. Main thread only. The owner makes the connection and reports its end.
 //
 //   Reconnector server(socket, [this] { return connect(); });
 //   server.start();
@@ -18,10 +18,10 @@
 
 namespace tollvane::soundlog {
 
-// When to try again to connect to a server that is not there, refused, or went away. Pure logic.
+// When to try again to connect to a server that is absent, refused or went away. Pure logic.
 //
-// Nothing is tried at intervals for ever: a server announces itself by making its socket, and only shortly after such a
-// moment it is worth trying a few times, because the socket is there before the server listens.
+// There are no endless tries at intervals: a server announces itself by creating its socket. Only a few tries after
+// that moment are useful, because the socket exists before the server listens.
 class RetryPlan {
  public:
   static constexpr Duration settle = std::chrono::milliseconds(20);
@@ -30,54 +30,55 @@ class RetryPlan {
   static constexpr int mostFailures = 4;
   static constexpr int mostShortLives = 6;
 
-  // The server's socket appeared: try after this time.
+  // To be called when the server's socket appeared. Returns how long to wait before the try.
   Duration appeared();
 
-  // A try came to nothing. Absent: wait until the socket appears.
+  // To be called when a try failed. Returns how long to wait before the next. Absent: wait until the socket appears.
   std::optional<Duration> failed();
 
   void connected(Instant now) { connectedAt_ = now; }
 
-  // A connection ended. A server that goes away again and again is asked ever more seldom, and then no more.
+  // To be called when a connection that worked has ended. If this happens again and again, the wait grows, and at last
+  // it is absent.
   std::optional<Duration> lost(Instant now);
 
  private:
-  int failures_ = mostFailures;  // nothing has appeared yet
+  int failures_ = mostFailures;  // no tries are left until a socket appears
   int shortLives_ = 0;
   Instant connectedAt_{};
 };
 
-// Tells when a socket appears in the file system, however much of the way to it is missing: a PathWatch on the event
-// loop.
+// Tells when a socket appears in the file system, even if some of its parent directories do not exist yet: a PathWatch
+// on the event loop.
 class SocketWatch {
  public:
-  // `appeared` is called whenever something is created at `socket`, or may have been. Not for what is there already.
+  // `appeared` is called whenever something is, or may have been, created at `socket`; not for what exists already.
   SocketWatch(std::filesystem::path socket, std::function<void()> appeared);
 
-  // False when the kernel has no watch left to give.
+  // False if the kernel has no watch left to give.
   bool watching() const { return file_.watching(); }
 
  private:
   PathWatch file_;
   std::function<void()> appeared_;
-  Watch watch_;  // last: it must not outlive what its handler uses
+  Watch watch_;  // last, so that it is destroyed before what its handler uses
 };
 
 class Reconnector {
  public:
-  // `connect` begins a connection and is true when there is hope for it; a hope that fails is told by ended(false).
-  // It may be called again while there is a connection, and then just says true.
+  // `connect` begins a connection and returns whether it may succeed; if it fails later, the owner calls ended(false).
+  // `connect` may be called while there is a connection, and then only returns true.
   Reconnector(std::optional<std::filesystem::path> socket, std::function<bool()> connect);
 
   void start();
 
-  // No more tries and no connection from now on, until start(). The owner disconnects by itself.
+  // Stops all tries until the next start(). The owner disconnects by itself.
   void stop();
 
-  // The server answered: the connection works.
+  // To be called when the server has answered: the connection works.
   void served();
 
-  // The connection that was hoped for failed, or (`served`) one that had worked ended. False when nothing is tried
+  // To be called when a connection that had worked has ended (`served`) or could not be made. False if nothing is tried
   // again before the socket appears.
   bool ended(bool served);
 

@@ -8,7 +8,7 @@
 namespace tollvane::soundlog {
 namespace {
 
-// Speaks for others, which it names by their desktop entry.
+// A portal notifies on behalf of other applications, which it names by their desktop entry.
 bool isPortal(std::string_view program) { return program.starts_with("xdg-desktop-portal"); }
 
 std::string entryId(std::string_view entry) {
@@ -21,7 +21,7 @@ std::string entryId(std::string_view entry) {
 
 std::string Identities::identify(const Notice& notice, std::optional<Pid> busSender) const {
   if (std::string id = entryId(notice.desktopEntry); !id.empty()) return id;
-  // Everything about the senders is read at once: they may end while entries are looked up.
+  // All facts about the senders are read first: a sender may end while entries are looked up.
   std::vector<Maker> senders;
   for (const auto& pid : {busSender, notice.declaredSender}) {
     if (!pid) continue;
@@ -35,11 +35,11 @@ std::string Identities::identify(const Notice& notice, std::optional<Pid> busSen
   return notice.applicationName.empty() ? senders.front().name : notice.applicationName;
 }
 
-// The sender's own application, else the nearest of its ancestors' that the user would recognise.
+// The sender's own application, else the application of the nearest ancestor that the user would recognise.
 std::optional<std::string> Identities::applicationOf(const Maker& sender) const {
   for (const ProcessKey& process : sender.chain) {
     const auto application = lookup_(process.pid);
-    // A number that another process has by now says nothing about the sender.
+    // If the number belongs to another process by now, it says nothing about the sender.
     if (!application || application->id.empty() || makers_.key(process.pid) != process) continue;
     if (application->regular || process == sender.process()) return application->id;
   }

@@ -1,5 +1,5 @@
-// Which application does a notification come from? Main thread only; reads /proc, and desktop entries through what it
-// is handed.
+// Which application a notification comes from. Main thread only. Reads /proc; desktop entries only through the function
+// that it is given.
 #pragma once
 
 #include <functional>
@@ -23,16 +23,17 @@ struct Notice {
 class Identities {
  public:
   struct Application {
-    std::string id;        // of its desktop entry, without ".desktop"
-    bool regular = false;  // the user knows it as an application
+    std::string id;        // id of its desktop entry, without ".desktop"
+    bool regular = false;  // whether the user knows it as an application
   };
-  // The application that runs as this very process.
+  // Returns the application that runs as this process itself; absent if there is none.
   using Lookup = std::function<std::optional<Application>(Pid)>;
 
   Identities(const Makers& makers, Lookup lookup) : makers_(makers), lookup_(std::move(lookup)) {}
 
-  // The application's own word where it is an id; else the application that one of the senders belongs to; else the
-  // name for display; else a sender's program. `busSender` is the process that the bus knows as the sender.
+  // Returns the first of these that there is: the desktop entry that the application names; the application that one of
+  // the senders belongs to; the name for display; a sender's program. `busSender`: the process that the bus knows as
+  // the sender.
   std::string identify(const Notice& notice, std::optional<Pid> busSender) const;
 
  private:

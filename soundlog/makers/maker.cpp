@@ -9,13 +9,14 @@
 namespace tollvane::soundlog {
 namespace {
 
-// No real tree is deeper; a tree that changes while it is read could be endless.
+// No real process has more ancestors. If processes change while they are read, there could seem to be no end.
 constexpr std::size_t deepest = 64;
 
-// The kernel keeps that many bytes of a program's name.
+// The kernel keeps this many bytes of a program's name.
 constexpr std::size_t commandLength = 15;
 
-// A client in a sandbox counts processes from 1 and would name any innocent process of ours.
+// Whether `binary` is the program of `pid`. A client in a sandbox counts processes from 1, so the number that it
+// declares may be that of an unrelated process of ours.
 bool agrees(const ProcFs& processes, Pid pid, std::string_view binary) {
   const std::string_view name = lastComponent(binary);
   if (name.empty()) return false;
@@ -57,8 +58,8 @@ Maker Makers::remember(const ClientClaims& claims) const {
   return maker;
 }
 
-// A client in a sandbox speaks of process numbers that mean others here. Its application's name is all there is to
-// credit it by, so it must be the one that the desktop shows.
+// A client in a sandbox declares process numbers that mean other processes here. It can only be credited by its
+// application's name, so this must be the name that the desktop shows.
 std::string Makers::nameByClaims(const ClientClaims& claims) const {
   if (!claims.sandboxId.empty() && nameOfApplication_) {
     if (std::string name = nameOfApplication_(claims.sandboxId); !name.empty()) return name;

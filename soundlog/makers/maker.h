@@ -1,6 +1,6 @@
-// Who makes a sound: what is remembered of a process when it connects to the sound server, because it may be gone by
-// the time its sound is written down, and its number may then be another's. One thread. Reads /proc only while
-// remembering or crediting.
+// Who makes a sound. A process is remembered when it connects to the sound server: when its sound is written down, the
+// process may be gone, and its number may belong to another one. One thread. Reads /proc only in the functions of
+// Makers.
 #pragma once
 
 #include <cstdint>
@@ -16,28 +16,28 @@
 
 namespace tollvane::soundlog {
 
-// One process for ever: a number may be given to another, but not together with the start time.
+// Identifies one process for good: process numbers are used again, but not with the same start time.
 struct ProcessKey {
   Pid pid = 0;
   std::uint64_t startTime = 0;
   bool operator==(const ProcessKey&) const = default;
 };
 
-// What a client of a sound server is known by.
+// What is known about a client of a sound server.
 struct ClientClaims {
-  std::optional<Pid> checkedPid = {};   // told by the kernel
-  std::optional<Pid> declaredPid = {};  // told by the client itself: believed only when `binary` agrees
-  std::string binary = {};              // the client's program, by its own word
-  std::string name = {};                // the client's name, by its own word
-  std::string sandboxId = {};           // of the application whose sandbox it is in, told by the server
+  std::optional<Pid> checkedPid = {};   // as the kernel says
+  std::optional<Pid> declaredPid = {};  // as the client says; believed only if `binary` agrees
+  std::string binary = {};              // the client's program, as the client says
+  std::string name = {};                // the client's name, as the client says
+  std::string sandboxId = {};           // id of the application whose sandbox the client is in, as the server says
   bool operator==(const ClientClaims&) const = default;
 };
 
 struct Maker {
-  std::vector<ProcessKey> chain;  // the process, then its ancestors up to the first; empty: process not known
+  std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
   std::string cgroup;
-  bool runByDunst = false;  // started by a script of the notification service dunst, which forks them off
+  bool runByDunst = false;  // started by a script of the notification service dunst, which detaches its scripts
 
   bool known() const { return !chain.empty(); }
   const ProcessKey& process() const { return chain.front(); }
@@ -45,7 +45,7 @@ struct Maker {
 
 class Makers {
  public:
-  // What the desktop calls the application with this id; empty when it knows none.
+  // The desktop's name for the application with this id; empty if it knows none.
   using NameOfApplication = std::function<std::string(std::string_view id)>;
 
   explicit Makers(const ProcFs& processes, NameOfApplication nameOfApplication = {})
@@ -53,7 +53,7 @@ class Makers {
 
   Maker remember(const ClientClaims& claims) const;
 
-  // The process to credit now: the maker itself if it lives, else its nearest ancestor that still does; 0 when none.
+  // The process to credit now: the maker itself if it still runs, else its nearest ancestor that does; 0 if none does.
   Pid creditedPid(const Maker& maker) const;
 
   std::optional<ProcessKey> key(Pid pid) const;

@@ -44,8 +44,8 @@ ClientClaims pipeWireClaims(const Properties& properties) {
   if (properties(PW_KEY_CLIENT_API) != "pipewire-pulse") {
     claims.checkedPid = processNumber(properties(PW_KEY_SEC_PID));
   } else {
-    // The kernel's word would be about the server that speaks PulseAudio's language for the client. The client's own is
-    // of no use from another machine, nor from a sandbox, which counts its processes by itself.
+    // The kernel's number would be that of the server that speaks PulseAudio's protocol for the client. The client's
+    // own number is useless if it comes from another machine, or from a sandbox, which has process numbers of its own.
     claims.sandboxId = properties("pipewire.access.portal.app_id");
     const bool elsewhere = properties("pulse.server.type") == "tcp" || !claims.sandboxId.empty();
     if (!elsewhere) claims.declaredPid = processNumber(properties(PW_KEY_APP_PROCESS_ID));
@@ -53,7 +53,7 @@ ClientClaims pipeWireClaims(const Properties& properties) {
   return claims;
 }
 
-// An object of the server that we follow: its proxy, and the listener on it.
+// An object of the server that we follow: its proxy and our listener on it.
 class PipeWireSource::Bound {
  public:
   explicit Bound(void* proxy) : proxy_(static_cast<pw_proxy*>(proxy)) {}
@@ -80,7 +80,7 @@ class PipeWireSource::Client : public Bound {
     if (proxy_) pw_client_add_listener(reinterpret_cast<pw_client*>(proxy_), &hook_, &events, this);
   }
 
-  // Shared with the client's streams, which the server may take down later than the client.
+  // Shared with the client's streams, which the server may remove later than the client.
   std::shared_ptr<const Maker> maker() const { return maker_; }
 
  private:
@@ -91,8 +91,8 @@ class PipeWireSource::Client : public Bound {
     const bool wasChecked = claims_.checkedPid.has_value();
     claims_ = std::move(claims);
     Maker maker = remember_(claims_);
-    // What was known while the process lived is better than what is found now; unless it was not known to be a client
-    // of PulseAudio's yet, and the process was the server's.
+    // Keep what we learned while the process lived, unless that was pipewire-pulse itself, recorded before the client's
+    // properties said that it speaks PulseAudio.
     const bool wasServers = wasChecked && !claims_.checkedPid;
     if (maker.known() || !maker_->known() || wasServers) *maker_ = std::move(maker);
   }
@@ -124,7 +124,7 @@ class PipeWireSource::Node : public Bound {
  private:
   void update(const pw_node_info& info) {
     if (info.change_mask & PW_NODE_CHANGE_MASK_PROPS) readProperties(lookup(info.props));
-    // An info without this bit repeats a state that may be out of date.
+    // Without this bit, `info.state` may be out of date.
     if (!(info.change_mask & PW_NODE_CHANGE_MASK_STATE) || relay_) return;
     source_.nodeState(*this, info.state == PW_NODE_STATE_RUNNING);
   }
@@ -152,7 +152,7 @@ struct PipeWireSource::Callbacks {
     if (id == PW_ID_CORE) static_cast<PipeWireSource*>(self)->syncDone(sequence);
   }
   static void error(void* self, std::uint32_t id, int, int result, const char*) {
-    // Objects that vanish while they are bound are errors too, some of them with the core's id.
+    // An object that vanishes while it is being bound causes an error too, sometimes with the core's id.
     if (id == PW_ID_CORE && result == -EPIPE) static_cast<PipeWireSource*>(self)->connectionLost();
   }
   static void global(void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
@@ -180,7 +180,7 @@ struct PipeWireSource::Callbacks {
 PipeWireSource::PipeWireSource(Remember remember, Events events)
     : remember_(std::move(remember)), events_(std::move(events)) {
   pw_init(nullptr, nullptr);
-  // It warns of what is missing for playing, which is missing on purpose.
+  // PipeWire would warn about parts that are needed for playing; they are missing on purpose.
   if (!std::getenv("PIPEWIRE_DEBUG")) pw_log_set_level(SPA_LOG_LEVEL_ERROR);
   loop_ = pw_loop_new(nullptr);
   if (!loop_) return;
@@ -253,8 +253,8 @@ void PipeWireSource::objectVanished(std::uint32_t id) {
   clients_.erase(id);
 }
 
-// The server answers in order. At the first answer all objects have been named, and were bound; at the second all of
-// them have told their state.
+// The server answers in order. At the first answer, all objects have been announced, and we have bound them; at the
+// second, all of them have reported their state.
 void PipeWireSource::syncDone(int sequence) {
   if (sequence != awaitedSync_ || syncsDone_ >= 2) return;
   if (++syncsDone_ == 1) {
@@ -265,7 +265,7 @@ void PipeWireSource::syncDone(int sequence) {
   events_.served();
 }
 
-// Called by the connection, which must not be taken down under its own feet.
+// Called by the connection, which must not be destroyed before this has returned.
 void PipeWireSource::connectionLost() {
   if (teardown_.active()) return;
   teardown_ = callAfter(Duration::zero(), [this] {

@@ -20,7 +20,7 @@ struct spa_dict;
 
 namespace tollvane::soundlog {
 
-// What a client's properties, as PipeWire gives them, tell of its process. Pure.
+// What a client's PipeWire properties say about its process. Pure.
 ClientClaims pipeWireClaims(const Properties& properties);
 
 class PipeWireSource final : public SoundSource {
@@ -54,7 +54,7 @@ class PipeWireSource final : public SoundSource {
   int awaitedSync_ = 0;
   int syncsDone_ = 0;
   StreamTracker tracker_;
-  std::map<std::uint32_t, std::unique_ptr<Client>> clients_;  // by global id, which is used again at once
+  std::map<std::uint32_t, std::unique_ptr<Client>> clients_;  // by global id; ids are used again at once
   std::map<std::uint32_t, std::unique_ptr<Node>> nodes_;
   Watch loopWatch_;
   Watch teardown_;

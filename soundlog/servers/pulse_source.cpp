@@ -23,7 +23,7 @@ void forget(pa_operation* operation) {
   if (operation) pa_operation_unref(operation);
 }
 
-// Made by a module of the server to pass on what others play.
+// Whether a module of the server made this stream to pass on what others play.
 bool isServersOwn(const pa_sink_input_info& info) {
   return info.client == PA_INVALID_INDEX && info.owner_module != PA_INVALID_INDEX;
 }
@@ -58,7 +58,7 @@ struct PulseSource::Callbacks {
     if (end == 0) self(data).streamKnown(*info);
   }
 
-  // Of all streams that there are when we come: their end ends "what was there before us".
+  // Receives the streams that exist when we connect. The end of this list means that every later start is news.
   static void presentStream(pa_context*, const pa_sink_input_info* info, int end, void* data) {
     if (end == 0) return self(data).streamKnown(*info);
     self(data).tracker_.attached();
@@ -135,7 +135,7 @@ void PulseSource::clientKnown(const pa_client_info& info) {
   if (claims == client.claims) return;
   client.claims = std::move(claims);
   Maker maker = remember_(client.claims);
-  // What was known while the process lived is better than what is found now.
+  // Keep what we learned while the process lived.
   if (maker.known() || !client.maker.known()) client.maker = std::move(maker);
 }
 
@@ -150,7 +150,8 @@ void PulseSource::streamKnown(const pa_sink_input_info& info) {
   }
 }
 
-// A stream from the sample cache carries the process that once loaded the sample; its client is the one who plays.
+// A stream from the sample cache has the properties of the process that loaded the sample. The stream's client is the
+// process that plays it.
 StreamStart PulseSource::start(const pa_sink_input_info& info, const Properties& properties) const {
   StreamStart start;
   start.alert = isAlert(properties);
@@ -165,7 +166,7 @@ StreamStart PulseSource::start(const pa_sink_input_info& info, const Properties&
 
 }  // namespace tollvane::soundlog
 
-// The module's only entry, see loadPulseSource.
+// The module's only entry point, see loadPulseSource.
 extern "C" __attribute__((visibility("default"))) tollvane::soundlog::SoundSource* tollvaneMakePulseSource(
     tollvane::soundlog::SoundSource::Remember remember, tollvane::soundlog::SoundSource::Events events) {
   return new tollvane::soundlog::PulseSource(std::move(remember), std::move(events));

@@ -1,6 +1,6 @@
-// Listens to PulseAudio (libpulse) for streams of programs that begin to play; for desktops that do without PipeWire.
-// Main thread only. Never starts a server.
-// Source: the documentation of libpulse (introspect.h, subscribe.h) and its list of property names.
+// Listens to PulseAudio (libpulse) for streams of programs that begin to play; for desktops without PipeWire. Main
+// thread only. Never starts a server. Source: the documentation of libpulse (introspect.h, subscribe.h) and its list of
+// property names.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ struct pa_sink_input_info;
 
 namespace tollvane::soundlog {
 
-// What the properties of a client, or of a stream, tell of its process. Pure.
+// What the properties of a client or a stream say about its process. Pure.
 ClientClaims pulseClaims(const Properties& properties);
 
 class PulseSource final : public SoundSource {
@@ -48,7 +48,7 @@ class PulseSource final : public SoundSource {
   pa_context* context_ = nullptr;
   bool served_ = false;
   StreamTracker tracker_;
-  std::map<std::uint32_t, Client> clients_;  // by index, which is never used again
+  std::map<std::uint32_t, Client> clients_;  // by index; an index is never used again
   Watch teardown_;
 };
 

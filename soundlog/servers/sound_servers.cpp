@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* pulseModule = "TollvaneLogPulse.so";
 
-// Loads what listens to PulseAudio, the module that lies beside the program. Once loaded it stays. Null if the module,
-// or a library that it needs, is missing.
+// Loads the module that listens to PulseAudio; it lies beside the program and is never unloaded. Null if the module, or
+// a library that it needs, is missing.
 std::unique_ptr<SoundSource> loadPulseSource(SoundSource::Remember remember, SoundSource::Events events) {
   using Make = SoundSource* (*)(SoundSource::Remember, SoundSource::Events);
   std::error_code unknown;
@@ -42,7 +42,7 @@ SoundServers::SoundServers(const Environment& environment, SoundSource::Remember
                       connected ? stopFallback() : startFallback();
                       return connected;
                     }),
-      // libpulse makes the directory of a socket that is not there, and may do so just when a server is about to.
+      // If there is no socket, libpulse would create its directory, perhaps just when a server is about to do so.
       pulseLink_(pulseSocket(environment), [this, socket = pulseSocket(environment)] {
         std::error_code ignored;
         return (!socket || std::filesystem::exists(*socket, ignored)) && pulse_->connect();

@@ -1,5 +1,5 @@
-// Listens to the sound server that there is: PipeWire, or PulseAudio while PipeWire cannot be connected; never both,
-// because PipeWire speaks PulseAudio's language too and every sound would be told twice. Main thread only.
+// Listens to PipeWire, or to PulseAudio while PipeWire cannot be connected. Never to both, because PipeWire speaks
+// PulseAudio's protocol too, and every sound would be reported twice. Main thread only.
 #pragma once
 
 #include <functional>
@@ -26,7 +26,7 @@ class SoundServers {
   SoundSource::Remember remember_;
   Started started_;
   std::unique_ptr<SoundSource> pipeWire_;
-  std::unique_ptr<SoundSource> pulse_;  // only while it is needed, and where there is the module for it
+  std::unique_ptr<SoundSource> pulse_;  // set while it is needed, if its module is installed
   Reconnector pipeWireLink_;
   Reconnector pulseLink_;
 };

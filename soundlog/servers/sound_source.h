@@ -1,5 +1,5 @@
-// A sound server as TollvaneLog sees it: something to connect to, that tells when a process begins to play.
-// Main thread only.
+// A sound server as TollvaneLog sees it: TollvaneLog connects to it, and it reports when a process begins to play. Main
+// thread only.
 #pragma once
 
 #include <functional>
@@ -22,15 +22,15 @@ class SoundSource {
   struct Events {
     std::function<void(const StreamStart&)> started;
     std::function<void()> served;            // the connection works
-    std::function<void(bool served)> ended;  // the connection is gone, everything of it forgotten
+    std::function<void(bool served)> ended;  // the connection is gone and its state forgotten; `served`: it had worked
   };
 
   virtual ~SoundSource() = default;
 
-  // Begins to connect, if there is no connection yet. False when there is no server to connect to.
+  // Begins to connect, unless there is a connection already. False if there is no server to connect to.
   virtual bool connect() = 0;
 
-  // Without a word to the handlers.
+  // Calls none of the handlers.
   virtual void disconnect() = 0;
 };
 

@@ -1,5 +1,5 @@
-// When does a stream of a sound server begin to make a sound? Pure logic, fed with what a server tells and with the
-// time; it knows no server. One thread.
+// Tells when a stream of a sound server begins to make a sound. Pure logic that knows no server: it is given a server's
+// reports and the time. One thread.
 #pragma once
 
 #include <chrono>
@@ -14,21 +14,21 @@
 
 namespace tollvane::soundlog {
 
-// A pause shorter than this is none: seeking, or moving a stream to another output, stops it for a moment.
+// Shorter pauses are ignored: seeking, or moving a stream to another output, stops it for a moment.
 inline constexpr Duration shortestPause = std::chrono::milliseconds(300);
 
 class StreamTracker {
  public:
-  // Names one stream for as long as the server lives; never used again for another.
+  // Names one stream as long as the server lives; never used again for another.
   using Serial = std::uint64_t;
 
-  // All streams that were there before us have been told. What they play is not news; from now on a start is.
+  // To be called when all streams that existed before us have been reported. Only starts after this are news.
   void attached() { attached_ = true; }
 
-  // The server is gone.
+  // To be called when the server is gone.
   void reset();
 
-  // The stream runs. True when a sound starts by that.
+  // To be called when the stream runs. True if a sound starts by this.
   bool running(Serial stream, Instant now);
 
   void stopped(Serial stream, Instant now);
@@ -37,17 +37,18 @@ class StreamTracker {
  private:
   struct Stream {
     bool running = false;
-    std::optional<Instant> stoppedAt;  // absent: never ran
+    std::optional<Instant> stoppedAt;  // absent if it has not run and then stopped yet
   };
 
   bool attached_ = false;
   std::map<Serial, Stream> streams_;
 };
 
-// Several streams that one process starts in one go (a probe, then the real one) are one sound.
+// Several streams that one process starts at about the same time (a probe, then the real one) are one sound.
 class StartMerger {
  public:
-  // True when `who` had a start within shortestPause before `now` that was not merged itself. Otherwise this is one.
+  // True if `who` had a start less than shortestPause before `now` that was not merged itself. Otherwise remembers this
+  // one.
   bool merges(const std::string& who, Instant now);
 
   std::size_t size() const { return starts_.size(); }
@@ -56,13 +57,13 @@ class StartMerger {
   std::map<std::string, Instant> starts_;
 };
 
-// A property of a stream; empty when it has none of that name.
+// Returns the stream's property of this name; empty if there is none.
 using Properties = std::function<std::string_view(const char* name)>;
 
-// The stream only passes on what others play (a loopback, a combined output).
+// Whether the stream only passes on what others play (a loopback, a combined output).
 bool isRelay(const Properties& properties);
 
-// The stream is a short signal, by its role or because it names the event it stands for.
+// Whether the stream is a short signal: its role says so, or it names an event.
 bool isAlert(const Properties& properties);
 
 }  // namespace tollvane::soundlog

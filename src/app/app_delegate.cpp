@@ -34,7 +34,7 @@ AppDelegate::AppDelegate(const Platform& platform)
   recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in) { link_.askWhichTabIsAudible(in); });
 }
 
-// The order matters: the bell shows at once, and sounds are heard before any browser is listened to.
+// The order matters: the bell shows at once, and sounds are heard before browsers may report.
 void AppDelegate::applicationDidFinishLaunching() {
   statusItem_ = platform_.statusBar.makeStatusItem();
   refreshIcon();
@@ -71,7 +71,7 @@ void AppDelegate::wireSettings() {
 void AppDelegate::handleFirstLaunch() {
   if (prefs_.hasLaunchedBefore()) return;
   prefs_.setHasLaunchedBefore(true);
-  if (!loginItem_.isEnabled()) loginItem_.set(true);  // a refusal shows in the window
+  if (!loginItem_.isEnabled()) loginItem_.set(true);  // the settings window shows a refusal
   showSettings(true);
 }
 
@@ -103,7 +103,7 @@ void AppDelegate::makeSettingsWindow(bool welcome) {
   const SettingsView view{settingsModel_, welcome, version(), alive_.guard([this] { showExtensionFiles(); })};
   const auto draw = [this, view] { settingsWindow_->setContent(view.body(platform_.wording)); };
   draw();
-  // Several changes in a row are drawn once, when they have all taken effect.
+  // Several changes in a row are drawn once, after all of them have taken effect.
   settingsModel_.objectWillChange = alive_.guard([this, draw, isDue = std::make_shared<bool>(false)] {
     if (std::exchange(*isDue, true)) return;
     platform_.mainQueue.post(alive_.guard([draw, isDue] {
@@ -153,7 +153,7 @@ SoundMenuActions AppDelegate::menuActions() {
 void AppDelegate::openSource(const MenuItem& sender) {
   const auto* event = std::any_cast<std::shared_ptr<SoundEvent>>(&sender.representedObject);
   if (event == nullptr || *event == nullptr) return;
-  const std::shared_ptr<SoundEvent> kept = *event;  // the sender may go while the source is opened
+  const std::shared_ptr<SoundEvent> kept = *event;  // `sender` may be destroyed while the source is opened
   kept->seen = true;
   refreshIcon();
   sourceOpener_.open(*kept);
@@ -194,7 +194,7 @@ void AppDelegate::checkUpdates() {
   platform_.mainQueue.after(Updater::answerDelay, alive_.guard([this] { tellOfUpdates(); }));
 }
 
-// Of what the check has achieved by now.
+// Shows what the check has found by now.
 void AppDelegate::tellOfUpdates() {
   platform_.application.activateIgnoringOtherApps();
   platform_.alerts.show(updater_.alert(), [](std::size_t) {});

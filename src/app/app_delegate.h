@@ -1,11 +1,11 @@
-// The controller: owns everything that lives as long as the process, and connects it.
+// The controller: owns all objects that live as long as the process, and connects them.
 //
 //   AppDelegate delegate(platform);
 //   delegate.applicationDidFinishLaunching();   // once, when the event loop is about to run
 //   ...
 //   delegate.applicationWillTerminate();        // once, before the process ends
 //
-// Main thread only. The platform outlives it.
+// Main thread only. What `platform` refers to must outlive it.
 #pragma once
 
 #include <memory>
@@ -35,16 +35,16 @@ class AppDelegate : public MenuDelegate {
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
 
-  // The user opens the program that runs already: shows the settings. Always true.
+  // To be called if the user opens the program while it runs: shows the settings. Always true.
   bool applicationShouldHandleReopen(bool hasVisibleWindows);
 
-  // Makes the window at the first showing, and shows the same one ever after: one that began as the welcome stays it.
+  // Makes the window at the first call and shows the same one at every other: `welcome` counts only at the first.
   void showSettings(bool welcome);
 
   // Makes the sound menu anew.
   void menuNeedsUpdate(Menu& menu) override;
 
-  // What the menu's items do. Senders of another kind than the action is for are ignored.
+  // What the menu's items do. A sender whose `representedObject` has the wrong type is ignored.
   void openSource(const MenuItem& sender);
   void openExtensionStore(const MenuItem& sender);
   void markAllSeen();
@@ -55,11 +55,11 @@ class AppDelegate : public MenuDelegate {
   void openSettings();
   void quit();
 
-  // Brings the bell's image and tooltip up to date with the recent sounds. There must be a bell: it is made first
-  // thing at launch.
+  // Sets the bell's image and tooltip from the recent sounds. The bell must exist: applicationDidFinishLaunching()
+  // makes it first.
   void refreshIcon();
 
-  // Of the running program; "dev" when its bundle does not say.
+  // The running program's version; "dev" if its bundle does not say.
   std::string version() const;
 
   Recorder& recorder() { return recorder_; }

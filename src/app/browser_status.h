@@ -1,4 +1,4 @@
-// What the application asks about browsers. Main thread only.
+// Which browser an application is, and how the browsers are linked. Main thread only.
 #pragma once
 
 #include <array>
@@ -15,9 +15,9 @@
 
 namespace tollvane {
 
-// Which browser an application is, by its name alone: the browser's own, or the one that the system gives it. Asks the
-// system for each name once, at the first need, because that costs a look at all processes: keep one for a question
-// or a series of them, not for longer.
+// Which browser an application is, by its name alone: the browser's own name, or the one that the system gives it. Asks
+// the system for each name once, when it is first needed, because that costs a look at all processes. Keep an object
+// for one question or a series of them, not for longer.
 class BrowserNames {
  public:
   explicit BrowserNames(const Resolver& resolver) : resolver_(resolver) {}
@@ -31,7 +31,7 @@ class BrowserNames {
   std::array<std::optional<std::string>, Browser::allCases.size()> systemNames_;
 };
 
-// How each installed browser stands with its extension, for the settings window.
+// The state of each installed browser's extension, for the settings window.
 std::vector<BrowserRow> browserRows(const BrowserLink& link, const Workspace& workspace);
 
 }  // namespace tollvane

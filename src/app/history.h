@@ -1,5 +1,6 @@
-// The history file: every sound that was ever recorded, one line each, oldest first. Only ever added to; never read,
-// trimmed or rotated. A line that cannot be written is lost in silence, and never half written. Main thread only.
+// The history file: every sound that was ever recorded, one line each, oldest first. Lines are only added; the file is
+// never read, trimmed or rotated. A line that cannot be written is silently lost, and never half written. Main thread
+// only.
 #pragma once
 
 #include "model/paths.h"
@@ -13,8 +14,8 @@ class History {
  public:
   History(const Paths& paths, Files& files, const DateFormatter& dates) : paths_(paths), files_(files), dates_(dates) {}
 
-  // Date and time, application, kind and tab label with tabs between them, and a line feed. Texts are written as they
-  // are.
+  // Writes date and time, application, kind and tab label with tabs between them, and a line feed. Texts are not
+  // escaped.
   void append(const SoundEvent& event);
 
  private:

@@ -24,11 +24,11 @@ std::optional<Browser> Recorder::browser(const SoundEvent& event) const {
 }
 
 void Recorder::record(std::shared_ptr<SoundEvent> event) {
-  // A sound that came with its tab needs none.
+  // A sound that has its tab already needs no report.
   const auto tabless = event->hasTab() ? std::nullopt : browser(*event);
   if (tabless) adoptWaitingReport(*event, *tabless);
   const bool awaitsTab = tabless && !event->hasTab();
-  // The other browsers' extensions report on their own.
+  // The other browsers' extensions report without being asked.
   if (awaitsTab && *tabless == Browser::safari && askWhichTabIsAudible) askWhichTabIsAudible(*tabless);
 
   events.insert(events.begin(), event);
@@ -39,7 +39,7 @@ void Recorder::record(std::shared_ptr<SoundEvent> event) {
   changed();
 }
 
-// The newest unused report that is near enough.
+// Gives the event the newest unused report of `browser` that is near enough in time.
 void Recorder::adoptWaitingReport(SoundEvent& event, Browser browser) {
   const auto match = std::find_if(pendingTabs.rbegin(), pendingTabs.rend(), [&](const PendingTab& report) {
     return !report.used && report.browser == browser && std::chrono::abs(event.date - report.date) < matchWindow;
@@ -65,7 +65,7 @@ void Recorder::tabReport(std::optional<Browser> from, const Message& report) {
   queue_.after(reportPatience, alive_.guard([this, tab] { makeSoundOf(tab); }));
 }
 
-// The newest sound of that browser that still has no tab.
+// Gives the report to the newest sound of its browser that has no tab yet.
 bool Recorder::fillWaitingSound(const PendingTab& report) {
   BrowserNames names(resolver_);
   const auto match = std::find_if(events.begin(), events.end(), [&](const auto& event) {
@@ -76,7 +76,7 @@ bool Recorder::fillWaitingSound(const PendingTab& report) {
   return true;
 }
 
-// What is left of a report when its patience ends: nothing if a sound took it, else a sound of its own.
+// Called when `reportPatience` is over: makes a sound of the report, unless a sound took it meanwhile.
 void Recorder::makeSoundOf(const PendingTab& report) {
   const auto waiting = std::find_if(pendingTabs.begin(), pendingTabs.end(),
                                     [&](const PendingTab& tab) { return tab.date == report.date && !tab.used; });

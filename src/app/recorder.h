@@ -1,10 +1,10 @@
 // The recent sounds, and the pairing of browser sounds with the tabs that made them.
 //
-// Sounds come from the watcher, reports of tabs from the browser extensions, in either order and up to seconds apart.
-// A browser sound gets the tab that was reported within 4 seconds of it; a report that finds no sound within 2.5
-// seconds becomes a sound of its own. Every sound goes to the history, a browser's without a tab 4 seconds late, so
-// that a report that comes meanwhile is in its line. Nothing fails: a malformed report has empty texts and no id.
-// Main thread only.
+// Sounds come from the watcher, reports of tabs from the browser extensions, in either order and up to seconds apart. A
+// browser sound gets the tab that was reported within 4 seconds of it; a report that finds no sound within 2.5 seconds
+// becomes a sound of its own. Every sound goes to the history; a browser's sound without a tab goes there 4 seconds
+// late, so that its line has the tab that is reported meanwhile. Nothing fails: a malformed report has empty texts and
+// no id. Main thread only.
 #pragma once
 
 #include <chrono>
@@ -46,18 +46,19 @@ class Recorder {
   Recorder(MainQueue& queue, const Clock& clock, const Resolver& resolver, History& history)
       : queue_(queue), clock_(clock), resolver_(resolver), history_(history) {}
 
-  std::function<void()> onChange;                        // after every change of `events`
-  std::function<void(Browser in)> askWhichTabIsAudible;  // the answer comes as a tab report
+  std::function<void()> onChange;                        // called after every change of `events`
+  std::function<void(Browser in)> askWhichTabIsAudible;  // asks that browser, which answers with a tab report
 
   std::vector<std::shared_ptr<SoundEvent>> events;  // the newest first, at most maxEvents
   std::vector<PendingTab> pendingTabs;              // the oldest first
 
   void record(std::shared_ptr<SoundEvent> event);
 
-  // `from`: the browser that reports, absent when it is not known; `report`: the members "title", "host" and "tabId".
+  // `from`: the browser that reports; absent if unknown. `report`: has the members "title", "host" and "tabId".
   void tabReport(std::optional<Browser> from, const Message& report);
 
-  // Which browser an event's application is, by its name alone: the name that the system gives the browser, or its own.
+  // Which browser the event's application is, by its name alone: the browser's own name, or the one that the system
+  // gives it.
   std::optional<Browser> browser(const SoundEvent& event) const;
 
  private:

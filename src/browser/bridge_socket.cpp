@@ -12,7 +12,7 @@
 namespace tollvane {
 namespace {
 
-constexpr std::chrono::seconds breather{1};  // after the process ran out of descriptors
+constexpr std::chrono::seconds breather{1};  // the pause after the process ran out of file descriptors
 
 constexpr std::size_t readSize = 65536;
 
@@ -31,7 +31,7 @@ void BridgeListener::acceptConnection() {
   auto [result, stream] = listener_.accept();
   if (stream && onConnection) onConnection(std::move(stream));
   if (result != LocalListener::Accepting::exhausted) return;
-  // The caller stays in the queue, and the socket readable: looking at it again and again would not help.
+  // The bridge stays in the queue, and so the socket stays readable: reading it again at once would not help.
   watch_.reset();
   queue_.after(breather, alive_.guard([this] {
     if (listener_ && !watch_) watch();
@@ -52,7 +52,7 @@ void BridgeConnection::startReading(MainQueue& queue) {
   });
 }
 
-// One read each time, so that a busy bridge leaves room for the others.
+// Reads only once per call, so that a busy bridge leaves time for the others.
 void BridgeConnection::readSome() {
   std::array<char, readSize> buffer;
   std::string_view bytes;

@@ -1,4 +1,4 @@
-// The socket at which the bridges of the browsers find Tollvane, and the connection to each. Main thread only.
+// The socket at which the browsers' bridges find Tollvane, and the connection to each bridge. Main thread only.
 //
 //   BridgeListener listener(queue);
 //   listener.onConnection = [&](LocalStream stream) {
@@ -24,8 +24,8 @@
 
 namespace tollvane {
 
-// Open to its user only; a socket that a crash left behind is replaced, one that another Tollvane answers at is left
-// alone. Failure is silent: nobody is heard then.
+// Only its own user can connect. A socket that a crash left behind is replaced; a socket at which another Tollvane
+// answers is left alone. Fails silently: then no bridge can connect.
 class BridgeListener {
  public:
   explicit BridgeListener(MainQueue& queue) : queue_(queue) {}
@@ -36,7 +36,7 @@ class BridgeListener {
   // A path that is too long for a socket is cut.
   void open(const std::string& path);
 
-  // Removes the socket's file too, if it is still this one's.
+  // Removes the socket's file too, if it still belongs to this listener.
   void close();
 
   bool isOpen() const { return static_cast<bool>(listener_); }
@@ -47,11 +47,11 @@ class BridgeListener {
 
   MainQueue& queue_;
   LocalListener listener_;
-  std::unique_ptr<MainQueue::Watch> watch_;  // ends before the listener does
+  std::unique_ptr<MainQueue::Watch> watch_;  // destroyed before `listener_`
   Liveness alive_;
 };
 
-// JSON objects over a stream, one a line. Lines that are not JSON objects are dropped. The connection closes when the
+// JSON objects over a stream, one per line. Lines that are not JSON objects are dropped. The connection closes if the
 // bridge does.
 class BridgeConnection : public BrowserConnection, public std::enable_shared_from_this<BridgeConnection> {
  public:
@@ -62,12 +62,12 @@ class BridgeConnection : public BrowserConnection, public std::enable_shared_fro
   BridgeConnection(LocalStream stream, std::chrono::milliseconds patience);
 
   std::function<void(const Message& message)> onMessage;
-  std::function<void()> onClosed;  // once, when the bridge is gone; may drop the connection
+  std::function<void()> onClosed;  // called once, when the bridge is gone; may destroy the connection
 
   void startReading(MainQueue& queue);
 
-  // Waits until the whole message is on its way. A bridge that does not take it in time is shut down, so that no other
-  // message follows half of this one; its end is then told like any other.
+  // Waits until the whole message is written. If the bridge does not make room in time, the stream is shut down, so
+  // that no other message follows half of this one; then onClosed is called as usual.
   void send(const Message& message) override;
 
  private:
@@ -76,7 +76,7 @@ class BridgeConnection : public BrowserConnection, public std::enable_shared_fro
   LocalStream stream_;
   std::chrono::milliseconds patience_;
   LineBuffer lines_{longestLine};
-  std::unique_ptr<MainQueue::Watch> watch_;  // ends before the stream does
+  std::unique_ptr<MainQueue::Watch> watch_;  // destroyed before `stream_`
 };
 
 }  // namespace tollvane

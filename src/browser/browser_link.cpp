@@ -9,7 +9,7 @@
 
 namespace tollvane {
 
-// Safari as just another connection. Is sent to only while safariEnabled.
+// Safari as a connection like the others. Messages are sent to it only while `safariEnabled` is true.
 class BrowserLink::SafariConnection : public BrowserConnection {
  public:
   explicit SafariConnection(SafariServices& services) : services_(services) {
@@ -93,7 +93,7 @@ void BrowserLink::askWhichTabIsAudible(Browser in) {
     if (safariEnabled) safari_->send(question);
     return;
   }
-  // A connection that fails while it is sent to may leave the list.
+  // A copy, because a connection to which sending fails may leave the list.
   for (const auto& connection : std::vector(connections))
     if (connection->isReady() && connection->browser() == in) connection->send(question);
 }

@@ -1,8 +1,9 @@
-// Tollvane's end of the conversation with its browser extensions: who is connected, and what is asked of them.
+// Tollvane's side of the messages to and from its browser extensions: which of them are connected, and what is asked of
+// them.
 //
-// One for the life of the process; its owner sets the callbacks once. Messages come from the bridges that the
-// browsers start, over a socket, and from Safari through its inbox; both kinds end in handle(). Nothing fails: what
-// cannot be understood is ignored. Main thread only.
+// There is one for the life of the process; its owner sets the callbacks once. Messages come over a socket from the
+// bridges that browsers start, and from Safari through its inbox; handle() receives both. Nothing fails: a message that
+// is not understood is ignored. Main thread only.
 #pragma once
 
 #include <chrono>
@@ -28,11 +29,11 @@
 
 namespace tollvane {
 
-// How it went with bringing a tab forward.
+// The result of bringing a tab forward.
 enum class FocusResult {
   focused,
   tabClosed,    // the browser has no such tab any more
-  unreachable,  // no extension that could be asked, or no answer
+  unreachable,  // no extension could be asked, or none answered
 };
 
 class BrowserLink {
@@ -41,49 +42,49 @@ class BrowserLink {
   static constexpr std::string_view safariMessageName = "tollvane";
   static constexpr std::chrono::milliseconds focusPatience{2500};
 
-  // All outlive the link.
+  // All arguments must outlive the link.
   BrowserLink(MainQueue& queue, SafariServices& safari, Files& files, const Locations& locations, const Bundle& bundle,
               const Workspace& workspace, const Paths& paths);
   ~BrowserLink();
 
-  // Lets the browsers know of the bridge, and listens to them.
+  // Installs the manifests that let browsers start the bridge, and listens for messages.
   void start();
 
-  // Closes everything. Once, when the process is about to end.
+  // Closes all connections. To be called once, when the process is about to end.
   void stop();
 
   // Called with every report that a tab makes sound.
   std::function<void(BrowserConnection& from, const Message& report)> onTab;
 
-  // Called when the connections, or what is known of them, changed.
+  // Called when the connections, or what is known about them, have changed.
   std::function<void()> onChange;
 
-  // Supplies the settings that every extension is sent; at first none.
+  // Returns the settings that are sent to every extension; by default none.
   std::function<Message()> settings;
 
-  // In the order in which they came. Safari is not among them.
+  // In the order in which they were made, without Safari's.
   std::vector<std::shared_ptr<BrowserConnection>> connections;
 
-  // How long a bridge may take to make room for one message before it is given up.
+  // How long a bridge may take to make room for one message before it is disconnected.
   std::chrono::milliseconds writePatience{1000};
 
-  // Whether Safari's extension can be sent to.
+  // Whether messages can be sent to Safari's extension.
   bool safariEnabled = false;
   BrowserConnection& safariConnection() { return *safari_; }
 
-  // One message of an extension, or of its bridge.
+  // Handles one message of an extension or of its bridge.
   void handle(BrowserConnection& from, const Message& message);
 
-  // Whether an extension of that browser is there and has introduced itself.
+  // Whether an extension of that browser is connected and has introduced itself.
   bool isConnected(Browser browser) const;
 
-  // Asks every ready extension of that browser for its audible tabs. They answer through onTab.
+  // Asks every ready extension of that browser for its audible tabs. They answer through `onTab`.
   void askWhichTabIsAudible(Browser in);
 
-  // Asks for a tab to be brought forward. `completion` is called exactly once, perhaps before this returns.
+  // Asks the browser to bring a tab forward. `completion` is called exactly once, perhaps before this returns.
   void focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion);
 
-  // Sends the settings, as they are now, to every ready extension.
+  // Sends the current settings to every ready extension.
   void broadcastSettings();
 
   // Asks Safari whether the extension is turned on. `completion` may be empty.
@@ -110,7 +111,7 @@ class BrowserLink {
   SafariInbox inbox_;
   BridgeListener listener_;
   std::unique_ptr<BrowserConnection> safari_;
-  std::map<std::int64_t, std::function<void(FocusResult)>> pending_;  // by the number of the request
+  std::map<std::int64_t, std::function<void(FocusResult)>> pending_;  // the key is the number of the request
   std::int64_t nextRequest_ = 1;
   Liveness alive_;
 };

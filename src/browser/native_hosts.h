@@ -1,7 +1,7 @@
-// What makes browsers start the bridge: a copy of it in a place that stays, and in each browser's own directory a
-// manifest that names it and the extensions that may talk to it. Failure is silent, browser by browser.
-// Main thread only.
-// Sources: developer.chrome.com, "Native messaging"; extensionworkshop and MDN, "Native manifests".
+// Lets browsers start the bridge: copies it to a place that stays, and writes into each browser's own directory a
+// manifest that names the copy and the extensions that may talk to it. Fails silently; a failure at one browser does
+// not affect the others. Main thread only. Sources: developer.chrome.com, "Native messaging"; extensionworkshop and
+// MDN, "Native manifests".
 #pragma once
 
 #include <array>
@@ -23,8 +23,8 @@ class NativeHosts {
   static constexpr std::string_view hostName = "com.quarnel.tollvane";
   static constexpr std::string_view bridgeName = "TollvaneBridge";
 
-  // In Chrome's store. A bundle may name more of them under this key of its information record: its own extension,
-  // loaded unpacked.
+  // The ids in Chrome's store. A bundle may name more of them in its information record, under furtherExtensionIDsKey:
+  // those of its own extension, loaded unpacked.
   static constexpr std::array<std::string_view, 3> chromiumExtensionIDs = {
       "kembcdlbgbcnnchcnbdhbmbhbejnedjf", "dgldcbgpnkooljhfhcjpkojcdnfkepnb", "ckklpoccipcbjojmlaolfdpbgjehmmpc"};
   static constexpr std::string_view furtherExtensionIDsKey = "TollvaneChromiumExtensionIDs";
@@ -34,11 +34,11 @@ class NativeHosts {
               const Paths& paths)
       : files_(files), locations_(locations), bundle_(bundle), workspace_(workspace), paths_(paths) {}
 
-  // The path to put into manifests: the copy, made or renewed if need be; the bundle's own bridge if there can be no
-  // copy; absent if the bundle has none.
+  // The path to put into manifests: that of the copy, which is made or renewed if necessary; that of the bundle's own
+  // bridge if there can be no copy; absent if the bundle has no bridge.
   std::optional<std::string> installedBridgePath();
 
-  // For every browser that is installed, or has been.
+  // Writes a manifest for every browser that is installed or whose directory exists.
   void installManifests();
 
  private:

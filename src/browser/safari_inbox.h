@@ -1,6 +1,6 @@
-// Where Safari's extension leaves its messages: files that end in ".json", one JSON object each, named so that their
-// order is that of the messages. Each is taken away after one attempt to read it, whatever it holds; other files are
-// left alone. Failure is silent. Main thread only.
+// The directory in which Safari's extension leaves its messages: files that end in ".json", with one JSON object each,
+// whose names sort in the order of the messages. Each file is removed after one attempt to read it, whatever it
+// contains; other files are left alone. Fails silently. Main thread only.
 #pragma once
 
 #include <filesystem>
@@ -15,14 +15,14 @@ namespace tollvane {
 
 class SafariInbox {
  public:
-  // A larger file holds no message.
+  // A larger file is removed, but not read as a message.
   static constexpr std::size_t largestMessage = 64 << 20;
 
   SafariInbox(MainQueue& queue, Files& files) : queue_(queue), files_(files) {}
 
   std::function<void(const Message& message)> onMessage;
 
-  // Makes the directory, empties it, and from then on whenever something appears in it.
+  // Creates the directory, takes the messages that are in it, and from then on each that appears.
   void start(const std::filesystem::path& directory);
 
  private:

@@ -8,7 +8,7 @@
 namespace tollvane {
 namespace {
 
-// The names are compared with the names of applications as the system gives them: spelling and capitals matter.
+// The names are compared with the names that the system gives to applications: spelling and capitals matter.
 constexpr std::array editions = {
     BrowserEdition{
         .family = "chrome",

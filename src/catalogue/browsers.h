@@ -1,5 +1,6 @@
-// All that Tollvane knows of browsers: one table, one row an edition (Chrome, Chrome beta, Firefox ESR ...). A family
-// is what one extension of ours serves; its first row is its main release. Constant data; any thread.
+// All that Tollvane knows about browsers: a table with one row per edition (Chrome, Chrome beta, Firefox ESR ...). A
+// family is a group of editions that one extension of ours serves; its first row is its main release. Constant data;
+// any thread.
 //
 //   for (const BrowserEdition& edition : browserEditions())
 //     if (edition.hasDesktopId("firefox-esr")) use(edition.bundleID);
@@ -15,15 +16,15 @@
 namespace tollvane {
 
 struct BrowserEdition {
-  std::string_view family = {};  // "chrome"; empty for a browser that our extension is not made for
+  std::string_view family = {};  // "chrome"; empty if our extension is not made for this browser
   std::string_view bundleID;     // names the edition everywhere in Tollvane
-  std::string_view name = {};    // what the user sees; only of a family's main release
+  std::string_view name = {};    // what the user sees; set only for a family's main release
 
-  // On Linux. Lists have a blank between their members.
-  std::string_view desktopIds = {};  // of its desktop entries: a distribution's, its maker's, the Flatpak's, the Snap's
-  std::string_view programs = {};    // how the path of its running program ends, if a package installed it
-  // Where it looks for manifests of native programs: below the home folder ("~/") or below the configuration folder.
-  // Empty if it cannot start programs of the user's.
+  // For Linux. The members of lists are separated by blanks.
+  std::string_view desktopIds = {};  // ids of its desktop entries: a distribution's, its maker's, Flatpak's, Snap's
+  std::string_view programs = {};    // how the path of its running program may end if a package installed it
+  // The folder in which it looks for manifests of native programs: below the home folder ("~/") or below the
+  // configuration folder. Empty if it has no such folder of its own.
   std::string_view manifests = {};
 
   bool hasDesktopId(std::string_view id) const;
@@ -31,16 +32,16 @@ struct BrowserEdition {
   bool isMainRelease() const { return !name.empty(); }
 };
 
-// In the order of the families, each family's main release first.
+// Sorted by family, each family's main release first.
 std::span<const BrowserEdition> browserEditions();
 
-// Null for an identifier that is not in the table.
+// These return null if no edition in the table fits.
 const BrowserEdition* editionOfBundle(std::string_view bundleID);
 const BrowserEdition* editionOfDesktopId(std::string_view desktopId);
 const BrowserEdition* editionOfProgram(std::string_view path);
 
-// The ids that the desktop entry of this application may have on Linux, the most usual first. An application that is
-// not in the table is looked for under its identifier.
+// The ids that this application's desktop entry may have on Linux, the most usual first. For an application that is not
+// in the table: only `bundleID` itself.
 std::vector<std::string_view> desktopIdsOfBundle(std::string_view bundleID);
 
 }  // namespace tollvane

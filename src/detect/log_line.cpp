@@ -10,7 +10,7 @@ static_assert(LineBuffer::padding >= simdjson::SIMDJSON_PADDING);
 
 namespace {
 
-// A parser keeps memory in proportion to the longest line; after one longer than this it starts anew.
+// The memory of a parser grows with the longest line. After a line longer than this, a new parser is made.
 constexpr std::size_t longestUsualLine = 1 << 20;
 
 std::optional<std::string_view> textOf(simdjson::dom::element value) {

@@ -6,8 +6,8 @@
 namespace tollvane {
 namespace {
 
-// Names that tell a user nothing, and what to say instead. Two of them are cut to 16 characters because that is how
-// the sound daemons report process names.
+// Process names that tell a user nothing, and what to show instead. Two of them are cut to 16 characters, because that
+// is how the sound daemons report them.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 8> friendly = {{
     {"afplay", "Terminal sound (afplay)"},
     {"osascript", "Script (osascript)"},

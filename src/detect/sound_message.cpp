@@ -11,17 +11,18 @@
 namespace tollvane {
 namespace {
 
-// The sound daemons cut process names to 16 characters; so do these prefixes, and they must stay so.
+// The sound daemons cut process names to 16 characters, so these prefixes must not be longer.
 constexpr std::string_view notificationCenter = "NotificationCent";
 constexpr std::string_view notificationDaemon = "usernoted";
 constexpr std::string_view soundServer = "systemsoundserve";
 
-// The forms below are regular expressions, read by hand: messages may be of any length, and no expression library reads
-// a capture of many megabytes in the time of a glance. Each search goes on behind the place that did not match.
+// The patterns below are regular expressions, matched by hand: a message may have any length, and libraries for regular
+// expressions are too slow if a capture is many megabytes long. Each search goes on behind the place that did not
+// match.
 
 bool isDigit(UChar32 c) { return c >= 0 && u_charType(c) == U_DECIMAL_DIGIT_NUMBER; }
 
-// How many bytes of decimal digits, in any of Unicode's scripts, there are at the beginning of the text.
+// How many bytes at the beginning of `text` are decimal digits, in any of Unicode's scripts.
 std::size_t leadingDigits(std::string_view text) {
   const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT_MAX));
   std::int32_t end = 0;
@@ -33,7 +34,7 @@ std::size_t leadingDigits(std::string_view text) {
   return static_cast<std::size_t>(end);
 }
 
-// The same, at the end.
+// The same at the end of `text`.
 std::size_t trailingDigits(std::string_view text) {
   const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT_MAX));
   std::int32_t begin = length;
@@ -45,7 +46,8 @@ std::size_t trailingDigits(std::string_view text) {
   return static_cast<std::size_t>(length - begin);
 }
 
-// ASCII digits only: a process id in others makes its line ignored, and no later match is looked for.
+// Only ASCII digits are read. If a process number has other digits, its line is ignored, even if a later part would
+// match.
 std::optional<Pid> pidOf(std::string_view digits) { return ascii::number<Pid>(digits); }
 
 struct Client {
@@ -53,7 +55,7 @@ struct Client {
   std::string_view name;
 };
 
-// The text behind the first `start` for which `read` finds something there.
+// Calls `read` with the text behind each `start` until it finds something there, and returns that.
 template <typename Read>
 auto firstBehind(std::string_view message, std::string_view start, Read read) -> decltype(read(message)) {
   for (auto at = message.find(start); at != message.npos; at = message.find(start, at + 1))
@@ -80,7 +82,7 @@ std::optional<std::string_view> requestBundle(std::string_view message) {
 
 // inClientPID (\d+)\(([^)]*)\)
 std::optional<Client> requestClient(std::string_view message) {
-  message = message.substr(0, message.rfind(')') + 1);  // nothing behind the last one can match
+  message = message.substr(0, message.rfind(')') + 1);  // a match cannot end behind the last ')'
   return firstBehind(message, "inClientPID ", [](std::string_view rest) -> std::optional<Client> {
     const auto digits = rest.substr(0, leadingDigits(rest));
     rest.remove_prefix(digits.size());
@@ -123,13 +125,14 @@ std::optional<SoundMessage> outputStart(std::string_view message) {
   if (message.find(R"("output_running":true)") == std::string_view::npos) return std::nullopt;
   const auto client = outputClient(message);
   const auto pid = client ? pidOf(client->digits) : std::nullopt;
-  // The sound server's own output is the alert or notification that it was asked for: counted there, not twice.
+  // The sound server's own output is the alert or notification that it was asked for, which is counted already.
   if (!pid || client->name.starts_with(soundServer)) return std::nullopt;
   return AudioOutputStarted{*pid, client->name};
 }
 
-// What each form above cannot do without, as it stands in a JSON text (a quote of the message is escaped there), and
-// the character of it that log lines hold least often: looking for that one alone is the fastest way past a line.
+// For each pattern above: a text that it must contain, as it stands in JSON (where the quotes of a message are
+// escaped), and the character of this text that log lines hold least often. Searching for this character alone is the
+// fastest way.
 struct Needle {
   std::string_view text;
   char rarest;
@@ -148,7 +151,7 @@ bool holds(std::string_view text, const Needle& needle) {
   return false;
 }
 
-// By which a JSON text may spell any character. A loop that compilers turn into vector instructions.
+// JSON may write any character as such an escape. Compilers turn this loop into vector instructions.
 bool holdsUnicodeEscape(std::string_view text) {
   unsigned found = 0;
   for (std::size_t i = 1; i < text.size(); ++i) {

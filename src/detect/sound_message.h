@@ -1,8 +1,8 @@
-// What a log message says of a sound. Pure: a process name and a message in, at most one finding out.
+// What a log message says about a sound. Pure: takes a process name and a message, and returns at most one finding.
 //
-// Three daemons speak of sounds: "audiomxd" (some process's audio output started), "systemsoundserverd" (some process,
-// or the notification centre, asked for a short sound) and "usernoted" (a notification was presented). The forms of
-// their messages are those of the system log. Any thread. The time is linear in the length.
+// Three daemons report sounds: "audiomxd" (a process's audio output started), "systemsoundserverd" (a process, or the
+// notification centre, asked for a short sound) and "usernoted" (a notification was presented). Their messages have the
+// form of the system log. Any thread. The time is linear in the length of the message.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@
 
 namespace tollvane {
 
-// All texts are parts of the message that they were found in.
+// All texts are parts of the message in which they were found, and valid as long as it is.
 struct NotificationPresented {
   std::string_view bundleID;
   bool operator==(const NotificationPresented&) const = default;
@@ -38,7 +38,7 @@ using SoundMessage =
 // Absent for every message that is not one of the four.
 std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message);
 
-// Whether a JSON text can hold such a message at all. Never false for one that does; far cheaper than reading the JSON.
+// Whether a JSON text may hold such a message: if false, it certainly holds none. Far cheaper than reading the JSON.
 bool mayHoldSoundMessage(std::string_view jsonText);
 
 }  // namespace tollvane

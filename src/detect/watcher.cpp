@@ -13,14 +13,15 @@ constexpr const char* predicate =
     R"((process == "usernoted" AND (eventMessage CONTAINS "Request: Starting" OR )"
     R"(eventMessage CONTAINS "Presenting <NotificationRecord")))";
 
-// No log tool prints such a line; one that does is broken, and must not fill the memory.
+// No working log tool prints such a line, and a broken one must not fill the memory.
 constexpr std::size_t longestLine = 100'000'000;
 
-// Of a large read, so that the lines are still in the processor's cache when they are looked at.
+// A large read is split into pieces of this size, so that their lines are still in the processor's cache when they are
+// read.
 constexpr std::size_t mostAtOnce = 1 << 16;
 
-// Applications times kinds. Beyond it, those that can no longer suppress a repeat are forgotten now and then; and
-// whenever a name is too long to be an application's.
+// How many (application, kind) pairs are remembered before those that can no longer suppress a repeat are dropped. A
+// name longer than longName drops them at once.
 constexpr std::size_t usualRepeats = 1024;
 constexpr std::size_t longName = 4096;
 
@@ -45,7 +46,7 @@ Watcher::Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children,
 
 void Watcher::start() {
   stopped_ = false;
-  // What the last run left in the buffer stays: it is joined to the first bytes of the new one.
+  // What the last run left in the buffer stays: it is joined with the first bytes of the new run.
   process_ = children_.launch({
       .executable = bundle_.logTool(),
       .arguments = {"stream", "--style", "ndjson", "--predicate", predicate},
@@ -73,7 +74,7 @@ void Watcher::receive(std::string_view bytes) {
 }
 
 void Watcher::readLine(std::string_view line) {
-  if (!mayHoldSoundMessage(line)) return;  // most lines
+  if (!mayHoldSoundMessage(line)) return;  // true of most lines
   const auto read = reader_.read(line);
   if (!read) return;
   if (const auto found = soundMessage(read->process, read->message)) handle(*found);
@@ -83,7 +84,7 @@ void Watcher::handle(const SoundMessage& message) {
   std::visit(
       Overloaded{
           [&](const NotificationPresented& notification) {
-            // Only a sound once the sound server reports one.
+            // It becomes a sound only if the sound server reports one.
             lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
           },
           [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
@@ -106,7 +107,7 @@ void Watcher::emit(std::string app, std::string_view kind) {
   key += kind;
   const auto [seen, isNew] = lastSeen_.try_emplace(std::move(key), now);
   if (!isNew) {
-    if (now - seen->second < repeatWindow) return;  // not stamped again: a steady stream comes through now and then
+    if (now - seen->second < repeatWindow) return;  // the old time stays: a steady stream comes through now and then
     seen->second = now;
   }
   if (lastSeen_.size() > mostSeen_ || app.size() > longName) forgetOldRepeats(now);

@@ -1,13 +1,13 @@
-// Tollvane's only source of sounds: runs the log tool, reads what it prints, credits each sound to an application and
-// hands it on.
+// Tollvane's only source of sounds: runs the log tool, reads its output, credits each sound to an application and
+// passes it on.
 //
 //   watcher.onEvent = [&](std::shared_ptr<SoundEvent> event) { ... };
 //   watcher.start();
 //
-// The log tool runs for as long as the watcher does: 3 seconds after it ended for whatever reason it is started again.
-// One that cannot be started at all is not tried again. Repeats of one application and kind within 1.5 seconds are one
-// sound. Every failure is silent: what is no message of a sound is dropped, and the next line is read.
-// Main thread only.
+// The log tool runs as long as the watcher does: 3 seconds after it has ended for any reason, it is started again. If
+// it cannot be started at all, there is no other try. Repeats of one application and kind within 1.5 seconds are one
+// sound. Every failure is silent: a line that is no message about a sound is dropped, and the next line is read. Main
+// thread only.
 #pragma once
 
 #include <chrono>
@@ -40,12 +40,12 @@ class Watcher {
   Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children, const Bundle& bundle,
           const Resolver& resolver);
 
-  // Receives every sound. A sound that nobody receives is lost.
+  // Receives every sound. While it is empty, sounds are lost.
   std::function<void(std::shared_ptr<SoundEvent>)> onEvent;
 
   void start();
 
-  // Ends the log tool. It is not started again.
+  // Ends the log tool and does not start it again.
   void stop();
 
  private:
@@ -72,8 +72,8 @@ class Watcher {
   LineBuffer buffer_;
   LogLineReader reader_;
   std::optional<Notification> lastNotification_;
-  std::unordered_map<std::string, Instant> lastSeen_;  // by application, "|" and kind
-  std::size_t mostSeen_;                               // the size at which lastSeen_ is next looked through
+  std::unordered_map<std::string, Instant> lastSeen_;  // the key is application, "|" and kind
+  std::size_t mostSeen_;                               // the size at which old entries of lastSeen_ are dropped next
   Liveness alive_;
 };
 

@@ -1,5 +1,5 @@
-// Where Tollvane starts on Linux. It has no command line of its own; what the desktop says about a start, it says in
-// the environment.
+// Where Tollvane starts on Linux. It has no command line of its own; what it must know about a start, the desktop puts
+// into the environment.
 
 #include <QApplication>
 #include <cstdio>
@@ -50,7 +50,7 @@ int main(int argc, char* argv[]) {
 
   LinuxPlatform platform(*bundle);
   platform.setToken(notice.token());
-  if (notice.atLogin()) platform.onNoStatusBar() = nullptr;  // nobody waits for an answer
+  if (notice.atLogin()) platform.onNoStatusBar() = nullptr;  // at login the user waits for no answer
   AppDelegate delegate(platform.roles());
   const TerminationSignals signals([] { QCoreApplication::quit(); });
   instance.onReopen = [&](const std::string& token) {

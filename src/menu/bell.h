@@ -1,5 +1,5 @@
-// The bell in the status bar, as a value: hollow while every sound has been seen, filled while one has not; the tooltip
-// tells of the latest sound. Pure; the platform draws it.
+// The bell in the status bar, as a value: filled while there is a sound that the user has not seen, else hollow; the
+// tooltip names the latest sound. Pure; the platform draws it.
 #pragma once
 
 #include <memory>
@@ -11,7 +11,7 @@
 
 namespace tollvane {
 
-// How the menu and the tooltip write a time of day.
+// The format of a time of day in the menu and in the tooltip.
 inline constexpr std::string_view timeFormat = "h:mm:ss a";
 
 struct Bell {

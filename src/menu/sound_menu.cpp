@@ -14,7 +14,7 @@ constexpr Font smallType{FontFamily::system, 12};
 constexpr Font smallMediumType{FontFamily::system, 12, FontWeight::medium};
 constexpr Font semibold{FontFamily::system, menuFontSize, FontWeight::semibold};
 
-// As wide as a time and the blanks after it: what follows starts under the application's name.
+// As wide as a time and the blanks after it, so that a second line starts under the application's name.
 constexpr std::string_view indent = "              ";
 
 MenuItem command(std::string_view identifier, std::string_view title, const MenuItem::Action& action,
@@ -66,7 +66,7 @@ std::optional<Browser> missingExtension(const SoundEvent& event, const SoundMenu
 
 void addSounds(std::vector<MenuItem>& items, const SoundMenuContents& contents, const SoundMenuActions& actions,
                const DateFormatter& dates) {
-  // The offer is made once, under the newest sound that calls for it. Only sounds of the menu itself get one.
+  // The extension is offered once, under the newest sound that needs it, and only for sounds in the menu itself.
   bool offered = !contents.suggestExtension;
   const auto& events = contents.events;
   const std::size_t top = std::min(events.size(), topCount);
@@ -92,7 +92,7 @@ MenuItem updateItem(const std::string& version, const MenuItem::Action& openUpda
   return item;
 }
 
-// A sound is known by when it was, who made it and what it was.
+// A sound is identified by its time, its application and its kind.
 std::string identifierOf(const SoundEvent& event) {
   return "sound " + std::to_string(event.date.time_since_epoch().count()) + ' ' + event.kind + ' ' + event.app;
 }

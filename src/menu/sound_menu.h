@@ -1,6 +1,6 @@
-// The menu under the bell, as a value: the five newest sounds, the older ones in a submenu, under one browser sound
-// perhaps the offer of the extension that would name its tab, and Tollvane's commands. Pure: made from what is handed
-// in, keeps nothing. Opening it marks nothing as seen. Main thread only, because of what it is made from.
+// The menu under the bell, as a value: the five newest sounds, the older ones in a submenu, Tollvane's commands, and
+// perhaps, under one browser sound, the offer of the extension that would name its tab. Pure: made from the arguments
+// only. Opening it marks nothing as seen. Main thread only, because of what it is made from.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@
 
 namespace tollvane {
 
-// How many sounds stand in the menu itself.
+// How many sounds the menu itself shows; the others are in the submenu.
 inline constexpr std::size_t topCount = 5;
 
 // What choosing an item does. The sender's representedObject is a std::shared_ptr<SoundEvent> for openSource, and the
@@ -36,9 +36,9 @@ struct SoundMenuActions {
 struct SoundMenuContents {
   const std::vector<std::shared_ptr<SoundEvent>>& events;  // the newest first
   bool suggestExtension = true;
-  std::function<std::optional<Browser>(const SoundEvent&)> browser;  // which browser an event's application is
-  std::function<bool(Browser)> isConnected;                          // whether that browser's extension is
-  std::optional<std::string> availableVersion;                       // of a newer release
+  std::function<std::optional<Browser>(const SoundEvent&)> browser;  // which browser the event's application is
+  std::function<bool(Browser)> isConnected;                          // whether that browser's extension is connected
+  std::optional<std::string> availableVersion;                       // version of a newer release
 };
 
 Menu soundMenu(const SoundMenuContents& contents, const SoundMenuActions& actions, const DateFormatter& dates);

@@ -18,7 +18,8 @@ void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& la
     return show({name + " is closed",
                  "The tab that made this sound (" + label + ") is gone because " + name + " has been quit since."});
   }
-  // A tab that came forward is followed by its browser even when nobody is left to show an alert.
+  // If the tab came forward, its browser must come forward too, even if this object, which shows the alerts, is
+  // destroyed.
   link_.focus(tabId, in, [in, workspace = &workspace_, tell = alive_.guard([this, in, label](FocusResult result) {
                 tabFocused(result, in, label);
               })](FocusResult result) mutable {
@@ -45,7 +46,7 @@ void SourceOpener::openApplication(const std::string& app) {
   if (!running) return notRunning(app);
   workspace_.activate(*running, alive_.guard([this, app](bool cameForward) {
     if (cameForward) return;
-    runningApplication(app) ? nothingToOpen(app) : notRunning(app);  // it may have ended since
+    runningApplication(app) ? nothingToOpen(app) : notRunning(app);  // it may have ended meanwhile
   }));
 }
 

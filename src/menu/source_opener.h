@@ -1,6 +1,6 @@
-// The way to the source of a sound: the very tab if it is known, else the application's windows; and if there is no way
-// any more, a few words that say why. Every way ends in front of the user: with the source, or with an alert.
-// Main thread only.
+// Takes the user to the source of a sound: to its tab if that is known, else to the application's windows. If neither
+// can be reached any more, an alert says why. So the user always sees something: the source or an alert. Main thread
+// only.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace tollvane {
 
 class SourceOpener {
  public:
-  // All outlive it.
+  // All arguments must outlive it.
   SourceOpener(Workspace& workspace, Application& application, Alerts& alerts, const Wording& wording,
                const Resolver& resolver, BrowserLink& link)
       : workspace_(workspace),

@@ -23,17 +23,17 @@ class Browser {
 
   static const std::array<Browser, 7> allCases;
 
-  // The browser whose identifier, bundle identifier or display name is exactly this text (case-sensitive).
+  // The browser whose raw value, bundle identifier or display name is exactly this text (case-sensitive).
   static std::optional<Browser> fromRawValue(std::string_view rawValue);
   static std::optional<Browser> fromBundleID(std::optional<std::string_view> bundleID);
   static std::optional<Browser> fromAppName(std::string_view appName);
 
-  std::string_view rawValue() const;  // "chrome": names the browser wherever a browser is named as text
+  std::string_view rawValue() const;  // "chrome": stands for the browser in texts that programs read
   std::string_view bundleID() const;
   std::string_view appName() const;  // "Google Chrome": what the user sees
   bool isGecko() const { return value_ == firefox; }
 
-  // Asked of the system at each call.
+  // Both ask the system at each call.
   bool isInstalled(const Workspace& workspace) const;
   bool isRunning(const Workspace& workspace) const;
 

@@ -5,7 +5,7 @@
 namespace tollvane {
 namespace {
 
-// The domain is reserved for names that never exist (RFC 2606).
+// The top-level domain "invalid" is reserved for names that never exist (RFC 2606).
 constexpr std::string_view nobody = "https://tollvane.invalid";
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Where Tollvane's things are: its files on this computer, and its pages on the web. Any thread.
+// Where Tollvane's files are on this computer, and where its pages are on the web. Any thread.
 #pragma once
 
 #include <filesystem>
@@ -12,18 +12,18 @@
 
 namespace tollvane {
 
-// The support directory is found and made at the first question, and then stays the same.
+// The support directory is found and created when it is first needed, and then stays the same.
 class Paths {
  public:
   Paths(const Locations& locations, Files& files) : locations_(locations), files_(files) {}
 
-  // "Tollvane" in the user's application data. Made if missing; if it cannot be made, the path is the same, and writing
-  // there fails. A user without any place for application data is a fatal error.
+  // "Tollvane" in the user's application data. Created if missing; if it cannot be created, the path is the same, and
+  // writing there fails. It is a fatal error if the user has no place for application data.
   const std::filesystem::path& supportDir() const;
 
   std::filesystem::path history() const { return supportDir() / "history.txt"; }
 
-  // Of the Unix-domain socket; neither shortened nor checked for length.
+  // Path of the Unix-domain socket; neither shortened nor checked for length.
   std::string bridgeSocket() const { return supportDir() / bridgeSocketName; }
 
  private:
@@ -33,8 +33,9 @@ class Paths {
   mutable std::filesystem::path supportDir_;
 };
 
-// The address of a page, from a path that begins with "/". Scheme and host are the bundle's "TollvaneSite"
-// ("https://www.example.org"); a bundle that names none asks a host that does not exist, so that nobody real is asked.
+// The address of a page; `path` begins with "/". Scheme and host are the bundle's "TollvaneSite"
+// ("https://www.example.org"). If the bundle names none, the host is one that does not exist, so that no real host is
+// asked.
 std::string sitePage(const Bundle& bundle, std::string_view path);
 
 }  // namespace tollvane

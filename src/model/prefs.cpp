@@ -7,7 +7,7 @@ bool Prefs::boolean(std::string_view key, bool otherwise) const {
   if (!value) return otherwise;
   if (const bool* on = std::get_if<bool>(&*value)) return *on;
   const double* number = std::get_if<double>(&*value);
-  if (number && (*number == 0 || *number == 1)) return *number == 1;  // some stores keep truth as a number
+  if (number && (*number == 0 || *number == 1)) return *number == 1;  // some stores keep a truth value as a number
   return otherwise;
 }
 

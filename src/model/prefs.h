@@ -1,4 +1,4 @@
-// The user's settings, by name. Every read asks the store, every set is stored at once. Main thread only.
+// The user's settings, by name. Every read asks the store, and every change is stored at once. Main thread only.
 #pragma once
 
 #include <string_view>
@@ -28,7 +28,7 @@ class Prefs {
   void setUpdateLastCheck(double seconds) { store_.set("updateLastCheck", seconds); }
 
  private:
-  // The stored truth value; the setting's own default when there is none or what is stored is something else.
+  // The stored truth value; `otherwise` if there is none, or if something else is stored.
   bool boolean(std::string_view key, bool otherwise) const;
 
   Defaults& store_;

@@ -28,7 +28,7 @@ std::optional<std::string> SoundEvent::tabLabel() const {
   if (title.empty() && host.empty()) return "a browser tab";
   if (host.empty()) return title;
   if (title.empty()) return host;
-  return title + "  (" + host + ")";  // the two blanks set the host apart in proportional type
+  return title + "  (" + host + ")";  // two blanks, because one is too narrow in proportional type
 }
 
 }  // namespace tollvane

@@ -29,7 +29,7 @@ class SoundEvent {
   const std::string app;   // display name of the application credited with it
   const std::string kind;  // one of the three above
 
-  // The browser tab that played it; often learnt after the sound.
+  // The browser tab that played it; often known only after the sound.
   std::optional<std::string> tabTitle;
   std::optional<std::string> tabHost;
   std::optional<std::int64_t> tabId;  // the browser's own identifier of the tab
@@ -37,11 +37,11 @@ class SoundEvent {
 
   bool seen = false;  // whether the user has seen this sound in the menu
 
-  // Whether anything is known of a tab. An empty title or host counts; `browser` alone does not.
+  // Whether anything is known about a tab. An empty title or host counts; `browser` alone does not.
   bool hasTab() const { return tabId || tabTitle || tabHost; }
 
-  // The tab in a few words, "Inbox  (mail.example.org)"; absent without a tab. Titles of more than 48 user-perceived
-  // characters are cut to 47 and "…".
+  // A short text for the tab, "Inbox  (mail.example.org)"; absent if there is no tab. A title of more than 48
+  // user-perceived characters is cut to 47 and "…".
   std::optional<std::string> tabLabel() const;
 };
 

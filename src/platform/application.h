@@ -1,5 +1,4 @@
-// The running program as the desktop sees it, and how it speaks to the user in a few words that need an answer.
-// Main thread only.
+// The running program as the desktop sees it, and the alerts with which it asks the user something. Main thread only.
 #pragma once
 
 #include <cstddef>
@@ -13,17 +12,18 @@ class Application {
  public:
   virtual ~Application() = default;
 
-  // Brings the program's windows in front of all others, also those that are shown right after this: the user has just
-  // asked for them.
+  // Brings the program's windows in front of all others, also those that are shown right after this call. To be called
+  // only if the user has just asked for them.
   virtual void activateIgnoringOtherApps() = 0;
 
-  // Ends the event loop once the current work is done; the AppDelegate hears of it before the process ends.
+  // Ends the event loop after the current work. AppDelegate::applicationWillTerminate() is called before the process
+  // ends.
   virtual void terminate() = 0;
 };
 
 struct Alert {
   std::string messageText;      // the bold first line
-  std::string informativeText;  // what follows it
+  std::string informativeText;  // the text under it
   std::vector<std::string> buttons = {"OK"};
 
   bool operator==(const Alert&) const = default;
@@ -33,9 +33,9 @@ class Alerts {
  public:
   virtual ~Alerts() = default;
 
-  // Shows the alert in the middle of the screen, in front, as plain text. One at a time: further ones wait. The event
-  // loop goes on meanwhile. `answer` is called once, with the index of the button that was chosen; closing the alert
-  // otherwise counts as its last button. Not called when the process ends first.
+  // Shows the alert as plain text in the middle of the screen, in front of all windows. Only one is shown at a time;
+  // others wait. The event loop runs meanwhile. `answer` is called once, with the index of the chosen button; if the
+  // user closes the alert otherwise, that is the last button. It is not called if the process ends first.
   virtual void show(const Alert& alert, std::function<void(std::size_t button)> answer) = 0;
 };
 

@@ -1,5 +1,5 @@
-// What time it is, and how the user writes it. Every room that measures time is handed a Clock, so that tests can move
-// it by hand.
+// What time it is, and how the user writes it. A class that measures time is given a Clock, so that tests can move it
+// by hand.
 #pragma once
 
 #include <chrono>
@@ -8,11 +8,11 @@
 
 namespace tollvane {
 
-// A point on the wall clock. Kept in whole ticks, never in floating point, so that limits such as
-// "less than 1.5 s" are exact on both sides.
+// A point on the wall clock. Counted in whole ticks, never in floating point, so that limits such as "less than 1.5 s"
+// are exact.
 using TimePoint = std::chrono::system_clock::time_point;
 
-// A point on a clock that never jumps; for measuring how long ago something happened.
+// A point on a clock that never jumps, for measuring how long ago something happened.
 using Instant = std::chrono::steady_clock::time_point;
 
 using Duration = std::chrono::nanoseconds;
@@ -22,11 +22,11 @@ class Clock {
  public:
   virtual ~Clock() = default;
 
-  // The wall clock: what a person would read. May jump when the user or the network sets it.
+  // The wall clock, as a person reads it. It may jump when the user or the network sets it.
   virtual TimePoint now() const = 0;
 
-  // The steady clock: advances evenly with real time, also while the machine sleeps, and is never set. Comparable only
-  // with itself.
+  // The steady clock: advances evenly with real time, also while the machine sleeps, and is never set. Its times can
+  // only be compared with each other.
   virtual Instant steadyNow() const = 0;
 };
 
@@ -36,7 +36,7 @@ class DateFormatter {
  public:
   virtual ~DateFormatter() = default;
 
-  // `pattern` is a Unicode date pattern (UTS #35), such as "h:mm:ss a".
+  // `pattern`: a Unicode date pattern (UTS #35), such as "h:mm:ss a".
   virtual std::string string(std::string_view pattern, TimePoint time) const = 0;
 };
 

@@ -1,6 +1,6 @@
-// The user's defaults: a small key/value store that outlives the process.
-// Main thread only. A set is durable when it returns; a failure to store is silent and the value is kept for the
-// rest of this run. A key that was never set reads as absent.
+// The user's defaults: a small key/value store that outlives the process. Main thread only. When set() returns, the
+// value is stored on disk; if that fails, it fails silently, and the value is kept for the rest of this run. A key that
+// was never set is absent.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@ namespace tollvane {
 
 class Defaults {
  public:
-  // A value of a type that Tollvane does not use (a text, say) is an `Other`: present, but of no use.
+  // A value of a type that Tollvane does not use (a text, for example): it is present, but cannot be read.
   struct Other {};
   using Value = std::variant<bool, double, Other>;
 

@@ -1,4 +1,4 @@
-// One question to a web site. Main thread only.
+// Requests to a web site. Main thread only.
 #pragma once
 
 #include <functional>
@@ -23,13 +23,14 @@ struct HttpResponse {
 
 class Http {
  public:
-  // More than anybody has to say to Tollvane. A longer answer counts as none.
+  // Tollvane needs no longer answer than this. A longer one counts as no answer.
   static constexpr std::size_t maxBody = 1 << 20;
 
   virtual ~Http() = default;
 
-  // A GET that ignores local caches. Only https, or http to this very computer, also when redirected. `completion` is
-  // called once, later, on the main thread; absent when no answer came in time.
+  // Sends a GET request that ignores local caches. Only https is allowed, or http to this computer itself, also after a
+  // redirection. `completion` is called once, later, on the main thread; its argument is absent if no answer came in
+  // time.
   virtual void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) = 0;
 };
 

@@ -8,7 +8,7 @@
 
 namespace tollvane {
 
-// Tollvane's own directory below applicationSupport(), and the socket in it at which its bridges find it.
+// Tollvane's own directory below applicationSupport(), and the socket in it at which the bridges find Tollvane.
 inline constexpr std::string_view supportDirectoryName = "Tollvane";
 inline constexpr std::string_view bridgeSocketName = "bridge.sock";
 
@@ -16,24 +16,25 @@ class Locations {
  public:
   virtual ~Locations() = default;
 
-  // The user's own directory; absent for a user without one.
+  // The user's home directory; absent if the user has none.
   virtual std::optional<std::filesystem::path> home() const = 0;
 
-  // The directory in which applications keep their data for this user. It need not exist.
-  // Absent when the system names none (a user without a home).
+  // The directory in which applications keep their data for this user. It need not exist. Absent if the system names
+  // none (a user without a home directory).
   virtual std::optional<std::filesystem::path> applicationSupport() const = 0;
 
   // A directory in which a browser looks for the manifests of native programs that it may start.
   struct NativeHostDirectory {
     std::filesystem::path path;
-    bool usual = true;  // used whenever the browser is installed; others only where the browser has been at work
+    bool usual = true;  // used whenever the browser is installed; others only if their parent directory exists
   };
 
-  // Those of the browser with this bundle identifier; empty for one that is not known, or starts no such programs.
+  // The directories of the browser with this bundle identifier; empty if the browser is unknown or starts no such
+  // programs.
   virtual std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const = 0;
 
-  // The folders in which applications stand as bundles named after themselves ("Mail.app"), in the order in which
-  // to look. Empty on a system that has no such folders.
+  // The folders that contain applications as bundles named after themselves ("Mail.app"), in the order in which to
+  // search them. Empty on a system that has no such folders.
   virtual std::vector<std::filesystem::path> applicationFolders() const = 0;
 };
 

@@ -9,7 +9,7 @@ namespace tollvane {
 enum class LoginStatus {
   notRegistered = 0,
   enabled = 1,
-  requiresApproval = 2,  // registered, but turned off by the user in the system's own settings
+  requiresApproval = 2,  // registered, but the user turned it off in the system's own settings
   notFound = 3,          // the system does not know this program
 };
 
@@ -19,7 +19,7 @@ class LoginService {
 
   virtual LoginStatus status() const = 0;
 
-  // Each gives the reason, in the system's words, when it fails; absent on success.
+  // Both return the reason of a failure in the system's words; absent on success.
   virtual std::optional<std::string> registerApplication() = 0;
   virtual std::optional<std::string> unregisterApplication() = 0;
 };

@@ -1,4 +1,9 @@
 // The main queue: the one thread on which all of Tollvane's own work runs.
+//
+//   queue.post([this] { refresh(); });                        // from any thread
+//   queue.after(1s, alive_.guard([this] { checkAgain(); }));  // does nothing if this object is gone by then
+//   watch_ = queue.watchReadable(socket, [this] { readSome(); });
+//   watch_.reset();  // ends the watching; only then close the socket
 #pragma once
 
 #include <filesystem>
@@ -15,27 +20,27 @@ class MainQueue {
 
   virtual ~MainQueue() = default;
 
-  // Runs `block` on the main thread once the current work is done, after everything posted before it.
-  // Callable from any thread. A block that throws ends the process: blocks handle their own failures.
+  // Runs `block` on the main thread after the current work and after everything posted before it. Callable from any
+  // thread. A block that throws ends the process: blocks must handle their own failures.
   virtual void post(Block block) = 0;
 
-  // Runs `block` on the main thread when `delay` has passed, never earlier. Blocks that fall due together run in
-  // the order in which they were scheduled. There is no way to cancel: a block holds its owner weakly instead
-  // (see support/liveness.h). Main thread only.
+  // Runs `block` on the main thread after `delay`, never earlier. Blocks that are due at the same time run in the order
+  // in which they were scheduled. A block cannot be cancelled; instead, it holds its owner weakly (see
+  // support/liveness.h). Main thread only.
   virtual void after(Duration delay, Block block) = 0;
 
-  // Something that is being watched, until this object is destroyed, which its own block may do.
+  // Destroying this object ends the watching; its own block may do so.
   class Watch {
    public:
     virtual ~Watch() = default;
   };
 
-  // Runs `block` on the main thread whenever `descriptor` has something to be read, or has come to its end. The
-  // descriptor stays the caller's, who destroys the watch before closing it. Main thread only.
+  // Runs `block` on the main thread whenever `descriptor` can be read or has come to its end. The descriptor stays the
+  // caller's, who destroys the watch before closing it. Main thread only.
   virtual std::unique_ptr<Watch> watchReadable(int descriptor, Block block) = 0;
 
-  // Runs `block` on the main thread after entries of `directory` have appeared or gone; several changes may be told of
-  // at once. Null when the directory cannot be watched. Main thread only.
+  // Runs `block` on the main thread after entries of `directory` have appeared or gone; one call may stand for several
+  // changes. Null if the directory cannot be watched. Main thread only.
   virtual std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) = 0;
 };
 

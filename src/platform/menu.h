@@ -1,7 +1,7 @@
 // A menu as a value: a tree of items that the platform draws in the manner of the user's desktop.
 //
 // A title is either plain, or a sequence of runs whose fonts and colours are roles that the platform fills in. All
-// texts are plain text in UTF-8, whatever characters they hold: no markup, no mnemonics. Main thread only.
+// texts are plain text in UTF-8, whatever characters they contain: no markup, no mnemonics. Main thread only.
 #pragma once
 
 #include <any>
@@ -13,7 +13,7 @@
 
 namespace tollvane {
 
-// Sizes are of a system whose menus are written in `menuFontSize`; a platform whose menus are larger scales with them.
+// Sizes are meant for a system whose menus use `menuFontSize`; a platform with larger menus enlarges them.
 inline constexpr double menuFontSize = 13;
 
 struct Font {
@@ -25,7 +25,7 @@ struct Font {
 };
 
 struct TextRun {
-  std::string text;  // a run of a line feed and blanks only begins a second line; elsewhere a line feed is a blank
+  std::string text;  // if only a line feed and blanks, it begins a second line; elsewhere a line feed is a blank
   Font font;
   TextColor color = TextColor::unset;
 
@@ -34,7 +34,7 @@ struct TextRun {
 
 using AttributedText = std::vector<TextRun>;
 
-// Its characters alone.
+// The text without its fonts and colours.
 inline std::string plainText(const AttributedText& text) {
   std::string plain;
   for (const TextRun& run : text) plain += run.text;
@@ -44,13 +44,13 @@ inline std::string plainText(const AttributedText& text) {
 struct MenuItem {
   using Action = std::function<void(const MenuItem& sender)>;
 
-  // Names the item among those of its menu and of its submenus, and stays with it when the menu is made anew.
+  // Identifies the item in its menu and all submenus, and stays the same when the menu is made anew.
   std::string identifier;
 
   std::string title;
-  AttributedText attributedTitle;  // instead of the title, unless empty
+  AttributedText attributedTitle;  // shown instead of `title`, unless empty
   std::string toolTip;
-  std::string keyEquivalent;  // one lower-case character, together with the platform's modifier for commands; or none
+  std::string keyEquivalent;  // one lower-case character, pressed with the platform's modifier for commands; or empty
   bool isSeparator = false;
   bool isEnabled = true;
   Action action;               // if empty, choosing the item does nothing
@@ -67,7 +67,7 @@ class MenuDelegate {
  public:
   virtual ~MenuDelegate() = default;
 
-  // The menu is about to open: makes its items anew.
+  // Called when the menu is about to open: makes its items anew.
   virtual void menuNeedsUpdate(Menu& menu) = 0;
 };
 

@@ -1,6 +1,6 @@
-// Everything that the core asks of the system it runs on, in one handful. Whoever makes a Platform owns the roles and
-// keeps them alive longer than the AppDelegate that they are handed to: platform/linux for people, the virtual platform
-// (tests/support) for the tests.
+// Everything that the core needs from the system it runs on. The creator of a Platform owns the roles and keeps them
+// alive longer than the AppDelegate that receives them. platform/linux makes one for people, the virtual platform
+// (tests/support) makes one for the tests.
 #pragma once
 
 #include "platform/application.h"

@@ -1,4 +1,4 @@
-// Who started whom. Main thread only; every answer is of this moment.
+// Which process started which. Main thread only; every answer is about this moment.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,11 @@ class ProcessTable {
  public:
   virtual ~ProcessTable() = default;
 
-  // The process that the system holds responsible for `pid`, where the system keeps such a record. May be the process
-  // itself. Absent when the system keeps none or knows no process.
+  // The process that the system holds responsible for `pid`, perhaps `pid` itself. Absent if the system keeps no such
+  // record or does not know the process.
   virtual std::optional<Pid> responsiblePid(Pid pid) const = 0;
 
-  // The parent of `pid`; absent when there is no such process. The first process has parent 0.
+  // The parent of `pid`; absent if there is no such process. The first process has parent 0.
   virtual std::optional<Pid> parentPid(Pid pid) const = 0;
 };
 

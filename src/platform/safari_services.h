@@ -11,10 +11,10 @@ class SafariServices {
  public:
   virtual ~SafariServices() = default;
 
-  // `userInfo`: the message, as the text of a JSON object. Fails in silence.
+  // `userInfo`: the message, as the text of a JSON object. Fails silently.
   virtual void dispatchMessage(std::string_view name, std::string_view extensionID, std::string_view userInfo) = 0;
 
-  // Whether the extension is turned on; absent when Safari does not say. `completion` may be called on any thread.
+  // Whether the extension is turned on; absent if Safari does not say. `completion` may be called on any thread.
   virtual void getState(std::string_view extensionID,
                         std::function<void(std::optional<bool> isEnabled)> completion) = 0;
 

@@ -23,7 +23,7 @@ struct Text {
   bool operator==(const Text&) const = default;
 };
 
-// A drawing from the system's set, as large as text of that size.
+// A symbol from the system's set, as large as text of the same `size`.
 struct Image {
   std::string symbolName;
   TextColor color = TextColor::label;
@@ -44,11 +44,11 @@ struct Dot {
 struct Toggle {
   enum class Style { switchControl, checkBox };
 
-  std::string identifier;  // names the control as long as it is shown
+  std::string identifier;  // identifies the control while it is shown
   std::string title;       // shown beside a switch; a check box is only called so
   Style style = Style::switchControl;
   bool isOn = false;
-  std::function<void(bool on)> set;  // the user's wish; the truth comes with the next content
+  std::function<void(bool on)> set;  // called with the user's choice; `isOn` changes only with the next content
 };
 
 struct Button {
@@ -60,7 +60,7 @@ struct Button {
 
 using Control = std::variant<Text, Image, Dot, Toggle, Button>;
 
-// Side by side, centred vertically. The identifier names the row among its neighbours.
+// Controls side by side, centred vertically. `identifier` identifies the row among its neighbours.
 struct Row {
   std::string identifier;
   std::vector<Control> controls;
@@ -75,7 +75,7 @@ struct Section {
 
 struct SettingsContent {
   Image icon;                      // at the leading edge of the head
-  std::vector<Text> introduction;  // beside it, from top to bottom
+  std::vector<Text> introduction;  // beside the icon, from top to bottom
   std::vector<Section> sections;   // a grouped form
   Text footer;
 };
@@ -94,10 +94,10 @@ class SettingsWindow {
 
   virtual ~SettingsWindow() = default;
 
-  // Draws the content anew. Only what differs is touched: focus and scroll position stay.
+  // Shows new content. Only what differs is touched, so focus and scroll position stay.
   virtual void setContent(const ui::SettingsContent& content) = 0;
 
-  // Shows the window, in front of all others and with the keyboard. Closing it only hides it.
+  // Shows the window in front of all others, with the keyboard focus. Closing it only hides it.
   virtual void makeKeyAndOrderFront() = 0;
 };
 
@@ -105,7 +105,8 @@ class SettingsWindows {
  public:
   virtual ~SettingsWindows() = default;
 
-  // A window in the middle of the screen that can be closed and moved, not resized; not shown yet.
+  // Makes a window in the middle of the screen, which is not shown yet. The user can close and move it, but not resize
+  // it.
   virtual std::unique_ptr<SettingsWindow> make(const SettingsWindow::Style& style) = 0;
 };
 

@@ -1,5 +1,5 @@
-// The applications of the user's desktop: which run, which are installed, what they are called.
-// Main thread only; every answer is of this moment.
+// The applications of the user's desktop: which ones run, which are installed, and what their names are. Main thread
+// only; every answer is about this moment.
 #pragma once
 
 #include <filesystem>
@@ -15,12 +15,12 @@ namespace tollvane {
 
 enum class ActivationPolicy {
   regular,    // an ordinary application: the user sees it among the running applications
-  accessory,  // has a name, but no place among them (a panel, a command-line program)
+  accessory,  // has a name, but is not among them (a panel, a command-line program)
 };
 
 struct RunningApplication {
   Pid pid = 0;
-  std::optional<std::string> localizedName;  // as the user's desktop shows it
+  std::optional<std::string> localizedName;  // the name that the user's desktop shows
   ActivationPolicy activationPolicy = ActivationPolicy::accessory;
 
   bool operator==(const RunningApplication&) const = default;
@@ -30,39 +30,38 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // The application that runs as this very process; absent when the process is gone or belongs to none.
+  // The application that runs as this process itself; absent if the process is gone or belongs to none.
   virtual std::optional<RunningApplication> runningApplication(Pid pid) const = 0;
 
   // All running processes of the application with this bundle identifier, the oldest first.
   virtual std::vector<RunningApplication> runningApplications(std::string_view bundleID) const = 0;
 
-  // All applications that run as this user, each process of theirs, in the system's own order.
+  // All applications that run as this user, with each of their processes, in the system's own order.
   virtual std::vector<RunningApplication> runningApplications() const = 0;
 
   // Where the application with this bundle identifier is installed: its bundle, or the file that describes it to the
-  // desktop. Absent when it is not installed.
+  // desktop. Absent if it is not installed.
   virtual std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const = 0;
 
-  // The same, for the name that the desktop shows. Exact, case-sensitive. Only for a system whose applications do not
-  // stand in Locations::applicationFolders(); absent elsewhere.
+  // The same for the name that the desktop shows; the name must be exact, and case matters. Absent on a system whose
+  // applications are in Locations::applicationFolders().
   virtual std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const = 0;
 
-  // The name that the desktop shows for what is at this path; the path's last component when it knows no better.
+  // The name that the desktop shows for this path; the path's last component if the desktop knows no other.
   virtual std::string displayName(const std::filesystem::path& path) const = 0;
 
-  // Brings an application in front of all others. `done` is called once, on the main thread, perhaps before this
-  // returns: true unless it is certain that no window came forward. The application may have ended meanwhile.
+  // Brings an application, which may have ended meanwhile, in front of all others. `done` is called once, on the main
+  // thread, perhaps before this returns: with false only if it is certain that no window came forward.
   virtual void activate(const RunningApplication& application, std::function<void(bool)> done) = 0;
 
-  // Opens a file in the user's default program for it, or starts the application that stands at this path.
-  // Fails in silence.
+  // Opens a file in the user's default program for it, or starts the application at this path. Fails silently.
   virtual void open(const std::filesystem::path& path) = 0;
 
-  // Opens a page in the user's default browser. Only http and https; everything else is refused in silence.
+  // Opens a page in the user's default browser. Only http and https; everything else is silently refused.
   virtual void openURL(std::string_view url) = 0;
 
-  // The same in the application that stands at `application`, which comes forward. `done` is called once, on the main
-  // thread: false when it could not be started.
+  // The same in the application at the path `application`, which comes forward. `done` is called once, on the main
+  // thread: with false if the application could not be started.
   virtual void openURL(std::string_view url, const std::filesystem::path& application,
                        std::function<void(bool)> done) = 0;
 };

@@ -15,7 +15,7 @@ struct SettingsView {
   SettingsModel& model;
   bool welcome = false;
   std::string version;
-  std::function<void()> showExtensionFiles;  // kept for whoever draws the view; no control calls it
+  std::function<void()> showExtensionFiles;  // for other drawings of the view; no control calls it
 
   ui::SettingsContent body(const Wording& wording) const;
 };

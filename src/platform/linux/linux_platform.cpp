@@ -13,7 +13,7 @@ std::optional<std::filesystem::path> defaultsFile() {
   return configuration ? std::optional(*configuration / "Tollvane" / "defaults.json") : std::nullopt;
 }
 
-// There is no Safari here: its extension is not enabled.
+// There is no Safari on Linux, so its extension is not enabled.
 class NoSafari : public SafariServices {
  public:
   void dispatchMessage(std::string_view, std::string_view, std::string_view) override {}

@@ -1,5 +1,5 @@
-// Everything that the core asks of the system, as a Linux desktop answers it. Make one on the main thread, after the
-// application object; it outlives the AppDelegate.
+// The platform's roles on a Linux desktop. To be made on the main thread, after the application object; must outlive
+// the AppDelegate.
 #pragma once
 
 #include <filesystem>
@@ -36,15 +36,16 @@ namespace tollvane {
 
 class LinuxPlatform {
  public:
-  // `bundle`: the directory that the program stands in.
+  // `bundle`: the directory that contains the program.
   explicit LinuxPlatform(const std::filesystem::path& bundle);
 
   Platform roles();
 
-  // The user's permission to come forward that the program was started with, or asked to come forward with.
+  // Sets the activation token, the user's permission to come forward, that came with the start or with a request to
+  // reopen.
   void setToken(std::string token) { token_ = std::move(token); }
 
-  // When nothing shows status items: tells so in an alert, unless this is set to something better or to nothing.
+  // Called if nothing shows status items. It shows an alert, unless it is set to another function or to nothing.
   std::function<void()>& onNoStatusBar() { return bar_.onNoStatusBar; }
 
  private:

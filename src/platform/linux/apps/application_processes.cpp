@@ -12,12 +12,12 @@ namespace {
 
 constexpr std::chrono::milliseconds sharedFor{100};
 
-// Compared by their ids: an entry itself may be read again during a search.
+// Entries are compared by their ids, because an entry may be read again during a search.
 bool hasIdOf(const ProgramIndex::Entries& entries, const DesktopEntries::Entry& entry) {
   return std::any_of(entries.begin(), entries.end(), [&](const auto& each) { return each->id == entry->id; });
 }
 
-// Whether Flatpak or Snap runs it, with the executable in a file system of its own.
+// Whether Flatpak or Snap runs the entry's program; its executable is then in a file system of its own.
 bool isContained(const DesktopEntry& entry) {
   if (!entry.flatpakId.empty() || !entry.snapInstance.empty()) return true;
   const std::string_view program = entry.command.empty() ? std::string_view() : lastComponent(entry.command.front());
@@ -34,7 +34,7 @@ struct ApplicationProcesses::Search {
 };
 
 std::optional<ApplicationProcess> ApplicationProcesses::process(Pid pid) const {
-  // The application is asked for last: everything else is cheaper.
+  // Whose process it is comes first, because that is far cheaper than finding its application.
   const ProcFs& processes = applications_.processes();
   if (!processes.isOwn(pid)) return std::nullopt;
   auto application = applications_.of(pid);
@@ -63,7 +63,7 @@ const std::vector<ApplicationProcesses::Seen>& ApplicationProcesses::everybody()
   return everybody_;
 }
 
-// Most processes are ruled out by their executable alone: looking closely at each would take five times as long.
+// Most processes are ruled out by their executable alone: a close look at each would take five times as long.
 std::vector<ApplicationProcess> ApplicationProcesses::of(const ProgramIndex::Entries& wanted,
                                                          bool knownPrograms) const {
   applications_.entries().refresh();

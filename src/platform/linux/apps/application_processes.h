@@ -1,4 +1,4 @@
-// The processes of applications: all there are, or those of certain applications. One thread at a time.
+// The processes of applications: of all applications, or of certain ones. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -14,14 +14,14 @@ namespace tollvane {
 // A process, and the application that it belongs to.
 struct ApplicationProcess {
   Pid pid = 0;
-  std::uint64_t startTime = 0;  // as ProcFs tells it
+  std::uint64_t startTime = 0;  // as ProcFs gives it
   Ownership application;
 };
 
 class ApplicationProcesses {
  public:
-  // Searches less than 100 ms apart share one look at /proc; a process that was started in between is missed. Both
-  // outlive this object.
+  // Searches less than 100 ms apart share one scan of /proc; a process started in between is missed. Both arguments
+  // must outlive this object.
   ApplicationProcesses(const Applications& applications, const Clock& clock)
       : applications_(applications), clock_(clock) {}
 
@@ -35,7 +35,7 @@ class ApplicationProcesses {
  private:
   struct Search;
 
-  // All that most processes are asked for.
+  // What is read about every process. Most processes need no closer look.
   struct Seen {
     Pid pid = 0;
     std::optional<std::string> executable;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t longestSandboxInfo = 64 * 1024;
 
-// The name in a sandbox's description of itself; the format is a key file, see flatpak-metadata(5).
+// The application's name in its sandbox's description; the format is a key file, see flatpak-metadata(5).
 std::string sandboxName(std::string_view text) {
   struct FreeKeyFile {
     void operator()(GKeyFile* file) const { g_key_file_free(file); }
@@ -27,7 +27,7 @@ std::string sandboxName(std::string_view text) {
   return result;
 }
 
-// Starting other programs is what these are for, and what they start runs in their unit.
+// These programs are made to start others, which then run in their unit.
 bool startsOthers(const DesktopEntry& entry) { return entry.isTerminalEmulator || entry.isFileManager; }
 
 }  // namespace
@@ -53,7 +53,7 @@ std::optional<Ownership> Applications::of(Pid pid) const {
 Ownership Applications::identify(Pid pid, RunningProgram& program) const {
   const UnitName unit = applicationUnit(processes_.cgroup(pid));
   if (auto sandboxed = fromSandbox(pid, unit)) {
-    // What a snap without confinement starts runs in the snap's scope, too.
+    // A program that was started by a snap without confinement runs in the snap's scope, too.
     if (unit.snapInstance.empty() || sandboxed->entry == nullptr || isTrusted(sandboxed->entry, program))
       return std::move(*sandboxed);
   }
@@ -86,14 +86,14 @@ std::optional<Ownership> Applications::fromSandbox(Pid pid, const UnitName& unit
 }
 
 DesktopEntries::Entry Applications::launchedEntry(Pid pid) const {
-  // Children inherit both variables: only the process that the second one names was started by the entry itself.
+  // Children inherit both variables: only the process whose number this one has was started by the entry itself.
   const auto launched = processes_.environment(pid, "GIO_LAUNCHED_DESKTOP_FILE_PID");
   if (launched != std::to_string(pid)) return nullptr;
   const auto file = processes_.environment(pid, "GIO_LAUNCHED_DESKTOP_FILE");
   if (!file) return nullptr;
   auto entry = entries_.withPath(*file);
   if (entry == nullptr && file->ends_with(desktopFileEnding)) entry = entries_.withId(lastComponent(*file));
-  // What is to run in a terminal is started by starting a terminal, and that one is still itself.
+  // For an entry that runs in a terminal, a terminal was started, which is an application of its own.
   return entry != nullptr && entry->terminal ? nullptr : entry;
 }
 
@@ -103,7 +103,8 @@ DesktopEntries::Entry Applications::unitEntry(const UnitName& unit) const {
   return nullptr;
 }
 
-// A browser that an application opened a link in runs in that application's unit until it ends, and is still itself.
+// Whether the program belongs to its unit's entry. A browser in which an application opened a link runs in that
+// application's unit until it ends, but is an application of its own.
 bool Applications::isTrusted(const DesktopEntries::Entry& unitEntry, RunningProgram& program) const {
   const auto& own = program.entries();
   if (std::find(own.begin(), own.end(), unitEntry) != own.end()) return true;

@@ -1,4 +1,4 @@
-// Whose is a process? The application that it belongs to: its desktop entry, or what else is known of it.
+// Which application a process belongs to: its desktop entry, or what else is known about it.
 //
 //   ProcFs processes;
 //   DesktopEntries entries;
@@ -6,9 +6,9 @@
 //   Applications applications(processes, entries, windows);
 //   if (auto owner = applications.of(4711)) use(owner->id, applications.nameOf(4711, *owner));  // "firefox-esr"
 //
-// The process itself is asked, never its parents. The evidence, the strongest first: the sandbox that it runs in, the
-// desktop entry that it was started by, its unit, its program, its windows. One thread at a time; what it is made from
-// outlives it.
+// Only the process itself is examined, never its parents. The evidence, the strongest first: the sandbox that it runs
+// in, the desktop entry that started it, its unit, its program, its windows. One thread at a time; the constructor's
+// arguments must outlive the object.
 #pragma once
 
 #include <optional>
@@ -26,9 +26,9 @@ namespace tollvane {
 // What is known about the application that a process belongs to.
 struct Ownership {
   DesktopEntries::Entry entry;  // null if only a sandbox's id or a window is known
-  std::string id;               // the entry's, else the sandbox's; empty if only a window is known
+  std::string id;               // the entry's id, else the sandbox's; empty if only a window is known
   std::string windowClass;
-  bool hasWindow = false;  // looked for only if the entry does not make it an ordinary application already
+  bool hasWindow = false;  // windows are searched only if `entry` alone does not make it an ordinary application
 
   bool isRegular() const { return hasWindow || (entry != nullptr && entry->isRegular()); }
 };
@@ -41,8 +41,8 @@ class Applications {
   // Absent if the process is gone, or belongs to no application.
   std::optional<Ownership> of(Pid pid) const;
 
-  // The name that the desktop shows: the entry's own, else the end of the id ("org.example.Player" -> "Player"), the
-  // window's class, the program's name. Valid UTF-8.
+  // The name that the desktop shows: the entry's own, else the end of the id ("org.example.Player" -> "Player"), else
+  // the window's class, else the program's name. Valid UTF-8.
   std::string nameOf(Pid pid, const Ownership& application) const;
 
   const ProcFs& processes() const { return processes_; }

@@ -67,7 +67,7 @@ void DesktopEntries::refresh() {
   ProgramIndex::Entries entries;
   for (const DesktopFile& file : found) {
     const Entry& entry = read(file, files).entry;
-    // An earlier folder's file stands for the id, even if it only says that there is no such application.
+    // The first folder's file counts for an id, even if it only says that there is no such application.
     if (entry == nullptr || !byId_.emplace(file.id, entry).second) continue;
     byLowerId_.emplace(ascii::lowerCase(file.id), entry);
     entries.push_back(entry);
@@ -88,7 +88,7 @@ DesktopEntries::File& DesktopEntries::read(const DesktopFile& file, std::unorder
   }
   if (entry) {
     entry->id = sanitized(file.id);
-    // Also for an entry that is as it was: a program often arrives together with somebody else's entry.
+    // Also for an unchanged entry, because its program may have been installed meanwhile.
     findPrograms(*entry, environment_.searchPath);
     next.entry = std::make_shared<const DesktopEntry>(std::move(*entry));
   }
@@ -150,7 +150,7 @@ std::vector<DesktopFile> DesktopFolders::list() {
 void DesktopFolders::listFolder(const std::string& path, const std::string& prefix, int depth,
                                 std::vector<DesktopFile>& files) {
   if (depth > deepest || folders_.size() >= mostFolders) return;
-  // Stamped before it is read: a change during the reading is noticed at the next look.
+  // The stamp is taken before the folder is read, so that changed() notices a change during the reading.
   const FileStamp stamp = FileStamp::of(path);
   const bool seen = stamp != FileStamp{} && std::any_of(folders_.begin(), folders_.end(), [&](const Folder& folder) {
                       return folder.stamp.device == stamp.device && folder.stamp.inode == stamp.inode;

@@ -1,5 +1,5 @@
-// All desktop entries of the user's desktop. Read at the first look-up, and read again (only what changed) when a
-// look-up finds that their folders changed. Nothing runs in between. One thread at a time.
+// All desktop entries of the user's desktop. The first refresh() reads them, and a later one reads again what has
+// changed. Nothing runs in between. One thread at a time.
 // Source: freedesktop.org, XDG Base Directory 0.8 and Desktop Entry 1.5 (file naming).
 #pragma once
 
@@ -19,12 +19,12 @@
 
 namespace tollvane {
 
-// Which file stands at a path, and in which state; all zero for none.
+// Which file is at a path, and in which state; all members are 0 if there is none.
 struct FileStamp {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
   std::int64_t modified = 0;  // nanoseconds since 1970
-  std::int64_t changed = 0;   // the same for its mode and owner, too; nobody can set it back
+  std::int64_t changed = 0;   // like `modified`, but for mode and owner too; no program can set it back
   std::int64_t size = 0;
 
   static FileStamp of(const std::string& path);
@@ -38,16 +38,16 @@ struct DesktopFile {
   FileStamp stamp;
 };
 
-// The folders in which desktop entries stand, and how to notice that something in them changed without watching them:
-// no descriptor, no timer, no wakeup, only a few `stat` calls at each question.
+// The folders that contain desktop entries. Changes in them are noticed without a watch: no descriptor, no timer, no
+// wakeup, only a few `stat` calls at each question.
 class DesktopFolders {
  public:
   explicit DesktopFolders(std::vector<std::string> dataFolders);
 
-  // Reads the folders: all entries there are, the file that wins an id before those that lose it.
+  // Reads the folders and returns all entries. If several files have the same id, the one that counts is first.
   std::vector<DesktopFile> list();
 
-  // Whether `list` may answer differently than it did the last time.
+  // Whether list() may now return something else than the last time.
   bool changed() const;
 
  private:
@@ -59,9 +59,9 @@ class DesktopFolders {
   void listFolder(const std::string& path, const std::string& prefix, int depth, std::vector<DesktopFile>& files);
 
   std::vector<std::string> roots_;
-  std::vector<Folder> folders_;  // all that were read, or looked for in vain
-  // A folder that was modified within one tick of the file system's clock before it was read may have been modified
-  // again in the same tick, and would not show it.
+  std::vector<Folder> folders_;  // all that were read, or were missing when they were looked for
+  // Whether a folder changed so shortly before it was read that another change may get the same time stamp and would
+  // not show.
   bool unsettled_ = false;
   bool listed_ = false;
 };
@@ -72,28 +72,28 @@ class DesktopEntries {
 
   explicit DesktopEntries(DesktopEnvironment environment = DesktopEnvironment::current());
 
-  // Brings everything up to date. Whoever looks something up calls this first, and once for a whole chain of look-ups.
+  // Brings everything up to date. To be called before a look-up, and only once before a series of look-ups.
   void refresh();
 
-  // Reads the folders at the next refresh even where they look unchanged. For whoever saw that an entry's file was
-  // written to in place, which its folder does not show.
+  // Makes the next refresh() read the folders even if they look unchanged. To be called if an entry's file was written
+  // to in place, which its folder does not show.
   void distrust() { distrusted_ = true; }
 
-  // Whether the file of the entry is still the one that was read.
+  // Whether the entry's file is still the one that was read.
   bool isFresh(const DesktopEntry& entry) const;
 
-  // Counts the changes: what was concluded from the entries holds as long as this stays the same.
+  // Counts the changes: conclusions from the entries are valid as long as this number stays the same.
   std::uint64_t generation() const { return generation_; }
 
-  // Null where there is none. Includes hidden ones; "Example.desktop" and "example" are tried for "example.desktop",
-  // in this order.
+  // These return null if there is no such entry, and find hidden entries too. withId() tries the id as it is, then
+  // without ".desktop", then ignoring case.
   Entry withId(std::string_view id) const;
 
   Entry withPath(std::string_view path) const;
   Entry withFlatpakId(std::string_view flatpakId) const;
   Entry withSnapInstance(std::string_view instance) const;
 
-  // An ordinary application whose name on this desktop is exactly this.
+  // The ordinary application whose name on this desktop is exactly this; null if there is none.
   Entry named(std::string_view name) const;
 
   const ProgramIndex& programs() const { return programs_; }
@@ -102,14 +102,14 @@ class DesktopEntries {
  private:
   struct File {
     FileStamp stamp;
-    Entry entry;  // null for a file that holds no application
+    Entry entry;  // null if the file describes no application
   };
 
   File& read(const DesktopFile& file, std::unordered_map<std::string, File>& known);
 
   DesktopEnvironment environment_;
   DesktopFolders folders_;
-  std::unordered_map<std::string, File> files_;  // by path
+  std::unordered_map<std::string, File> files_;  // the key is the path
   std::unordered_map<std::string, Entry> byId_;
   std::unordered_map<std::string, Entry> byLowerId_;
   ProgramIndex programs_{{}};

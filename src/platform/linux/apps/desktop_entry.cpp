@@ -15,7 +15,7 @@ namespace tollvane {
 
 namespace {
 
-// The longest entries there are, with a hundred translations, have some 60 KB.
+// The longest real entries, with a hundred translations, have about 60 KB.
 constexpr std::size_t longestEntry = 1024 * 1024;
 constexpr const char* entryGroup = G_KEY_FILE_DESKTOP_GROUP;
 
@@ -55,7 +55,7 @@ bool contains(const std::vector<std::string>& list, std::string_view text) {
 bool shownOn(std::string_view desktops, GKeyFile* file) {
   const auto only = list(file, G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN);
   const auto never = list(file, G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN);
-  // The first of the current desktop's names that either list holds decides.
+  // The first of the current desktop's names that is in one of the lists decides.
   while (!desktops.empty()) {
     const std::string_view desktop = ascii::takePart(desktops, ':');
     if (contains(only, desktop)) return true;
@@ -64,8 +64,7 @@ bool shownOn(std::string_view desktops, GKeyFile* file) {
   return only.empty();
 }
 
-// Only the first group is of interest, and the others (a browser's actions in a hundred languages) are most of the
-// text.
+// Only the first group is needed; the others (a browser's actions in a hundred languages) are most of the text.
 void keepFirstGroup(std::string& text) {
   const auto header = text.find("[Desktop Entry]");
   if (header == std::string::npos) return;
@@ -73,7 +72,7 @@ void keepFirstGroup(std::string& text) {
   if (next != std::string::npos) text.resize(next + 1);
 }
 
-// "%U" is nothing, "--name=%c" is nothing that can be compared with, "100%%" is "100%".
+// "%U" is dropped, and so is "--name=%c", because nothing can be compared with it; "100%%" becomes "100%".
 std::optional<std::string> withoutFieldCodes(std::string_view argument) {
   std::string result;
   for (std::size_t i = 0; i < argument.size(); ++i) {
@@ -96,7 +95,7 @@ std::vector<std::string> commandLine(const std::string& exec) {
   for (gchar** argument = arguments.get(); *argument != nullptr; ++argument) {
     if (auto plain = withoutFieldCodes(*argument)) command.push_back(std::move(*plain));
   }
-  // Flatpak encloses the field code of file names in these.
+  // Flatpak puts these around the field code of file names.
   std::erase_if(command, [](const std::string& argument) { return argument == "@@" || argument == "@@u"; });
   return withoutPrefixes(std::move(command));
 }
@@ -121,13 +120,13 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
   text = sanitized(text);
   const KeyFile owner(g_key_file_new());
   GKeyFile* file = owner.get();
-  // Without KEEP_TRANSLATIONS GLib keeps the user's languages only.
+  // Without KEEP_TRANSLATIONS, GLib keeps only the user's languages.
   if (!g_key_file_load_from_data(file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr)) return std::nullopt;
 
   DesktopEntry entry;
   entry.hidden = boolean(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN);
   const std::string type = string(file, G_KEY_FILE_DESKTOP_KEY_TYPE);
-  // Who deletes an entry of the system by one of his own often leaves everything else out.
+  // A user's entry that only hides one of the system often leaves everything else out.
   if (type != G_KEY_FILE_DESKTOP_TYPE_APPLICATION && !(type.empty() && entry.hidden)) return std::nullopt;
   const Text name(g_key_file_get_locale_string(file, entryGroup, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
   if (name) entry.name = name.get();
@@ -171,7 +170,7 @@ void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
       if (script && entry.script.empty()) entry.script = lastComponent(*script);
     } else if (!saysNothing(first)) {
       entry.program = program;
-      // A link to a launcher (each /snap/bin/NAME is one) says as little as the launcher, but its own name does.
+      // If a link leads to a launcher (each /snap/bin/NAME does), only the link's own name says something.
       if (!saysNothing(real)) entry.realProgram = real;
     }
   }

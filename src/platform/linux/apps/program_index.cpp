@@ -11,7 +11,7 @@ namespace tollvane {
 
 namespace {
 
-// Names that say nothing about whose script it is.
+// Script names that are too common to tell the application.
 constexpr std::string_view commonScriptNames[] = {"main", "__main__", "app",    "index",  "run",    "start", "launcher",
                                                   "gui",  "cli",      "launch", "server", "client", "test"};
 
@@ -57,13 +57,14 @@ ProgramIndex::ProgramIndex(Entries entries) : entries_(std::move(entries)) {
     add(byScript_, entry->script, entry);
     add(byClass_, ascii::lowerCase(entry->startupWmClass), entry);
   }
-  // A class that an entry claims goes before one that is merely its file's name.
+  // The classes that entries name are added first: they count more than another entry's id.
   for (const Entry& entry : entries_) {
     if (!entry->isInterpretersOwn()) add(byClass_, ascii::lowerCase(entry->id), entry);
   }
 }
 
-// Absent, too, when several programs share the folder and none of them has this name: then it tells nothing.
+// The entries of this folder's program. Null, too, if several programs share the folder and none of them has this name:
+// then the folder tells nothing.
 const ProgramIndex::Entries* ProgramIndex::inFolder(std::string_view folder, std::string_view name) const {
   if (isSharedDirectory(folder)) return nullptr;
   const Entries* entries = find(byFolder_, folder);

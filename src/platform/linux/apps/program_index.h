@@ -1,8 +1,8 @@
 // Finds the desktop entry that a program belongs to. Made from all entries at once, and made anew when they change.
 //
 // Every answer is a list, the best entry first: ordinary applications before hidden ones and tools, then the entry that
-// gives its program the fewest arguments (the browser itself before its private window). An interpreter's own entry is
-// never among them. One thread at a time.
+// gives its program the fewest arguments (the browser itself before its private window). Only all() includes the
+// entries of bare interpreters. One thread at a time.
 #pragma once
 
 #include <memory>
@@ -22,18 +22,18 @@ class ProgramIndex {
 
   explicit ProgramIndex(Entries entries);
 
-  // By the real path of a running program. In this order: the very program of an entry; its TryExec; the program that
-  // an entry's wrapper stands beside (/opt/example/example-browser -> /opt/example/browser); a program of the same name
-  // somewhere else (/usr/bin/example -> /usr/lib/example/example); StartupWMClass.
+  // By the real path of a running program. In this order: an entry's own program; its TryExec; another program in the
+  // same folder as an entry's (/opt/example/browser beside /opt/example/example-browser); a program of the same name
+  // elsewhere (/usr/lib/example/example for /usr/bin/example); an entry's StartupWMClass or id, in any case.
   const Entries& ofExecutable(const std::string& executable) const;
 
   // By the script that an interpreter runs: a real path, or the name of a module, class or Windows program.
   const Entries& ofScript(const std::string& script) const;
 
-  // By a window's class, as StartupWMClass or as an entry's id, in any case.
+  // By a window's class, which is an entry's StartupWMClass or id, in any case.
   const Entries& ofWindowClass(std::string_view windowClass) const;
 
-  // All, in order of rank.
+  // All entries, the best first.
   const Entries& all() const { return entries_; }
 
   inline static const Entries none;
@@ -44,7 +44,7 @@ class ProgramIndex {
   const Entries* inFolder(std::string_view folder, std::string_view name) const;
 
   Entries entries_;
-  Table byProgram_;  // by path, links followed and not followed
+  Table byProgram_;  // the key is a path, with and without links followed
   Table byTryExec_;
   Table byFolder_;
   Table byName_;

@@ -79,7 +79,7 @@ DesktopEntries::Entry RunningProgram::entry() {
 
 const ProgramIndex::Entries& RunningProgram::find() {
   if (!executable()) {
-    // The kernel hides the executable of a process that has locked itself up. Its own word must do.
+    // The kernel hides the executable of a process that protects itself. Then its first argument must do.
     if (arguments().empty() || !arguments().front().starts_with('/')) return ProgramIndex::none;
     return *executables_.at(std::string(firstWord(arguments().front()))).entries;
   }
@@ -88,7 +88,7 @@ const ProgramIndex::Entries& RunningProgram::find() {
   const auto script = scriptOf(*executable(), arguments());
   if (!script) return ProgramIndex::none;
   auto file = script->ends_with(".exe") ? std::nullopt : processes_.fileNamed(pid_, *script);
-  // A script may be gone, or stand where only the process itself can see it.
+  // A script may be gone, or be where only the process itself can see it.
   if (!file && script->starts_with('/')) file = *script;
   if (!file) return entries_.programs().ofScript(std::string(lastComponent(*script)));
   const auto& direct = entries_.programs().ofScript(*file);
@@ -96,7 +96,7 @@ const ProgramIndex::Entries& RunningProgram::find() {
   return entries_.programs().ofScript(realPath(*file).value_or(*file));
 }
 
-// One program can be several, told apart by the name that it is called by.
+// Whether the executable is several programs, which differ only in the name by which it is called.
 bool RunningProgram::isAmbiguous() {
   const auto& all = entries();
   return std::any_of(all.begin(), all.end(), [&](const auto& entry) { return entry->program != all.front()->program; });
@@ -107,24 +107,25 @@ bool RunningProgram::isCalled(const DesktopEntry& candidate) {
          lastComponent(firstWord(arguments().front())) == lastComponent(candidate.program);
 }
 
-// Among the system's tools one program hides behind many names, and an entry for one of the names (a player) has
-// nothing to do with the others (a recorder).
+// Some of the system's tools are one program with many names, and an entry for one of the names (a player) has nothing
+// to do with the others (a recorder).
 bool RunningProgram::isReachedBy(const DesktopEntry& candidate) {
   if (candidate.realProgram.empty() || candidate.realProgram != executable()) return true;
   if (lastComponent(candidate.program) == lastComponent(candidate.realProgram)) return true;
   if (!isSharedDirectory(directoryOf(candidate.realProgram))) return true;
-  // For a moment after it has started, a program has no arguments yet. Then it belongs to nobody, rather than to the
-  // wrong application.
+  // For a moment after its start, a program has no arguments yet. Then it is credited to no application rather than to
+  // the wrong one.
   return isCalled(candidate);
 }
 
-// A document or a page that the entry opens: an entry for one radio station does not own every player.
+// Whether the process was given the document or page that the entry opens: an entry for one radio station does not own
+// every player.
 bool RunningProgram::wasGiven(const DesktopEntry& candidate) {
   const std::size_t skip = candidate.script.empty() ? 1 : 2;
   for (std::size_t i = skip; i < candidate.command.size(); ++i) {
     const std::string& argument = candidate.command[i];
     if (argument.empty() || argument.front() == '-') continue;
-    // What follows an option may be its value, which the program is free to take out of its command line.
+    // What follows an option may be its value, which the program may have taken out of its command line.
     if (candidate.command[i - 1].starts_with('-')) continue;
     if (std::find(arguments().begin(), arguments().end(), argument) == arguments().end()) return false;
   }

@@ -12,44 +12,45 @@
 
 namespace tollvane {
 
-// What is known about executables, whichever process runs them. Kept until the desktop entries change.
+// What is known about executables, independently of the processes that run them. Kept until the desktop entries change.
 class Executables {
  public:
   struct Executable {
-    const ProgramIndex::Entries* entries = nullptr;  // those that may be its own, the best first
-    bool runsScripts = false;                        // it is an interpreter: what it runs is another file
-    // It is a launcher, or stands in a Flatpak's or Snap's own file system, or cannot be seen from here.
+    const ProgramIndex::Entries* entries = nullptr;  // the entries that may be its own, the best first
+    bool runsScripts = false;                        // it is an interpreter, so the program that counts is another file
+    // It is a launcher, or it is in the file system of a Flatpak or Snap, or it cannot be seen from here.
     bool mayBeContained = false;
   };
 
   explicit Executables(const DesktopEntries& entries) : entries_(entries) {}
 
-  // Valid until the entries change.
+  // The result is valid until the next call.
   const Executable& at(const std::string& path);
 
  private:
   const DesktopEntries& entries_;
-  std::unordered_map<std::string, Executable> known_;  // by path
-  std::uint64_t generation_ = 0;                       // of the entries
+  std::unordered_map<std::string, Executable> known_;  // the key is the path
+  std::uint64_t generation_ = 0;                       // of the entries that `known_` was made from
 };
 
 // Whether the file is a program itself, and not a script, which may start a program of any name.
 bool isBinary(const std::string& program);
 
-// Asks the kernel for each thing once, at the first need. For one question: the process may run another program later.
+// Asks the kernel for each fact once, when it is first needed. To be used for one question only, because the process
+// may run another program later.
 class RunningProgram {
  public:
-  // The others outlive it.
+  // The other arguments must outlive it.
   RunningProgram(Pid pid, const ProcFs& processes, const DesktopEntries& entries, Executables& executables)
       : pid_(pid), processes_(processes), entries_(entries), executables_(executables) {}
 
-  // False for a process that has ended, even if its parent has not taken note yet.
+  // False if the process has ended, even if it is still a zombie.
   bool isAlive();
 
   // All entries whose program this is, the best first.
   const ProgramIndex::Entries& entries();
 
-  // The one among them that this process was started by, as far as its command line tells; null if none fits.
+  // The one of them that started this process, as far as its command line tells; null if none fits.
   DesktopEntries::Entry entry();
 
  private:

@@ -128,7 +128,7 @@ void registerBusTypes() {
   qDBusRegisterMetaType<DBusMenuEvent>();
   qDBusRegisterMetaType<DBusMenuEvents>();
   qDBusRegisterMetaType<DBusMenuShortcut>();
-  // A slot's types are looked up by the names that its declaration has for them.
+  // Qt looks up the types of a slot by the names that they have in its declaration.
   qRegisterMetaType<DBusMenuPropertiesList>("tollvane::DBusMenuPropertiesList");
   qRegisterMetaType<DBusMenuPropertyNamesList>("tollvane::DBusMenuPropertyNamesList");
   qRegisterMetaType<DBusMenuEvents>("tollvane::DBusMenuEvents");

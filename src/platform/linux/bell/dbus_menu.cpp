@@ -6,7 +6,7 @@
 namespace tollvane {
 namespace {
 
-// A bar that never says that the menu was closed shall not keep it from being renewed for ever.
+// A bar may never say that the menu was closed. After this time, the menu counts as closed.
 constexpr std::chrono::seconds longestLook{60};
 
 }  // namespace
@@ -17,7 +17,7 @@ DBusMenu::DBusMenu(MenuDelegate& delegate, std::function<void()> onChoice)
   openTooLong_.setSingleShot(true);
   openTooLong_.setInterval(longestLook);
   connect(&openTooLong_, &QTimer::timeout, this, [this] { setOpen(false); });
-  // Several changes in a row are one.
+  // Several changes in a row are sent as one.
   change_.setSingleShot(true);
   change_.setInterval(0);
   connect(&change_, &QTimer::timeout, this, [this] {
@@ -51,7 +51,7 @@ DBusMenuPropertiesList DBusMenu::GetGroupProperties(const QList<int>& ids, const
   for (const int id : ids) {
     if (const DBusMenuLayout* found = shown_.find(id)) add(*found);
   }
-  if (ids.isEmpty()) {  // of all
+  if (ids.isEmpty()) {  // that means all items
     for (const DBusMenuLayout& item : shown_.find(0)->children) {
       add(item);
       for (const DBusMenuLayout& below : item.children) add(below);
@@ -81,14 +81,14 @@ QList<int> DBusMenu::EventGroup(const DBusMenuEvents& events) {
   for (const DBusMenuEvent& event : events) {
     if (!obey(event.id, event.name)) unknown.append(event.id);
   }
-  // As the protocol wants it: an error only when there was nothing to do at all.
+  // The protocol wants an error only if none of the events could be handled.
   if (!unknown.isEmpty() && unknown.size() == events.size()) refuse(unknown.first());
   return unknown;
 }
 
 bool DBusMenu::AboutToShow(int id) {
   if (id == 0) {
-    // Whatever was open before cannot be any more.
+    // A menu that was open before must be closed by now.
     setOpen(false);
     return rebuild();
   }
@@ -113,7 +113,7 @@ void DBusMenu::refuse(int id) {
   sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no menu item %1.").arg(id));
 }
 
-// False for an item that is not there.
+// False if there is no such item.
 bool DBusMenu::obey(int id, const QString& eventId) {
   if (!knows(id)) return false;
   if (eventId == QLatin1String("clicked")) choose(id);
@@ -126,7 +126,8 @@ void DBusMenu::choose(int id) {
   const MenuItem* item = shown_.item(id);
   if (item == nullptr) item = before_.item(id);
   if (item == nullptr || !item->isEnabled || !item->action) return;
-  // From the event loop: the bar shall not wait for what the action does. A copy, because the menu may be another then.
+  // The action runs from the event loop, so that the bar does not wait for it. `item` is copied, because the menu may
+  // have changed by then.
   QMetaObject::invokeMethod(
       this,
       [this, chosen = *item] {
@@ -136,7 +137,7 @@ void DBusMenu::choose(int id) {
       Qt::QueuedConnection);
 }
 
-// Whether the menu is another now.
+// Returns whether the menu has changed.
 bool DBusMenu::rebuild() {
   change_.stop();
   Menu menu;

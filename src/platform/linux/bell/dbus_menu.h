@@ -1,7 +1,6 @@
 // The menu of a status item for bars that draw menus themselves: the properties, methods and signals of the
-// com.canonical.dbusmenu protocol. Made anew whenever a bar says that it is about to show it, and never while it is
-// shown. Main thread only.
-// Source: com.canonical.dbusmenu.xml of libdbusmenu.
+// com.canonical.dbusmenu protocol. It is made anew whenever a bar says that it is about to show it, and never while it
+// is shown. Main thread only. Source: com.canonical.dbusmenu.xml of libdbusmenu.
 #pragma once
 
 #include <QDBusConnection>
@@ -28,7 +27,7 @@ class DBusMenu : public QObject, protected QDBusContext {
  public:
   static constexpr const char* objectPath = "/StatusNotifierItem/Menu";
 
-  // `onChoice` is called right before the chosen item's action.
+  // `onChoice` is called right before the action of the chosen item.
   DBusMenu(MenuDelegate& delegate, std::function<void()> onChoice);
 
   // Some bars never call AboutToShow. After a bar has fetched the menu once, it is sent every change.
@@ -70,7 +69,7 @@ class DBusMenu : public QObject, protected QDBusContext {
   std::function<void()> onChoice_;
   MenuNumbers numbers_;
   ExportedMenu shown_;
-  ExportedMenu before_;  // a click may still be on its way from the menu that this one replaced
+  ExportedMenu before_;  // the menu before `shown_`, because a click on it may still be on its way
   uint revision_ = 0;    // 0 until a bar has asked for the menu
   bool open_ = false;
   QTimer openTooLong_;

@@ -15,7 +15,7 @@
 namespace tollvane {
 namespace {
 
-// Old trays have the colours of the other windows, as far as they have any.
+// An old tray usually has the colours of the other windows.
 BarTone toneOfWindows() {
   constexpr int middle = 128;
   return QGuiApplication::palette().color(QPalette::Window).lightness() < middle ? BarTone::dark : BarTone::light;
@@ -33,8 +33,8 @@ QIcon iconOf(const QList<QImage>& images) {
 // Source: freedesktop.org, System Tray Protocol 0.3, as the toolkit speaks it.
 class DesktopStatusBar::OldTrayIcon {
  public:
-  // Whether there is such a tray now. To be asked only while nothing shows StatusNotifierItems: the toolkit decides at
-  // the first question, and for good, which of the two protocols it speaks.
+  // Whether there is such a tray now. To be called only while nothing shows StatusNotifierItems: at the first call, the
+  // toolkit decides which of the two protocols it uses as long as the process runs.
   static bool isThere();
 
   explicit OldTrayIcon(std::function<void(QPoint)> onClick);
@@ -60,15 +60,15 @@ DesktopStatusBar::OldTrayIcon::OldTrayIcon(std::function<void(QPoint)> onClick) 
 
 void DesktopStatusBar::OldTrayIcon::setImage(std::string_view symbolName) {
   icon_.setIcon(iconOf(drawIcon(iconNameForSymbol(symbolName), toneOfWindows())));
-  icon_.show();  // without an image there is nothing to show
+  icon_.show();  // not earlier: without an image there is nothing to show
 }
 
-// The toolkit reads markup there, so nothing that looks like it may reach it.
+// The toolkit reads the text as markup, so it must not contain anything that looks like markup.
 void DesktopStatusBar::OldTrayIcon::setToolTip(std::string_view text) {
   icon_.setToolTip(QString::fromStdString(plainToolTip(text)));
 }
 
-// Knows all that was said about the item, because it may have to be made anew in the other form.
+// Keeps everything that was set for the item, because it may have to be made anew in the other form.
 class DesktopStatusBar::Item : public StatusItem {
  public:
   explicit Item(DesktopStatusBar& bar) : bar_(bar) { showModern(); }

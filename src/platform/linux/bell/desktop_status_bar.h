@@ -1,6 +1,6 @@
-// The status bar of whatever desktop this is. The bell is a StatusNotifierItem as long as anything shows such items; on
-// an X11 desktop where nothing does, it is an icon in the old system tray, until a host appears. Never both.
-// Main thread only; needs a QApplication. Whoever makes the parts keeps them alive.
+// The status bar of any Linux desktop. The bell is a StatusNotifierItem as long as a host (such as a panel) shows such
+// items. On an X11 desktop without a host, it is an icon in the old system tray, until a host appears. Never both. Main
+// thread only; needs a QApplication. The constructor's arguments must outlive it.
 #pragma once
 
 #include <QDBusConnection>
@@ -20,15 +20,14 @@ class DesktopStatusBar : public StatusBar {
   // there is none.
   static constexpr std::chrono::seconds grace{5};
 
-  // `modern` makes the items that hosts show.
+  // `modern` makes the StatusNotifierItems.
   DesktopStatusBar(QDBusConnection bus, StatusBar& modern, MainQueue& queue);
   ~DesktopStatusBar() override;
 
-  // One item at a time.
+  // There can be only one item at a time.
   std::unique_ptr<StatusItem> makeStatusItem() override;
 
-  // Called once, when the grace has passed and nothing shows status items. A bell that is not seen then is still shown
-  // as soon as something does.
+  // Called once, if nothing shows status items when `grace` is over. The bell is still shown as soon as something does.
   std::function<void()> onNoStatusBar;
 
  private:
@@ -43,7 +42,7 @@ class DesktopStatusBar : public StatusBar {
   MainQueue& queue_;
   Item* item_ = nullptr;
   bool toldOfNone_ = false;
-  int decision_ = 0;  // the newest one that is waiting
+  int decision_ = 0;  // number of the newest one that is waiting; only that one counts
   StatusHostWatch hosts_;
   Liveness alive_;
 };

@@ -5,7 +5,7 @@
 namespace tollvane {
 namespace {
 
-// Bars look keys up by their X11 names.
+// Bars look up keys by their X11 names.
 QString keyName(const std::string& keyEquivalent) {
   return keyEquivalent == "," ? QStringLiteral("comma") : QString::fromStdString(keyEquivalent);
 }
@@ -14,7 +14,7 @@ const QString afterTime = QStringLiteral("  ");
 const QString dot = QStringLiteral(" \u00b7 ");
 const QString dash = QStringLiteral(" \u2014 ");
 
-// Roles of the runs, not their texts, say where a new part begins: blanks are only for drawn titles.
+// The fonts of the runs tell where a new part begins. Their blanks do not: those are only for drawn titles.
 QString labelOf(const AttributedText& title) {
   QString label;
   QString between;

@@ -1,8 +1,8 @@
-// A menu as bars see it over the bus: the same items under numbers. Main thread only.
+// A menu as bars see it over the bus: the same items, identified by numbers. Main thread only.
 //
 //   MenuNumbers numbers;
 //   ExportedMenu first(menu, numbers);
-//   ExportedMenu second(laterMenu, numbers);   // what was in the first has the same number in the second
+//   ExportedMenu second(laterMenu, numbers);   // an item of the first has the same number in the second
 #pragma once
 
 #include <QHash>
@@ -16,8 +16,8 @@
 
 namespace tollvane {
 
-// Gives each identifier a number that no other identifier ever gets. Remembers only what the last menu had, so one that
-// comes back after a menu without it gets a new one.
+// Gives each identifier a number that no other identifier ever gets. Remembers only the identifiers of the last menu:
+// one that comes back after a menu without it gets a new number.
 class MenuNumbers {
  public:
   void beginMenu();
@@ -25,7 +25,7 @@ class MenuNumbers {
   void endMenu();
 
  private:
-  using Key = std::pair<std::string, int>;  // identifier, and which of those with the same one
+  using Key = std::pair<std::string, int>;  // identifier, and how many items before it have the same one
   std::map<Key, int> known_;
   std::map<Key, int> inThisMenu_;
   std::map<std::string, int> occurrences_;
@@ -34,7 +34,7 @@ class MenuNumbers {
 
 class ExportedMenu {
  public:
-  // Without items.
+  // A menu without items.
   ExportedMenu();
   ExportedMenu(const Menu& menu, MenuNumbers& numbers);
 
@@ -43,7 +43,7 @@ class ExportedMenu {
   // The item with this number; null if there is none. 0 is the whole menu.
   const DBusMenuLayout* find(int number) const;
 
-  // The same as the item that it was made from; null for the whole menu, too.
+  // The menu item from which it was made, without its submenu; null if there is none. The whole menu, 0, has none.
   const MenuItem* item(int number) const;
 
  private:
@@ -53,13 +53,13 @@ class ExportedMenu {
   QHash<int, MenuItem> items_;
 };
 
-// A menu item's title for bars that draw the menu themselves and know only one line of plain text: "3:07:42 PM  Firefox
-// · notification sound — Tab: Inbox". A dot tells what stands first apart from what follows, a dash a second line.
-// Underscores are doubled: a single one would underline the next character.
+// A menu item's title for bars that draw the menu themselves and can show only one line of plain text: "3:07:42 PM
+// Firefox · notification sound — Tab: Inbox". Two blanks follow the time, a dot stands between other parts, a dash
+// before what was the second line. Underscores are doubled, because a single one would underline the next character.
 QString menuLabel(const MenuItem& item);
 
-// With only so many levels below it (none for 0, all for a negative number), and only these properties (all if there
-// are no names).
+// `layout` with at most `depth` levels below it (0: none, negative: all) and only with the properties in `names`
+// (empty: with all).
 DBusMenuLayout excerpt(const DBusMenuLayout& layout, int depth, const QStringList& names);
 QVariantMap excerpt(const QVariantMap& properties, const QStringList& names);
 

@@ -17,8 +17,8 @@ namespace {
 
 QString fromUtf8(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
-// A connection of its own for each item, because the protocol knows an item by its connection alone: the object's path
-// is the same for all.
+// Each item has a connection of its own, because the protocol tells items apart by their connection only: the object's
+// path is the same for all.
 class ItemConnection {
  public:
   explicit ItemConnection(const QString& name)
@@ -35,7 +35,7 @@ class ItemConnection {
   QDBusConnection bus_;
 };
 
-// Most bars are dark.
+// Without a preference the bar is taken for dark, as most bars are.
 BarTone toneFor(ColorScheme scheme) { return scheme == ColorScheme::light ? BarTone::light : BarTone::dark; }
 
 class LinuxStatusItem : public StatusItem {
@@ -76,7 +76,7 @@ class LinuxStatusItem : public StatusItem {
         QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
   }
 
-  // The name that the protocol suggests. A sandbox may forbid it; the connection's own name does as well.
+  // The name that the protocol suggests. If a sandbox forbids it, the connection's own name does as well.
   QString ownName(int number) {
     const QString name =
         QStringLiteral("org.kde.StatusNotifierItem-%1-%2").arg(QCoreApplication::applicationPid()).arg(number);
@@ -88,7 +88,7 @@ class LinuxStatusItem : public StatusItem {
     if (drawn_) drawn_->toggle({click.x, click.y});
   }
 
-  // A choice without a token of its own still has the one of the click that opened the menu.
+  // If a choice has no token of its own, the token of the click that opened the menu stays.
   void chosen(const std::string& token) {
     if (!token.empty()) *token_ = token;
   }
@@ -113,7 +113,8 @@ LinuxStatusBar::LinuxStatusBar(std::filesystem::path iconThemePath) : iconThemeP
 std::string LinuxStatusBar::takeActivationToken() { return std::exchange(*token_, {}); }
 
 std::unique_ptr<StatusItem> LinuxStatusBar::makeStatusItem() {
-  // Counted for the whole process: a bus name and a connection's name are the process's, not the bar's.
+  // Counted for the whole process, because the names of connections and on the bus belong to the process, not to the
+  // bar.
   static int made = 0;
   return std::make_unique<LinuxStatusItem>(++made, QString::fromStdString(iconThemePath_.string()), token_);
 }

@@ -1,5 +1,5 @@
-// The status bar of a Linux desktop: items that speak the StatusNotifierItem protocol on the session bus.
-// Main thread only; needs a running QApplication. Without a session bus items are made all the same, and shown nowhere.
+// The status bar of a Linux desktop: items that speak the StatusNotifierItem protocol on the session bus. Main thread
+// only; needs a running QApplication. Without a session bus, items can be made, but are shown nowhere.
 //
 //   LinuxStatusBar bar(bundle / "icons");
 //   auto item = bar.makeStatusItem();
@@ -20,18 +20,19 @@ namespace tollvane {
 
 class LinuxStatusBar : public StatusBar {
  public:
-  // `iconThemePath` is the directory that holds hicolor/ with our drawings: "icons" in the bundle.
+  // `iconThemePath`: the directory that contains hicolor/ with our drawings, which is "icons" in the bundle.
   explicit LinuxStatusBar(std::filesystem::path iconThemePath);
 
   std::unique_ptr<StatusItem> makeStatusItem() override;
 
-  // The token of the click that opened a menu, or chose an item of it, for the window that is brought forward because
-  // of that click. Once: a token is good for one window. Empty if the bar and the window system gave none.
+  // Returns the activation token of the click that opened a menu or chose an item of it, for the window that comes
+  // forward because of that click. Only once, because a token is good for one window. Empty if the bar and the window
+  // system gave none.
   std::string takeActivationToken();
 
  private:
   std::filesystem::path iconThemePath_;
-  std::shared_ptr<std::string> token_ = std::make_shared<std::string>();  // with the items, which may live longer
+  std::shared_ptr<std::string> token_ = std::make_shared<std::string>();  // the items have it too, and may live longer
 };
 
 }  // namespace tollvane

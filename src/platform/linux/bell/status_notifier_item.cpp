@@ -43,12 +43,12 @@ IconPixmaps StatusNotifierItem::iconPixmap() const {
 }
 
 tollvane::ToolTip StatusNotifierItem::toolTip() const {
-  // Never a subtitle: some hosts read it as markup.
+  // There is never a subtitle, because some hosts read it as markup.
   return {QString(), {}, toolTipTitle_, QString()};
 }
 
 void StatusNotifierItem::Activate(int x, int y) {
-  // The token is good for one click; a later click without one must not use it again.
+  // The token is good for one click: a later click without one must not use it again.
   const StatusItemActivation activation{x, y, takeActivationToken()};
   if (onActivate_) onActivate_(activation);
 }

@@ -1,6 +1,6 @@
 // The item as the bus sees it: the properties, methods and signals of the StatusNotifierItem protocol, and nothing
-// else. Written by hand because the toolkit's own tray icon looks for a bar only once in a process's life.
-// Main thread only.
+// else. Written by hand, because the toolkit's own tray icon looks for a bar only once in a process's life. Main thread
+// only.
 // Source: the page StatusNotifierItem of the freedesktop.org wiki.
 #pragma once
 
@@ -18,9 +18,9 @@ namespace tollvane {
 
 // A click on the item, as the bar reports it.
 struct StatusItemActivation {
-  int x = 0;  // root coordinates of the click, where the bar knows them
+  int x = 0;  // root coordinates of the click, if the bar knows them
   int y = 0;
-  QString token;  // what the window system wants to see before it raises a window; may be empty
+  QString token;  // the window system asks for this token before it raises a window; may be empty
 };
 
 class StatusNotifierItem : public QObject {
@@ -48,19 +48,19 @@ class StatusNotifierItem : public QObject {
  public:
   static constexpr const char* objectPath = "/StatusNotifierItem";
 
-  // `iconThemePath` is the directory that holds hicolor/.
+  // `iconThemePath`: the directory that contains hicolor/.
   StatusNotifierItem(QString iconThemePath, std::function<void(const StatusItemActivation&)> onActivate);
 
-  // Each sends its signal only when something really changed: every signal makes the bar fetch everything again.
+  // Each sends its signal only if something has changed, because every signal makes the bar fetch everything again.
   void setIcon(const QString& iconName, const QString& accessibleDescription);
   void setToolTipTitle(const QString& title);
   void setTone(BarTone tone);
 
-  // Where the menu is on the same connection. `itemIsMenu`: a click shall open it, as there is nothing to activate.
-  // Before the item is registered: bars ask once.
+  // `path`: where the menu is on the same connection. `itemIsMenu`: a click opens the menu, because there is nothing to
+  // activate. To be called before the item is registered, because bars ask only once.
   void setMenu(const QString& path, bool itemIsMenu);
 
-  // Once, the token that the bar gave for the click that a menu item was chosen with; may be empty.
+  // Returns, only once, the token that the bar gave for the click that chose a menu item; may be empty.
   QString takeActivationToken() { return std::exchange(activationToken_, QString()); }
 
   QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -102,12 +102,12 @@ class StatusNotifierItem : public QObject {
   QString iconName_;
   QString accessibleDescription_;
   QString toolTipTitle_;
-  QString activationToken_;  // of the click that Activate or the menu will tell about
-  // A path that is no object, which hosts know as "no menu": leaving the property out means a menu to some of them.
+  QString activationToken_;  // of the click that Activate or the menu is about to report
+  // There is no object at this path. Hosts know it as "no menu"; some of them take a missing property for a menu.
   QString menuPath_ = QStringLiteral("/NO_DBUSMENU");
   bool itemIsMenu_ = false;
   BarTone tone_ = BarTone::dark;
-  mutable std::optional<IconPixmaps> pixmaps_;  // drawn when a bar first asks: many never do
+  mutable std::optional<IconPixmaps> pixmaps_;  // drawn when a bar first asks, because many never do
 };
 
 }  // namespace tollvane

@@ -10,7 +10,7 @@
 namespace tollvane {
 namespace {
 
-// The name that bars really use; the one in the protocol's text (org.freedesktop...) never caught on.
+// The name that bars really use, instead of the one in the protocol's text (org.freedesktop...).
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
@@ -20,7 +20,7 @@ QDBusMessage watcherCall(const QString& interface, const char* method) {
   return call;
 }
 
-// Asks for a property of the watcher. `answered` gets an invalid value if there is no watcher, or no such property.
+// Asks for a property of the watcher. `answered` gets an invalid value if there is no watcher or no such property.
 void askWatcher(const QDBusConnection& bus, QObject* asker, const char* property,
                 std::function<void(const QVariant& value)> answered) {
   QDBusMessage call = watcherCall(QStringLiteral("org.freedesktop.DBus.Properties"), "Get");
@@ -60,7 +60,7 @@ void WatcherRegistration::findWatcher() {
   });
 }
 
-// Both the first question and the bus's own signal may name the same owner, in either order.
+// The first question and the bus's own signal may both report the same owner, in either order.
 void WatcherRegistration::watcherChanged(const QString& owner) {
   if (owner == registeredWith_) return;
   registeredWith_ = owner;
@@ -70,7 +70,7 @@ void WatcherRegistration::watcherChanged(const QString& owner) {
 void WatcherRegistration::registerItem() {
   QDBusMessage call = watcherCall(watcherName, "RegisterStatusNotifierItem");
   call << itemService_;
-  bus_.asyncCall(call);  // a watcher that refuses the item shows none, and there is nobody to tell
+  bus_.asyncCall(call);  // nothing can be done if the watcher refuses
 }
 
 void WatcherRegistration::hostRegistered() {

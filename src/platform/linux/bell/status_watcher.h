@@ -1,6 +1,5 @@
-// The desktop's StatusNotifierWatcher, which knows the items and the bars that show them. Waits for the bus's names and
-// signals only, never for time. Main thread only.
-// Source: the page StatusNotifierItem of the freedesktop.org wiki.
+// The desktop's StatusNotifierWatcher, which knows the items and the bars that show them. The classes here wait for
+// names and signals on the bus only, never for time. Main thread only.
 #pragma once
 
 #include <QDBusConnection>
@@ -11,17 +10,17 @@
 
 namespace tollvane {
 
-// Keeps one status item registered: as soon as there is a watcher, again when another takes its place, once each.
+// Keeps one status item registered: once with each watcher, as soon as it appears.
 class WatcherRegistration : public QObject {
   Q_OBJECT
 
  public:
-  // `itemService` is the bus name that the item is found at. The item has to be on the bus already: a bar may ask for
-  // its properties before this returns to the event loop.
+  // `itemService`: the bus name of the item, which must be on the bus already: a bar may ask for its properties before
+  // the event loop runs again.
   WatcherRegistration(QDBusConnection bus, QString itemService);
 
  private Q_SLOTS:
-  // A bar that comes to a running watcher asks it for the items; a watcher that lost ours has to be told again.
+  // A bar that comes to a running watcher asks it for the items. If the watcher has lost ours, this registers it again.
   void hostRegistered();
 
  private:
@@ -33,7 +32,7 @@ class WatcherRegistration : public QObject {
   QDBusConnection bus_;
   QDBusServiceWatcher watcher_;
   QString itemService_;
-  QString registeredWith_;  // unique name of the watcher that knows the item; empty while there is none
+  QString registeredWith_;  // unique name of the watcher that knows the item; empty if there is none
 };
 
 // Whether anything on this desktop shows status items.
@@ -41,7 +40,8 @@ class StatusHostWatch : public QObject {
   Q_OBJECT
 
  public:
-  // `onChange` is called, later, whenever the first bar has come or the last one has gone. At first there is none.
+  // `onChange` is called, after the constructor, whenever the first bar has come or the last one has gone. At first
+  // there is no bar.
   StatusHostWatch(QDBusConnection bus, std::function<void(bool hasHost)> onChange);
 
   bool hasHost() const { return hasHost_; }

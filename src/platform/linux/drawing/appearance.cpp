@@ -81,7 +81,7 @@ QPalette paletteOf(const Tones& tones, const QPalette& desktops) {
   for (const auto& [role, color] : roles) palette.setColor(role, QColor::fromRgba(color));
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
     palette.setColor(QPalette::Disabled, role, QColor::fromRgba(tones.disabled));
-  // A link stands on the window, so it goes with the window and not with the desktop's accent.
+  // A link is drawn on the window's colour, so its colour must fit that and not the desktop's accent.
   palette.setColor(QPalette::Link, isDark(palette) ? QColor(0x7ab8ff) : QColor(0x0b57a4));
   return palette;
 }
@@ -92,8 +92,8 @@ ColorSchemeWatcher::ColorSchemeWatcher(QDBusConnection bus, std::function<void(C
     : bus_(std::move(bus)),
       portal_(QString::fromLatin1(portalService), bus_, QDBusServiceWatcher::WatchForRegistration),
       onChange_(std::move(onChange)) {
-  // A slot is found by the names of its types, and this one has none before somebody uses it; the connection would
-  // fail without a word.
+  // QtDBus finds a slot by the names of its types. QDBusVariant has no name before its first use, and then the
+  // connection would silently fail.
   qRegisterMetaType<QDBusVariant>();
   bus_.connect(QString::fromLatin1(portalService), QString::fromLatin1(portalPath),
                QString::fromLatin1(settingsInterface), QStringLiteral("SettingChanged"), this,
@@ -138,7 +138,7 @@ Appearance::Appearance(QDBusConnection bus)
 
 void Appearance::dress(ColorScheme scheme) {
   const QPalette palette = paletteFor(scheme, desktops_);
-  // An empty palette gives the toolkit back to the desktop.
+  // An empty palette makes the toolkit use the desktop's again.
   QApplication::setPalette(palette == desktops_ ? QPalette() : palette);
 }
 

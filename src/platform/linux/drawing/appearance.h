@@ -1,4 +1,4 @@
-// Light or dark, as the user wants the desktop to be. Main thread only.
+// Whether the user wants the desktop to be light or dark. Main thread only.
 // Source: https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html
 #pragma once
 
@@ -13,13 +13,12 @@ namespace tollvane {
 
 enum class ColorScheme { noPreference, dark, light };
 
-// Asks the desktop portal once, and follows its signal. Never starts a portal that does not run: a status item is no
-// reason to.
+// Asks the desktop portal once and follows its signal. Never starts a portal: a status item is no reason for that.
 class ColorSchemeWatcher : public QObject {
   Q_OBJECT
 
  public:
-  // `onChange` is called with every wish that differs from the one before; at first there is no preference.
+  // `onChange` is called with every preference that differs from the last one; at first there is no preference.
   ColorSchemeWatcher(QDBusConnection bus, std::function<void(ColorScheme)> onChange);
 
   ColorScheme scheme() const { return scheme_; }
@@ -37,8 +36,8 @@ class ColorSchemeWatcher : public QObject {
   ColorScheme scheme_ = ColorScheme::noPreference;
 };
 
-// Dresses all windows and menus of the program light or dark, also when the user's wish changes while the program runs.
-// Does nothing on a desktop that dresses programs by itself. Needs a QApplication, which outlives it.
+// Makes all windows and menus of the program light or dark, also if the user's preference changes while the program
+// runs. Does nothing on a desktop that does this by itself. Needs a QApplication, which must outlive it.
 class Appearance {
  public:
   explicit Appearance(QDBusConnection bus);
@@ -46,11 +45,11 @@ class Appearance {
  private:
   void dress(ColorScheme scheme);
 
-  QPalette desktops_;  // as the toolkit found it
+  QPalette desktops_;  // the palette that the toolkit found
   ColorSchemeWatcher watcher_;
 };
 
-// The desktop's palette where it is dark or light as wished; else one that is, with the desktop's accent.
+// The desktop's palette if it is as dark or light as `scheme` says; else one that is, with the desktop's accent colour.
 QPalette paletteFor(ColorScheme scheme, const QPalette& desktops);
 
 }  // namespace tollvane

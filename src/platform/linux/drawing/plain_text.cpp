@@ -12,7 +12,7 @@ namespace {
 constexpr QChar ellipsis = u'\u2026';
 constexpr qsizetype longestLine = 300;  // characters
 
-// One user-perceived character may carry any number of combining marks, so counting characters alone bounds nothing.
+// A user-perceived character may have any number of combining marks, so a limit for characters alone limits nothing.
 constexpr qsizetype unitsPerCharacter = 8;
 constexpr qsizetype bytesPerCharacter = 4 * unitsPerCharacter;
 
@@ -35,8 +35,8 @@ bool partsAPair(const QString& text, qsizetype at) {
   return at > 0 && at < text.size() && text[at].isLowSurrogate() && text[at - 1].isHighSurrogate();
 }
 
-// Where the first `count` characters end, or fewer of them if they have too many marks. A first character that has too
-// many by itself is cut.
+// Where the first `count` characters end, or fewer of them if they have too many marks. If the first character alone
+// has too many, it is cut.
 qsizetype endOf(const QString& text, qsizetype count) {
   const qsizetype limit = count * unitsPerCharacter;
   QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -68,7 +68,7 @@ qsizetype startOf(const QString& text, qsizetype count) {
 }  // namespace
 
 QString plainLine(std::string_view text) {
-  // Cut the bytes first: a caller's megabyte must not be walked character by character. Half a character at the cut
+  // The bytes are cut first, so that a very long text is not walked character by character. Half a character at the cut
   // becomes U+FFFD, far behind the part that is kept.
   constexpr std::size_t mostBytes = longestLine * bytesPerCharacter;
   QString plain = fromUtf8(text.substr(0, mostBytes));
@@ -84,7 +84,7 @@ std::string plainToolTip(std::string_view text) {
 }
 
 QString alertText(std::string_view text, qsizetype most) {
-  // Of a megabyte only the ends are looked at.
+  // Of a very long text only the two ends are read.
   const auto longest = static_cast<std::size_t>(most * bytesPerCharacter);
   const QString line = text.size() > 2 * longest
                            ? fromUtf8(text.substr(0, longest)) + fromUtf8(text.substr(text.size() - longest))

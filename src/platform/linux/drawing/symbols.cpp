@@ -5,8 +5,8 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
-// Called from outside any namespace because the resource's initialiser lives there. A static library's resources are
-// dropped by the linker unless something asks for them.
+// This is outside of all namespaces, because the resource's initialiser is. The linker drops the resources of a static
+// library unless something asks for them.
 static void loadSymbolResources() { Q_INIT_RESOURCE(tollvane_icons); }
 
 namespace tollvane {

@@ -26,7 +26,7 @@ std::optional<std::filesystem::path> folder(const char* variable, const char* be
   return home ? std::optional(*home / belowHome) : std::nullopt;
 }
 
-// Where this browser looks for manifests; absent for one that cannot start programs of the user's.
+// Where this browser looks for manifests; absent if it has no such folder of its own.
 std::optional<std::filesystem::path> manifestFolder(const BrowserEdition& edition) {
   constexpr std::string_view belowHome = "~/";
   std::string_view path = edition.manifests;

@@ -1,5 +1,5 @@
-// Where things are on a Linux system: the user's home and the folders of the XDG Base Directory Specification, programs
-// by their names, and what the desktop session says in the environment. Any thread.
+// Where things are on a Linux system: the user's home, the folders of the XDG Base Directory Specification, and
+// programs by their names; and what the desktop session says in the environment. Any thread.
 // Source: freedesktop.org, XDG Base Directory Specification 0.8.
 #pragma once
 
@@ -13,14 +13,14 @@
 
 namespace tollvane {
 
-// Each is absent for a user without a home, unless the environment names the folder itself. Relative paths in the
+// Each is absent if the user has no home, unless the environment names the folder itself. Relative paths in the
 // environment are ignored.
-std::optional<std::filesystem::path> homeFolder();           // HOME, else the one of the user database
+std::optional<std::filesystem::path> homeFolder();           // HOME, else as the user database says
 std::optional<std::filesystem::path> dataFolder();           // XDG_DATA_HOME
 std::optional<std::filesystem::path> configurationFolder();  // XDG_CONFIG_HOME
 
 // The path of the program that a shell would start under this name; absent if there is none. A name with a slash in it
-// is taken as it is and must be absolute. `searchPath`: as PATH; only its absolute folders are looked into.
+// must be an absolute path. `searchPath`: in the form of PATH; only its absolute folders are searched.
 std::optional<std::string> findProgram(std::string_view name, std::string_view searchPath);
 
 inline constexpr std::string_view defaultSearchPath =
@@ -30,17 +30,17 @@ class XdgLocations : public Locations {
  public:
   std::optional<std::filesystem::path> home() const override { return homeFolder(); }
   std::optional<std::filesystem::path> applicationSupport() const override { return dataFolder(); }
-  std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // no such folders here
+  std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // there are none on Linux
   std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override;
 };
 
-// What a desktop session tells its programs in their environment.
+// What a desktop session tells its programs in the environment.
 struct DesktopEnvironment {
   std::vector<std::string> dataFolders;  // the most important one first
-  std::string searchPath;                // as PATH
-  std::string currentDesktop;            // as XDG_CURRENT_DESKTOP
+  std::string searchPath;                // in the form of PATH
+  std::string currentDesktop;            // in the form of XDG_CURRENT_DESKTOP
 
-  // This process's own, with the folders of Flatpak and Snap added where they are missing.
+  // This process's own environment, with the folders of Flatpak and Snap added if they are missing.
   static DesktopEnvironment current();
 };
 

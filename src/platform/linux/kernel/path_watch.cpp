@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t appearance = IN_CREATE | IN_MOVED_TO;
 constexpr std::uint32_t directoryGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT;
 
-// A step that is there but cannot be watched (no permission, no directory) would be looked at for ever.
+// A step that exists but cannot be watched (no permission, not a directory) would be looked at without end.
 constexpr int mostLooks = 16;
 
 bool isThere(const std::filesystem::path& path) {
@@ -34,8 +34,8 @@ bool PathWatch::appeared() {
   return isThere(file_);
 }
 
-// Watches the nearest directory that exists on the way to the file. Something may be created on that way between
-// looking and watching: then look again, one step nearer.
+// Watches the nearest existing directory on the way to the file. Something may be created on that way between looking
+// and watching: then this looks again, one step nearer.
 void PathWatch::anchor() {
   for (int looks = 0; looks < mostLooks; ++looks) {
     if (watch_ >= 0) inotify_rm_watch(inotify_.get(), watch_);

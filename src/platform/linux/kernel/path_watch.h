@@ -1,6 +1,6 @@
-// Tells when a file appears, however much of the way to it is missing. Costs nothing while nothing happens there: the
-// kernel tells (inotify(7)), nobody looks again and again. Brings no event loop: the owner waits for descriptor().
-// One thread.
+// Tells when a file appears, even if some of its parent directories are missing. Costs nothing while nothing happens:
+// the kernel reports changes (inotify(7)), and nothing is polled. There is no event loop here: the owner waits for
+// descriptor(). One thread.
 #pragma once
 
 #include <filesystem>
@@ -14,14 +14,14 @@ class PathWatch {
  public:
   explicit PathWatch(std::filesystem::path file);
 
-  // Readable when something happened on the way; -1 when the kernel has nothing left to give.
+  // Readable if something happened on the way to the file; -1 if the kernel has no more descriptors to give.
   int descriptor() const { return inotify_.get(); }
 
-  // False when the kernel has no watch left to give.
+  // False if the kernel has no watch left to give.
   bool watching() const { return watch_ >= 0; }
 
-  // Takes what the kernel told. True when the file is there and something was created at its place, or may have been,
-  // since the last call. Not for what was there at the beginning.
+  // Takes what the kernel has reported. True if the file exists and something was, or may have been, created at its
+  // place since the last call. Not for what existed at the beginning.
   bool appeared();
 
  private:
@@ -31,7 +31,7 @@ class PathWatch {
   std::filesystem::path file_;
   UniqueFd inotify_;
   int watch_ = -1;       // of the nearest directory that exists
-  std::string awaited_;  // the name in it that leads to the file
+  std::string awaited_;  // the name in that directory that leads to the file
 };
 
 }  // namespace tollvane

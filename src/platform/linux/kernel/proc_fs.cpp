@@ -83,7 +83,7 @@ std::optional<std::string> ProcFs::executable(Pid pid) const {
   return target;
 }
 
-// The link of a process that may not be looked at is there, and cannot be read.
+// If we may not examine the process, its link exists, but cannot be read.
 bool ProcFs::hasProgram(Pid pid) const {
   char buffer;
   return ::readlink(path(pid, "exe").c_str(), &buffer, sizeof buffer) >= 0 || errno != ENOENT;
@@ -120,7 +120,7 @@ std::string ProcFs::cgroup(Pid pid) const {
     if (line.starts_with("0::")) unified = line.substr(3);
     if (const auto at = line.find(":name=systemd:"); at != std::string_view::npos) named = line.substr(at + 14);
   }
-  // If the old hierarchies are still in use, the units stand in systemd's own one.
+  // If the old hierarchies are still in use, the units are in systemd's own one.
   return std::string(unified.size() > 1 || named.empty() ? unified : named);
 }
 
@@ -142,7 +142,7 @@ bool ProcFs::isNameOf(Pid pid, std::string_view argument, std::string_view execu
   if (argument.empty()) return false;
   if (argument == executable) return true;
   if (argument.find('/') == std::string_view::npos) {
-    // Links mostly stand beside what they point to, and a look there spares reading the environment.
+    // Most links are in the directory of what they point to, and a look there saves reading the environment.
     const auto beside = realPath(std::string(directoryOf(executable)) + "/" + std::string(argument));
     if (beside && *beside == executable) return true;
   }

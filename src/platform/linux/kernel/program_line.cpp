@@ -10,10 +10,10 @@ namespace tollvane {
 
 namespace {
 
-// How an interpreter reads its own options. `code`, `module` and `value` are letters of short options: -c CODE,
-// -m MODULE, -W VALUE; `longValues` are options, between spaces, whose value is the next argument.
+// How an interpreter reads its own options. `code`, `module` and `value` are letters of short options: -c CODE, -m
+// MODULE, -W VALUE. `longValues` are options, between blanks, whose value is the next argument.
 struct Interpreter {
-  std::string_view name;  // a version after it ("3.11") is of no importance
+  std::string_view name;  // a version after it ("3.11") does not matter
   std::string_view code;
   std::string_view module;
   std::string_view value;
@@ -90,7 +90,7 @@ bool hasWord(std::string_view words, std::string_view word) {
 const Interpreter* findInterpreter(std::string_view program) {
   const std::string_view name = lastComponent(program);
   std::string_view plain = name.substr(0, name.find_last_not_of("0123456789.") + 1);
-  // Debian's perl5.36-x86_64-linux-gnu
+  // Debian's name is perl5.36-x86_64-linux-gnu.
   if (name.starts_with("perl5")) plain = "perl";
   for (const Interpreter& row : interpreters) {
     if (row.name == name || row.name == plain) return &row;
@@ -98,7 +98,7 @@ const Interpreter* findInterpreter(std::string_view program) {
   return nullptr;
 }
 
-// A Windows program: the loader replaces its own arguments by the program's, so it may be the very first one.
+// Finds a Windows program. The loader replaces its own arguments by the program's, so it may be the very first one.
 std::optional<std::string> windowsProgram(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) {
     std::string lower = ascii::lowerCase(argument);
@@ -206,9 +206,9 @@ bool isSharedDirectory(std::string_view directory) {
   if (const char* home = std::getenv("HOME"); home != nullptr && directory == home) return true;
   const std::string_view name = lastComponent(directory);
   constexpr std::array<std::string_view, 7> shared = {"bin", "sbin", "games", "lib", "lib64", "libexec", "lib32"};
-  // /usr/lib/x86_64-linux-gnu
+  // For example /usr/lib/x86_64-linux-gnu.
   if (name.find("-linux-gnu") != std::string_view::npos) return true;
-  // A directory of this name inside of one application's own tree (/opt/example/bin) is that application's.
+  // A directory of this name inside an application's own tree (/opt/example/bin) belongs to that application.
   const bool insideOneTree =
       (directory.starts_with("/opt/") || directory.starts_with("/usr/lib/") || directory.starts_with("/usr/share/")) &&
       std::count(directory.begin(), directory.end(), '/') > 2;

@@ -37,7 +37,7 @@ bool takeSuffix(std::string_view& text, std::string_view suffix) {
   return true;
 }
 
-// "8-4-4-4-12" hexadecimal digits at the end, with the separator in front of them
+// Removes "8-4-4-4-12" hexadecimal digits from the end, with the separator in front of them.
 bool takeUuid(std::string_view& text) {
   constexpr std::size_t length = 36;
   if (text.size() <= length + 1) return false;
@@ -55,7 +55,7 @@ void addId(UnitName& unit, std::string_view id) {
     unit.desktopIds.push_back(std::move(plain));
 }
 
-// With and without a launcher in front.
+// Adds the id with and without a launcher in front.
 void addIds(UnitName& unit, std::string_view name) {
   addId(unit, name);
   if (const auto dash = name.find('-'); dash != std::string_view::npos) addId(unit, name.substr(dash + 1));
@@ -63,7 +63,7 @@ void addIds(UnitName& unit, std::string_view name) {
 
 std::string_view withoutRandom(std::string_view name) { return name.substr(0, name.rfind('-')); }
 
-// snap.NAME.APPLICATION-UUID.scope, snap.NAME.APPLICATION.service; a snap's hooks play no sounds that are anybody's
+// snap.NAME.APPLICATION-UUID.scope, snap.NAME.APPLICATION.service; a snap's hooks are no applications
 bool readSnap(std::string_view name, UnitName& unit) {
   takeUuid(name);
   const auto dot = name.find('.');
@@ -76,7 +76,7 @@ bool readSnap(std::string_view name, UnitName& unit) {
 void readService(std::string_view name, UnitName& unit) {
   const auto at = name.rfind('@');
   addIds(unit, name.substr(0, at));
-  // Before templates were agreed on, services had their random part after a dash.
+  // Before templates were agreed on, the random part of a service's name stood after a dash.
   if (at == std::string_view::npos && name.find('-') != std::string_view::npos) addIds(unit, withoutRandom(name));
 }
 
@@ -89,7 +89,7 @@ bool read(std::string_view name, UnitName& unit) {
     return !unit.flatpakId.empty();
   }
   if (takePrefix(name, "dbus-:")) {
-    // "dbus-:1.2-org.example.Player@0.service"
+    // For example "dbus-:1.2-org.example.Player@0.service".
     const auto dash = name.find('-');
     if (dash != std::string_view::npos) addId(unit, name.substr(dash + 1, name.rfind('@') - dash - 1));
   } else if (takePrefix(name, "app-")) {
@@ -102,7 +102,7 @@ bool read(std::string_view name, UnitName& unit) {
   return !unit.desktopIds.empty();
 }
 
-// Takes the last component off a path.
+// Removes the last component of `path` and returns it.
 std::string_view takeComponent(std::string_view& path) {
   const auto slash = path.rfind('/');
   const std::string_view component = slash == std::string_view::npos ? path : path.substr(slash + 1);
@@ -110,8 +110,8 @@ std::string_view takeComponent(std::string_view& path) {
   return component;
 }
 
-// "…/app-org.example.Terminal.slice/example-terminal-server.service": an application's own service. What it starts has
-// scopes of its own beside it.
+// Recognises an application's own service: "…/app-org.example.Terminal.slice/example-terminal-server.service". What it
+// starts has scopes of its own beside it.
 bool readOwnService(std::string_view cgroup, UnitName& unit) {
   if (!takeComponent(cgroup).ends_with(".service")) return false;
   std::string_view slice = takeComponent(cgroup);

@@ -12,7 +12,7 @@
 namespace tollvane {
 namespace {
 
-// The compositor tells at once where the pointer is; a desktop that is only touched has none.
+// The compositor reports at once where the pointer is. A desktop with only a touch screen has no pointer.
 constexpr std::chrono::milliseconds pointerIsKnown{150};
 
 }  // namespace
@@ -50,7 +50,7 @@ void LayerMenu::open(QPoint at) {
   menu_->popup(menuPosition(menu_->sizeHint(), at, overlay_.geometry(), withoutPanels(overlay_.geometry(), at)));
 }
 
-// The compositor tells only how large the rest is. The click was on the panel, so the panel is where the click was.
+// The compositor reports only the size of the rest. The click was on the panel, so it tells where the panel is.
 QRect LayerMenu::withoutPanels(const QRect& output, QPoint click) const {
   const auto size = shell_.sizeWithoutPanels(this->output());
   if (!size) return output;
@@ -77,7 +77,7 @@ wl_output* LayerMenu::output() const {
 void LayerMenu::follow(MenuWidget& menu) {
   menu.setWindowFlags(menu.windowFlags() | LayerShell::flags);
   menu.installEventFilter(this);
-  // A place is given up before its window is hidden.
+  // A surface must be destroyed before its window is hidden.
   connect(&menu, &MenuWidget::vanishing, this, [this, &menu] { places_.erase(&menu); });
   for (MenuWidget* submenu : menu.submenus()) follow(*submenu);
 }
@@ -91,7 +91,7 @@ void LayerMenu::show(MenuWidget& menu) {
 bool LayerMenu::eventFilter(QObject* watched, QEvent* event) {
   if (watched == &overlay_ && event->type() == QEvent::Enter) {
     const QPoint local = static_cast<QEnterEvent*>(event)->position().toPoint();
-    // Not from within the toolkit's own handling of the pointer.
+    // Queued, so as not to run within the toolkit's own handling of the pointer.
     QMetaObject::invokeMethod(
         this, [this, local] { open(overlay_.geometry().topLeft() + local); }, Qt::QueuedConnection);
   }

@@ -1,6 +1,6 @@
-// An open menu on a Wayland desktop with a layer shell: the menu and its submenus as surfaces of their own in front of
-// a transparent one that covers the output. That one tells where the pointer is, which nobody else does, gets the keys,
-// and takes the click that closes the menu. Main thread only; needs LayerShell::ofThisDesktop().
+// An open menu on a Wayland desktop with a layer shell. The menu and its submenus are surfaces of their own in front of
+// a transparent one that covers the output. The transparent one reports where the pointer is (nothing else does), gets
+// the keys, and takes the click that closes the menu. Main thread only; needs LayerShell::ofThisDesktop().
 #pragma once
 
 #include <QElapsedTimer>
@@ -21,15 +21,15 @@ class LayerMenu : public QObject {
   Q_OBJECT
 
  public:
-  // Opens the menu, which this does not own. `click`: where the bar says the user clicked, for a user without a
+  // Opens the menu, which stays the caller's. `click`: where the user clicked, as the bar says; used if there is no
   // pointer.
   LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click);
   ~LayerMenu() override;
 
-  // False when the compositor has refused: there will be no menu.
+  // False if the compositor has refused: then there will be no menu.
   bool isCovering() const { return static_cast<bool>(covering_); }
 
-  // For the choice that the user has just made.
+  // Asks for an activation token for the choice that the user has just made.
   std::string activationToken();
 
  protected:

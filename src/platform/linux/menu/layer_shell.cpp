@@ -16,7 +16,7 @@ namespace tollvane {
 namespace {
 
 constexpr auto variable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
-constexpr int answers = 5;  // round trips after which a compositor is not going to say it
+constexpr int answers = 5;  // round trips after which we do not expect an answer any more
 
 void* ofTheConnection(const char* what) {
   QPlatformNativeInterface* native = QGuiApplication::platformNativeInterface();
@@ -33,9 +33,9 @@ wl_surface* surfaceOf(QWindow& window) {
 
 struct LayerShell::Role {
   std::uint32_t anchor = 0;
-  QSize size;  // 0 where the anchors decide
+  QSize size;  // 0 if the anchors decide
   QPoint at;
-  int exclusiveZone = -1;  // do not make way for panels
+  int exclusiveZone = -1;  // -1: does not make way for panels
   bool keyboard = false;
 };
 
@@ -47,7 +47,7 @@ struct LayerSurfaceEvents {
     self.size_ = {static_cast<int>(width), static_cast<int>(height)};
     self.configured_ = true;
   }
-  // The output is gone, and with it what we show on it.
+  // The output is gone, and with it what we show on it: there is nothing to do.
   static void closed(void*, zwlr_layer_surface_v1*) {}
 
   static constexpr zwlr_layer_surface_v1_listener listener{configure, closed};
@@ -61,7 +61,7 @@ LayerShell::Windows::Windows() { qputenv(variable, "1"); }
 LayerShell::Windows::~Windows() { qunsetenv(variable); }
 
 LayerShell* LayerShell::ofThisDesktop() {
-  // A process has one connection to its compositor, for good.
+  // A process has only one connection to its compositor.
   static const std::unique_ptr<LayerShell> found = find();
   return found.get();
 }
@@ -70,7 +70,7 @@ std::unique_ptr<LayerShell> LayerShell::find() {
   if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) return nullptr;
   auto* display = static_cast<wl_display*>(ofTheConnection("wl_display"));
   if (display == nullptr) return nullptr;
-  // A queue of its own: nothing that the toolkit waits for is handled in the middle of our waiting.
+  // A queue of its own, so that none of the toolkit's events are handled while we wait.
   wl_event_queue* queue = wl_display_create_queue(display);
   auto shell = std::unique_ptr<LayerShell>(new LayerShell(display, queue));
   auto* wrapper = static_cast<wl_display*>(wl_proxy_create_wrapper(display));
@@ -141,7 +141,7 @@ std::unique_ptr<LayerSurface> LayerShell::attach(void* surface, wl_output* outpu
     if (wl_display_roundtrip_queue(display_, queue_) < 0) return nullptr;
   }
   if (!made->configured_) return nullptr;
-  // What it says later comes with the toolkit's own events.
+  // Later events come with the toolkit's own.
   wl_proxy_set_queue(reinterpret_cast<wl_proxy*>(made->surface_), nullptr);
   return made;
 }

@@ -1,9 +1,8 @@
-// What the Wayland compositor offers to panels and their menus beyond ordinary windows: surfaces at a place of their
-// own choice, in front of everything. Only compositors with zwlr_layer_shell_v1 do. Main thread only.
+// What a Wayland compositor offers to panels and their menus beyond ordinary windows: surfaces at any place, in front
+// of everything. Only compositors with zwlr_layer_shell_v1 offer it. Main thread only.
 //
-// A window that takes part is made without the toolkit's own role for it: LayerShell::flags in its flags, and a
-// LayerShell::Windows while it is shown.
-// Source: wlr-layer-shell-unstable-v1, xdg-activation-v1.
+// The toolkit must not give such a window a role of its own. Therefore the window has LayerShell::flags among its
+// flags, and a LayerShell::Windows exists while it is shown. Source: wlr-layer-shell-unstable-v1, xdg-activation-v1.
 #pragma once
 
 #include <QPoint>
@@ -30,7 +29,7 @@ class LayerSurface {
   LayerSurface(const LayerSurface&) = delete;
   LayerSurface& operator=(const LayerSurface&) = delete;
 
-  // As the compositor allows it.
+  // The size that the compositor allows.
   QSize size() const { return size_; }
 
  private:
@@ -47,7 +46,7 @@ class LayerShell {
  public:
   static constexpr Qt::WindowFlags flags = Qt::BypassWindowManagerHint | Qt::FramelessWindowHint;
 
-  // Makes the toolkit leave windows with these flags to us.
+  // While it exists, the toolkit leaves windows with these flags to us.
   class Windows {
    public:
     Windows();
@@ -56,19 +55,19 @@ class LayerShell {
     Windows& operator=(const Windows&) = delete;
   };
 
-  // Of the compositor that this process is shown by; null where it has none.
+  // The layer shell of this process's compositor; null if it has none.
   static LayerShell* ofThisDesktop();
 
-  // All of an output, panels too, with the keyboard. Null when the compositor does not answer.
+  // Makes `window` cover an output, panels too, and gives it the keyboard. Null if the compositor does not answer.
   std::unique_ptr<LayerSurface> cover(QWindow& window);
 
-  // At a place of the output that a covering window is on.
+  // Puts `window` at `at` on `output`, which a covering window is on. Null if the compositor does not answer.
   std::unique_ptr<LayerSurface> place(QWindow& window, const QPoint& at, const QSize& size, wl_output* output);
 
-  // What an output has besides its panels, as a size alone; absent when the compositor does not answer.
+  // The size of what the panels of `output` leave free; absent if the compositor does not answer.
   std::optional<QSize> sizeWithoutPanels(wl_output* output);
 
-  // For the user's last click or key, which one of our windows has got. Empty where there is none.
+  // An activation token for the user's last click or key in one of our windows. Empty if there is none.
   std::string activationToken(QWindow& window);
 
  private:

@@ -5,8 +5,8 @@
 namespace tollvane {
 namespace {
 
-constexpr int halfIcon = 12;     // nobody tells where the icon begins
-constexpr int widestPanel = 64;  // closer than this to the screen's edge is on a panel that nobody tells about
+constexpr int halfIcon = 12;     // nothing tells where the icon begins
+constexpr int widestPanel = 64;  // a click closer than this to the screen's edge is taken to be on a panel
 
 int within(int start, int length, int low, int high) { return std::max(low, std::min(start, high - length)); }
 
@@ -16,7 +16,7 @@ QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen,
   QRect room = available;
   QPoint corner = click - QPoint(halfIcon, halfIcon);
   if (available.contains(click)) {
-    // A panel that hides, or one that reserves no room: beside the icon, away from the edge.
+    // The panel hides or reserves no room: the menu goes beside the icon, away from the edge.
     const int above = click.y() - screen.top();
     const int below = screen.bottom() - click.y();
     const int before = click.x() - screen.left();

@@ -11,7 +11,7 @@
 namespace tollvane {
 namespace {
 
-// The entry that is being measured or drawn; null for what is no entry of ours, and for separators.
+// The entry that is being measured or drawn; null for separators and for all that is not our entry.
 const MenuEntry* entryOf(const QStyleOption* option, const QWidget* widget) {
   const auto* menu = dynamic_cast<const MenuWidget*>(widget);
   const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
@@ -50,7 +50,7 @@ QSize MenuStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
   const QStyleOptionMenuItem bare = withoutText(option);
   const QFontMetrics metrics(bare.font);
   const QSize title = entry->title().size().toSize();
-  // The style knows how high an entry of one line is, and so how much room it leaves above and below.
+  // The style's height of an entry of one line tells how much room it leaves above and below.
   const int line = metrics.height();
   const int base = QProxyStyle::sizeFromContents(type, &bare, QSize(title.width(), line), widget).height();
   int width = title.width() + 2 * padding(bare.font);
@@ -73,7 +73,7 @@ void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, 
   painter->restore();
 }
 
-// The toolkit's own style draws them darker than the menu, even where that is dark.
+// The toolkit's own style draws separators darker than the menu, even if the menu is dark.
 bool MenuStyle::separatorsVanish(const QPalette& palette) const {
   return baseStyle()->name() == QLatin1String("fusion") &&
          palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
@@ -113,10 +113,10 @@ int MenuStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const
 int MenuStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                          QStyleHintReturn* returned) const {
   switch (hint) {
-    case SH_Menu_Scrollable:  // instead of a second column
+    case SH_Menu_Scrollable:  // scroll instead of showing a second column
     case SH_Menu_MouseTracking:
       return 1;
-    case SH_Menu_KeyboardSearch:  // ours finds names by their beginnings
+    case SH_Menu_KeyboardSearch:  // off: our own search finds names by their beginnings
       return 0;
     default:
       return QProxyStyle::styleHint(hint, option, widget, returned);
@@ -124,9 +124,9 @@ int MenuStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidg
 }
 
 MenuColors::MenuColors(const QPalette& palette) {
-  // Always the active group: a menu on some desktops never becomes the active window.
+  // Always the active group, because on some desktops a menu never becomes the active window.
   const auto color = [&palette](QPalette::ColorRole role) { return palette.color(QPalette::Active, role).toRgb(); };
-  // Some styles draw menus on the one, some on the other.
+  // Some styles draw menus on the first of these, some on the second.
   const std::vector<QColor> behind{color(QPalette::Window), color(QPalette::Base)};
   label_ = readable(color(QPalette::WindowText), behind, readableContrast);
   secondary_ = readable(blend(label_, behind.front(), 0.70), behind, readableContrast);

@@ -1,4 +1,4 @@
-// The user's own style, with the titles of our menu in it: the highlight, the separators, the arrow and the frame are
+// The user's own style, with the titles of our menu in it. The highlight, the separators, the arrow and the frame are
 // drawn by the style that all other menus have. Main thread only.
 #pragma once
 
@@ -13,14 +13,14 @@ namespace tollvane {
 
 class MenuEntry;
 
-// The colours of a menu, one for each role of its texts, from the palette of the user's desktop: readable in front of
-// the menu's background, whatever the palette holds. Pure; callable from any thread.
+// The colours of a menu, one for each role of its texts, from the palette of the user's desktop. They are readable on
+// the menu's background, whatever the palette contains. Pure; callable from any thread.
 class MenuColors {
  public:
   explicit MenuColors(const QPalette& palette);
 
   QColor of(TextColor role) const;
-  QColor selected() const { return selected_; }  // all texts of the entry under the pointer
+  QColor selected() const { return selected_; }  // for all texts of the entry under the pointer
   QColor disabled() const { return tertiary_; }
 
  private:
@@ -41,7 +41,7 @@ class MenuStyle : public QProxyStyle {
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* returned) const override;
 
-  // Beside the title, on either side.
+  // The room on either side of the title.
   static int padding(const QFont& menuFont);
 
  private:

@@ -36,7 +36,7 @@ QFont fontOf(const Font& role, const QFont& menuFont) {
   return font;
 }
 
-// Outside text may hold line feeds too; only blanks are never from outside.
+// A text from outside may contain line feeds, too, but it does not consist of blanks only.
 bool beginsLine(const TextRun& run) {
   return !run.text.empty() && run.text.front() == '\n' && run.text.find_first_not_of(' ', 1) == std::string::npos;
 }
@@ -52,7 +52,7 @@ qreal widestDigit(const QFontMetricsF& metrics) {
   return widest;
 }
 
-// Calls `piece(text, x)` for each part of a text whose digits stand in cells of equal width; returns the whole width.
+// Calls `piece(text, x)` for each part of a text whose digits have equal width; returns the width of the whole.
 template <typename Piece>
 qreal inCells(const QString& text, const QFont& font, Piece piece) {
   const QFontMetricsF metrics(font);
@@ -76,7 +76,7 @@ qreal widthInCells(const QString& text, const QFont& font) {
   return inCells(text, font, [](const QString&, qreal) {});
 }
 
-// Left to right whatever the text's own direction is, and never as markup.
+// Draws from left to right, whatever the text's own direction is, and never as markup.
 void drawLine(QPainter& painter, QPointF baseline, const QString& text, const QFont& font, const QColor& color) {
   QTextLayout layout(text, font);
   QTextOption option;
@@ -134,7 +134,7 @@ qreal MenuTitle::leadWidth() const {
 
 void MenuTitle::arrange(qreal leadColumn, qreal maxWidth) {
   for (Line& line : lines_) {
-    // Without a time anywhere the blanks are as wide as they are.
+    // If no title has a time, the blanks keep their own width.
     if (line.lead) line.textStart = leadColumn > 0 ? std::max(leadColumn, leadWidth()) : line.lead->width;
     shorten(line, maxWidth - line.textStart);
   }

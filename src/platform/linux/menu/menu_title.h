@@ -1,13 +1,13 @@
-// The title of one menu item, laid out: one or two lines of runs, each run drawn for itself, so that no character of
-// one can turn around or join what stands beside it.
+// The title of one menu item, laid out: one or two lines of runs. Each run is drawn by itself, so that its characters
+// can neither turn around nor join what stands beside it.
 //
 //   MenuTitle title(item, menuFont);
 //   title.arrange(column, 400);
 //   title.draw(painter, {10, 4}, colorOf);
 //
-// A first run in monospaced digits is the lead of its line: a time, or blanks that stand below one. All leads of a menu
-// share one column, so that what follows them starts at the same place in every line. Lengths are logical pixels.
-// Main thread only.
+// If the first run of a line is in monospaced digits, it is the lead of the line: a time, or blanks below a time. All
+// leads of a menu share one column, so that the text after them starts at the same place in every line. Lengths are
+// logical pixels. Main thread only.
 #pragma once
 
 #include <QFont>
@@ -25,18 +25,19 @@ namespace tollvane {
 
 class MenuTitle {
  public:
-  // `menuFont` is what the user's desktop writes menus in: the roles' fonts are variations of it.
+  // `menuFont`: the font of menus on the user's desktop. The fonts of the roles are variations of it.
   MenuTitle(const MenuItem& item, const QFont& menuFont);
 
-  // The width that the widest lead wants; 0 when no line has one that shows.
+  // The width that the widest lead needs; 0 if no line has a visible lead.
   qreal leadWidth() const;
 
-  // Gives the leads their column, and shortens the longest runs with an ellipsis until each line fits into `maxWidth`.
+  // Sets the width of the leads' column, and shortens the longest runs with an ellipsis until each line fits
+  // `maxWidth`.
   void arrange(qreal leadColumn, qreal maxWidth);
 
   QSizeF size() const;
 
-  // Where the lines' texts start behind their leads, from the title's left edge.
+  // Where the text of each line starts after its lead, counted from the title's left edge.
   std::vector<qreal> textStarts() const;
 
   void draw(QPainter& painter, QPointF topLeft, const std::function<QColor(TextColor)>& colorOf) const;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int typingPause = 1000;  // milliseconds after which typing begins a new word
 
-// Wide enough for the sentences of our own, narrow enough to be read at a glance.
+// Wide enough for our own sentences, narrow enough to be read at a glance.
 int widestTitle(const QFont& font, const QScreen& screen) {
   const int lines = 34 * QFontMetrics(font).height();
   return std::min(lines, screen.availableGeometry().width() - 4 * MenuStyle::padding(font));
@@ -32,7 +32,7 @@ QString typedName(const MenuItem& item) {
   return plainLine(item.title).trimmed();
 }
 
-// A tooltip that looks like markup would be read as such, so all of them are markup without any.
+// The toolkit reads a tooltip that looks like markup as markup. So each tooltip is markup, with its text escaped.
 QString toolTipMarkup(const std::string& toolTip) {
   return toolTip.empty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(plainLine(toolTip).toHtmlEscaped());
 }
@@ -121,8 +121,8 @@ bool MenuWidget::isOutside(const QPoint& global) const {
   return !covers(top_) && std::none_of(top_->submenus_.begin(), top_->submenus_.end(), covers);
 }
 
-// The press of a click outside leaves the menu open, and with it the pointer ours: a panel that got the release alone
-// would take it for a click on the bell, and the menu that was just closed would open again.
+// A press outside leaves the menu open until the release, so that the pointer stays ours: a panel that got only the
+// release would take it for a click on the bell, and would open the menu again that was just closed.
 void MenuWidget::mousePressEvent(QMouseEvent* event) {
   top_->pressedOutside_ = isOutside(event->globalPosition().toPoint());
   if (!top_->pressedOutside_) return QMenu::mousePressEvent(event);
@@ -138,12 +138,12 @@ void MenuWidget::mouseReleaseEvent(QMouseEvent* event) {
 bool MenuWidget::findTyped(const QKeyEvent& event) {
   const QString text = event.text();
   const bool plain = (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
-  // A blank chooses, unless it is inside a name.
+  // A blank chooses the entry, unless it is inside a name.
   if (!plain || text.isEmpty() || !text.at(0).isPrint() || (typed_.isEmpty() && text.at(0).isSpace())) return false;
   typing_.start(typingPause, this);
   typed_ += text;
   if (goToTyped()) return true;
-  // No longer word begins like this: the letter begins a new one, or asks for the next of the same.
+  // No name begins with the longer word. The letter begins a new word, or asks for the next entry with this letter.
   typed_ = text;
   if (!goToTyped()) typed_.clear();
   return true;
@@ -152,7 +152,7 @@ bool MenuWidget::findTyped(const QKeyEvent& event) {
 bool MenuWidget::goToTyped() {
   const auto active =
       static_cast<std::size_t>(std::find(entries_.begin(), entries_.end(), activeAction()) - entries_.begin());
-  // One letter leads on to the next entry; more of them may stay with the one they led to.
+  // A single letter goes on to the next entry; further letters may stay at the entry that they have led to.
   const std::size_t first = active + (typed_.size() == 1 ? 1 : 0);
   for (std::size_t i = 0; i < entries_.size(); ++i) {
     MenuEntry* entry = entries_[(first + i) % entries_.size()];
@@ -185,7 +185,7 @@ MenuEntry::MenuEntry(const MenuItem& item, const QFont& menuFont, QObject* paren
   setMenuRole(QAction::NoRole);
   if (!item.keyEquivalent.empty()) {
     keys_ = QKeySequence(QStringLiteral("Ctrl+") + plainLine(item.keyEquivalent).toUpper());
-    // For screen readers; the menu itself acts on the keys, and only while it is open.
+    // This is for screen readers only: the menu itself acts on the keys, and only while it is open.
     setShortcutContext(Qt::WidgetShortcut);
     setShortcut(keys_);
   }

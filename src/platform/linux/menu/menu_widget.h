@@ -15,8 +15,8 @@
 
 namespace tollvane {
 
-// One item of the menu as the toolkit knows it: an action whose text is what screen readers say, with the title that is
-// drawn instead. Refers to the item, which outlives it.
+// One item of the menu as an action of the toolkit. The action's text is what screen readers say; `title` is drawn
+// instead of it. `item` must outlive it.
 class MenuEntry : public QAction {
  public:
   MenuEntry(const MenuItem& item, const QFont& menuFont, QObject* parent);
@@ -25,10 +25,10 @@ class MenuEntry : public QAction {
   MenuTitle& title() { return title_; }
   const MenuTitle& title() const { return title_; }
 
-  // With the modifier for commands; empty without a key equivalent.
+  // Has the modifier for commands; empty if the item has no key equivalent.
   const QKeySequence& keys() const { return keys_; }
 
-  // What typing looks for: the application's name, or the command's own.
+  // The text that typing searches for: the application's name, or the command's own.
   const QString& typed() const { return typed_; }
 
  private:
@@ -38,7 +38,7 @@ class MenuEntry : public QAction {
   QString typed_;
 };
 
-// The item's words in one line, blanks that only place them left out.
+// The item's words in one line, without the blanks that only place them.
 QString spokenTitle(const MenuItem& item);
 
 // One menu, or submenu, as a window.
@@ -46,7 +46,7 @@ class MenuWidget : public QMenu {
   Q_OBJECT
 
  public:
-  // Submenus come along.
+  // Makes the submenus too.
   explicit MenuWidget(std::shared_ptr<const Menu> menu);
 
   // The entry that the style has just been asked about.
@@ -58,7 +58,7 @@ class MenuWidget : public QMenu {
   void setVisible(bool visible) override;
 
  Q_SIGNALS:
-  // Right before the window is hidden.
+  // Emitted right before the window is hidden.
   void vanishing();
 
  protected:

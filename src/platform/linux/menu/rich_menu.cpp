@@ -12,9 +12,10 @@
 namespace tollvane {
 namespace {
 
-constexpr int samePlace = 64;  // a pointer this near to the reported click has made it
+constexpr int samePlace = 64;  // in pixels; a pointer this near to the reported click has made it
 
-// Bars count in their own pixels, which are not always ours: the pointer knows better, where it was the one to click.
+// Bars report clicks in their own pixels, which are not always ours. If the pointer has made the click, its position is
+// exact.
 QPoint clickPoint(QPoint reported) {
   const QPoint pointer = QCursor::pos();
   if (reported.isNull()) return pointer;
@@ -63,7 +64,7 @@ void RichMenu::build() {
   connect(widget_, &QMenu::aboutToHide, this, &RichMenu::closed);
 }
 
-// A choice is told right after this, and still needs both.
+// Both are destroyed later, because a choice is reported right after this and still needs them.
 void RichMenu::closed() {
   if (!widget_.isNull()) widget_->deleteLater();
   closing_ = layers_.release();
@@ -85,7 +86,7 @@ void RichMenu::openOnX11(QPoint click) {
 void RichMenu::choose(QAction* action) {
   const auto* entry = dynamic_cast<const MenuEntry*>(action);
   if (entry == nullptr || !entry->item().action) return;
-  // A copy: the widget and its tree may be gone by then.
+  // A copy, because the widget and its items may be gone by then.
   QMetaObject::invokeMethod(
       this,
       [this, item = entry->item(), token = closing_.isNull() ? std::string() : closing_->activationToken()] {

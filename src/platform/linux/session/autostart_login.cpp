@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t largestEntry = 64 << 10;
 
-// An argument in the words of the Exec key: in double quotes, and what is special there or in the file escaped.
+// An argument as the Exec key wants it: in double quotes, with the characters escaped that are special there or in the
+// file.
 std::string execArgument(std::string_view path) {
   std::string text = "\"";
   for (const char c : path) {
@@ -52,7 +53,7 @@ class AutostartEntry {
     return text ? text.get() : "";
   }
 
-  // How desktops and their settings say that the user does not want this entry.
+  // Whether the user does not want this entry. Desktops and their settings have several keys for that.
   bool isTurnedOff() const {
     return says(G_KEY_FILE_DESKTOP_KEY_HIDDEN, true) || says("X-GNOME-Autostart-enabled", false) ||
            says("X-MATE-Autostart-enabled", false) || says("X-KDE-autostart-enabled", false) ||
@@ -60,7 +61,7 @@ class AutostartEntry {
   }
 
  private:
-  // False also when it says nothing, or no truth value.
+  // False, too, if the key is missing or its value is not a truth value.
   bool says(const char* key, bool wanted) const {
     GError* error = nullptr;
     const bool value = g_key_file_get_boolean(file_.get(), G_KEY_FILE_DESKTOP_GROUP, key, &error) != FALSE;
@@ -91,7 +92,7 @@ LoginStatus AutostartLogin::status() const {
 
 std::optional<std::string> AutostartLogin::registerApplication() {
   if (!entry_) return "There is no home directory for this user.";
-  // What the user turned off in the desktop's own settings is turned on there as well.
+  // If the user turned the entry off in the desktop's own settings, it must be turned on there as well.
   if (status() == LoginStatus::requiresApproval) return std::nullopt;
   if (!files_.createDirectories(entry_->parent_path()))
     return "The folder " + entry_->parent_path().string() + " could not be made.";

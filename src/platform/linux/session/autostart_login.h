@@ -1,5 +1,5 @@
-// Starting at login through an entry in the desktop's autostart directory. The entry of the program that runs now: one
-// that a Tollvane at another place has made counts as not registered. Main thread only.
+// Starts Tollvane at login through an entry in the desktop's autostart directory. The entry must be for the program
+// that runs now: an entry that a Tollvane at another place has made counts as not registered. Main thread only.
 // Source: freedesktop.org, Desktop Application Autostart Specification.
 #pragma once
 
@@ -11,13 +11,13 @@
 
 namespace tollvane {
 
-// Set to "1" by the autostart entry (Exec=env TOLLVANE_STARTED_AT_LOGIN=1 …), because Tollvane has no command line: the
-// desktop session has started the program, and not a person, who wants to see something happen.
+// The autostart entry sets this to "1" (Exec=env TOLLVANE_STARTED_AT_LOGIN=1 …), because Tollvane has no command line.
+// It means that the desktop session has started the program, and not a person who wants to see something happen.
 inline constexpr const char* startedAtLogin = "TOLLVANE_STARTED_AT_LOGIN";
 
 class AutostartLogin : public LoginService {
  public:
-  // `configuration`: where the user's settings are, absent for a user without a home; `program`: what is to be started.
+  // `configuration`: the user's configuration folder, absent if the user has no home. `program`: the program to start.
   AutostartLogin(Files& files, std::optional<std::filesystem::path> configuration, std::filesystem::path program);
 
   // An entry that is hidden, or that a desktop has marked as turned off, requires the user's approval.

@@ -24,7 +24,7 @@ std::function<void()> lastWord;
 }  // namespace
 
 SessionEnd::SessionEnd(QDBusConnection bus) {
-  // The next session starts the program by its autostart entry, and must not start a second one by its own memory.
+  // The autostart entry starts the program in the next session; the session manager must not start a second one.
   connect(qGuiApp, &QGuiApplication::commitDataRequest, this,
           [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
   bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"), QStringLiteral("org.freedesktop.DBus.Local"),
@@ -33,7 +33,7 @@ SessionEnd::SessionEnd(QDBusConnection bus) {
 
 void SessionEnd::busIsGone() { QCoreApplication::quit(); }
 
-// A handler and a socket pair, not a blocked mask with signalfd: children would inherit the mask.
+// A handler and a socket pair instead of signalfd, because children would inherit the signal mask that signalfd needs.
 TerminationSignals::TerminationSignals(std::function<void()> onSignal) {
   int ends[2];
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return;

@@ -1,4 +1,4 @@
-// The ways in which the program ends, each in good order. Main thread only.
+// The ways in which the program ends in good order. Main thread only.
 #pragma once
 
 #include <QDBusConnection>
@@ -11,8 +11,8 @@
 
 namespace tollvane {
 
-// Ends the event loop when the desktop session ends: when the session manager says so, and when the session bus goes,
-// with which every session ends that has one. Needs a QGuiApplication.
+// Ends the event loop when the desktop session ends: when the session manager says so, or when the session bus goes
+// away, with which every session ends that has one. Needs a QGuiApplication.
 class SessionEnd : public QObject {
   Q_OBJECT
 
@@ -23,8 +23,8 @@ class SessionEnd : public QObject {
   void busIsGone();
 };
 
-// SIGTERM, SIGINT and SIGHUP as an ordinary event on the main queue. Make it before any other thread is started; one
-// per process.
+// Turns SIGTERM, SIGINT and SIGHUP into an ordinary event on the main queue. Make it before any other thread is
+// started; only one per process.
 class TerminationSignals {
  public:
   explicit TerminationSignals(std::function<void()> onSignal);
@@ -34,8 +34,8 @@ class TerminationSignals {
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-// Calls back once, whichever way the program ends: out of its event loop, or by the toolkit, which leaves through
-// exit() when the display server is gone. One per process; needs a QCoreApplication.
+// Calls `handler` once, however the program ends: by leaving its event loop, or through exit(), which the toolkit calls
+// when the display server is gone. Only one per process; needs a QCoreApplication.
 class LastWord {
  public:
   explicit LastWord(std::function<void()> handler);

@@ -18,9 +18,10 @@ bool isSet(const char* variable) {
 bool hasDesktop() { return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM"); }
 
 DisplayChoice::DisplayChoice() {
-  // The bell needs the bus only. If Qt's part for this kind of display is not installed, the bell shows itself without.
+  // The bell needs only the bus. If Qt's plugin for this kind of display is not installed, the bell is shown without
+  // it.
   choose("QT_QPA_PLATFORM", isSet("WAYLAND_DISPLAY") ? "wayland;xcb;offscreen" : "xcb;offscreen");
-  // A menu and a few windows need no graphics driver, which is four times as large as all of Tollvane.
+  // A menu and a few windows do not need a graphics driver, which is four times as large as all of Tollvane.
   choose("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
 }
 
@@ -38,7 +39,7 @@ StartNotice::StartNotice()
     : atLogin_(qgetenv(startedAtLogin) == "1"),
       token_((isSet("XDG_ACTIVATION_TOKEN") ? qgetenv("XDG_ACTIVATION_TOKEN") : qgetenv("DESKTOP_STARTUP_ID"))
                  .toStdString()) {
-  // The toolkit itself takes DESKTOP_STARTUP_ID, on X11.
+  // DESKTOP_STARTUP_ID stays, because the toolkit itself takes it on X11.
   for (const char* name : {startedAtLogin, "XDG_ACTIVATION_TOKEN"}) qunsetenv(name);
 }
 

@@ -1,4 +1,4 @@
-// How this start came about, and what the toolkit has to know before it draws anything. Main thread only.
+// How this start came about, and what the toolkit must know before it draws anything. Main thread only.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace tollvane {
 bool hasDesktop();
 
 // Tells the toolkit how to draw, unless the user has told it already. To be made before the application object, and to
-// be gone before other programs are started: it is not for them.
+// be destroyed before other programs are started, because it is not for them.
 class DisplayChoice {
  public:
   DisplayChoice();
@@ -24,12 +24,13 @@ class DisplayChoice {
   std::vector<const char*> chosen_;
 };
 
-// What the desktop says about this start. Taken out of the environment, because it is about no other program.
+// What the desktop says about this start. It is removed from the environment, because it does not concern other
+// programs.
 class StartNotice {
  public:
   StartNotice();
 
-  bool atLogin() const { return atLogin_; }            // the session started the program, and not a person
+  bool atLogin() const { return atLogin_; }            // whether the session started the program, and not a person
   const std::string& token() const { return token_; }  // see workspace/activation_token.h
 
  private:

@@ -12,7 +12,7 @@ QString text(const char* latin) { return QString::fromLatin1(latin); }
 
 }  // namespace
 
-// The object is there before the name is: a program that finds the name can talk to it.
+// The object is registered before the name, so that a program that finds the name can call it.
 SingleInstance::SingleInstance(QDBusConnection bus) : bus_(std::move(bus)) {
   new ApplicationAdaptor(this);
   if (bus_.isConnected()) bus_.registerObject(text(objectPath), this, QDBusConnection::ExportAdaptors);
@@ -26,7 +26,7 @@ SingleInstance::~SingleInstance() {
 
 SingleInstance::Start SingleInstance::claim(const std::string& token, std::chrono::milliseconds patience) {
   if (!bus_.isConnected()) return Start::first;
-  // The first one may end between the two questions.
+  // The first instance may end between the two questions.
   constexpr int attempts = 5;
   for (int i = 0; i < attempts; ++i) {
     if (ownsName()) return Start::first;
@@ -43,7 +43,7 @@ SingleInstance::Start SingleInstance::claim(const std::string& token, std::chron
   return Start::deadlock;
 }
 
-// A bus that refuses the name to everybody (a sandbox's) is as good as none.
+// A bus that refuses the name to every program (a sandbox's bus does) counts as no bus.
 bool SingleInstance::ownsName() {
   const auto reply = bus_.interface()->registerService(text(busName), QDBusConnectionInterface::DontQueueService,
                                                        QDBusConnectionInterface::DontAllowReplacement);

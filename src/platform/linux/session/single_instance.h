@@ -1,4 +1,4 @@
-// Sees to it that the user has one Tollvane only. The first start owns a name on the session bus; a further one asks
+// Makes sure that the user has only one Tollvane. The first instance owns a name on the session bus; a later one asks
 // the first to come forward, and ends.
 //
 //   SingleInstance instance(QDBusConnection::sessionBus());
@@ -31,19 +31,19 @@ class SingleInstance : public QObject {
   static constexpr const char* objectPath = "/com/quarnel/tollvane";
 
   enum class Start {
-    first,     // go on; also where there is no session bus, and nobody to ask
-    another,   // the first one has come forward: nothing is left to do
-    deadlock,  // there is a first one, and it does not answer
+    first,     // go on; also if there is no session bus to ask
+    another,   // another instance has come forward: nothing is left to do
+    deadlock,  // there is another instance, but it does not answer
   };
 
   explicit SingleInstance(QDBusConnection bus);
   ~SingleInstance() override;
 
-  // To be called once. Waits until the first one answers, as long as `patience`. `token`: the user's permission to come
+  // To be called once. Waits up to `patience` for the first instance to answer. `token`: the user's permission to come
   // forward.
   Start claim(const std::string& token, std::chrono::milliseconds patience = std::chrono::seconds(5));
 
-  // The user has started the program once more.
+  // Called when the user has started the program once more.
   std::function<void(const std::string& token)> onReopen;
 
  private:
@@ -52,8 +52,8 @@ class SingleInstance : public QObject {
   QDBusConnection bus_;
 };
 
-// The first instance as the bus sees it: what a second start, and a desktop that knows the entry's DBusActivatable, say
-// to it. The SingleInstance makes it.
+// The first instance as the bus sees it. A second start calls it, and so does a desktop that knows the entry's
+// DBusActivatable. SingleInstance makes it.
 class ApplicationAdaptor : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -66,7 +66,7 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
   void Activate(const QVariantMap& platformData) {
     if (instance_->onReopen) instance_->onReopen(tokenOf(platformData));
   }
-  // There is nothing that Tollvane could open, and no action but to come forward.
+  // Tollvane cannot open anything, and its only action is to come forward.
   void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
   void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) { Activate(platformData); }
   // NOLINTEND(readability-identifier-naming)

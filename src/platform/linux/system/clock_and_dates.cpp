@@ -9,7 +9,7 @@
 namespace tollvane {
 namespace {
 
-// What setlocale() would answer for times, without asking it: Qt owns the process's locale.
+// The locale that setlocale() would give for times. setlocale() is not called, because Qt owns the process's locale.
 icu::Locale timeLocale() {
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
     const char* value = std::getenv(variable);
@@ -21,7 +21,7 @@ icu::Locale timeLocale() {
   return icu::Locale::getUS();
 }
 
-// The C library notices when the user moves to another time zone; ICU would ask once.
+// The C library notices if the user moves to another time zone; ICU would ask only once.
 icu::SimpleTimeZone zoneAt(std::time_t seconds) {
   ::tzset();
   std::tm local{};

@@ -9,11 +9,11 @@ class SystemClock : public Clock {
  public:
   TimePoint now() const override { return std::chrono::system_clock::now(); }
 
-  // Goes on while the machine sleeps, which the library's own steady clock does not.
+  // It advances while the machine sleeps, which std::chrono::steady_clock does not.
   Instant steadyNow() const override;
 };
 
-// Dates through ICU, in the language of LC_TIME and the machine's time zone of the moment. Main thread only.
+// Dates through ICU, in the language of LC_TIME and in the machine's current time zone. Main thread only.
 class IcuDateFormatter : public DateFormatter {
  public:
   std::string string(std::string_view pattern, TimePoint time) const override;

@@ -1,5 +1,5 @@
-// The bundle on Linux: the directory that the running program stands in. Beside it stand Info.json (an object of texts)
-// and the other programs. The directory can be copied and run from anywhere.
+// The bundle on Linux: the directory that contains the running program, Info.json (an object of texts and of lists of
+// texts) and the other programs. The directory can be copied and run from anywhere.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@ class ExecutableBundle : public Bundle {
   explicit ExecutableBundle(std::filesystem::path directory);
   ~ExecutableBundle() override;
 
-  // Of the running program; absent when the system does not tell.
+  // The directory of the running program; absent if the system does not tell it.
   static std::optional<std::filesystem::path> runningProgramsDirectory();
 
   const std::filesystem::path& directory() const { return directory_; }

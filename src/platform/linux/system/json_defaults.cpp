@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t largestFile = 1 << 20;
 
-// What the file holds. If that is not a JSON object, the file is set aside: nothing is emptied in silence.
+// The object in the file. If the file is not a JSON object, it is renamed, so that nothing is silently lost.
 nlohmann::json valuesIn(Files& files, const std::filesystem::path& file) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) return nlohmann::json::object();

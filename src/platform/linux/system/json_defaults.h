@@ -1,6 +1,6 @@
-// The user's defaults as one small JSON object in a file. Read once; every set replaces the file, on the disk, before
-// it returns. A file that is no JSON object is set aside under the name FILE.corrupt, never silently emptied; members
-// that Tollvane does not know are kept. Main thread only.
+// The user's defaults as one small JSON object in a file. The file is read once; every set() replaces it on the disk
+// before it returns. A file that is not a JSON object is renamed to FILE.corrupt, never silently emptied. Members that
+// Tollvane does not know are kept. Main thread only.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace tollvane {
 
 class JsonDefaults : public Defaults {
  public:
-  // Without a file everything is kept for this run only.
+  // Without `file`, everything is kept for this run only.
   JsonDefaults(Files& files, std::optional<std::filesystem::path> file);
   ~JsonDefaults() override;
 

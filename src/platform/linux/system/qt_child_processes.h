@@ -7,7 +7,7 @@ namespace tollvane {
 
 class QtChildProcesses : public ChildProcesses {
  public:
-  // Waits until the program has been started or has failed to start: the time of an exec.
+  // Waits until the program has been started or has failed to start, which takes as long as an exec.
   std::unique_ptr<ChildProcess> launch(Launch launch) override;
 };
 

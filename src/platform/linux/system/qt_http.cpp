@@ -15,7 +15,7 @@ bool isThisComputer(const QString& host) {
   return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
 }
 
-// Names in this domain never exist (RFC 6761): nobody needs to be asked for them.
+// Names in this domain never exist (RFC 6761), so no server needs to be asked.
 bool isNowhere(const QString& host) { return host.endsWith(QLatin1String(".invalid")); }
 
 bool isAllowed(const QUrl& url) {
@@ -30,7 +30,7 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
   network.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
   network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-  // Each redirection is looked at: the library's own policies would let it leave for plain http.
+  // Each redirection is checked here, because the library's own policies would allow one to plain http.
   network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
   network.setMaximumRedirectsAllowed(10);
   for (const auto& [name, value] : request.headers)
@@ -38,18 +38,18 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
   return network;
 }
 
-// The server said no, in an answer that is as whole as any other.
+// Whether the server refused, with an answer that is as complete as any other.
 bool isRefusal(QNetworkReply::NetworkError error) {
   return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
          (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
 }
 
 std::optional<HttpResponse> responseOf(QNetworkReply& reply) {
-  // What broke off is no answer, and neither is a redirection that was not followed.
+  // An answer that broke off is no answer, and neither is a redirection that was not followed.
   if (reply.error() != QNetworkReply::NoError && !isRefusal(reply.error())) return std::nullopt;
   const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
   if (status < 200 || (status >= 300 && status < 400)) return std::nullopt;
-  // The reply may be over before anybody has looked at its length.
+  // A reply may be complete before its length has been checked.
   if (reply.bytesAvailable() > static_cast<qint64>(Http::maxBody)) return std::nullopt;
   return HttpResponse{status, reply.readAll().toStdString()};
 }
@@ -62,10 +62,10 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
     QTimer::singleShot(0, &questions_, [completion = std::move(completion)] { completion(std::nullopt); });
     return;
   }
-  // One an hour at most: nothing of it is kept in memory in between.
+  // Made for each request: there is at most one an hour, and nothing stays in memory in between.
   auto* network = new QNetworkAccessManager(&questions_);
   QNetworkReply* reply = network->get(networkRequest(request, url));
-  // For the whole answer: the library's own time-out begins anew with each byte.
+  // The limit is for the whole answer; the library's own time-out begins anew with each byte.
   const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(request.timeout);
   QTimer::singleShot(patience, reply, &QNetworkReply::abort);
   QObject::connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
@@ -79,7 +79,7 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
     if (received > static_cast<qint64>(maxBody)) reply->abort();
   });
   QObject::connect(reply, &QNetworkReply::finished, network, [reply, network, completion = std::move(completion)] {
-    network->deleteLater();  // and the reply with it
+    network->deleteLater();  // this deletes the reply too
     completion(responseOf(*reply));
   });
 }

@@ -1,5 +1,5 @@
-// Questions to a web site through Qt's network library, which is not put to work before the first.
-// Main thread only; needs a QCoreApplication.
+// Requests to a web site through Qt's network library, which is not used before the first request. Main thread only;
+// needs a QCoreApplication.
 #pragma once
 
 #include <QObject>
@@ -13,7 +13,7 @@ class QtHttp : public Http {
   void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override;
 
  private:
-  QObject questions_;  // owns those that wait for an answer, which end with it in silence
+  QObject questions_;  // owns the requests that wait for an answer; they silently end with it
 };
 
 }  // namespace tollvane

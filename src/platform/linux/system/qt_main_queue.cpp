@@ -17,7 +17,7 @@ class ReadableWatch : public MainQueue::Watch {
  public:
   ReadableWatch(int descriptor, MainQueue::Block block)
       : notifier_(new QSocketNotifier(descriptor, QSocketNotifier::Read)) {
-    // The block may destroy this watch, and itself with it: what is called is a copy.
+    // The block may destroy this watch, and with it the block itself. So it is kept during the call.
     QObject::connect(notifier_, &QSocketNotifier::activated, notifier_,
                      [shared = std::make_shared<MainQueue::Block>(std::move(block))] {
                        const auto kept = shared;  // NOLINT(performance-unnecessary-copy-initialization)
@@ -43,7 +43,7 @@ class DirectoryWatch : public MainQueue::Watch {
         }) {}
 
  private:
-  // Which entries they were does not matter.
+  // It does not matter which entries have changed.
   void drain() const {
     alignas(inotify_event) std::array<char, 4096> events;
     while (::read(inotify_.get(), events.data(), events.size()) > 0) {
@@ -60,7 +60,7 @@ void QtMainQueue::post(Block block) { QMetaObject::invokeMethod(&receiver_, std:
 
 void QtMainQueue::after(Duration delay, Block block) {
   using std::chrono::milliseconds;
-  // Rounded up, and precise: Qt's coarse timers may fire five per cent early.
+  // Rounded up and precise, because Qt's coarse timers may fire five per cent early.
   const auto wait = std::max(std::chrono::ceil<milliseconds>(delay), milliseconds::zero());
   QTimer::singleShot(wait, Qt::PreciseTimer, &receiver_, std::move(block));
 }

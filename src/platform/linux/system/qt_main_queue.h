@@ -1,4 +1,4 @@
-// The main queue as Qt's event loop runs it. Make it on the main thread, after the application object.
+// The main queue, run by Qt's event loop. Make it on the main thread, after the application object.
 #pragma once
 
 #include <QObject>
@@ -15,7 +15,7 @@ class QtMainQueue : public MainQueue {
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
  private:
-  QObject receiver_;  // lives on the main thread; blocks that are still waiting end with it
+  QObject receiver_;  // lives on the main thread; blocks that still wait are dropped with it
 };
 
 }  // namespace tollvane

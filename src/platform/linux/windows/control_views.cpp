@@ -11,16 +11,16 @@
 namespace tollvane {
 namespace {
 
-// The system's own words may come from anywhere.
+// A limit is needed, because the system's own words may have any length.
 constexpr qsizetype longestText = 1000;
 
 QString plain(const std::string& text) { return breakable(alertText(text, longestText)); }
 
-// A drawing leaves some room around itself.
+// The room that a drawing leaves around itself, as a factor.
 constexpr double roomAroundSymbols = 1.2;
 constexpr double dotSize = 9;
 
-// Some styles leave hardly any around the title.
+// Some styles leave hardly any room around the title.
 constexpr QSize roomInButtons(16, 4);
 
 }  // namespace
@@ -84,7 +84,7 @@ void DotView::paintEvent(QPaintEvent*) {
 }
 
 CheckBoxView::CheckBoxView(QWidget* parent) : QCheckBox(parent) {
-  // Not clicked(): accessibility tools turn it without a click.
+  // toggled() and not clicked(), because accessibility tools turn the box without a click.
   connect(this, &QAbstractButton::toggled, this, [this](bool on) {
     if (const auto set = set_) set(on);
   });

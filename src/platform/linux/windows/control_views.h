@@ -1,5 +1,5 @@
-// The widgets that show the single controls of the settings window. Each is given its value again and again and takes
-// over what differs. Main thread only.
+// The widgets that show the single controls of the settings window. Each is given new values again and again, and
+// changes only what differs. Main thread only.
 #pragma once
 
 #include <QCheckBox>
@@ -12,7 +12,7 @@
 
 namespace tollvane {
 
-// Wraps. Whatever the text is made of, it is plain.
+// Wraps its text, which is always plain, whatever it contains.
 class TextView : public QLabel, public Dressed {
  public:
   explicit TextView(QWidget* parent);
@@ -51,7 +51,7 @@ class DotView : public QWidget, public Dressed {
   QColor ink_;
 };
 
-// The box alone; its title is for accessibility tools.
+// Only the box; its title is for accessibility tools.
 class CheckBoxView : public QCheckBox {
  public:
   explicit CheckBoxView(QWidget* parent);
@@ -72,7 +72,7 @@ class ButtonView : public QPushButton, public Dressed {
   std::function<void()> action_;
 };
 
-// `existing` with another value, where it can show it; else a new child of `parent`.
+// Gives `existing` the value if it is the right kind of widget; else makes a new child of `parent`.
 template <typename View, typename Value>
 QWidget* drawn(const Value& value, QWidget* existing, QWidget* parent) {
   auto* view = dynamic_cast<View*>(existing);

@@ -14,14 +14,14 @@ namespace tollvane {
 namespace {
 
 constexpr int sideRoom = 14;
-constexpr int cellRoom = 9;   // between a line and what stands in the cell
+constexpr int cellRoom = 9;   // between a line and the content of the cell
 constexpr int innerRoom = 4;  // between a row and the text below it; a switch's focus ring needs it
 constexpr int buttonRoom = 8;
 constexpr double radius = 9;
 
 QWidget* drawnElement(const ui::Element& element, QWidget* existing, QWidget* parent) {
   if (const auto* row = std::get_if<ui::Row>(&element)) return drawn<RowView>(*row, existing, parent);
-  // In a row it is no wider than it has to be.
+  // In a row, a button is no wider than necessary.
   if (const auto* button = std::get_if<ui::Button>(&element))
     return drawn<RowView>(ui::Row{button->identifier, {*button}}, existing, parent);
   if (const auto* toggle = std::get_if<ui::Toggle>(&element)) return drawn(*toggle, existing, parent);
@@ -82,7 +82,7 @@ void FormGroup::arrange(const std::vector<Entry>& dropped) {
   for (const Entry& entry : dropped) {
     column_->removeWidget(entry.view);
     entry.view->hide();
-    entry.view->deleteLater();  // it may be the one that has brought this about
+    entry.view->deleteLater();  // its own action may have caused this
   }
   if (!dropped.empty()) update();
   for (std::size_t i = 0; i < entries_.size(); ++i) {
@@ -107,7 +107,7 @@ void FormGroup::setRoom(std::size_t index) {
   if (entry.view->contentsMargins() != room) entry.view->setContentsMargins(room);
 }
 
-// Who does not see the text below a switch hears it with the switch.
+// Screen readers say the text below a switch together with the switch.
 void FormGroup::describeSwitches() {
   for (std::size_t i = 0; i < entries_.size(); ++i) {
     auto* button = dynamic_cast<SwitchButton*>(entries_[i].view);

@@ -1,5 +1,5 @@
 // The rows of one section in a rounded box, with lines between them. A text below a switch or another text belongs to
-// it, and so does a button below a text: between these there is no line. Main thread only.
+// it, and so does a button below a text: there is no line between these. Main thread only.
 #pragma once
 
 #include <QWidget>
@@ -17,7 +17,7 @@ class FormGroup : public QWidget, public Dressed {
  public:
   explicit FormGroup(QWidget* parent);
 
-  // The widgets of elements that stay are kept: those of the same identifier, and texts by what they follow.
+  // Keeps the widgets of elements that stay: those with the same identifier, and texts that follow the same element.
   void setValue(const std::vector<ui::Element>& value);
   void dress(const SettingsLook& look) override;
 

@@ -9,7 +9,7 @@
 namespace tollvane {
 namespace {
 
-// Calls back when the window is on the screen: before, no window manager knows it.
+// Calls `action` when the window is on the screen: no window manager knows it before.
 class FirstExposure : public QObject {
  public:
   FirstExposure(QWindow& window, std::function<void()> action) : QObject(&window), action_(std::move(action)) {
@@ -20,7 +20,7 @@ class FirstExposure : public QObject {
     if (event->type() == QEvent::Expose && static_cast<QWindow*>(watched)->isExposed()) {
       watched->removeEventFilter(this);
       deleteLater();
-      // Once the window has dealt with the event.
+      // Queued, so that the window has handled the event.
       QMetaObject::invokeMethod(watched, std::move(action_), Qt::QueuedConnection);
     }
     return false;
@@ -56,7 +56,8 @@ void LinuxApplication::bringForward(QWidget& window) {
 void LinuxApplication::bringForwardNow(QWidget& window) {
   window.raise();
   window.activateWindow();
-  // Qt asks on behalf of the program, which window managers may suspect of stealing the focus; it is the user's wish.
+  // Qt asks in the program's name, which window managers may take for stealing the focus. This says that the user wants
+  // it.
   if (QGuiApplication::platformName() == QLatin1String("xcb"))
     x11_.raiseOwn(static_cast<std::uint32_t>(window.winId()), [](Raised) {});
 }

@@ -16,8 +16,8 @@ class LinuxApplication : public Application {
   void activateIgnoringOtherApps() override;
   void terminate() override;
 
-  // Brings one of the program's own windows forward, which is shown or is about to be. Outlives the window's event
-  // loop.
+  // Brings one of the program's own windows forward, which is shown or is about to be. This object must exist as long
+  // as the event loop runs.
   void bringForward(QWidget& window);
 
  private:

@@ -11,24 +11,24 @@
 namespace tollvane {
 namespace {
 
-// More than any name or title needs. A sentence keeps its end, and the box stays on the screen.
+// No real name or title needs more. Longer texts are shortened, so that the box stays on the screen.
 constexpr qsizetype longestMessage = 120;
 constexpr qsizetype longestInformation = 400;
 constexpr qsizetype longestButton = 40;
 constexpr int charactersPerLine = 46;
 
-// An ampersand is itself, and no mnemonic.
+// An ampersand is shown as such, and marks no mnemonic.
 QString buttonText(const std::string& text) {
   return alertText(text, longestButton).replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
-// The box tells plain text from markup for its first label only.
+// The text format of the box is for its first label only, so each label gets it here.
 void makePlain(QMessageBox& box, const char* labelName, bool bold) {
   auto* label = box.findChild<QLabel*>(QString::fromLatin1(labelName));
   if (label == nullptr) return;
   label->setTextFormat(Qt::PlainText);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  // Selecting is for those who want to; the keyboard begins at the buttons.
+  // The text can be selected, but the keyboard begins at the buttons.
   label->setFocusPolicy(Qt::ClickFocus);
   if (!bold) label->setMinimumWidth(charactersPerLine * label->fontMetrics().averageCharWidth());
   if (!bold) return;

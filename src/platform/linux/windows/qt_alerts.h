@@ -1,5 +1,5 @@
-// Alerts as message boxes in the style of the user's desktop. The texts are drawn as plain text, and very long ones
-// without their middle. Main thread only; needs a QApplication.
+// Alerts as message boxes in the style of the user's desktop. The texts are drawn as plain text; very long ones lose
+// their middle. Main thread only; needs a QApplication.
 #pragma once
 
 #include <QPointer>

@@ -9,13 +9,13 @@
 namespace tollvane {
 namespace {
 
-constexpr double markColumn = 20;  // where the font's size is 13
+constexpr double markColumn = 20;  // for a font size of 13
 constexpr double rowHeight = 22;
 constexpr int gap = 8;
 
 void dismiss(QWidget* view) {
   view->hide();
-  view->deleteLater();  // it may be the one that has brought this about
+  view->deleteLater();  // its own action may have caused this
 }
 
 bool isMark(const QWidget* view) {
@@ -65,14 +65,14 @@ void RowView::arrange() {
     grid_->setColumnStretch(column, text && firstText ? 1 : 0);
     view->show();
     if (text == nullptr) continue;
-    // What is told of it may take several lines; a name is better left in one.
+    // The text after the name may take several lines; a name should stay in one.
     QSizePolicy policy = text->sizePolicy();
     policy.setHorizontalPolicy(firstText ? QSizePolicy::Preferred : QSizePolicy::Minimum);
     text->setSizePolicy(policy);
     text->setAlignment((firstText ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     firstText = text;
   }
-  // Whatever room is left over comes last.
+  // The room that is left over comes last.
   grid_->setColumnStretch(static_cast<int>(views_.size()), firstText ? 0 : 1);
 }
 

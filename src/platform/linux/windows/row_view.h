@@ -1,5 +1,5 @@
 // Controls side by side in a form: a mark or check box in a column of its own, so that the names of all rows stand
-// below each other, then the name, and what is told of it at the trailing edge. A click anywhere in the row reaches its
+// below each other; then the name; then further text at the trailing edge. A click anywhere in the row reaches its
 // check box. Main thread only.
 #pragma once
 

@@ -9,7 +9,7 @@
 namespace tollvane {
 namespace {
 
-// In points. Smaller is not read.
+// In points. Smaller text is hard to read.
 constexpr double smallestFont = 7.5;
 
 double sizeOf(ui::TextStyle style) {
@@ -33,7 +33,7 @@ SettingsLook::SettingsLook(const QPalette& palette, const QFont& body) : body_(b
   window_ = color(QPalette::Window);
   const QColor ink = readable(color(QPalette::WindowText), {window_}, 7);
   const bool dark = window_.lightness() < ink.lightness();
-  // Lighter than the window where that can be told apart.
+  // Lighter than the window, if the difference can be seen.
   group_ = dark ? blend(ink, window_, 0.06) : blend(Qt::white, window_, 0.8);
   if (contrast(group_, window_) < 1.03) group_ = blend(ink, window_, 0.04);
   border_ = blend(ink, window_, dark ? 0.16 : 0.13);
@@ -55,7 +55,7 @@ SettingsLook::SettingsLook(const QPalette& palette, const QFont& body) : body_(b
 
 QFont SettingsLook::font(const ui::Text& text) const {
   QFont font = body_;
-  // A desktop may give its font in pixels.
+  // A desktop may give the size of its font in pixels.
   const double points = body_.pointSizeF() > 0 ? body_.pointSizeF() : QFontInfo(body_).pointSizeF();
   font.setPointSizeF(std::max(points * sizeOf(text.style), smallestFont));
   if (text.weight == FontWeight::semibold) font.setWeight(QFont::DemiBold);

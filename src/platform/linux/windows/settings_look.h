@@ -1,6 +1,5 @@
-// What the settings window looks like on this desktop: its fonts and colours, made of the desktop's own font and
-// palette. All texts stand out from what is behind them by readableContrast, whatever the palette holds. A value; main
-// thread only.
+// The look of the settings window on this desktop: its fonts and colours, made from the desktop's own font and palette.
+// All texts have readableContrast with what is behind them, whatever the palette contains. A value; main thread only.
 #pragma once
 
 #include <QColor>
@@ -20,7 +19,7 @@ class SettingsLook {
   QFont font(const ui::Text& text) const;
   QColor color(TextColor role) const;
 
-  // Pixels of the screen's logical size for something as large as a font of that size, where the body's is 13.
+  // Logical pixels of something as large as a font of this size, where the size of the body font counts as 13.
   int pixels(double size) const;
 
   // The box around a section's rows, on the window's own background.
@@ -28,7 +27,7 @@ class SettingsLook {
   const QColor& border() const { return border_; }
   const QColor& separator() const { return separator_; }
 
-  // The rail of a switch and what slides in it.
+  // The rail of a switch, and the knob that slides in it.
   const QColor& rail(bool on) const { return on ? railOn_ : railOff_; }
   const QColor& railEdge(bool on) const { return on ? railOn_ : railEdge_; }
   const QColor& knob(bool on) const { return on ? knobOn_ : knobOff_; }
@@ -40,7 +39,7 @@ class SettingsLook {
   QColor railOn_, railOff_, railEdge_, knobOn_, knobOff_;
 };
 
-// A widget that looks as the window does. dress() is called after each change of its value and of the look.
+// A widget with the look of the window. dress() is called after each change of its value and of the look.
 class Dressed {
  public:
   virtual ~Dressed() = default;

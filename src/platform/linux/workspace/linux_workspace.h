@@ -1,6 +1,6 @@
 // The applications of a Linux desktop: what desktop entries, processes and windows say together. An application's
 // "bundle identifier" is translated to the ids of desktop entries, and where it is installed is the entry's file.
-// Main thread only. Whoever makes the parts keeps them alive.
+// Main thread only. The constructor's arguments must outlive the object.
 #pragma once
 
 #include "platform/linux/apps/application_processes.h"

@@ -26,7 +26,7 @@ class X11Windows {
   virtual const std::vector<X11Window>& normalWindows() = 0;
 };
 
-// For whoever has no business with the screen.
+// For programs that need no windows.
 class NoX11Windows : public X11Windows {
  public:
   const std::vector<X11Window>& normalWindows() override { return none_; }
