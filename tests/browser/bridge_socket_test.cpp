@@ -1,5 +1,5 @@
-// The link's real socket, with bridges that behave and bridges that do not. The queue is the virtual one, which looks
-// at the real descriptors.
+// The real socket of the link, with bridges that behave well and bridges that do not. The queue is the virtual one,
+// which polls the real descriptors.
 #include "browser/bridge_socket.h"
 
 #include <fcntl.h>
@@ -45,7 +45,7 @@ class Bridge {
   void write(std::string_view bytes) const {
     ASSERT_EQ(::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
   }
-  // What has arrived by now.
+  // Everything that has arrived by now.
   std::string read() const {
     std::string all;
     std::array<char, 65536> bytes;
@@ -104,7 +104,7 @@ TEST_F(BridgeSocketTest, ABridgeIntroducesItsBrowserAndItsExtension) {
   EXPECT_EQ(changes, 2);
 }
 
-TEST_F(BridgeSocketTest, TheSocketIsItsUsersOnly) {
+TEST_F(BridgeSocketTest, OnlyTheUserCanUseTheSocket) {
   link->start();
   struct stat status {};
   ASSERT_EQ(::stat(path().c_str(), &status), 0);
@@ -128,13 +128,13 @@ TEST_F(BridgeSocketTest, AFileInTheSocketsPlaceIsReplaced) {
   EXPECT_TRUE(Bridge(path()).connected);
 }
 
-TEST_F(BridgeSocketTest, ASocketThatIsAnsweredIsNotTakenFromItsOwner) {
+TEST_F(BridgeSocketTest, ASocketOnWhichALinkListensIsNotReplaced) {
   link->start();
   BrowserLink second = test::makeLink(system, paths);
   second.start();
   const Bridge bridge = connect();
   EXPECT_THAT(second.connections, IsEmpty());
-  // The first link saw the second one's question and the bridge.
+  // The first link got two connections: the second link's attempt and the bridge.
   bridge.write("{\"type\":\"hello\"}\n");
   system.queue.drainDescriptors();
   EXPECT_THAT(bridge.read(), testing::StartsWith("{"));
@@ -181,7 +181,7 @@ TEST_F(BridgeSocketTest, BrokenLinesAreDroppedAndLaterOnesHandled) {
   EXPECT_THAT(reports, SizeIs(1));
 }
 
-TEST_F(BridgeSocketTest, AMillionNewlinesAreNothing) {
+TEST_F(BridgeSocketTest, AMillionNewlinesAreIgnored) {
   link->start();
   const Bridge bridge = connect();
   const std::string newlines(50'000, '\n');
@@ -209,7 +209,7 @@ TEST_F(BridgeSocketTest, ALineOfSixtyFourMebibytesIsRead) {
   EXPECT_EQ(reports[0]["title"].get<std::string>().size(), 64u << 20);
 }
 
-TEST_F(BridgeSocketTest, ABridgeThatGoesIsForgottenAndToldOfOnce) {
+TEST_F(BridgeSocketTest, ABridgeThatGoesIsForgottenAndReportedOnce) {
   link->start();
   Bridge first = connect();
   const Bridge second = connect();
@@ -225,7 +225,7 @@ TEST_F(BridgeSocketTest, ABridgeThatGoesIsForgottenAndToldOfOnce) {
   EXPECT_THAT(reports, SizeIs(1));
 }
 
-TEST_F(BridgeSocketTest, WritingToABridgeThatHasGoneKillsNobody) {
+TEST_F(BridgeSocketTest, WritingToABridgeThatHasGoneDoesNotEndTheProcess) {
   link->start();
   Bridge bridge = connect();
   bridge.close();
@@ -250,7 +250,7 @@ TEST_F(BridgeSocketTest, ABridgeThatNeverReadsIsShutDownAndNeverGetsHalfAMessage
   EXPECT_GT(received.size(), line.size());
   EXPECT_LT(received.size(), 1000 * line.size());
   for (std::size_t at = 0; at < received.size(); at += line.size())
-    ASSERT_TRUE(line.starts_with(received.substr(at, line.size()))) << "behind half a message nothing may come";
+    ASSERT_TRUE(line.starts_with(received.substr(at, line.size()))) << "nothing may follow half a message";
   EXPECT_TRUE(bridge.closed());
   system.queue.drainDescriptors();
   EXPECT_TRUE(closed);
@@ -273,7 +273,7 @@ TEST_F(BridgeSocketTest, AStormOfHellosFromABridgeThatNeverReadsEndsThatBridgeOn
   EXPECT_THAT(link->connections, SizeIs(1));
 }
 
-// As many descriptors as a test needs, until it ends.
+// Sets the limit of this process's descriptors for as long as the object lives.
 class DescriptorLimit {
  public:
   explicit DescriptorLimit(rlim_t limit) {
@@ -290,7 +290,7 @@ class DescriptorLimit {
 };
 
 TEST_F(BridgeSocketTest, AThousandBridgesAreHeard) {
-  const DescriptorLimit enough(4096);  // both ends are this process's
+  const DescriptorLimit enough(4096);  // both ends of each connection are in this process
   link->start();
   std::vector<Bridge> bridges;
   for (int i = 0; i < 1000; ++i) bridges.push_back(connect());
@@ -303,7 +303,7 @@ TEST_F(BridgeSocketTest, AThousandBridgesAreHeard) {
   EXPECT_EQ(changes, 1000);
 }
 
-TEST_F(BridgeSocketTest, WhoFindsNoRoomInTheProcessIsLetInLater) {
+TEST_F(BridgeSocketTest, ABridgeThatFindsNoFreeDescriptorIsAcceptedLater) {
 #ifdef TOLLVANE_SANITIZED
   GTEST_SKIP() << "the sanitizer's checks of types need descriptors themselves";
 #endif
@@ -329,7 +329,7 @@ TEST_F(BridgeSocketTest, StoppingClosesEverythingAndTakesTheSocketAway) {
   EXPECT_FALSE(Bridge(path()).connected);
 }
 
-TEST_F(BridgeSocketTest, ALinkThatEndsLeavesNothingBehind) {
+TEST_F(BridgeSocketTest, ALinkThatEndsClosesItsConnectionsAndRemovesTheSocket) {
   link->start();
   const Bridge bridge = connect();
   link.reset();
