@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void BM_MenuOfFiftySounds(benchmark::State& state) {
+void menuOfFiftySounds(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   std::vector<std::shared_ptr<SoundEvent>> events;
@@ -44,7 +44,7 @@ void BM_MenuOfFiftySounds(benchmark::State& state) {
     benchmark::DoNotOptimize(menu);
   }
 }
-BENCHMARK(BM_MenuOfFiftySounds)->Unit(benchmark::kMicrosecond);
+BENCHMARK(menuOfFiftySounds)->Unit(benchmark::kMicrosecond);
 
 constexpr std::size_t connections = 64;
 constexpr std::size_t messagesEach = 100;
@@ -72,9 +72,10 @@ class Clients {
   }
   void readAll() {
     std::array<char, 65536> bytes;
-    for (const auto& socket : sockets_)
+    for (const auto& socket : sockets_) {
       while (::recv(socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
       }
+    }
   }
   bool ok() const { return ok_; }
 
@@ -91,7 +92,7 @@ std::filesystem::path benchDirectory() {
   return name;
 }
 
-void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
+void linkWithSixtyFourBrowsers(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualPlatform system;
   system.locations.support = directory;
@@ -113,10 +114,10 @@ void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
   link.stop();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(BM_LinkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
+BENCHMARK(linkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
 
 // The same sockets and the same waiting; each read is only written back.
-void BM_EchoWithSixtyFourClients(benchmark::State& state) {
+void echoWithSixtyFourClients(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualClock clock;
   test::VirtualMainQueue queue(clock);
@@ -144,7 +145,7 @@ void BM_EchoWithSixtyFourClients(benchmark::State& state) {
   watches.clear();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(BM_EchoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
+BENCHMARK(echoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tollvane

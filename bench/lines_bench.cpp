@@ -101,7 +101,7 @@ std::size_t totalSize(const std::vector<std::string>& texts) {
   return size;
 }
 
-void BM_Watcher(benchmark::State& state) {
+void watcher(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
@@ -118,7 +118,7 @@ void BM_Watcher(benchmark::State& state) {
   }
   report(state, totalSize(input), events);
 }
-BENCHMARK(BM_Watcher)->ArgName("lines/read")->Arg(1)->Arg(100)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(watcher)->ArgName("lines/read")->Arg(1)->Arg(100)->Arg(10'000)->Unit(benchmark::kMillisecond);
 
 // --- the plain port
 // ---------------------------------------------------------------------------------------------------
@@ -178,7 +178,7 @@ class PlainPort {
   std::map<std::string, Instant> lastSeen_;
 };
 
-void BM_PlainPort(benchmark::State& state) {
+void plainPort(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   PlainPort port(system.clock, resolver);
@@ -194,7 +194,7 @@ void BM_PlainPort(benchmark::State& state) {
   }
   report(state, totalSize(input), events);
 }
-BENCHMARK(BM_PlainPort)->ArgName("lines/read")->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(plainPort)->ArgName("lines/read")->Arg(100)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -15,7 +15,7 @@ draw() {
   for tone in light dark; do
     QT_QPA_PLATFORM=offscreen "$probe" "$work/$tone.png" "$tone" "$@"
   done
-  convert "$work/light.png" "$work/dark.png" +append -strip +dither -colors 64 "PNG8:$out/alert-$name.png"
+  convert "$work/light.png" "$work/dark.png" +append -strip +dither -colors 64 "PNG8:$out/$name.png"
 }
 
 browser_closed=("Firefox is closed"
@@ -34,4 +34,4 @@ draw endless "$endless is closed" "$endless made this sound but isn't open anymo
 title=$(printf 'A <b>long</b> title & more %.0s' {1..400})
 draw title "Firefox is closed" "The tab that made this sound ($title) is gone because Firefox has been quit since." OK
 QT_SCALE_FACTOR=2 QT_QPA_PLATFORM=offscreen "$probe" "$work/2x.png" light "${browser_closed[@]}"
-convert "$work/2x.png" -strip +dither -colors 64 "PNG8:$out/alert-browser-closed-2x.png"
+convert "$work/2x.png" -strip +dither -colors 64 "PNG8:$out/browser-closed-2x.png"

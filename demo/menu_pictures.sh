@@ -91,7 +91,7 @@ take() {
 finish() {
   local name=$1
   shift
-  convert "$@" +append -strip +dither -colors 32 -define png:compression-level=9 "PNG8:$output/menu-$name.png"
+  convert "$@" +append -strip +dither -colors 32 -define png:compression-level=9 "PNG8:$output/$name.png"
 }
 
 scenarios=(none five six fifty tabs hint update)

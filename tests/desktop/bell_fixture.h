@@ -32,7 +32,7 @@ inline bool waitUntilOnTheBus(const std::function<bool()>& condition) {
 class TestBus {
  public:
   explicit TestBus(const PrivateDesktop& desktop)
-      : name_(QStringLiteral("test-%1").arg(++made_)),
+      : name_(QStringLiteral("test-%1").arg(nextNumber())),
         bus_(QDBusConnection::connectToBus(QString::fromStdString(desktop.busAddress()), name_)) {
     if (!bus_.isConnected()) throw std::runtime_error("no connection to the private bus");
   }
@@ -44,7 +44,11 @@ class TestBus {
   QDBusConnection* operator->() { return &bus_; }
 
  private:
-  static inline int made_ = 0;
+  static int nextNumber() {
+    static int last = 0;
+    return ++last;
+  }
+
   QString name_;
   QDBusConnection bus_;
 };

@@ -65,9 +65,10 @@ class Probe : public QObject {
     auto* menu = qobject_cast<MenuWidget*>(watched);
     if (menu && event->type() == QEvent::Show)
       say((openedBelow(*menu) ? "opened-below " : "opened ") + text(menu->geometry()));
-    if (menu && event->type() == QEvent::Paint)
+    if (menu && event->type() == QEvent::Paint) {
       QMetaObject::invokeMethod(
           this, [] { say("painted"); }, Qt::QueuedConnection);
+    }
     if (menu && event->type() == QEvent::Hide && !openedBelow(*menu)) {
       say("closed");
       sayWhenGone(*menu);
@@ -114,9 +115,10 @@ class Probe : public QObject {
       if (const MenuWidget* menu = openMenu(false)) say("menu " + text(menu->geometry()));
       if (const MenuWidget* menu = openMenu(true)) say("submenu " + text(menu->geometry()));
     }
-    if (command == "scheme" && line >> argument)
+    if (command == "scheme" && line >> argument) {
       QApplication::setPalette(
           paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    }
     if (command == "repeat") {
       int times = 0;
       line >> times;

@@ -67,9 +67,10 @@ class Probe {
     if (command == "scroll") bar->setValue(std::stoi(argument));
     if (command == "top") bar->setValue(bar->minimum());
     if (command == "bottom") bar->setValue(bar->maximum());
-    if (command == "scheme")
+    if (command == "scheme") {
       QApplication::setPalette(
           paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    }
     if (command == "font") {
       std::istringstream wish(argument);
       double points = 0;

@@ -33,8 +33,8 @@ void offered(void*, wl_registry* registry, std::uint32_t name, const char* inter
 int main(int argc, char** argv) {
   wl_display* display = wl_display_connect(nullptr);
   if (argc != 3 || display == nullptr) return 2;
-  const auto width = static_cast<std::uint32_t>(std::atoi(argv[1]));
-  const auto height = static_cast<std::uint32_t>(std::atoi(argv[2]));
+  const auto width = static_cast<std::uint32_t>(std::stoul(argv[1]));
+  const auto height = static_cast<std::uint32_t>(std::stoul(argv[2]));
   constexpr wl_registry_listener listener{offered, [](void*, wl_registry*, std::uint32_t) {}};
   wl_registry_add_listener(wl_display_get_registry(display), &listener, nullptr);
   wl_display_roundtrip(display);

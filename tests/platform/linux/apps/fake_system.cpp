@@ -54,7 +54,7 @@ fs::path FakeSystem::entry(std::string_view id, std::string_view text, std::stri
       whole += c;
     }
   }
-  const fs::path file = at(folder) + "/applications/" + std::string(id) + ".desktop";
+  fs::path file = at(folder) + "/applications/" + std::string(id) + ".desktop";
   writeFile(file, whole);
   return file;
 }
