@@ -9,7 +9,7 @@ from firefox import Firefox
 
 def browser_of_this_run():
     """The class of the browser that the first argument names. Ends with 77 if the browser is not installed.
-    
+
     The other arguments are left for unittest.
     """
     kind = {kind.name: kind for kind in (Chromium, Firefox)}[sys.argv.pop(1)]
