@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every figure that Tollvane claims, each beside its baseline in the same run:
-#   bench.sh BUILD      BUILD: a release build, such as build/release
+# Prints every figure that Tollvane claims, each beside its baseline from the same run:
+#   bench.sh BUILD      BUILD: the directory of a release build, such as build/release
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 build=$(realpath "$1")

@@ -1,4 +1,4 @@
-// What Tollvane's core does between the outside and the screen: the menu's tree, and the messages of the browsers.
+// Measures parts of Tollvane's core: making the menu's tree, and handling messages of browsers.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -49,10 +49,10 @@ BENCHMARK(menuOfFiftySounds)->Unit(benchmark::kMicrosecond);
 constexpr std::size_t connections = 64;
 constexpr std::size_t messagesEach = 100;
 
-// Sixty-four clients of one listening socket, each with its messages waiting.
+// Sixty-four clients of one listening socket, which have all sent their messages.
 class Clients {
  public:
-  // `accept` lets the listener take each client in: its queue is shorter than the number of clients.
+  // `accept` lets the listener accept each client at once, because its queue is shorter than the number of clients.
   Clients(const std::string& path, const std::function<void()>& accept) {
     const std::string message =
         R"({"type":"audible","tabId":1734,"title":"The title of a page","host":"www.example.org"})";
@@ -116,7 +116,7 @@ void linkWithSixtyFourBrowsers(benchmark::State& state) {
 }
 BENCHMARK(linkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
 
-// The same sockets and the same waiting; each read is only written back.
+// The baseline: the same sockets and the same waiting, but everything that is read is only written back.
 void echoWithSixtyFourClients(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualClock clock;

@@ -1,6 +1,6 @@
-// From the bytes that the log tool prints to sound events, beside a plain port of the same: a DOM parser for every line
-// and regular expressions compiled at each call. The corpus is of lines of about 900 bytes, of which a quarter are of
-// sounds; every one of those becomes an event.
+// Measures how fast the bytes of the log tool become sound events. The baseline is a plain port, which parses every
+// line into a DOM and compiles its regular expressions at each call. The lines are about 900 bytes long; a quarter of
+// them report sounds, and each of these becomes an event.
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t corpusLines = 10'000;
 constexpr std::size_t lineLength = 900;
 
-// A line as the system's log tool prints it, padded in the sender's path to the usual length.
+// A line as the system's log tool prints it. The sender's path is padded, so that the line has the usual length.
 std::string wholeLine(std::string_view process, std::string_view message) {
   nlohmann::ordered_json line{
       {"traceID", 30786325626388484},
@@ -114,7 +114,7 @@ void watcher(benchmark::State& state) {
   const auto input = reads(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
     for (const auto& read : input) system.children.last().print(read);
-    system.clock.advance(2s);  // or everything would be a repeat
+    system.clock.advance(2s);  // otherwise every sound would be a repeat
   }
   report(state, totalSize(input), events);
 }

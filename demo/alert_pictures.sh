@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: alert_pictures.sh OUT_DIR [BUILD_DIR]
-# Draws each alert that going to a sound's source may end in, light and dark beside each other; one at scale 2, and those
-# of a name and of a title that know no end.
+# Draws each alert that may appear when the user goes to the source of a sound, light and dark side by side; also one at
+# scale 2, and those with an endless name and an endless title.
 set -euo pipefail
 out=$1
 probe=${2:-build/release}/tests/probes/alert_probe

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# All pictures of the README and of docs/:
-#   all_pictures.sh SCREENSHOTS BUILD OUTPUT    SCREENSHOTS: what demo.sh left; BUILD: such as build/release
+# Makes all pictures of the README and of docs/:
+#   all_pictures.sh SCREENSHOTS BUILD OUTPUT    SCREENSHOTS: the output of demo.sh; BUILD: for example build/release
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 screenshots=$1 build=$2 output=$3

@@ -1,5 +1,5 @@
-// The browser link's socket under arbitrary bytes: whatever a bridge sends, in writes of whatever size, every line that
-// is a JSON object is handled, in order, nothing else is, and the link lives on.
+// Feeds the socket of the browser link arbitrary bytes, in writes of any size. It must handle every line that is a JSON
+// object, in order, and nothing else, and it must not stop working.
 
 #include <sys/socket.h>
 
@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What has to be heard of these bytes.
+// The messages that must be handled for this input.
 std::vector<std::string> expected(std::string_view input) {
   std::vector<std::string> messages;
   for (auto end = input.find('\n'); end != std::string_view::npos; end = input.find('\n')) {
@@ -69,7 +69,7 @@ void check(std::string_view input, std::size_t pieceSize) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 2) return 0;
-  // The first byte says how large the writes are. Larger ones would not fit into the socket at once.
+  // The first byte decides the size of the writes. Larger writes would not fit into the socket at once.
   const std::string_view input(reinterpret_cast<const char*>(data) + 1, size - 1);
   tollvane::check(input, 1 + data[0] * 16u);
   return 0;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The compiled files of a build directory that are ours to judge, one a line: lint/units.py BUILD
+"""Prints the compiled files of a build directory that we wrote, one a line: lint/units.py BUILD
 
-Qt's generated code and C code of protocols are left out."""
+Qt's generated code and the C code of protocols are left out."""
 import json
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-// What the browser starts: as a service worker in the Chromium family, as an event page in Firefox.
+// The browser starts this script: as a service worker in the Chromium family, as an event page in Firefox.
 
 import { Companion } from './companion.js';
 

@@ -1,8 +1,8 @@
-// The whole extension, put together: listens to the browser and to Tollvane, and lets the parts do the work.
+// Puts the parts of the extension together: listens to the browser and to Tollvane, and lets the parts do the work.
 //
-// start() must run to its end before the background script returns to the browser, which otherwise does not know that
-// it has to wake the script for these events. It also connects: whatever event wakes a stopped background restores the
-// link. The parts wait for memory.ready themselves where they need what an earlier background knew.
+// start() must run to its end before the background script returns to the browser. Otherwise the browser does not know
+// that these events must wake the script. It also connects, so every event that wakes a stopped background restores the
+// link. The parts themselves wait for memory.ready if they need what an earlier background knew.
 
 import { KnownTabs } from './known_tabs.js';
 import { Link } from './link.js';
@@ -62,7 +62,7 @@ export class Companion {
     action.onClicked.addListener(() => runtime.openOptionsPage());
     permissions.onAdded.addListener(() => this.#marks.apply());
     permissions.onRemoved.addListener(() => this.#marks.apply());
-    // Answered through the callback: not every browser waits for a promise here.
+    // Answers through the callback, because not every browser waits for a promise here.
     runtime.onMessage.addListener((message, sender, answer) => {
       if (message?.type !== 'status') return false;
       this.#memory.ready.then(() => answer({ linked: this.#link.isOpen, markTabs: this.#marks.wanted }));
@@ -72,11 +72,11 @@ export class Companion {
 
   #listenToLife() {
     const { alarms, runtime } = this.#api;
-    // Nothing to do for these two: that they are listened to is what starts the background.
+    // These two have nothing to do: the browser starts the background because it listens to them.
     runtime.onStartup.addListener(() => {});
     runtime.onInstalled.addListener(() => {});
     alarms.onAlarm.addListener((alarm) => this.#link.onAlarm(alarm));
-    // The open link keeps this background from ever being idle, so an update would wait for the browser's end.
+    // The open link never lets this background become idle, so an update would wait until the browser ends.
     runtime.onUpdateAvailable.addListener(async () => {
       await this.#memory.ready;
       await this.#marks.withdraw();
@@ -94,7 +94,7 @@ export class Companion {
     if (change.status === 'complete') this.#marks.loaded(tab.id);
   }
 
-  // The report is sent at once: it is only what becomes of a later "focus" that needs the memory.
+  // The report is sent at once. The memory is only needed for a later "focus".
   #report(tab) {
     this.#link.send(reportOf(tab));
     this.#memory.ready.then(() => this.#known.add(tab.id));
@@ -116,7 +116,7 @@ export class Companion {
   async #settings({ markTabs }) {
     if (typeof markTabs !== 'boolean') return;
     const turnedOn = await this.#marks.want(markTabs);
-    // The only moment at which access to the pages is brought up without being looked for.
+    // Only here the extension asks for access to the pages by itself.
     if (turnedOn && !(await this.#marks.allowed())) await this.#api.runtime.openOptionsPage();
   }
 
@@ -139,7 +139,7 @@ export class Companion {
       const tab = await this.#api.tabs.update(id, { active: true });
       await this.#api.windows.update(tab.windowId, { focused: true });
     } catch {
-      return false;  // closed
+      return false;  // the tab is closed
     }
     this.#marks.visited(id);
     return true;

@@ -1,7 +1,7 @@
-// The tabs that were reported in this run of the browser, by the id that they were reported under. Other ids are never
-// followed: after a restart of the browser an old id may be another tab's.
+// The tabs that were reported in this run of the browser, by the ids with which they were reported. Other ids are never
+// used, because after a restart of the browser an old id may belong to another tab.
 //
-// Use after memory.ready.
+// Wait for memory.ready before use.
 
 export class KnownTabs {
   #memory;
@@ -10,7 +10,7 @@ export class KnownTabs {
     this.#memory = memory;
   }
 
-  // The id that the tab has now; undefined for one that was never reported or is closed.
+  // The present id of the tab that was reported as `reported`; undefined if no such tab was reported, or it is closed.
   find(reported) {
     const ids = this.#ids();
     return Number.isSafeInteger(reported) && Object.hasOwn(ids, reported) ? ids[reported] : undefined;
@@ -21,7 +21,7 @@ export class KnownTabs {
     this.#memory.set('reported', { ...this.#ids(), [id]: id });
   }
 
-  // A discarded tab comes back under another id.
+  // A discarded tab comes back with another id.
   replace(removed, added) {
     this.#change((current) => (current === removed ? added : current));
   }

@@ -1,7 +1,7 @@
-// The way to Tollvane: a port to its bridge, which the browser starts. Introduces the extension on each new port, and
-// comes back when the port breaks: soon at first, then ever later, and at last once a minute by an alarm, because
-// the browser stops a background that only waits. While Tollvane is not running its bridge waits for it, so that the
-// port stays open and none of this is needed.
+// The link to Tollvane: a port to its bridge, which the browser starts. Introduces the extension on each new port.
+// Connects again when the port breaks: soon at first, then later and later, and at last once a minute by an alarm,
+// because the browser stops a background that only waits. While Tollvane is not running, its bridge waits for it, so
+// the port stays open.
 
 const HOST = 'com.quarnel.tollvane';
 const ALARM = 'reconnect';
@@ -18,7 +18,7 @@ export class Link {
   #openedAt = 0;
   #timer;
 
-  // `received` gets what Tollvane says; it may return a promise, whose failure is nobody's business.
+  // `received` is called with each message of Tollvane. It may return a promise, whose failure is ignored.
   constructor(api, clock, memory, received) {
     this.#api = api;
     this.#clock = clock;
@@ -47,19 +47,19 @@ export class Link {
       if (port === this.#port) Promise.resolve(this.#received(message)).catch(() => {});
     });
     port.onDisconnect.addListener(() => {
-      void runtime.lastError;  // read, or the browser reports an unchecked error
+      void runtime.lastError;  // if it is not read, the browser reports an unchecked error
       if (port === this.#port) this.#closed();
     });
     this.#memory.ready.then(() => this.#tellOfChange());
     this.send({ type: 'hello', version: runtime.getManifest().version });
   }
 
-  // What cannot be sent is lost: nobody wants to hear late of a sound.
+  // A message that cannot be sent is dropped, because a late report of a sound is useless.
   send(message) {
     try {
       this.#port?.postMessage(message);
     } catch {
-      // The port is breaking, and says so itself.
+      // The port breaks; onDisconnect follows.
     }
   }
 

@@ -1,7 +1,7 @@
-// What the options page says, as plain values.
+// The texts and states of the options page, as plain values.
 //
-// `linked`: the bridge is there; undefined while nobody has answered. `markTabs`: Tollvane's own setting; undefined
-// until Tollvane has told it. `allowed`: the user has given access to the pages.
+// `linked`: whether the port to the bridge is open; undefined until the background has answered. `markTabs`: Tollvane's
+// setting; undefined until Tollvane has sent it. `allowed`: whether the user has given access to pages.
 
 export function describe({ linked, markTabs, allowed }) {
   return { ...link(linked), switchedOn: allowed, hint: hint(markTabs, allowed) };

@@ -1,10 +1,10 @@
-// Tells when a tab begins to be heard. A muted tab is not heard, and browsers differ in what they say about one:
-// Chromium calls it audible all the same, Firefox tells of its sound again when it is unmuted.
+// Tells when a tab begins to be heard. A muted tab is not heard. Browsers report it differently: Chromium still calls
+// it audible, Firefox reports its sound again when it is unmuted.
 
 export class SoundingTabs {
   #heard = new Set();
 
-  // `change` and `tab` as tabs.onUpdated gives them. True once for each time the tab begins to be heard.
+  // `change` and `tab` come from tabs.onUpdated. True once each time the tab begins to be heard.
   starts(change, tab) {
     if (change.audible === undefined && change.mutedInfo === undefined) return false;
     const heard = tab.audible === true && !tab.mutedInfo?.muted;

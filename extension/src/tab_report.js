@@ -1,4 +1,4 @@
-// What Tollvane is told about a tab.
+// The report about a tab that is sent to Tollvane.
 
 const LONGEST_TITLE = 1000;
 
@@ -6,13 +6,13 @@ export function reportOf(tab) {
   return { type: 'audible', tabId: tab.id, title: titleOf(tab), host: hostOf(tab.url) };
 }
 
-// Always without a note in front: it may be our mark, even one that an earlier background made.
+// The title without a note in front, which may be our mark, even one that an earlier background made.
 function titleOf(tab) {
   const title = (tab.title ?? '').replace(/^♪(?: |$)/u, '').slice(0, LONGEST_TITLE);
-  return title.replace(/\p{Surrogate}/gu, '\u{fffd}');  // half a character is no text to strict readers
+  return title.replace(/\p{Surrogate}/gu, '\u{fffd}');  // strict parsers refuse half a character
 }
 
-// The browser's own pages and extensions have something that looks like a host; it would tell nobody anything.
+// Only for pages of the web: the host of a browser's own page or of an extension means nothing to the user.
 function hostOf(address) {
   try {
     const url = new URL(address);

@@ -1,5 +1,5 @@
-// A browser as the extension sees it through its API, in memory: tabs, windows, storage, permissions, alarms and the
-// ports to the native host. `api` is what the extension is given; everything else is the test's hand on it.
+// A fake browser in memory, as the extension sees it through its API: tabs, windows, storage, permissions, alarms and
+// ports to the native host. The extension gets `api`; the test uses everything else.
 
 import { Companion } from '../src/companion.js';
 import { settle } from './virtual_clock.js';
@@ -13,7 +13,7 @@ class Event {
   }
 }
 
-// Values pass through it as through the real one: only what JSON can hold.
+// A storage area. As in a real one, values are converted to JSON and back.
 class Area {
   values = {};
   broken = false;
@@ -57,8 +57,8 @@ export class FakeBrowser {
   siteAccess = false;
   optionsOpened = 0;
   reloads = 0;
-  injected = [];  // ids of the tabs that the page script was put into
-  marked = new Set();  // ids of the tabs whose page holds the mark
+  injected = [];  // ids of the tabs into which the page script was injected
+  marked = new Set();  // ids of the tabs whose page has the mark
   beforeInjection = () => {};
 
   constructor(clock) {
@@ -139,7 +139,7 @@ export class FakeBrowser {
   mute = (id) => this.update(id, { mutedInfo: { muted: true } });
   unmute = (id) => this.update(id, { mutedInfo: { muted: false } });
 
-  // A page that loads has none of the old one's scripts.
+  // A newly loaded page has no scripts of the old one.
   async load(id) {
     this.marked.delete(id);
     await this.update(id, { status: 'complete' });

@@ -17,7 +17,7 @@ beforeEach(async () => {
   browser.openTab(8, { windowId: 2 });
 });
 
-// Whether the extension says that it brought the tab forward.
+// Sends "focus" and returns whether the extension says that it brought the tab forward.
 async function focus(tabId) {
   const req = ++requests;
   await browser.says({ type: 'focus', req, tabId });
@@ -52,13 +52,13 @@ test('a tab that moved to another window is brought forward there', async () => 
   assert.ok(browser.windows.get(2).focused);
 });
 
-test('a closed tab is not', async () => {
+test('a closed tab is not brought forward', async () => {
   await browser.sound(7);
   await browser.close(7);
   assert.equal(await focus(7), false);
 });
 
-test('a tab whose closing was not told is not', async () => {
+test('a tab whose closing was not reported is not brought forward', async () => {
   await browser.sound(7);
   browser.tabs.delete(7);
   assert.equal(await focus(7), false);
@@ -99,7 +99,7 @@ test('a discarded tab is found under its new id', async () => {
   assert.ok(browser.tabs.get(70).active);
 });
 
-test('also when it was discarded twice, with a stopped background in between', async () => {
+test('a tab that was discarded twice is found, even if the background was stopped in between', async () => {
   await browser.sound(7);
   await browser.discard(7, 70);
   await browser.restartBackground();

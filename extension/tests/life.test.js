@@ -1,4 +1,4 @@
-// What outlives what: updates of the extension, the status for the options page, the button.
+// Tests of updates of the extension, of the status for the options page, and of the button.
 
 import assert from 'node:assert/strict';
 import { beforeEach, test } from 'node:test';
@@ -19,7 +19,7 @@ beforeEach(async () => {
   browser.openTab(7);
 });
 
-// The browser has a new version of the extension, and runs it as soon as the old one lets it.
+// The browser has a new version of the extension, and runs it when the old one reloads.
 async function update({ after = 500 } = {}) {
   browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
   await settle();
@@ -35,13 +35,13 @@ const ok = async () => {
   return browser.sent.at(-1).ok;
 };
 
-test('an update is let in at once', async () => {
+test('an update is installed at once', async () => {
   browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
   await settle();
   assert.equal(browser.reloads, 1);
 });
 
-test('an update comes back, and says hello', async () => {
+test('an updated extension connects again, and says hello', async () => {
   await update();
   assert.equal(browser.sent[0].type, 'hello');
 });
@@ -67,7 +67,7 @@ test('an update takes its marks out of the pages, and puts them in again', async
   assert.equal(browser.marked.size, 0);
 });
 
-test('what an update carried over is used once', async () => {
+test('values carried over by an update are used once', async () => {
   await browser.sound(7);
   await update();
   assert.deepEqual(browser.local.values, {});
@@ -76,14 +76,14 @@ test('what an update carried over is used once', async () => {
   assert.equal(await ok(), false);
 });
 
-test('what was carried over long ago is another run of the browser, and dropped', async () => {
+test('values carried over long ago belong to another run of the browser, and are dropped', async () => {
   await browser.sound(7);
   await update({ after: 61_000 });
   assert.equal(await ok(), false);
   assert.deepEqual(browser.local.values, {});
 });
 
-test('a clock that was set back does not make it fresh', async () => {
+test('a clock that was set back does not make old values valid', async () => {
   await browser.sound(7);
   await update({ after: -3_600_000 });
   assert.equal(await ok(), false);
@@ -100,7 +100,7 @@ test('the button opens the options page', () => {
   assert.equal(browser.optionsOpened, 1);
 });
 
-test('the options page is told of the link and of the setting', async () => {
+test('the options page gets the state of the link and the setting', async () => {
   assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: undefined });
   await browser.says({ type: 'settings', markTabs: true });
   assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: true });
@@ -108,7 +108,7 @@ test('the options page is told of the link and of the setting', async () => {
   assert.deepEqual(await browser.ask({ type: 'status' }), { linked: false, markTabs: true });
 });
 
-test('a change of the link is in session storage, where the options page sees it', async () => {
+test('a change of the link is put into session storage, which the options page watches', async () => {
   assert.equal(browser.session.values.linked, true);
   await browser.hostExits();
   assert.equal(browser.session.values.linked, false);

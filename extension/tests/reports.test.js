@@ -68,7 +68,7 @@ test('unmuting a sounding tab is the beginning of a sound', async () => {
   assert.deepEqual(reportedIds(), [7]);
 });
 
-test('unmuting a silent tab is not', async () => {
+test('unmuting a silent tab is not the beginning of a sound', async () => {
   browser.openTab(7);
   await browser.mute(7);
   await browser.unmute(7);
@@ -133,7 +133,7 @@ test('a tab that was closed while it sounded leaves nothing behind under its id'
   assert.deepEqual(reportedIds(), [7, 7]);
 });
 
-test('nor does one that was discarded', async () => {
+test('a tab that was discarded while it sounded leaves nothing behind under its id', async () => {
   browser.openTab(7);
   await browser.sound(7);
   await browser.discard(7, 70);

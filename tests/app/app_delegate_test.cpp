@@ -43,7 +43,7 @@ TEST_F(AppDelegateTest, ASoundFillsTheBellAndGoesToTheHistory) {
   EXPECT_EQ(system.files.contents.begin()->second, "2025-01-31 14:05:09\tMail\tstarted playing audio\t\n");
 }
 
-TEST_F(AppDelegateTest, AReportOfAConnectionGivesTheSoundItsTabAndRefreshesTheBell) {
+TEST_F(AppDelegateTest, AReportFromAConnectionGivesTheSoundItsTabAndRefreshesTheBell) {
   delegate->applicationDidFinishLaunching();
   system.children.last().print(test::outputStarted("Firefox", 4242));
   test::RecordingConnection firefox(Browser::firefox);
@@ -51,7 +51,7 @@ TEST_F(AppDelegateTest, AReportOfAConnectionGivesTheSoundItsTabAndRefreshesTheBe
   EXPECT_EQ(system.statusBar.shown.toolTip, "Last sound: Inbox  (h) at 2:05:09 PM · 1 unseen");
 }
 
-TEST_F(AppDelegateTest, AReportOfAConnectionThatDidNotSayWhoItIsIsIgnored) {
+TEST_F(AppDelegateTest, AReportFromAnUnidentifiedConnectionIsIgnored) {
   delegate->applicationDidFinishLaunching();
   test::RecordingConnection nobody(Browser::firefox);
   nobody.bundleID.reset();

@@ -40,7 +40,7 @@ TEST_F(HistoryTest, TextsAreWrittenAsTheyAre) {
   EXPECT_EQ(content(), "2025-01-31 14:05:09\ta\tb\nc\talert sound\t\n");
 }
 
-TEST_F(HistoryTest, AFullOrReadOnlyDiskLosesTheLineInSilence) {
+TEST_F(HistoryTest, OnAFullOrReadOnlyDiskTheLineIsLostWithoutAnError) {
   append("Mail");
   const std::string before = content();
   system.files.full = true;

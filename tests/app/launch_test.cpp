@@ -1,4 +1,4 @@
-// The launch: its order, the first one and later ones, the settings window, the hourly check.
+// The launch: the order of its steps, the first launch and later ones, the settings window, the hourly check.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -47,13 +47,13 @@ TEST_F(LaunchTest, TheFirstLaunchRegistersAtLoginAndWelcomes) {
   EXPECT_TRUE(system.application.frontmost);
 }
 
-TEST_F(LaunchTest, ALaterLaunchDoesNeither) {
+TEST_F(LaunchTest, ALaterLaunchNeitherRegistersNorWelcomes) {
   launchAgain();
   EXPECT_EQ(system.login.changes, 0);
   EXPECT_THAT(windows(), IsEmpty());
 }
 
-TEST_F(LaunchTest, WhoIsRegisteredAlreadyIsNotRegisteredAgain) {
+TEST_F(LaunchTest, AProgramThatIsRegisteredIsNotRegisteredAgain) {
   system.login.state = LoginStatus::enabled;
   launch();
   EXPECT_EQ(system.login.changes, 0);
@@ -77,7 +77,7 @@ TEST_F(LaunchTest, ReopeningShowsTheSettingsAndSaysYes) {
   EXPECT_EQ(windows()[0]->broughtForward, 2);
 }
 
-TEST_F(LaunchTest, AWindowThatBeganAsTheWelcomeStaysIt) {
+TEST_F(LaunchTest, ReopeningAWelcomeWindowKeepsTheWelcome) {
   launch();
   delegate->openSettings();
   ASSERT_THAT(windows(), SizeIs(1));
@@ -117,14 +117,14 @@ TEST_F(LaunchTest, ABrowserThatConnectsShowsInTheWindow) {
   EXPECT_EQ(std::get<ui::Image>(row.controls[0]).symbolName, "checkmark.circle.fill");
 }
 
-TEST_F(LaunchTest, MarkingTabsIsToldToEveryExtensionAtOnce) {
+TEST_F(LaunchTest, EveryExtensionIsToldAtOnceThatTabsAreToBeMarked) {
   launchAgain();
   const auto firefox = connect(Browser::firefox);
   delegate->settingsModel().setMarkTabs(true);
   EXPECT_THAT(firefox->sent, ElementsAre(Message{{"type", "settings"}, {"markTabs", true}}));
 }
 
-TEST_F(LaunchTest, SafarisStateIsAskedAndThenEverybodyIsToldTheSettings) {
+TEST_F(LaunchTest, SafariIsAskedForItsStateAndThenEveryExtensionGetsTheSettings) {
   system.safari.state = true;
   launchAgain();
   EXPECT_THAT(system.safari.sent, IsEmpty());
@@ -146,7 +146,7 @@ TEST_F(LaunchTest, UpdatesAreCheckedAtTheStartAndEveryHour) {
   EXPECT_THAT(system.http.requests, SizeIs(3));
 }
 
-TEST_F(LaunchTest, TheHourlyCheckEndsWithTheController) {
+TEST_F(LaunchTest, TheHourlyCheckEndsWithTheDelegate) {
   launchAgain();
   delegate.reset();
   system.queue.advance(10h);
@@ -161,7 +161,7 @@ TEST_F(LaunchTest, ALegacyAgentIsMigrated) {
   EXPECT_EQ(system.login.state, LoginStatus::enabled);
 }
 
-TEST_F(LaunchTest, BrowserRowsSayHowInstalledBrowsersStand) {
+TEST_F(LaunchTest, BrowserRowsTellTheStateOfInstalledBrowsers) {
   launchAgain();
   EXPECT_THAT(browserRows(delegate->link(), system.workspace), IsEmpty());
   for (const Browser browser : {Browser::safari, Browser::brave, Browser::chromium, Browser::firefox})
@@ -179,7 +179,7 @@ TEST_F(LaunchTest, BrowserRowsSayHowInstalledBrowsersStand) {
   EXPECT_EQ(browserRows(delegate->link(), system.workspace)[3], (BrowserRow{"safari", "Safari", "Connected", true}));
 }
 
-TEST_F(LaunchTest, TheModelsRowsAreThoseOfTheLink) {
+TEST_F(LaunchTest, TheSettingsModelGetsTheBrowserRows) {
   launchAgain();
   system.workspace.installed["com.brave.Browser"] = "/apps/x";
   delegate->settingsModel().refresh();

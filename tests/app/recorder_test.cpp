@@ -61,7 +61,7 @@ TEST_F(RecorderTest, ABrowserIsKnownByTheNameThatTheSystemGivesItOrByItsOwn) {
   EXPECT_EQ(browserOf("Firefox"), Browser::firefox);
   EXPECT_EQ(browserOf("firefox"), std::nullopt);
   EXPECT_EQ(browserOf("FIREFOX"), std::nullopt);
-  EXPECT_EQ(browserOf("org.mozilla.firefox"), Browser::firefox);  // what an unknown identifier is called
+  EXPECT_EQ(browserOf("org.mozilla.firefox"), Browser::firefox);  // an unknown application is called by its identifier
   EXPECT_EQ(browserOf("Mail"), std::nullopt);
 }
 
@@ -87,7 +87,7 @@ TEST_F(RecorderTest, AReportFillsTheNewestSoundOfItsBrowser) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(RecorderTest, ASecondReportFillsTheOlderSoundThatStillWaits) {
+TEST_F(RecorderTest, ASecondReportFillsAnOlderSoundWithoutATab) {
   const auto first = sound("Google Chrome");
   system.queue.advance(1s);
   const auto second = sound("Google Chrome");
@@ -126,10 +126,10 @@ TEST_F(RecorderTest, AReportFourSecondsAfterTheSoundBecomesASoundOfItsOwn) {
   EXPECT_EQ(own.kind, "started playing audio");
   EXPECT_EQ(own.tabTitle, "Video");
   EXPECT_EQ(own.browser, Browser::firefox);
-  EXPECT_EQ(own.app, "org.mozilla.firefox");  // not installed here: nobody knows a better name
+  EXPECT_EQ(own.app, "org.mozilla.firefox");  // not installed here, so its name is not known
 }
 
-TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsBrowserIsCalled) {
+TEST_F(RecorderTest, AReportWithoutASoundGetsTheNameOfItsBrowser) {
   system.workspace.addRunning(500, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
   report(Browser::firefox, "Video");
   system.queue.advance(2500ms);
@@ -264,7 +264,7 @@ TEST_F(RecorderTest, ABrowserSoundThatFoundItsTabIsInTheHistoryAtOnce) {
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\tVideo  (example.org)\n");
 }
 
-TEST_F(RecorderTest, ABrowserSoundWithoutTabIsInTheHistoryAllTheSame) {
+TEST_F(RecorderTest, ABrowserSoundWithoutATabIsStillInTheHistory) {
   sound("Firefox");
   system.queue.advance(4s);
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\t\n");

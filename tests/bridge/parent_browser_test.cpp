@@ -42,7 +42,7 @@ TEST(ParentBrowserTest, ProgramsOfSnapsAreKnown) {
   EXPECT_EQ(ofProgram("/var/lib/snapd/snap/brave/401/opt/brave.com/brave/brave"), "com.brave.Browser");
 }
 
-TEST(ParentBrowserTest, OtherProgramsAreNot) {
+TEST(ParentBrowserTest, OtherProgramsAreUnknown) {
   for (const auto* path : {"", "/bin/bash", "/usr/bin/firefox-like", "/opt/librewolf/librewolf", "/home/u/chrome"})
     EXPECT_EQ(ofProgram(path), "") << path;
 }
@@ -57,14 +57,14 @@ TEST(ParentBrowserTest, AFlatpakTellsItsName) {
   EXPECT_EQ(ofFlatpak("[Runtime]\nname=com.brave.Browser\n"), "com.brave.Browser");
 }
 
-TEST(ParentBrowserTest, AFlatpaksFileIsNotTrustedWithMoreThanAName) {
+TEST(ParentBrowserTest, AFlatpaksFileWithoutAValidNameIsIgnored) {
   for (const auto* info : {"", "[", "name=org.mozilla.firefox", "[Application]\n[Context]\nname=org.mozilla.firefox\n",
                            "[Application]\nname=\n", "[Application]\nname=a\"},{\"b\n", "[Application]\nname=a b\n"})
     EXPECT_EQ(bundleIdentifier({.flatpakInfo = info}), "") << info;
   EXPECT_EQ(bundleIdentifier({.flatpakInfo = "[Application]\nname=" + std::string(256, 'a')}), "");
 }
 
-TEST(ParentBrowserTest, AHintCountsOnlyWhereTheProgramIsUnknown) {
+TEST(ParentBrowserTest, AHintCountsOnlyIfTheProgramIsUnknown) {
   EXPECT_EQ(bundleIdentifier({.isChromium = true, .chromeDesktop = "chromium.desktop"}), "org.chromium.Chromium");
   EXPECT_EQ(bundleIdentifier({.isChromium = true, .chromeDesktop = "google-chrome.desktop"}), "com.google.Chrome");
   EXPECT_EQ(bundleIdentifier({.snapName = "firefox"}), "org.mozilla.firefox");
@@ -77,11 +77,11 @@ TEST(ParentBrowserTest, AHintCountsOnlyWhereTheProgramIsUnknown) {
             "com.google.Chrome");
 }
 
-TEST(ParentBrowserTest, AChromiumsHintSaysNothingOfAFirefoxThatItStarted) {
+TEST(ParentBrowserTest, ChromiumsHintIsNotUsedForAFirefoxThatItStarted) {
   EXPECT_EQ(bundleIdentifier({.isChromium = false, .chromeDesktop = "chromium.desktop"}), "");
 }
 
-TEST(ParentBrowserTest, WhatIsNotKnownIsNotSaid) {
+TEST(ParentBrowserTest, TheIntroductionLeavesOutWhatIsUnknown) {
   EXPECT_EQ(introduction({}), R"({"type":"bridge"})");
   EXPECT_EQ(introduction({.executable = "/opt/google/chrome/chrome"}),
             R"({"type":"bridge","bundleID":"com.google.Chrome"})");
@@ -99,7 +99,7 @@ class ParentProcessTest : public ::testing::Test {
   test::TemporaryDirectory proc;
 };
 
-TEST_F(ParentProcessTest, TheParentIsLookedAt) {
+TEST_F(ParentProcessTest, TheParentProcessIsExamined) {
   proc.write("77/root/.flatpak-info", "[Application]\nname=org.mozilla.firefox\n");
   std::filesystem::create_symlink("/app/lib/firefox/firefox-bin", proc / "77/exe");
   const ParentBrowser found = of({"/home/u/.mozilla/native-messaging-hosts/host.json", "tollvane@example.com"});
@@ -114,13 +114,13 @@ TEST_F(ParentProcessTest, AProgramThatWasReplacedOnDiskIsStillKnown) {
   EXPECT_EQ(bundleIdentifier(of({"chrome-extension://abc/"})), "com.google.Chrome");
 }
 
-TEST_F(ParentProcessTest, TheFamilyIsKnownByItsArgument) {
+TEST_F(ParentProcessTest, ChromiumIsKnownByTheExtensionsArgument) {
   EXPECT_TRUE(of({"chrome-extension://abc/"}).isChromium);
   EXPECT_TRUE(of({"chrome-extension://abc/", "--parent-window=0"}).isChromium);
   EXPECT_FALSE(of({}).isChromium);
 }
 
-TEST_F(ParentProcessTest, AParentThatTellsNothingLeavesTheHints) {
+TEST_F(ParentProcessTest, IfTheParentCannotBeReadTheHintsAreUsed) {
   const ParentBrowser found =
       of({"chrome-extension://abc/"}, {{"CHROME_DESKTOP", "chromium.desktop"}, {"SNAP_NAME", "x"}});
   EXPECT_EQ(found.executable, "");

@@ -13,7 +13,7 @@ namespace {
 
 class ReconnectionTest : public BridgeTest {};
 
-TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
+TEST_F(ReconnectionTest, ARunningApplicationIsFoundAtOnce) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
@@ -21,7 +21,7 @@ TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
   expectIntroduced(bridge, connection);
 }
 
-TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) {
+TEST_F(ReconnectionTest, AnApplicationWhoseDirectoriesAreMissingIsFoundWhenItComes) {
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(audible) + frame(hello) + frame(audible)));
   EXPECT_TRUE(bridge.readsAll());
@@ -30,13 +30,13 @@ TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) 
   expectIntroduced(bridge, connection);
 }
 
-TEST_F(ReconnectionTest, ASocketWhereNobodyListensYetIsTriedAgain) {
+TEST_F(ReconnectionTest, ASocketThatDoesNotListenYetIsTriedAgain) {
   std::filesystem::create_directories(socket().parent_path());
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
   const UniqueFd listener = boundSocket(socket());
-  // Not to be seen from outside: the bridge has tried meanwhile, or it has not; both must end well.
+  // The bridge may or may not have tried to connect meanwhile; the test cannot see that. Both must end well.
   listen(listener.get(), 1);
   Wire connection(UniqueFd(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC)));
   expectIntroduced(bridge, connection);
@@ -55,7 +55,7 @@ TEST_F(ReconnectionTest, TheExtensionIsIntroducedToEachNewApplication) {
   }
 }
 
-TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsSoughtAgain) {
+TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsConnectedToAgain) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
@@ -82,7 +82,7 @@ TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
   EXPECT_EQ(bridge.output.unread(), "");
 }
 
-TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
+TEST_F(ReconnectionTest, AThousandApplicationsLeakNoDescriptor) {
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
@@ -96,7 +96,7 @@ TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
   }
 }
 
-TEST_F(ReconnectionTest, ThePathIsCutAsTheApplicationCutsIt) {
+TEST_F(ReconnectionTest, ALongSocketPathIsCutAsTheApplicationCutsIt) {
   const std::filesystem::path deep = directory / std::string(103 - directory.path().native().size() - 14, 'd');
   const std::string whole = deep / "Tollvane" / "bridge.sock";
   ASSERT_GT(whole.size(), 103u);
@@ -112,7 +112,7 @@ TEST_F(ReconnectionTest, AnApplicationOfAnotherUserHearsNothing) {
   std::filesystem::permissions(socket().parent_path(), std::filesystem::perms::all);
   const pid_t other = fork();
   if (other == 0) {
-    // What the stranger's process does is its exit code: 0 when the bridge came and left without a word.
+    // The exit code of the other user's process is the result: 0 if the bridge connected and left without a word.
     if (setuid(65534) != 0) _exit(2);
     FakeApplication stranger(socket());
     Wire connection = stranger.accept();

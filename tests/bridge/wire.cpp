@@ -31,7 +31,7 @@ bool Wire::write(std::string_view bytes) {
 
 std::string Wire::fill(std::string_view bytes) {
   std::string_view left = bytes;
-  // A moment for the other side to take more.
+  // Give the other side a moment to take more.
   while (ready(POLLOUT, steady_clock::now() + std::chrono::milliseconds(300))) {
     const ssize_t written = ::write(descriptor_.get(), left.data(), left.size());
     if (written < 0 && errno != EAGAIN && errno != EINTR) break;

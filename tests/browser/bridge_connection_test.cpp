@@ -53,7 +53,7 @@ TEST_F(BridgeConnectionTest, BrokenLinesAreDroppedAndLaterOnesHandled) {
   EXPECT_THAT(reports, SizeIs(1));
 }
 
-TEST_F(BridgeConnectionTest, AMillionNewlinesAreNothing) {
+TEST_F(BridgeConnectionTest, AMillionNewlinesAreIgnored) {
   link->start();
   const Bridge bridge = connect();
   const std::string newlines(50'000, '\n');
@@ -114,7 +114,7 @@ TEST_F(BridgeConnectionTest, ABusyBridgeLeavesTheOthersTheirTurn) {
   EXPECT_THAT(reports, SizeIs(5001));
 }
 
-TEST_F(BridgeConnectionTest, ABridgeThatGoesIsForgottenAndToldOfOnce) {
+TEST_F(BridgeConnectionTest, ABridgeThatGoesIsForgottenAndReportedOnce) {
   link->start();
   Bridge first = connect();
   const Bridge second = connect();
@@ -130,7 +130,7 @@ TEST_F(BridgeConnectionTest, ABridgeThatGoesIsForgottenAndToldOfOnce) {
   EXPECT_THAT(reports, SizeIs(1));
 }
 
-TEST_F(BridgeConnectionTest, WritingToABridgeThatHasGoneKillsNobody) {
+TEST_F(BridgeConnectionTest, WritingToABridgeThatHasGoneDoesNotEndTheProcess) {
   link->start();
   Bridge bridge = connect();
   bridge.close();
@@ -166,7 +166,7 @@ TEST_F(BridgeConnectionTest, ABridgeThatNeverReadsIsShutDownAndNeverGetsHalfAMes
   EXPECT_GT(received.size(), line.size());
   EXPECT_LT(received.size(), 1000 * line.size());
   for (std::size_t at = 0; at < received.size(); at += line.size())
-    ASSERT_TRUE(line.starts_with(received.substr(at, line.size()))) << "behind half a message nothing may come";
+    ASSERT_TRUE(line.starts_with(received.substr(at, line.size()))) << "nothing may follow half a message";
   EXPECT_TRUE(bridge.closed());
   system.queue.drainDescriptors();
   EXPECT_THAT(link->connections, IsEmpty());
@@ -192,7 +192,7 @@ TEST_F(BridgeConnectionTest, AStormOfHellosFromABridgeThatNeverReadsEndsThatBrid
   EXPECT_THAT(link->connections, SizeIs(1));
 }
 
-TEST_F(BridgeConnectionTest, ALinkThatEndsLeavesNothingBehind) {
+TEST_F(BridgeConnectionTest, ALinkThatEndsClosesItsConnectionsAndRemovesTheSocket) {
   link->start();
   const Bridge bridge = connect();
   link.reset();

@@ -1,4 +1,4 @@
-// The link with its real socket, and bridges at the other end. The queue is the virtual one, which looks at the real
+// The link with its real socket, and bridges at the other end. The queue is the virtual one, which polls the real
 // descriptors.
 #pragma once
 
@@ -42,7 +42,7 @@ class Bridge {
   void write(std::string_view bytes) const {
     ASSERT_EQ(::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
   }
-  // What has arrived by now.
+  // Everything that has arrived by now.
   std::string read() const {
     std::string all;
     std::array<char, 65536> bytes;

@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 using BridgeListenerTest = BridgeSocketTest;
 
-TEST_F(BridgeListenerTest, TheSocketIsItsUsersOnly) {
+TEST_F(BridgeListenerTest, OnlyTheUserCanUseTheSocket) {
   link->start();
   struct stat status {};
   ASSERT_EQ(::stat(path().c_str(), &status), 0);
@@ -160,7 +160,7 @@ TEST_F(BridgeListenerTest, ALongPathIsCutAtAHundredAndThreeBytes) {
   EXPECT_TRUE(S_ISSOCK(status.st_mode));
 }
 
-// As many descriptors as a test needs, until it ends.
+// Sets the limit of this process's descriptors for as long as the object lives.
 class DescriptorLimit {
  public:
   explicit DescriptorLimit(rlim_t limit) {
@@ -177,7 +177,7 @@ class DescriptorLimit {
 };
 
 TEST_F(BridgeListenerTest, AThousandBridgesAreHeard) {
-  const DescriptorLimit enough(4096);  // both ends are this process's
+  const DescriptorLimit enough(4096);  // both ends of each connection are in this process
   link->start();
   std::vector<Bridge> bridges;
   for (int i = 0; i < 1000; ++i) bridges.push_back(connect());
@@ -190,7 +190,7 @@ TEST_F(BridgeListenerTest, AThousandBridgesAreHeard) {
   EXPECT_EQ(changes, 1000);
 }
 
-TEST_F(BridgeListenerTest, WhoFindsNoRoomInTheProcessIsLetInLater) {
+TEST_F(BridgeListenerTest, ABridgeThatFindsNoFreeDescriptorIsAcceptedLater) {
 #ifdef TOLLVANE_SANITIZED
   GTEST_SKIP() << "the sanitizer's checks of types need descriptors themselves";
 #endif

@@ -99,7 +99,7 @@ TEST_F(BrowserLinkTest, AReportOfAnAudibleTabIsPassedOnWhole) {
   EXPECT_THAT(reports, ElementsAre(report));
 }
 
-TEST_F(BrowserLinkTest, WhatIsNotUnderstoodIsIgnored) {
+TEST_F(BrowserLinkTest, UnknownMessagesAreIgnored) {
   const auto firefox = connect(Browser::firefox);
   for (const Message& message : {Message{{"type", 7}}, Message::object(), Message{{"type", "dance"}},
                                  Message{{"type", nullptr}}, Message{{"type", "focusResult"}, {"req", "1"}}})
@@ -156,7 +156,7 @@ TEST_F(BrowserLinkTest, AnAnswerWithoutATruthValueMeansClosed) {
   EXPECT_THAT(results, testing::AllOf(testing::SizeIs(4), testing::Each(FocusResult::tabClosed)));
 }
 
-TEST_F(BrowserLinkTest, ANumberThatIsNotWholeIsNoRequest) {
+TEST_F(BrowserLinkTest, ARequestNumberMustBeWhole) {
   const auto firefox = connect(Browser::firefox);
   std::vector<FocusResult> results;
   link.focus(1, Browser::firefox, into(results));
@@ -249,7 +249,7 @@ TEST_F(BrowserLinkTest, AHelloOfSafariIsAnsweredThroughSafari) {
               ElementsAre(R"(tollvane com.quarnel.tollvane.safari {"markTabs":true,"type":"settings"})"));
 }
 
-TEST_F(BrowserLinkTest, WhatSafariLeavesInItsInboxIsHeardFromTheStartOn) {
+TEST_F(BrowserLinkTest, MessagesInSafarisInboxAreReadFromTheStartOn) {
   std::vector<std::string> heard;
   link.onTab = [&](BrowserConnection& from, const Message& report) {
     EXPECT_EQ(&from, &link.safariConnection());
@@ -273,7 +273,7 @@ TEST_F(BrowserLinkTest, WhatSafariLeavesInItsInboxIsHeardFromTheStartOn) {
   EXPECT_THAT(heard, ElementsAre("Before", "After"));
 }
 
-TEST_F(BrowserLinkTest, SafariIsAskedAndToldOnlyWhileItIsEnabled) {
+TEST_F(BrowserLinkTest, SafariGetsQuestionsAndSettingsOnlyWhileItIsEnabled) {
   std::vector<FocusResult> results;
   link.askWhichTabIsAudible(Browser::safari);
   link.focus(5, Browser::safari, into(results));
@@ -292,7 +292,7 @@ TEST_F(BrowserLinkTest, SafariIsAskedAndToldOnlyWhileItIsEnabled) {
   EXPECT_THAT(results, ElementsAre(FocusResult::unreachable, FocusResult::focused));
 }
 
-TEST_F(BrowserLinkTest, SafarisStateIsWhatSafariSaysAndOtherwiseNotEnabled) {
+TEST_F(BrowserLinkTest, SafariCountsAsDisabledUntilItSaysThatItIsEnabled) {
   int completions = 0;
   const auto completion = [&] { ++completions; };
   system.safari.state = true;

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""From a sound to its tab, and back to it, with nothing but real parts: application_test.py chromium|firefox-esr.
+"""From a sound in a tab to the menu, and back to the tab: application_test.py chromium|firefox-esr.
 
-The application as it is handed out, which makes itself known to the browser; a real panel, sound server and browser,
-and the extension out of the application's own directory. TOLLVANE_BUNDLE is that directory. Ends with 77 when the
-browser is not installed.
+Everything is real: the panel, the sound server, the browser, and the application and the extension from the
+application's directory, TOLLVANE_BUNDLE. The application registers itself with the browser. Ends with 77 if the browser
+is not installed.
 """
 
 import os
@@ -24,12 +24,12 @@ from client import PrivateSession
 from waiting import wait_until
 
 BUNDLE = os.environ.get('TOLLVANE_BUNDLE')
-NAMES = {Chromium: 'Chromium', Firefox: 'Firefox'}  # as alerts have them
-STATES = {Chromium: 'Connected', Firefox: 'Added'}  # of the link, in the settings
+NAMES = {Chromium: 'Chromium', Firefox: 'Firefox'}  # the browsers' names in alerts
+STATES = {Chromium: 'Connected', Firefox: 'Added'}  # the browsers' states in the settings
 SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox', '--panel', 'xfce4')
-REPEATS = 1.5  # seconds in which further sounds of one application are none
+REPEATS = 1.5  # seconds in which repeated sounds of one application count as one
 SOUND = 'started playing audio'
-KIND = None  # of the browser
+KIND = None  # Chromium or Firefox
 
 
 def setUpModule():
@@ -44,7 +44,7 @@ def setUpModule():
 
 
 class ApplicationTest(unittest.TestCase):
-    """One application and one browser for all tests; each test has a list of its own, and closes its tabs."""
+    """All tests share one application and one browser. Each test begins with an empty list, and closes its tabs."""
 
     def setUp(self):
         self.await_link()
@@ -70,7 +70,7 @@ class ApplicationTest(unittest.TestCase):
         return self.tollvane.await_entry(f'Tab: {title} ')
 
     def history(self):
-        """Who made which sound in which tab, in the order of their coming, since this test has begun."""
+        """Application, kind and tab of each sound since this test began, in their order."""
         return [line[1:] for line in self.tollvane.history()[self.past:]]
 
     def await_title(self, tab, title):
@@ -88,14 +88,14 @@ class Entry(ApplicationTest):
         entry = self.play(self.open('Evening news'))
         self.assertRegex(entry, rf'{NAMES[KIND]}.* · {SOUND} — Tab: Evening news +\(localhost\)$')
 
-        # Nobody reports a private window. Its sound is written down when no tab can come for it any more; whatever
-        # the sound before it would have left behind has shown itself by then.
+        # A private window is not reported, so its sound is written down without a tab after a while. If the first
+        # sound had been written down twice, the second line would be there by then.
         private = self.browser.open_private_window(self.pages.address('Private'))
         self.addCleanup(self.browser.close_tab, private)
         time.sleep(REPEATS)
         self.browser.run(private, 'playSound()')
         wait_until(lambda: '' in [tab for _, _, tab in self.history()], 'the history of the private window')
-        lines = [(kind, tab) for _, kind, tab in self.history()]  # those of an earlier test may come late
+        lines = [(kind, tab) for _, kind, tab in self.history()]  # lines of an earlier test may come late
         self.assertEqual(lines.count((SOUND, 'Evening news  (localhost)')), 1, lines)
         self.assertEqual(lines.count((SOUND, '')), 1, lines)
         self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())

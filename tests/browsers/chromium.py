@@ -1,4 +1,4 @@
-"""Chromium, driven through the pipe of its remote debugging protocol (JSON that ends with a zero byte)."""
+"""Chromium, controlled through the pipe of its remote debugging protocol (JSON that ends with a zero byte)."""
 
 import json
 import os
@@ -15,7 +15,7 @@ class Chromium(Browser):
     name = 'chromium'
     host_permission = {'allowed_origins': [f'chrome-extension://{EXTENSION_ID}/']}
 
-    # Its own place for both, although it is named on the command line: remote debugging demands that.
+    # The usual folders. The profile is also named on the command line, because remote debugging demands that.
     profile_directory = '.config/chromium'
     host_directory = '.config/chromium/NativeMessagingHosts'
 
@@ -102,7 +102,7 @@ class Chromium(Browser):
 
 
 class _Pipe:
-    """Commands on the browser's descriptor 3, answers on its 4."""
+    """Sends commands to the browser's descriptor 3 and reads answers from its descriptor 4."""
 
     def __init__(self):
         self._theirs_in, self._out = os.pipe()
@@ -114,7 +114,7 @@ class _Pipe:
         return {'preexec_fn': self._place, 'pass_fds': (3, 4)}
 
     def _place(self):
-        # By way of high numbers: either may have the other's place.
+        # By way of high numbers, because either descriptor may have the number that the other one needs.
         first, second = os.dup(self._theirs_in), os.dup(self._theirs_out)
         high = 100
         os.dup2(first, high)

@@ -1,9 +1,8 @@
 #!/usr/bin/env python3
 """The extension in real browsers: extension_test.py chromium|firefox-esr [unittest's arguments].
 
-TOLLVANE_BUNDLE is the application's directory, of which the extension is taken. TOLLVANE_BRIDGE names the bridge to be
-started by the browser; a relay of the tests stands in where it is not set. Ends with 77 when the browser is not
-installed.
+The extension is taken from the application's directory, TOLLVANE_BUNDLE. TOLLVANE_BRIDGE is the bridge that the browser
+starts; if it is not set, fake_host.py stands in. Ends with 77 if the browser is not installed.
 """
 
 import json
@@ -29,7 +28,7 @@ EXTENSION = pathlib.Path(os.environ.get('TOLLVANE_BUNDLE', HERE)) / 'Extensions'
 BRIDGE = os.environ.get('TOLLVANE_BRIDGE', HERE / 'fake_host.py')
 SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox')
 BUNDLES = {Chromium: 'org.chromium.Chromium', Firefox: 'org.mozilla.firefox'}
-KIND = None  # of the browser
+KIND = None  # Chromium or Firefox
 
 
 def setUpModule():
@@ -46,7 +45,7 @@ def setUpModule():
 
 
 class ExtensionTest(unittest.TestCase):
-    """One browser for all tests; each test closes its tabs."""
+    """All tests share one browser. Each test closes its tabs."""
 
     def setUp(self):
         self.application.listen(0)
@@ -63,7 +62,7 @@ class ExtensionTest(unittest.TestCase):
             self.browser.close_tab(tab)
 
     def play(self, tab):
-        """Lets the page play, and returns what is reported of it."""
+        """Lets the page play, and returns the extension's report."""
         title = self.browser.title(tab).removeprefix('♪ ')
         self.application.listen(0)
         start = len(self.application.messages)
@@ -91,7 +90,7 @@ class ExtensionTest(unittest.TestCase):
         wait_until(lambda: not self.browser.is_in_front(tab), 'the going to the back of the tab')
 
     def options(self):
-        """The options page, which opens when the user turns the marks on without having given access to pages."""
+        """The tab with the options page. The page opens if marks are turned on without access to pages."""
         tab = self.browser.find_tab(OPTIONS)
         if not tab:
             for on in (False, True):
@@ -261,7 +260,7 @@ class Life(ExtensionTest):
         self.assertTrue(self.focus(before['tabId'], 21))
 
     def test_reloaded_extension_comes_back(self):
-        self.open('Not%20of%20the%20extension')  # or the window closes with the last tab
+        self.open('Not%20of%20the%20extension')  # otherwise the window closes with its last tab
         self.options()
         start = len(self.application.messages)
         self.in_extension('void setTimeout(() => api.runtime.reload())')

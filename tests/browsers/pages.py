@@ -1,4 +1,4 @@
-"""A local web server with one page, which plays when it is told to: playSound(), stopSound(). ?title=... names it."""
+"""A local web server with one page. Its playSound() and stopSound() make a sound; ?title=... sets its title."""
 
 import http.server
 import threading

@@ -1,12 +1,12 @@
-// What every implementation of MainQueue has to keep. `System` makes one, and lets it run:
+// What every implementation of MainQueue must do. `System` makes one, and runs it:
 //
 //   struct System {
 //     MainQueue& queue;
-//     void run(Duration time);                                     // the event loop, for that long
-//     bool runUntil(const std::function<bool()>& condition);       // false if it never came true
-//     std::filesystem::path folder;                                // one that can be watched
-//     void addFile(const std::string& name);                       // in that folder
-//     void removeFolder();
+//     void run(Duration time);                                     // runs the event loop for that long
+//     bool runUntil(const std::function<bool()>& condition);       // the same, until then; false if it never came true
+//     std::filesystem::path folder;                                // a folder that can be watched
+//     void addFile(const std::string& name);                       // adds a file to that folder
+//     void removeFolder();                                         // removes that folder
 //   };
 #pragma once
 
@@ -52,7 +52,7 @@ class MainQueueContract : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(MainQueueContract);
 
-TYPED_TEST_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterThosePostedBefore) {
+TYPED_TEST_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterEarlierBlocks) {
   this->queue.post([&] {
     this->queue.post([&] { this->order += '3'; });
     this->order += '1';
@@ -79,7 +79,7 @@ TYPED_TEST_P(MainQueueContract, BlocksThatFallDueTogetherRunInTheirOrder) {
   EXPECT_EQ(this->order, "123");
 }
 
-TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhileThereIsSomethingToRead) {
+TYPED_TEST_P(MainQueueContract, ADescriptorIsReportedWhileThereIsSomethingToRead) {
   const auto watch = this->queue.watchReadable(this->reading.get(), [&] { this->order += this->read(); });
   this->system.run(Duration::zero());
   EXPECT_EQ(this->order, "");
@@ -89,7 +89,7 @@ TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhileThereIsSomethingToRead) 
   EXPECT_TRUE(this->system.runUntil([&] { return this->order == "ab"; }));
 }
 
-TYPED_TEST_P(MainQueueContract, ADescriptorThatHasComeToItsEndIsToldOfToo) {
+TYPED_TEST_P(MainQueueContract, ADescriptorAtItsEndIsReportedToo) {
   bool ended = false;
   std::unique_ptr<MainQueue::Watch> watch;
   watch = this->queue.watchReadable(this->reading.get(), [&] {
@@ -100,7 +100,7 @@ TYPED_TEST_P(MainQueueContract, ADescriptorThatHasComeToItsEndIsToldOfToo) {
   EXPECT_TRUE(this->system.runUntil([&] { return ended; }));
 }
 
-TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhenThereIsRoomToWrite) {
+TYPED_TEST_P(MainQueueContract, ADescriptorWithRoomToWriteIsReported) {
   ::fcntl(this->writing.get(), F_SETFL, O_NONBLOCK);
   const std::string much(1 << 16, 'x');
   std::size_t filled = 0;
@@ -119,7 +119,7 @@ TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhenThereIsRoomToWrite) {
   EXPECT_TRUE(this->system.runUntil([&] { return room; }));
 }
 
-TYPED_TEST_P(MainQueueContract, AWatchThatIsGoneTellsNothing) {
+TYPED_TEST_P(MainQueueContract, AWatchThatHasEndedReportsNothing) {
   auto watch = this->queue.watchReadable(this->reading.get(), [&] { this->order += '!'; });
   this->write("a");
   watch.reset();
@@ -127,7 +127,7 @@ TYPED_TEST_P(MainQueueContract, AWatchThatIsGoneTellsNothing) {
   EXPECT_EQ(this->order, "");
 }
 
-TYPED_TEST_P(MainQueueContract, ADirectoryTellsThatAnEntryHasAppeared) {
+TYPED_TEST_P(MainQueueContract, ANewEntryOfADirectoryIsReported) {
   int changes = 0;
   const auto watch = this->queue.watchDirectory(this->system.folder, [&] { ++changes; });
   ASSERT_NE(watch, nullptr);
@@ -137,7 +137,7 @@ TYPED_TEST_P(MainQueueContract, ADirectoryTellsThatAnEntryHasAppeared) {
   EXPECT_TRUE(this->system.runUntil([&] { return changes > 0; }));
 }
 
-TYPED_TEST_P(MainQueueContract, ADirectoryTellsThatItHasGone) {
+TYPED_TEST_P(MainQueueContract, ADirectoryThatHasGoneIsReported) {
   int changes = 0;
   const auto watch = this->queue.watchDirectory(this->system.folder, [&] { ++changes; });
   this->system.removeFolder();
@@ -148,11 +148,11 @@ TYPED_TEST_P(MainQueueContract, ADirectoryThatIsMissingCannotBeWatched) {
   EXPECT_EQ(this->queue.watchDirectory(this->system.folder / "missing", [] {}), nullptr);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterThosePostedBefore,
+REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterEarlierBlocks,
                             ADelayedBlockRunsWhenItsTimeHasComeAndNotBefore, BlocksThatFallDueTogetherRunInTheirOrder,
-                            ADescriptorIsToldOfWhileThereIsSomethingToRead, ADescriptorThatHasComeToItsEndIsToldOfToo,
-                            ADescriptorIsToldOfWhenThereIsRoomToWrite, AWatchThatIsGoneTellsNothing,
-                            ADirectoryTellsThatAnEntryHasAppeared, ADirectoryTellsThatItHasGone,
+                            ADescriptorIsReportedWhileThereIsSomethingToRead, ADescriptorAtItsEndIsReportedToo,
+                            ADescriptorWithRoomToWriteIsReported, AWatchThatHasEndedReportsNothing,
+                            ANewEntryOfADirectoryIsReported, ADirectoryThatHasGoneIsReported,
                             ADirectoryThatIsMissingCannotBeWatched);
 
 }  // namespace tollvane::test

@@ -1,4 +1,4 @@
-// The virtual platform keeps the contracts of the roles.
+// Tests that the virtual platform keeps the contracts of the roles.
 #include <memory>
 #include <utility>
 

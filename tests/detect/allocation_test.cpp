@@ -1,4 +1,4 @@
-// Counts what the line path asks of the heap. A program of its own: it replaces operator new.
+// Counts the allocations that reading a log line makes. A program of its own, because it replaces operator new.
 // Source: malloc_usable_size(3).
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ void operator delete(void* memory, std::size_t) noexcept { operator delete(memor
 namespace tollvane {
 namespace {
 
-TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
+TEST(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
@@ -47,11 +47,12 @@ TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
 
   const std::string sound = test::outputStarted("player", 4242);
   const std::string others =
-      test::logLine("/usr/sbin/kernel", "update_running_state " + std::string(800, 'x')) +            // not looked into
-      test::logLine("/usr/sbin/kernel", test::outputMessage("player", "4242")) +                      // read
-      test::logLine("/usr/sbin/systemsoundserverd", test::requestMessage("player", "12345678901")) +  // and matched
+      test::logLine("/usr/sbin/kernel", "update_running_state " + std::string(800, 'x')) +  // not parsed
+      test::logLine("/usr/sbin/kernel", test::outputMessage("player", "4242")) +            // parsed
+      test::logLine("/usr/sbin/systemsoundserverd",
+                    test::requestMessage("player", "12345678901")) +  // parsed and matched
       "no JSON at all, bundle=\n{\"eventMessage\": \"inClientPID 1(\n";
-  system.children.last().print(others + sound);  // the buffers and parsers find their size
+  system.children.last().print(others + sound);  // buffers and parsers grow to their size
   ASSERT_EQ(heard, 1);
 
   const std::size_t before = allocations;
@@ -62,7 +63,7 @@ TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
   system.clock.advance(std::chrono::seconds(2));
   system.children.last().print(sound);
   EXPECT_EQ(heard, 2);
-  EXPECT_GT(allocations, before);  // the counter counts
+  EXPECT_GT(allocations, before);  // the counter works
 }
 
 TEST(AllocationTest, ALineOfMoreThanSixteenMebibytesIsDroppedAndNeverHeldTwice) {

@@ -11,7 +11,7 @@ namespace {
 
 class LogLineTest : public testing::Test {
  protected:
-  // "process: message", or "(none)".
+  // The result as "process: message", or "(none)" if it is absent.
   std::string read(std::string_view line) {
     padded = std::string(line);
     padded.reserve(line.size() + LineBuffer::padding);
@@ -43,13 +43,13 @@ TEST_F(LogLineTest, AMissingMessageIsNoLine) {
   EXPECT_EQ(read(R"({})"), "(none)");
 }
 
-TEST_F(LogLineTest, WhatIsNoObjectIsNoLine) {
+TEST_F(LogLineTest, ATextThatIsNotAnObjectIsNoLine) {
   for (const auto* line :
        {"", " ", "null", "\"eventMessage\"", "[{\"eventMessage\":\"m\"}]", "7", "Filtering the log data", "}"})
     EXPECT_EQ(read(line), "(none)") << line;
 }
 
-TEST_F(LogLineTest, OtherMembersDoNotMatterWhateverTheyAre) {
+TEST_F(LogLineTest, OtherMembersOfAnyTypeAreIgnored) {
   EXPECT_EQ(
       read(R"( { "a" : {"eventMessage":"inner"} , "b":[1,[2,{}]], "eventMessage" : "m" , "c":null,"d":-1.5e9 } )"),
       ": m");
@@ -94,7 +94,7 @@ TEST_F(LogLineTest, BrokenLinesAreNotWellFormed) {
     EXPECT_FALSE(wellFormed(line)) << line;
 }
 
-TEST_F(LogLineTest, WhatIsNotUtf8IsNotWellFormed) {
+TEST_F(LogLineTest, TextThatIsNotUtf8IsNotWellFormed) {
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xff\"}"));
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xc0\x80\"}"));
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xed\xa0\x80\"}"));
@@ -107,7 +107,7 @@ TEST_F(LogLineTest, RawControlCharactersAndNulsAreNotWellFormed) {
   EXPECT_FALSE(wellFormed(std::string_view("{\"eventMessage\":\"ab\"}\0", 22)));
 }
 
-TEST_F(LogLineTest, DeepNestingIsRefusedNotFollowed) {
+TEST_F(LogLineTest, DeepNestingIsRefused) {
   const std::string deep(1'000'000, '[');
   EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","d":)" + deep + std::string(1'000'000, ']') + "}"));
   EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","d":)" + deep));

@@ -134,7 +134,7 @@ TEST_F(WatcherTest, AWatcherStoppedWhileARestartIsPendingStaysStopped) {
   EXPECT_EQ(system.children.attempts, 1);
 }
 
-TEST_F(WatcherTest, StoppingWhatWasNeverStartedDoesNothing) {
+TEST_F(WatcherTest, StoppingAWatcherThatWasNeverStartedDoesNothing) {
   watcher->stop();
   EXPECT_EQ(system.children.attempts, 0);
 }
@@ -172,7 +172,7 @@ TEST_F(WatcherTest, SoundsSixteenTenthsApartAreTwo) {
   EXPECT_EQ(heard.size(), 2u);
 }
 
-TEST_F(WatcherTest, ASteadyStreamOfRepeatsComesThroughNowAndThen) {
+TEST_F(WatcherTest, OfASteadyStreamOfRepeatsOneIsHeardEachOneAndAHalfSeconds) {
   watcher->start();
   for (int i = 0; i < 61; ++i) {
     print(outputStarted("player", 4242));
@@ -181,7 +181,7 @@ TEST_F(WatcherTest, ASteadyStreamOfRepeatsComesThroughNowAndThen) {
   EXPECT_EQ(heard.size(), 5u);  // at 0.0, 1.5, 3.0, 4.5 and 6.0 s
 }
 
-TEST_F(WatcherTest, AWallClockThatIsSetBackSilencesNobody) {
+TEST_F(WatcherTest, AWallClockThatIsSetBackSuppressesNoSound) {
   watcher->start();
   print(outputStarted("player", 4242));
   system.clock.setWallClock(-1h);
@@ -205,7 +205,7 @@ TEST_F(WatcherTest, ProcessesOfOneApplicationAreOneSound) {
   EXPECT_EQ(heard.size(), 1u);
 }
 
-TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
+TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndTheirRepeatsAreStillSuppressed) {
   watcher->start();
   std::string lines;
   for (int i = 0; i < 5000; ++i) lines += outputStarted("player " + std::to_string(i), 10'000 + i);
@@ -218,7 +218,7 @@ TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
   EXPECT_EQ(heard.size(), 10'000u);
 }
 
-TEST_F(WatcherTest, NamesThatAreNoneAreHeardAndSuppressTheirRepeats) {
+TEST_F(WatcherTest, SoundsWithEndlessNamesAreHeardAndTheirRepeatsAreSuppressed) {
   watcher->start();
   const std::string one = outputStarted(std::string(1 << 20, 'a'), 1);
   print(one + outputStarted(std::string(1 << 20, 'b'), 2) + one);
@@ -228,7 +228,7 @@ TEST_F(WatcherTest, NamesThatAreNoneAreHeardAndSuppressTheirRepeats) {
   EXPECT_EQ(heard.size(), 3u);
 }
 
-TEST_F(WatcherTest, ASoundWithoutReceiverIsLostButStillSuppressesItsRepeats) {
+TEST_F(WatcherTest, ASoundWithoutAReceiverIsLostButItsRepeatsAreStillSuppressed) {
   watcher->onEvent = nullptr;
   watcher->start();
   print(outputStarted("player", 4242));
@@ -271,7 +271,7 @@ TEST_F(WatcherTest, TheLatestNotificationCounts) {
   EXPECT_EQ(heard, Heard{"com.example.chat: notification sound"});
 }
 
-TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
+TEST_F(WatcherTest, BrokenLinesAreDroppedAndLaterOnesAreHeard) {
   watcher->start();
   const std::string good = outputStarted("bad", 4242);
   const std::string withoutPath = R"m({"eventMessage":"{\"name\":\"bad(1)\",\"output_running\":true}"})m";
@@ -282,7 +282,7 @@ TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
       "[]\n",
       "null\n",
       good.substr(0, good.size() - 2) + "\n",                                    // cut short
-      good.substr(0, good.size() - 1) + "}\n",                                   // too long by one
+      good.substr(0, good.size() - 1) + "}\n",                                   // one character too long
       logLine("", test::outputMessage("bad", "4242")),                           // no process
       logLine("/usr/sbin/audiomxd", test::outputMessage("bad", "4242", false)),  // stopped
       logLine("/usr/sbin/audiomxd", test::outputMessage("systemsoundserverd", "123")),
@@ -308,7 +308,7 @@ TEST_F(WatcherTest, ALineOfAlmost16MebibytesIsHeardLikeAnyOther) {
   EXPECT_EQ(heard, Heard{"player: started playing audio"});
 }
 
-TEST_F(WatcherTest, AWriterThatNeverEndsItsLineIsNotListenedToUntilItDoes) {
+TEST_F(WatcherTest, AnEndlessLineIsDroppedAndTheNextOneIsHeard) {
   watcher->start();
   const std::string piece(1 << 20, 'x');
   for (int i = 0; i < 300; ++i) print(piece);

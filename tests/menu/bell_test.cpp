@@ -22,7 +22,7 @@ class BellTest : public testing::Test {
   std::vector<std::shared_ptr<SoundEvent>> events;
 };
 
-TEST_F(BellTest, WithoutSoundsItIsHollowAndJustTollvane) {
+TEST_F(BellTest, WithoutSoundsItIsHollowAndSaysTollvane) {
   EXPECT_EQ(bell().symbolName, "bell");
   EXPECT_EQ(bell().toolTip, "Tollvane");
 }
@@ -47,14 +47,14 @@ TEST_F(BellTest, OneUnseenAmongFiftyFillsIt) {
   EXPECT_EQ(bell().toolTip, "Last sound: App at 2:05:09 PM · 1 unseen");
 }
 
-TEST_F(BellTest, TheTooltipIsOfTheNewestEvenIfOnlyAnOlderOneIsUnseen) {
+TEST_F(BellTest, TheTooltipNamesTheNewestSoundEvenIfOnlyAnOlderOneIsUnseen) {
   add("Chat", false);
   clock.advance(std::chrono::hours(-2));
   add("Mail", true);
   EXPECT_EQ(bell().toolTip, "Last sound: Mail at 12:05:09 PM · 1 unseen");
 }
 
-TEST_F(BellTest, ATabStandsInPlaceOfItsBrowser) {
+TEST_F(BellTest, TheTooltipNamesTheTabInsteadOfItsBrowser) {
   SoundEvent& event = add("Firefox", true);
   event.tabTitle = "Inbox";
   event.tabHost = "mail.example.org";

@@ -40,14 +40,14 @@ class SourceOpenerTest : public testing::Test {
                                                                         system.application, macWording, resolver, link);
 };
 
-TEST_F(SourceOpenerTest, ARunningApplicationComesForwardWithoutAWord) {
+TEST_F(SourceOpenerTest, ARunningApplicationComesForwardWithoutAnAlert) {
   system.workspace.addRunning(10, "Mail");
   open("Mail");
   EXPECT_THAT(system.workspace.activated, ElementsAre(10));
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameIsTheOne) {
+TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameComesForward) {
   system.workspace.addRunning(10, "mail");
   system.workspace.addRunning(11, std::nullopt);
   system.workspace.addRunning(12, "Mail", ActivationPolicy::accessory);
@@ -84,7 +84,7 @@ TEST_F(SourceOpenerTest, ABackgroundPartHasNothingToOpen) {
                                 {"OK"}}));
 }
 
-TEST_F(SourceOpenerTest, AnApplicationThatHasNoWindowAfterAllHasNothingToOpen) {
+TEST_F(SourceOpenerTest, AnApplicationWithoutAWindowHasNothingToOpen) {
   system.workspace.addRunning(10, "Mail");
   system.workspace.windowless.insert(10);
   open("Mail");
@@ -111,7 +111,7 @@ TEST_F(SourceOpenerTest, ABrowserThatWasQuitIsClosedAndItsExtensionIsNotAsked) {
   EXPECT_THAT(firefox->sent, IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserAlong) {
+TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserForward) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -122,7 +122,7 @@ TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserAlong) {
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardIsLeftAtThat) {
+TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardCausesNoAlert) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -132,7 +132,7 @@ TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardIsLeftAtThat) {
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, AClosedTabIsSaidToBeClosed) {
+TEST_F(SourceOpenerTest, AnAlertSaysThatTheTabIsClosed) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -143,7 +143,7 @@ TEST_F(SourceOpenerTest, AClosedTabIsSaidToBeClosed) {
                                           {"OK"}}));
 }
 
-TEST_F(SourceOpenerTest, AnExtensionThatDoesNotAnswerIsSaidSoAfterTwoAndAHalfSeconds) {
+TEST_F(SourceOpenerTest, AfterTwoAndAHalfSecondsAnAlertSaysThatTheExtensionDoesNotAnswer) {
   runFirefox();
   connectFirefox();
   opener->open(tabSound());
@@ -156,8 +156,8 @@ TEST_F(SourceOpenerTest, AnExtensionThatDoesNotAnswerIsSaidSoAfterTwoAndAHalfSec
                                           {"OK"}}));
 }
 
-// A sound that has a tab to go to always has a label for it; "that tab" would stand in for a missing one.
-TEST_F(SourceOpenerTest, ATabOfWhichOnlyTheIdIsKnownIsABrowserTab) {
+// Every sound with a tab id has a label, so the alert's text never needs the words "that tab".
+TEST_F(SourceOpenerTest, ATabWithoutATitleIsCalledABrowserTab) {
   SoundEvent event = tabSound();
   event.tabTitle.reset();
   opener->open(event);
@@ -181,7 +181,7 @@ TEST_F(SourceOpenerTest, TollvaneIsInFrontBeforeAnyAlertIsShown) {
   EXPECT_EQ(system.application.alertsBehindOthers, 0);
 }
 
-TEST_F(SourceOpenerTest, AnAnswerThatComesTooLateForAnyoneToTellStillBringsTheBrowserForward) {
+TEST_F(SourceOpenerTest, AnAnswerAfterTheOpenersEndStillBringsTheBrowserForward) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());

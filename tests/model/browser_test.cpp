@@ -7,7 +7,7 @@
 namespace tollvane {
 namespace {
 
-TEST(BrowserTest, AllCasesStandInTheirOrderWithTheirNames) {
+TEST(BrowserTest, AllBrowsersAreListedInOrderWithTheirNames) {
   struct Row {
     Browser::Case browser;
     std::string_view rawValue, bundleID, appName;
@@ -44,7 +44,7 @@ TEST(BrowserTest, LookUpsAreExact) {
   EXPECT_EQ(Browser::fromRawValue(""), std::nullopt);
 }
 
-TEST(BrowserTest, InstalledMeansThatTheSystemKnowsWhere) {
+TEST(BrowserTest, ABrowserIsInstalledIfTheSystemKnowsWhere) {
   test::VirtualWorkspace workspace;
   EXPECT_FALSE(Browser(Browser::firefox).isInstalled(workspace));
   workspace.installed["org.mozilla.firefox"] = "/Applications/Firefox.app";
@@ -52,7 +52,7 @@ TEST(BrowserTest, InstalledMeansThatTheSystemKnowsWhere) {
   EXPECT_FALSE(Browser(Browser::chrome).isInstalled(workspace));
 }
 
-TEST(BrowserTest, RunningMeansThatAProcessOfItRuns) {
+TEST(BrowserTest, ABrowserRunsIfOneOfItsProcessesRuns) {
   test::VirtualWorkspace workspace;
   EXPECT_FALSE(Browser(Browser::chrome).isRunning(workspace));
   workspace.addRunning(100, "Google Chrome", ActivationPolicy::regular, "com.google.Chrome");

@@ -1,13 +1,13 @@
-// The parts of the Linux platform that deal with other programs' windows, as a program that a test talks to, a line at
-// a time, in whatever desktop it is started in:
+// The parts of the Linux platform that deal with other programs' windows, as a program that a test starts in a desktop.
+// It obeys commands on its standard input, one a line:
 //
 //   activate PID          -> "activated yes" or "activated no"
-//   running               -> one line an application: PID, a tab, its name; then "end"
+//   running               -> a line for each application: PID, a tab, its name; then "end"
 //   open PATH             -> "ok" at once
 //   url URL               -> "ok" at once
 //   url-in URL PATH       -> "started yes" or "started no"
-//   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when it is answered
-//   ask                   -> "ok", behind everything that is done already
+//   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when the user has answered
+//   ask                   -> "ok", after the answers to everything before
 #include <QApplication>
 #include <QMessageBox>
 #include <sstream>

@@ -1,8 +1,8 @@
-// The bell with its menu, for the tests and the pictures to look at: menu_probe ICON_THEME_PATH SCENARIO.
-// Obeys lines on its standard input:
+// The bell with its menu, for tests and pictures: menu_probe ICON_THEME_PATH SCENARIO.
+// Obeys commands on its standard input, one a line:
 //   open X Y        as if a bar had reported a click there        close
-//   submenu         opens the first submenu       grab FILE     what the open menu looks like
-//   add APP         another sound                 clear         no sounds     image SYMBOL
+//   submenu         opens the first submenu       grab FILE     a picture of the open menu
+//   add APP         adds a sound                  clear         removes all   image SYMBOL
 //   repeat N        opens and closes N times      scheme dark|light
 //   where           -> "menu X Y W H" and "submenu ..." of what is open
 //   quit
@@ -79,7 +79,7 @@ class Probe : public QObject {
  private:
   static bool openedBelow(const MenuWidget& menu) { return qobject_cast<MenuWidget*>(menu.parentWidget()) != nullptr; }
 
-  // Also for the desktop, which may give us the next click until then.
+  // Says "gone" only when the desktop has removed the menu too: before that it may still send a click to it.
   void sayWhenGone(const MenuWidget& menu) {
     connect(
         &menu, &QObject::destroyed, this,

@@ -1,4 +1,5 @@
-// What the user sees and what answers from outside: status bar, alerts, windows, web, browsers' services, login.
+// The virtual roles that show something to the user or ask others: status bar, alerts, windows, web, browser services,
+// login.
 #pragma once
 
 #include <chrono>
@@ -31,7 +32,7 @@ class VirtualStatusBar : public StatusBar {
     return std::make_unique<Item>(shown);
   }
 
-  // The menu, as the user sees who opens it now.
+  // Opens the menu, and returns it as the user sees it.
   Menu openMenu() const {
     Menu menu;
     shown.menuDelegate->menuNeedsUpdate(menu);
@@ -55,13 +56,13 @@ class VirtualStatusBar : public StatusBar {
   };
 };
 
-// English, UTC, and the two patterns that Tollvane uses.
+// Writes dates in English and UTC, in the two patterns that Tollvane uses.
 class VirtualDates : public DateFormatter {
  public:
   std::string string(std::string_view pattern, TimePoint time) const override;
 };
 
-// Remembers what it was told, in the order in which it was told.
+// Remembers its calls, in their order.
 class VirtualApplication : public Application, public Alerts {
  public:
   void activateIgnoringOtherApps() override { frontmost = true; }
@@ -80,8 +81,8 @@ class VirtualApplication : public Application, public Alerts {
   std::vector<std::function<void(std::size_t)>> answers;
 };
 
-// A web site that answers the last question when the test says so. A question that may not be asked, and an answer that
-// is too long, give none.
+// A web site that answers the last request when the test says so. A request that is not allowed and an answer that is
+// too long give no answer.
 class VirtualHttp : public Http {
  public:
   void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {

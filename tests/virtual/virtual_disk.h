@@ -1,4 +1,4 @@
-// Settings, places, files and the bundle, in memory.
+// The virtual roles for settings, folders, files and the bundle, in memory.
 #pragma once
 
 #include <chrono>

@@ -53,7 +53,7 @@ int VirtualMainQueue::pollDescriptors() {
   if (queries.empty() || ::poll(queries.data(), queries.size(), 0) <= 0) return 0;
   int ready = 0;
   for (std::size_t i = 0; i < queries.size(); ++i) {
-    if (queries[i].revents == 0 || !descriptors_.contains(watches[i])) continue;  // ended by another's block
+    if (queries[i].revents == 0 || !descriptors_.contains(watches[i])) continue;  // another block ended this watch
     const Block kept = watches[i]->block;
     kept();
     ++ready;

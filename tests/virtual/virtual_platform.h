@@ -1,4 +1,4 @@
-// A whole system in memory, moved by hand: the third implementation of the platform beside the real ones.
+// A whole system in memory, controlled by the test: an implementation of the platform beside the real ones.
 //
 //   VirtualPlatform system;
 //   AppDelegate delegate(system.platform());

@@ -1,4 +1,4 @@
-// Programs that run and applications that are installed, by the word of the test.
+// The virtual roles for processes and applications: the test says which ones run and which are installed.
 #pragma once
 
 #include <chrono>

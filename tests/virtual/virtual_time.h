@@ -1,4 +1,4 @@
-// A clock and a main queue that are moved by hand.
+// A clock and a main queue whose time the test moves on.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@
 
 namespace tollvane::test {
 
-// A second passes between any two looks at it, so that no answer is kept.
+// A second passes between any two readings, so that no cached answer is young enough to be used.
 struct HurryingClock : Clock {
   TimePoint now() const override { return {}; }
   Instant steadyNow() const override { return time += std::chrono::seconds(1); }
@@ -29,7 +29,7 @@ class VirtualClock : public Clock {
   TimePoint now() const override { return start_ + std::chrono::duration_cast<TimePoint::duration>(passed_ + set_); }
   Instant steadyNow() const override { return Instant(std::chrono::hours(1)) + passed_; }
   void advance(Duration by) { passed_ += by; }
-  void setWallClock(Duration by) { set_ += by; }  // what the network does to a clock that was wrong
+  void setWallClock(Duration by) { set_ += by; }  // as the network sets a wrong clock
 
  private:
   TimePoint start_{std::chrono::seconds(1738332309)};
@@ -64,9 +64,9 @@ class VirtualMainQueue : public MainQueue {
   std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
-  // Real descriptors, looked at once: runs the blocks of those that are readable, or writable, now. Their count.
+  // Polls the real descriptors once and runs the blocks of those that are readable or writable now. Returns how many blocks ran.
   int pollDescriptors();
-  // Until none of them is. Returns at once when there is nothing to be read.
+  // Polls until no descriptor is readable. Returns at once if there is nothing to read.
   void drainDescriptors() {
     while (pollDescriptors() > 0) {
     }

@@ -29,7 +29,7 @@ class MakerTest : public ::testing::Test {
   Makers makers_{processes_};
 };
 
-TEST_F(MakerTest, AProcessThatLivesIsCreditedItself) {
+TEST_F(MakerTest, ARunningProcessIsCreditedItself) {
   const Maker maker = checked(300);
   EXPECT_EQ(maker.name, "pacat");
   EXPECT_EQ(makers_.creditedPid(maker), 300);
@@ -64,7 +64,7 @@ TEST_F(MakerTest, ANumberThatWasGivenToAnotherProcessIsNotCredited) {
   EXPECT_EQ(makers_.creditedPid(maker), 100);
 }
 
-TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
+TEST_F(MakerTest, AProcessThatHasEndedAlreadyKeepsTheNameThatItGave) {
   const Maker maker = makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv", .name = "mpv Media Player"});
   EXPECT_FALSE(maker.known());
   EXPECT_EQ(maker.name, "mpv Media Player");
@@ -72,7 +72,7 @@ TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
   EXPECT_EQ(makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv"}).name, "mpv");
 }
 
-TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
+TEST_F(MakerTest, AClientInASandboxGetsTheNameOfItsApplication) {
   const Makers makers(processes_, [](std::string_view id) {
     return id == "org.mozilla.firefox" ? std::string("Firefox") : std::string();
   });
@@ -83,17 +83,17 @@ TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
   EXPECT_EQ(makers.remember(claims).name, "Client");
 }
 
-TEST_F(MakerTest, ADeclaredProcessIsBelievedWhereItsProgramAgrees) {
+TEST_F(MakerTest, ADeclaredProcessIsBelievedIfItsProgramAgrees) {
   EXPECT_EQ(makers_.creditedPid(declared(300, "pacat")), 300);
   EXPECT_EQ(makers_.creditedPid(declared(300, "/usr/bin/pacat")), 300);
 }
 
-TEST_F(MakerTest, ADeclaredProcessIsNotBelievedWhereItsProgramDisagrees) {
+TEST_F(MakerTest, ADeclaredProcessIsNotBelievedIfItsProgramDisagrees) {
   const Maker maker = declared(300, "firefox");
   EXPECT_EQ(makers_.creditedPid(maker), 0);
   EXPECT_EQ(maker.name, "Some name");
-  EXPECT_EQ(makers_.creditedPid(declared(300, "")), 0) << "nothing to compare";
-  EXPECT_EQ(makers_.creditedPid(declared(1, "init")), 0) << "a sandbox counts from 1";
+  EXPECT_EQ(makers_.creditedPid(declared(300, "")), 0) << "there is no name to compare";
+  EXPECT_EQ(makers_.creditedPid(declared(1, "init")), 0) << "a sandbox numbers its processes from 1";
 }
 
 TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
@@ -103,7 +103,7 @@ TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
   EXPECT_EQ(makers_.creditedPid(declared(400, "a-very")), 0);
 }
 
-TEST_F(MakerTest, AChainThatRunsInACircleEnds) {
+TEST_F(MakerTest, ACircleOfParentsEnds) {
   proc_.add({.pid = 500, .parent = 501, .startTime = 50, .executable = "/opt/a"});
   proc_.add({.pid = 501, .parent = 500, .startTime = 50, .executable = "/opt/b"});
   EXPECT_LE(checked(500).chain.size(), 64u);
@@ -126,7 +126,7 @@ TEST_F(MakerTest, ALaterProcessWithTheServicesNumberIsNotTheService) {
   EXPECT_FALSE(service.plays(checked(300)));
 }
 
-TEST_F(MakerTest, OthersOfTheServicesOwnUnitAreTheService) {
+TEST_F(MakerTest, OtherProcessesOfTheServicesOwnUnitAreTheService) {
   const std::string unit = "/user.slice/session.slice/notifier.service";
   proc_.add({.pid = 600, .parent = 100, .startTime = 60, .executable = "/opt/notifier", .cgroup = unit});
   proc_.add({.pid = 601, .parent = 600, .startTime = 61, .executable = "/opt/player", .cgroup = unit});
@@ -138,7 +138,7 @@ TEST_F(MakerTest, OthersOfTheServicesOwnUnitAreTheService) {
   EXPECT_FALSE(service.plays(checked(300)));
 }
 
-TEST_F(MakerTest, AUnitThatTheServiceWasStartedInAlongWithOthersIsNotItsOwn) {
+TEST_F(MakerTest, AUnitThatTheServiceSharesIsNotItsOwn) {
   const std::string unit = "/user.slice/dbus.service";
   proc_.add({.pid = 700, .startTime = 70, .executable = "/usr/bin/dbus-daemon", .cgroup = unit});
   proc_.add({.pid = 701, .parent = 700, .startTime = 71, .executable = "/opt/notifier", .cgroup = unit});
@@ -149,7 +149,7 @@ TEST_F(MakerTest, AUnitThatTheServiceWasStartedInAlongWithOthersIsNotItsOwn) {
   EXPECT_FALSE(service.plays(checked(702)));
 }
 
-TEST_F(MakerTest, AWholeSessionIsNobodysUnit) {
+TEST_F(MakerTest, AWholeSessionIsNotTheServicesUnit) {
   const std::string scope = "/user.slice/session-2.scope";
   proc_.add({.pid = 800, .parent = 100, .startTime = 80, .executable = "/opt/notifier", .cgroup = scope});
   proc_.add({.pid = 801, .parent = 100, .startTime = 81, .executable = "/opt/game", .cgroup = scope});
@@ -175,7 +175,7 @@ Properties properties(std::map<std::string, std::string> values) {
   };
 }
 
-TEST(PipeWireClaims, ANativeClientIsWhoTheKernelSays) {
+TEST(PipeWireClaims, ANativeClientIsTheProcessThatTheKernelNames) {
   const auto claims = pipeWireClaims(properties(
       {{"pipewire.sec.pid", "42"}, {"application.process.id", "77"}, {"application.process.binary", "pw-cat"}}));
   EXPECT_EQ(claims.checkedPid, 42);
@@ -183,7 +183,7 @@ TEST(PipeWireClaims, ANativeClientIsWhoTheKernelSays) {
   EXPECT_EQ(claims.binary, "pw-cat");
 }
 
-TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
+TEST(PipeWireClaims, AClientOfThePulseServerIsTheProcessThatItDeclares) {
   const auto claims = pipeWireClaims(
       properties({{"client.api", "pipewire-pulse"}, {"pipewire.sec.pid", "42"}, {"application.process.id", "77"}}));
   EXPECT_EQ(claims.checkedPid, std::nullopt);
@@ -191,28 +191,28 @@ TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
   EXPECT_EQ(claims.sandboxId, "");
 }
 
-TEST(PipeWireClaims, TheServerTellsWhoseSandboxAClientIsIn) {
+TEST(PipeWireClaims, TheServerTellsTheSandboxOfAClient) {
   const auto claims = pipeWireClaims(properties({{"client.api", "pipewire-pulse"},
                                                  {"application.process.id", "77"},
                                                  {"pipewire.access.portal.app_id", "org.mozilla.firefox"}}));
   EXPECT_EQ(claims.sandboxId, "org.mozilla.firefox");
-  EXPECT_EQ(claims.declaredPid, std::nullopt) << "a number that counts in the sandbox only";
+  EXPECT_EQ(claims.declaredPid, std::nullopt) << "the id is only valid in the sandbox";
 }
 
-TEST(PipeWireClaims, AProcessOfAnotherMachineIsNone) {
+TEST(PipeWireClaims, AProcessOfAnotherMachineIsIgnored) {
   const auto claims = pipeWireClaims(
       properties({{"client.api", "pipewire-pulse"}, {"pulse.server.type", "tcp"}, {"application.process.id", "77"}}));
   EXPECT_EQ(claims.declaredPid, std::nullopt);
 }
 
-TEST(PipeWireClaims, WhatIsNoProcessNumberIsNone) {
+TEST(PipeWireClaims, TextThatIsNoProcessIdIsIgnored) {
   for (const char* text : {"", "0", "-5", "77x", " 77", "99999999999"}) {
     EXPECT_EQ(pipeWireClaims(properties({{"pipewire.sec.pid", text}})).checkedPid, std::nullopt) << text;
     EXPECT_EQ(pulseClaims(properties({{"application.process.id", text}})).declaredPid, std::nullopt) << text;
   }
 }
 
-TEST(PulseClaims, AClientIsWhoItSaysUnlessItIsElsewhere) {
+TEST(PulseClaims, AClientOfThisMachineIsTheProcessThatItDeclares) {
   EXPECT_EQ(pulseClaims(properties({{"application.process.id", "77"}})).declaredPid, 77);
   EXPECT_EQ(pulseClaims(properties({{"application.process.id", "77"}, {"native-protocol.peer", "TCP/IP client"}}))
                 .declaredPid,

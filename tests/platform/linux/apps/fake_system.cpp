@@ -72,7 +72,7 @@ void FakeSystem::process(const FakeProcess& process) {
   auto arguments = process.arguments;
   if (arguments.empty() && !process.executable.empty()) arguments = {process.executable};
   writeFile(folder / "cmdline", nulTerminated(arguments));
-  // What has ended keeps its place, but not its program.
+  // A process that has ended keeps its folder, but not its program.
   if (!process.executable.empty() && process.state != 'Z') fs::create_symlink(process.executable, folder / "exe");
   fs::create_directories(at("/home"));
   fs::create_symlink(at("/home"), folder / "cwd");

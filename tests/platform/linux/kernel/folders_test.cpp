@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-TEST(FoldersTest, TheEnvironmentGoesBeforeTheHomeFolder) {
+TEST(FoldersTest, TheEnvironmentIsPreferredToTheHomeFolder) {
   {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_DATA_HOME", "/data"}, {"XDG_CONFIG_HOME", "/conf"}};
     EXPECT_EQ(dataFolder(), "/data");
@@ -55,12 +55,12 @@ TEST(FoldersTest, AProgramIsFoundInTheFirstFolderThatHasIt) {
   EXPECT_EQ(findProgram("missing", path), std::nullopt);
   EXPECT_EQ(findProgram("", path), std::nullopt);
   EXPECT_EQ(findProgram(system.at("/b/player"), path), system.at("/b/player"));
-  EXPECT_EQ(findProgram("a/player", system.at("")), std::nullopt) << "relative to nothing";
+  EXPECT_EQ(findProgram("a/player", system.at("")), std::nullopt) << "a relative path with a folder is not looked for";
 }
 
 class NativeHostDirectories : public ::testing::Test {
  protected:
-  // Each folder, with "?" in front of one that is used only if the browser has been at work.
+  // The folders, each with "?" in front if it is used only if the browser has run before.
   static std::vector<std::string> of(std::string_view bundleID) {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_CONFIG_HOME", nullptr}};
     std::vector<std::string> folders;
@@ -83,7 +83,7 @@ TEST_F(NativeHostDirectories, EachBrowserLooksForManifestsInItsOwnFolder) {
   EXPECT_THAT(of("org.mozilla.firefox"), ElementsAre("/home/me/.mozilla/native-messaging-hosts"));
 }
 
-TEST_F(NativeHostDirectories, ABrowserThatIsNotHereHasNone) {
+TEST_F(NativeHostDirectories, ABrowserThatIsNotSupportedHereHasNoFolders) {
   for (const char* bundleID : {"com.apple.Safari", "company.thebrowser.Browser", "com.vivaldi.Vivaldi", "", "unknown"})
     EXPECT_THAT(of(bundleID), IsEmpty()) << bundleID;
 }
@@ -96,7 +96,7 @@ TEST(DesktopEnvironmentTest, DefaultsAreThoseOfTheBaseDirectories) {
                           "/var/lib/snapd/desktop"));
 }
 
-TEST(DesktopEnvironmentTest, GivenFoldersComeInTheirOrderAndOnce) {
+TEST(DesktopEnvironmentTest, FoldersOfTheEnvironmentAreListedInOrderAndOnce) {
   const Environment environment{{"HOME", "/home/me"},
                                 {"XDG_DATA_HOME", "/data/"},
                                 {"XDG_DATA_DIRS", "relative:/var/lib/snapd/desktop::/usr/share/:/usr/share"}};

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using test::FakeSystem;
 
-TEST(LinuxWorkspace, WhatIsNotARegularEntryIsAnAccessoryWithAName) {
+TEST(LinuxWorkspace, AProcessWithoutARegularEntryIsAnAccessoryWithAName) {
   FakeSystem system;
   for (const char* name : {"hidden", "tool", "foreign", "plain"}) system.program(std::string("/usr/bin/") + name);
   system.entry("hidden", "Name=Hidden One\nExec=hidden\nNoDisplay=true\n");
@@ -48,7 +48,7 @@ TEST(LinuxWorkspace, AWindowMakesAProcessRegular) {
   };
   EXPECT_EQ(named(100), "Hidden One");
   EXPECT_EQ(named(101), "Radio\uFFFD");
-  EXPECT_EQ(named(102), "radio.py") << "never the interpreter";
+  EXPECT_EQ(named(102), "radio.py") << "it must not be named after the interpreter";
   EXPECT_EQ(named(103), "nameless");
 }
 
@@ -96,7 +96,7 @@ TEST(LinuxWorkspace, DisplayNamesComeFromEntriesElseFromThePath) {
   EXPECT_EQ(workspace.displayName(""), "");
 }
 
-TEST(LinuxWorkspace, NobodyIsLookedForWhenNothingIsInstalled) {
+TEST(LinuxWorkspace, NoProcessIsFoundForABrowserThatIsNotInstalled) {
   FakeSystem system;
   system.process({.pid = 100, .executable = "/opt/google/chrome/chrome"});
   EXPECT_TRUE(system.workspace().runningApplications("com.google.Chrome").empty());
@@ -110,9 +110,9 @@ std::vector<Pid> pidsOf(FakeSystem& system, std::string_view bundleID) {
   return pids;
 }
 
-TEST(RunningApplications, WhoIsKnownByTheUnitAloneIsFoundToo) {
+TEST(RunningApplications, AProcessKnownByItsUnitAloneIsFoundToo) {
   FakeSystem system;
-  system.program("/usr/bin/radio");  // a script that starts something of another name
+  system.program("/usr/bin/radio");  // a script that starts a program of another name
   system.entry("radio", "Name=Radio\nExec=radio\n");
   const std::string unit = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-gnome-radio-7.scope";
   system.process({.pid = 100, .executable = "/usr/lib/other/backend", .cgroup = unit});
@@ -156,7 +156,7 @@ TEST(RunningApplications, ABrowsersWrapperScriptIsNotTheBrowser) {
   EXPECT_EQ(pidsOf(system, "org.chromium.Chromium"), std::vector<Pid>{101});
 }
 
-TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNobody) {
+TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNoProcess) {
   FakeSystem system;
   system.program("/usr/bin/player");
   const auto file = system.entry("player", "Name=Old\nExec=player\n");
@@ -167,7 +167,7 @@ TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNobody) {
 }
 
 TEST(RunningApplications, ProcessesOfOtherUsersAreNotListed) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs the right to give files away";
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give files to another user";
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -182,7 +182,7 @@ struct FixedClock : Clock {
   Instant time{1h};
 };
 
-TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneLook) {
+TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneScan) {
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -196,10 +196,10 @@ TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneLook) {
   clock.time += 100ms;
   EXPECT_EQ(count(), 2u);
   fs::remove_all(system.processes().root() / "100");
-  EXPECT_EQ(count(), 1u) << "who has ended is never listed";
+  EXPECT_EQ(count(), 1u) << "a process that has ended is never listed";
 }
 
-TEST(AllRunningApplications, AreListedTheOldestFirstOneAProcess) {
+TEST(AllRunningApplications, AreListedOldestFirstOneForEachProcess) {
   FakeSystem system;
   for (const char* name : {"player", "editor"}) system.program(std::string("/usr/bin/") + name);
   system.entry("player", "Name=Player\nExec=player\n");
@@ -232,7 +232,7 @@ TEST(Activation, NamesTheApplicationsOtherProcesses) {
   EXPECT_EQ(target.entry->id, "player");
 }
 
-TEST(Activation, OnlyATerminalIsTakenForTheProgramsInside) {
+TEST(Activation, OnlyATerminalStandsInForTheProgramsInside) {
   FakeSystem system;
   for (const char* name : {"player", "terminal", "files"}) system.program(std::string("/usr/bin/") + name);
   system.entry("player", "Name=Player\nExec=player\n");
@@ -249,7 +249,7 @@ TEST(Activation, OnlyATerminalIsTakenForTheProgramsInside) {
   EXPECT_EQ(system.raiser.asked.at(1).hosts, std::vector<Pid>{});
 }
 
-TEST(Activation, IsFalseOnlyWhenThereIsCertainlyNoWindow) {
+TEST(Activation, IsFalseOnlyIfThereIsCertainlyNoWindow) {
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -260,7 +260,7 @@ TEST(Activation, IsFalseOnlyWhenThereIsCertainlyNoWindow) {
   EXPECT_EQ(activate(system, 100), false);
 }
 
-TEST(Activation, OfAProcessThatIsGoneIsFalseAndNobodyIsAsked) {
+TEST(Activation, OfAProcessThatIsGoneIsFalseAndTheRaiserIsNotAsked) {
   FakeSystem system;
   EXPECT_EQ(activate(system, 100), false);
   EXPECT_TRUE(system.raiser.asked.empty());

@@ -17,16 +17,16 @@ constexpr const char* tree = R"({"id": 1, "type": "root", "focus": [3, 2], "node
 
 ActivationTarget process(Pid pid) { return {.pid = pid, .others = {}, .hosts = {}, .entry = nullptr}; }
 
-TEST(SwayTree, OfSeveralWindowsTheOneInFrontLastIsTaken) { EXPECT_EQ(bestWindow(tree, process(100)), 32); }
+TEST(SwayTree, OfSeveralWindowsTheOneThatWasInFrontLastIsChosen) { EXPECT_EQ(bestWindow(tree, process(100)), 32); }
 
-TEST(SwayTree, FloatingWindowsAndThoseOfTheXServerAreFound) {
+TEST(SwayTree, FloatingWindowsAndThoseOfXwaylandAreFound) {
   EXPECT_EQ(bestWindow(tree, process(200)), 41);
   auto entry = std::make_shared<DesktopEntry>();
   entry->id = "playerwindow";
   EXPECT_EQ(bestWindow(tree, {.pid = 7, .others = {}, .hosts = {}, .entry = entry}), 41);
 }
 
-TEST(SwayTree, NobodysWindowIsNone) { EXPECT_FALSE(bestWindow(tree, process(7))); }
+TEST(SwayTree, AProcessWithoutAWindowGetsNone) { EXPECT_FALSE(bestWindow(tree, process(7))); }
 
 TEST(SwayTree, NonsenseHoldsNoWindow) {
   for (const char* text : {"", "nonsense", "[]", "null", R"({"focus": 7, "nodes": "x", "pid": "100"})"})
