@@ -104,6 +104,19 @@ TEST_F(BridgeSocketTest, ABridgeIntroducesItsBrowserAndItsExtension) {
   EXPECT_EQ(changes, 2);
 }
 
+TEST_F(BridgeSocketTest, ABridgeThatGoesAwayBeforeItsExtensionAnswersMakesTheTabUnreachableAtOnce) {
+  link->start();
+  Bridge bridge = connect();
+  bridge.write("{\"type\":\"bridge\",\"bundleID\":\"org.mozilla.firefox\"}\n{\"type\":\"hello\"}\n");
+  system.queue.drainDescriptors();
+  std::vector<FocusResult> results;
+  link->focus(7, Browser::firefox, [&](FocusResult result) { results.push_back(result); });
+  EXPECT_THAT(results, IsEmpty());
+  bridge.close();
+  system.queue.drainDescriptors();
+  EXPECT_THAT(results, ElementsAre(FocusResult::unreachable));
+}
+
 TEST_F(BridgeSocketTest, TheSocketIsItsUsersOnly) {
   link->start();
   struct stat status {};
