@@ -39,16 +39,18 @@ struct Bridge::Events {
   short watch = 0;
 };
 
-Bridge::Bridge(Browser browser, std::string socket, std::string introduction)
+Bridge::Bridge(Browser browser, std::string socket, Relay relay)
     : browser_(std::move(browser)),
       socket_(fittingSocketPath(std::move(socket))),
-      relay_(std::move(introduction)),
+      relay_(std::move(relay)),
       watch_(socket_),
       buffer_(std::make_unique_for_overwrite<char[]>(readSize)) {}
 
 void Bridge::run() {
   seek();
   while (true) {
+    // A browser that does not read is not told of every application that comes meanwhile.
+    if (relay_.toBrowser.size() < mostWaiting) relay_.announce();
     const Events events = wait();
     if (events.process || !serveInput(events) || !serveOutput(events)) return;
     serveApplication(events);

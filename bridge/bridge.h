@@ -31,7 +31,7 @@ class Bridge {
     UniqueFd process;  // readable once the browser has ended (pidfd_open(2)); may hold no descriptor
   };
 
-  Bridge(Browser browser, std::string socket, std::string introduction);
+  Bridge(Browser browser, std::string socket, Relay relay);
 
   // Returns when the browser has closed either descriptor or has ended.
   void run();

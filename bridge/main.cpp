@@ -39,12 +39,13 @@ int run(const std::vector<std::string>& arguments) {
   UniqueFd browserProcess = processDescriptor(browser);
   const auto launchedBy =
       parentBrowser(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
+  Relay relay(introduction(launchedBy), processName(ProcFs(), browser));
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
   const auto data = dataFolder();
   if (!data) return EX_CONFIG;
   Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)},
-                *data / supportDirectoryName / bridgeSocketName, introduction(launchedBy));
+                *data / supportDirectoryName / bridgeSocketName, std::move(relay));
   bridge.run();
   return EX_OK;
 }

@@ -7,23 +7,27 @@
 import { KnownTabs } from './known_tabs.js';
 import { Link } from './link.js';
 import { Marks } from './marks.js';
+import { reportedId } from './reported_id.js';
 import { RunMemory } from './run_memory.js';
 import { SoundingTabs } from './sounding_tabs.js';
-import { reportOf } from './tab_report.js';
+import { describe } from './tab_report.js';
 
 export class Companion {
   #api;
+  #run;
   #memory;
   #link;
   #known;
   #marks;
   #sounding = new SoundingTabs();
 
-  constructor(api, clock) {
+  // `run`: a number that no other profile and no other life of the background has; see reported_id.js.
+  constructor(api, clock, run) {
     this.#api = api;
+    this.#run = run;
     this.#memory = new RunMemory(api.storage, clock);
     this.#link = new Link(api, clock, this.#memory, (message) => this.#received(message));
-    this.#known = new KnownTabs(this.#memory);
+    this.#known = new KnownTabs(this.#memory, api.storage.local);
     this.#marks = new Marks(api, this.#memory);
   }
 
@@ -39,13 +43,13 @@ export class Companion {
     const { tabs, windows } = this.#api;
     tabs.onUpdated.addListener((id, change, tab) => this.#tabChanged(change, tab));
     tabs.onRemoved.addListener(async (id) => {
-      await this.#memory.ready;
+      await this.#known.ready;
       this.#sounding.forget(id);
       this.#known.forget(id);
       this.#marks.forget(id);
     });
     tabs.onReplaced?.addListener(async (added, removed) => {
-      await this.#memory.ready;
+      await this.#known.ready;
       this.#sounding.forget(removed);
       this.#known.replace(removed, added);
       this.#marks.replace(removed, added);
@@ -72,8 +76,8 @@ export class Companion {
 
   #listenToLife() {
     const { alarms, runtime } = this.#api;
-    // These two have nothing to do: the browser starts the background because it listens to them.
-    runtime.onStartup.addListener(() => {});
+    runtime.onStartup.addListener(() => this.#known.browserStarted());
+    // This one has nothing to do: the browser starts the background because it listens to it.
     runtime.onInstalled.addListener(() => {});
     alarms.onAlarm.addListener((alarm) => this.#link.onAlarm(alarm));
     // The open link never lets this background become idle, so an update would wait until the browser ends.
@@ -96,12 +100,15 @@ export class Companion {
 
   // The report is sent at once. The memory is only needed for a later "focus".
   #report(tab) {
-    this.#link.send(reportOf(tab));
-    this.#memory.ready.then(() => this.#known.add(tab.id));
+    const tabId = reportedId(this.#run, tab.id);
+    this.#link.send({ type: 'audible', tabId, ...describe(tab) });
+    this.#known.ready.then(() => this.#known.add(tabId, tab.id));
   }
 
   async #received(message) {
     switch (message?.type) {
+      case 'link':
+        return this.#known.browserIs(message.browser);
       case 'settings':
         return this.#settings(message);
       case 'whichAudible':
@@ -128,7 +135,7 @@ export class Companion {
 
   async #focus({ req, tabId }) {
     if (!Number.isSafeInteger(req)) return;
-    await this.#memory.ready;
+    await this.#known.ready;
     const id = this.#known.find(tabId);
     const ok = id !== undefined && (await this.#bringForward(id));
     this.#link.send({ type: 'focusResult', req, ok });

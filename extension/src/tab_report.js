@@ -2,8 +2,8 @@
 
 const LONGEST_TITLE = 1000;
 
-export function reportOf(tab) {
-  return { type: 'audible', tabId: tab.id, title: titleOf(tab), host: hostOf(tab.url) };
+export function describe(tab) {
+  return { title: titleOf(tab), host: hostOf(tab.url) };
 }
 
 // The title without a note in front, which may be our mark, even one that an earlier background made.

@@ -2,6 +2,7 @@
 // ports to the native host. The extension gets `api`; the test uses everything else.
 
 import { Companion } from '../src/companion.js';
+import { reportedId } from '../src/reported_id.js';
 import { settle } from './virtual_clock.js';
 
 class Event {
@@ -60,6 +61,7 @@ export class FakeBrowser {
   injected = [];  // ids of the tabs into which the page script was injected
   marked = new Set();  // ids of the tabs whose page has the mark
   beforeInjection = () => {};
+  run = 0;  // of the background
 
   constructor(clock) {
     this.clock = clock;
@@ -70,8 +72,20 @@ export class FakeBrowser {
 
   async start() {
     this.#makeApi();
-    new Companion(this.api, this.clock).start();
+    new Companion(this.api, this.clock, ++this.run).start();
     await settle();
+  }
+
+  // What this background calls a tab.
+  named(id) {
+    return reportedId(this.run, id);
+  }
+
+  // As the user does in the list of extensions.
+  async reloadExtension() {
+    this.stopBackground();
+    this.session = new Area();
+    await this.start();
   }
 
   // The browser stops an idle background and starts it again for an event.
@@ -90,7 +104,9 @@ export class FakeBrowser {
     this.session = new Area();
     this.tabs.clear();
     this.marked.clear();
-    await this.start();
+    const started = this.start();
+    this.api.runtime.onStartup.fire();
+    await started;
   }
 
   // --- the native host ---

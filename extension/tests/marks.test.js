@@ -100,7 +100,7 @@ test('leaving the browser takes no mark away', async () => {
 test('being brought forward by Tollvane takes the mark away', async () => {
   await turn(true);
   await browser.sound(7);
-  await browser.says({ type: 'focus', req: 1, tabId: 7 });
+  await browser.says({ type: 'focus', req: 1, tabId: browser.named(7) });
   assert.deepEqual(marked(), []);
 });
 
@@ -109,7 +109,7 @@ test('being brought forward takes the mark away even if the browser reports no c
   await browser.sound(8);
   browser.api.tabs.update = async (id) => ({ ...browser.tabs.get(id) });
   browser.api.windows.update = async () => {};
-  await browser.says({ type: 'focus', req: 1, tabId: 8 });
+  await browser.says({ type: 'focus', req: 1, tabId: browser.named(8) });
   assert.deepEqual(marked(), []);
 });
 

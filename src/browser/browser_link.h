@@ -9,13 +9,13 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "browser/bridge_listener.h"
 #include "browser/browser_connection.h"
+#include "browser/focus_requests.h"
 #include "browser/native_hosts.h"
 #include "browser/safari_inbox.h"
 #include "model/paths.h"
@@ -29,18 +29,10 @@
 
 namespace tollvane {
 
-// The result of bringing a tab forward.
-enum class FocusResult {
-  focused,
-  tabClosed,    // the browser has no such tab any more
-  unreachable,  // no extension could be asked, or none answered
-};
-
 class BrowserLink {
  public:
   static constexpr std::string_view safariExtensionID = "com.quarnel.tollvane.safari";
   static constexpr std::string_view safariMessageName = "tollvane";
-  static constexpr std::chrono::milliseconds focusPatience{2500};
 
   // All arguments must outlive the link.
   BrowserLink(MainQueue& queue, SafariServices& safari, Files& files, const Locations& locations, const Bundle& bundle,
@@ -78,7 +70,8 @@ class BrowserLink {
   // Asks every ready extension of that browser for its audible tabs. They answer through `onTab`.
   void askWhichTabIsAudible(Browser in);
 
-  // Asks the browser to bring a tab forward. `completion` is called exactly once, perhaps before this returns.
+  // Asks the browser to bring a tab forward: first the profile whose extension reported the tab, then the others.
+  // `completion` is called exactly once, perhaps before this returns.
   void focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion);
 
   // Sends the current settings to every ready extension.
@@ -93,9 +86,8 @@ class BrowserLink {
 
   void accept(LocalStream stream);
   void hello(BrowserConnection& from, const Message& message);
-  void focusAnswered(const Message& message);
-  void giveUp(std::int64_t request);
-  BrowserConnection* firstReady(Browser browser) const;
+  void audible(BrowserConnection& from, const Message& message);
+  std::vector<std::shared_ptr<BrowserConnection>> ready(Browser browser) const;
   Message settingsMessage() const;
   void changed() const {
     if (onChange) onChange();
@@ -107,9 +99,8 @@ class BrowserLink {
   NativeHosts nativeHosts_;
   SafariInbox inbox_;
   BridgeListener listener_;
-  std::unique_ptr<BrowserConnection> safari_;
-  std::map<std::int64_t, std::function<void(FocusResult)>> pending_;  // the key is the number of the request
-  std::int64_t nextRequest_ = 1;
+  std::shared_ptr<BrowserConnection> safari_;
+  FocusRequests focusRequests_;
   Liveness alive_;
 };
 

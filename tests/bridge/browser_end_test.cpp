@@ -25,6 +25,7 @@ TEST_F(BrowserEndTest, ItEndsWhenTheBrowserClosesItsEnd) {
   RunningBridge bridge(dataHome());
   bridge.input.close();
   EXPECT_EQ(bridge.exitCode(), 0);
+  EXPECT_EQ(bridge.output.frame(), std::nullopt);
   EXPECT_TRUE(bridge.output.ends());
   EXPECT_EQ(bridge.output.unread(), "");
 }

@@ -128,5 +128,16 @@ TEST_F(ParentProcessTest, IfTheParentCannotBeReadTheHintsAreUsed) {
   EXPECT_EQ(bundleIdentifier(found), "org.chromium.Chromium");
 }
 
+TEST_F(ParentProcessTest, AProcessIsNamedByItsBootItsNumberAndItsStart) {
+  const std::string zeros = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 ";
+  proc.write("77/stat", "77 (a b) c) S 1 " + zeros + "4711 0 0\n");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "");
+  proc.write("sys/kernel/random/boot_id", "0b-1f\n");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "0b-1f-77-4711");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 78), "");
+  proc.write("sys/kernel/random/boot_id", "a\",\"b");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "");
+}
+
 }  // namespace
 }  // namespace tollvane::bridge

@@ -78,8 +78,41 @@ TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
   EXPECT_TRUE(connection.write("us\"}\n" + line(settings)));
   EXPECT_EQ(bridge.output.frame(), settings);
   bridge.input.close();
+  EXPECT_EQ(bridge.output.frame(), std::nullopt);
   EXPECT_TRUE(bridge.output.ends());
-  EXPECT_EQ(bridge.output.unread(), "");
+}
+
+// The text of a member of a message, with the quotation marks of a text.
+std::string member(const std::optional<std::string>& message, const std::string& name) {
+  if (!message) return "no message";
+  const auto begin = message->find("\"" + name + "\":");
+  if (begin == std::string::npos) return "no " + name;
+  const auto value = begin + name.size() + 3;
+  return message->substr(value, message->find_first_of(",}", value) - value);
+}
+
+TEST_F(ReconnectionTest, TheExtensionIsToldWhenTheApplicationComesAndGoes) {
+  RunningBridge bridge(dataHome());
+  EXPECT_EQ(member(bridge.output.link(), "open"), "false");
+  for (int i = 0; i < 3; ++i) {
+    {
+      FakeApplication application(socket());
+      Wire connection = application.accept();
+      EXPECT_EQ(member(bridge.output.link(), "open"), "true");
+    }
+    EXPECT_EQ(member(bridge.output.link(), "open"), "false");
+  }
+}
+
+TEST_F(ReconnectionTest, TheExtensionIsToldWhichProcessTheBrowserIs) {
+  FakeApplication application(socket());
+  RunningBridge first(dataHome()), second(dataHome());
+  const std::string browser = member(first.output.link(), "browser");
+  EXPECT_NE(browser.find("-" + std::to_string(getpid()) + "-"), std::string::npos) << browser;
+  EXPECT_EQ(member(second.output.link(), "browser"), browser);
+  RunningBridge other(dataHome(), {.browser = directory / "browser"});
+  const std::string another = member(other.output.link(), "browser");
+  EXPECT_NE(another.find("-" + std::to_string(other.pid()) + "-"), std::string::npos) << another;
 }
 
 TEST_F(ReconnectionTest, AThousandApplicationsLeakNoDescriptor) {

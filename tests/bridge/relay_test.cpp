@@ -148,6 +148,30 @@ TEST_F(RelayTest, AFrameThatTheBrowserBeganSurvivesTheConnection) {
   EXPECT_EQ(lines(), "INTRODUCTION\n" + line(audible));
 }
 
+TEST_F(RelayTest, TheExtensionIsToldOnceOfEachChangeOfTheApplication) {
+  relay.announce();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":false})"));
+  relay.connected();
+  relay.announce();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":true})"));
+  relay.disconnected();
+  relay.connected();
+  relay.announce();
+  EXPECT_EQ(frames(), "");
+  relay.disconnected();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":false})"));
+}
+
+TEST_F(RelayTest, TheExtensionIsToldWhichProcessTheBrowserIs) {
+  Relay known{"INTRODUCTION", "b00-77-4711"};
+  known.connected();
+  known.announce();
+  EXPECT_EQ(taken(known.toBrowser), frame(R"({"type":"link","open":true,"browser":"b00-77-4711"})"));
+}
+
 TEST_F(RelayTest, AnApplicationHasAnsweredIfItSentALine) {
   relay.connected();
   EXPECT_FALSE(relay.answered());

@@ -54,6 +54,13 @@ std::optional<std::string> Wire::line(std::chrono::milliseconds deadline) {
 
 std::optional<std::string> Wire::frame(std::chrono::milliseconds deadline) {
   const auto until = steady_clock::now() + deadline;
+  while (true) {
+    auto found = anyFrame(until);
+    if (!found || !found->starts_with(R"({"type":"link")")) return found;
+  }
+}
+
+std::optional<std::string> Wire::anyFrame(Deadline until) {
   std::uint32_t length = 0;
   while (unread_.size() < sizeof length)
     if (!readMore(until)) return std::nullopt;

@@ -26,8 +26,12 @@ class Wire {
   std::string fill(std::string_view bytes);
 
   // The next line or frame, without its newline or length. Absent after the deadline and at the end of the input.
+  // frame() passes over the messages in which the bridge itself reports the state of the link.
   std::optional<std::string> line(std::chrono::milliseconds deadline = patience);
   std::optional<std::string> frame(std::chrono::milliseconds deadline = patience);
+
+  // The next of those messages; frame() has not passed over it.
+  std::optional<std::string> link() { return anyFrame(std::chrono::steady_clock::now() + patience); }
 
   // Whether the other side closes before the deadline. What arrives before that is kept for unread().
   bool ends();
@@ -39,6 +43,7 @@ class Wire {
  private:
   using Deadline = std::chrono::steady_clock::time_point;
 
+  std::optional<std::string> anyFrame(Deadline until);
   bool ready(short events, Deadline until) const;
   bool readMore(Deadline until);
   std::optional<std::string> take(std::size_t header, std::size_t size, std::size_t footer);

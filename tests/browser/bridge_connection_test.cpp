@@ -10,6 +10,7 @@
 namespace tollvane {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using namespace std::chrono_literals;
@@ -26,6 +27,19 @@ TEST_F(BridgeConnectionTest, ABridgeIntroducesItsBrowserAndItsExtension) {
   EXPECT_TRUE(link->isConnected(Browser::firefox));
   EXPECT_EQ(bridge.read(), "{\"type\":\"settings\"}\n");
   EXPECT_EQ(changes, 2);
+}
+
+TEST_F(BridgeConnectionTest, ABridgeThatGoesAwayBeforeItsExtensionAnswersMakesTheTabUnreachableAtOnce) {
+  link->start();
+  Bridge bridge = connect();
+  bridge.write("{\"type\":\"bridge\",\"bundleID\":\"org.mozilla.firefox\"}\n{\"type\":\"hello\"}\n");
+  system.queue.drainDescriptors();
+  std::vector<FocusResult> results;
+  link->focus(7, Browser::firefox, [&](FocusResult result) { results.push_back(result); });
+  EXPECT_THAT(results, IsEmpty());
+  bridge.close();
+  system.queue.drainDescriptors();
+  EXPECT_THAT(results, ElementsAre(FocusResult::unreachable));
 }
 
 TEST_F(BridgeConnectionTest, MessagesOfOneReadAreHandledInOrderAndASplitOneWhenItIsWhole) {

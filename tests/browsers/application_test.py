@@ -29,6 +29,7 @@ STATES = {Chromium: 'Connected', Firefox: 'Added'}  # the browsers' states in th
 SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox', '--panel', 'xfce4')
 REPEATS = 1.5  # seconds in which repeated sounds of one application count as one
 SOUND = 'started playing audio'
+IS_SHOWN = "document.visibilityState === 'visible'"
 KIND = None  # Chromium or Firefox
 
 
@@ -160,6 +161,27 @@ class Click(ApplicationTest):
         self.assert_alert('That tab is closed', f'The {name} tab that made this sound (Yesterday  (localhost)) has '
                                                 'been closed, so there is nothing to go back to.')
         self.assertFalse(self.browser.is_in_front(tab))
+
+
+    def test_on_an_entry_of_another_profile_shows_its_tab_and_of_a_closed_one_no_other(self):
+        another = self.browser.another_profile()
+        another.start()
+        self.addCleanup(another.kill)
+        wait_until(lambda: len(self.tollvane.bridges()) == 2, 'the second bridge')
+        # The browsers number their tabs alike: what has one number here has it there.
+        mine = [self.open(f'Mine {number}') for number in range(3)]
+        theirs = another.open_tab(self.pages.address('Theirs', 'localhost'))
+        another.open_tab(self.pages.address('Last', 'localhost'))
+        another.run(theirs, 'playSound()')
+        entry = self.tollvane.await_entry('Tab: Theirs ')
+        self.tollvane.choose(entry)
+        wait_until(lambda: another.run(theirs, IS_SHOWN), "the other profile's tab")
+        self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
+        another.close_tab(theirs)
+        self.tollvane.choose(entry)
+        self.assert_alert('That tab is closed', f'The {NAMES[KIND]} tab that made this sound (Theirs  (localhost)) has '
+                                                'been closed, so there is nothing to go back to.')
+        self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
 
 
 class Marks(ApplicationTest):

@@ -27,11 +27,15 @@ class Browser:
     host_directory = ''  # for manifests of native messaging hosts
     host_permission = {}  # the member of the manifest that admits our extension
 
-    def __init__(self, session, extension):
+    def __init__(self, session, extension, profile_directory=None):
         self.session = session
         self.extension = pathlib.Path(extension)
-        self.profile = session.home / self.profile_directory
+        self.profile = session.home / (profile_directory or self.profile_directory)
         self.process = None
+
+    def another_profile(self):
+        """A browser of the same kind, which runs beside this one; the hosts of this one are its own, too."""
+        return type(self)(self.session, self.extension, self.profile_directory + '-another')
 
     @classmethod
     def is_installed(cls):

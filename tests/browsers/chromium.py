@@ -19,10 +19,16 @@ class Chromium(Browser):
     profile_directory = '.config/chromium'
     host_directory = '.config/chromium/NativeMessagingHosts'
 
-    def __init__(self, session, extension):
-        super().__init__(session, extension)
+    def __init__(self, session, extension, profile_directory=None):
+        super().__init__(session, extension, profile_directory)
         self._pipe = None
         self._sessions = {}
+
+    def another_profile(self):
+        another = super().another_profile()
+        another.profile.mkdir()
+        (another.profile / 'NativeMessagingHosts').symlink_to(self.session.home / self.host_directory)
+        return another
 
     def start(self):
         (self.profile / 'Default').mkdir(parents=True, exist_ok=True)

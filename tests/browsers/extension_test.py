@@ -69,6 +69,10 @@ class ExtensionTest(unittest.TestCase):
         self.browser.run(tab, 'playSound()')
         return self.application.wait_for('audible', start=start, title=title)
 
+    def number(self, report):
+        """The tab's number in the browser's API."""
+        return report['tabId'] % 2**31
+
     def focus(self, tab_id, req):
         answer = self.application.ask('focusResult', type='focus', req=req, tabId=tab_id)
         self.assertEqual(answer['req'], req)
@@ -131,10 +135,10 @@ class Reports(ExtensionTest):
     def test_muted_tab_sounds_when_it_is_unmuted(self):
         tab = self.open('Muted')
         report = self.play(tab)
-        self.in_extension(f'api.tabs.update({report["tabId"]}, {{muted: true}}).then(() => true)')
+        self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: true}}).then(() => true)')
         self.application.listen(0)
         start = len(self.application.messages)
-        self.in_extension(f'api.tabs.update({report["tabId"]}, {{muted: false}}).then(() => true)')
+        self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: false}}).then(() => true)')
         self.assertEqual(self.application.wait_for('audible', start=start), report)
 
     def test_tab_muted_from_the_start_is_not_reported(self):
@@ -200,9 +204,12 @@ class Focus(ExtensionTest):
         self.assertFalse(self.browser.is_in_front(tab))
         self.assertTrue(self.browser.is_in_front(options))
 
+    def test_number_that_the_browser_gives_a_tab_leads_nowhere(self):
+        self.assertFalse(self.focus(self.number(self.play(self.open('Numbered'))), 17))
+
     def test_discarded_tab_is_still_found(self):
         report = self.play(self.open('Discarded'))
-        self.in_extension(f'api.tabs.discard({report["tabId"]}).then(() => true)')
+        self.in_extension(f'api.tabs.discard({self.number(report)}).then(() => true)')
         self.assertTrue(self.focus(report['tabId'], 16))
         wait_until(lambda: 'Discarded' in self.in_extension(
             'api.tabs.query({active: true}).then(tabs => tabs.map(tab => tab.title))'), 'the discarded tab')
@@ -259,12 +266,15 @@ class Life(ExtensionTest):
         self.application.wait_for('audible', start=start, title='After')
         self.assertTrue(self.focus(before['tabId'], 21))
 
-    def test_reloaded_extension_comes_back(self):
-        self.open('Not%20of%20the%20extension')  # otherwise the window closes with its last tab
+    def test_reloaded_extension_comes_back_and_remembers(self):
+        tab = self.open('Not%20of%20the%20extension')  # otherwise the window closes with its last tab
+        report = self.play(tab)
         self.options()
         start = len(self.application.messages)
         self.in_extension('void setTimeout(() => api.runtime.reload())')
         self.application.wait_for('hello', start=start)
+        self.assertTrue(self.focus(report['tabId'], 24))
+        self.await_front(tab)
 
     def test_restarted_browser_is_linked_again_and_follows_no_old_id(self):
         report = self.play(self.open('Yesterday'))

@@ -16,8 +16,8 @@ class Firefox(Browser):
     host_directory = '.mozilla/native-messaging-hosts'
     host_permission = {'allowed_extensions': [ADDON_ID]}
 
-    def __init__(self, session, extension):
-        super().__init__(session, extension)
+    def __init__(self, session, extension, profile_directory=None):
+        super().__init__(session, extension, profile_directory)
         self._wire = None
 
     def start(self):
