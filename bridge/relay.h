@@ -15,7 +15,7 @@
 #include <string_view>
 
 #include "bridge/frames.h"
-#include "bridge/outbox.h"
+#include "platform/posix/outbox.h"
 #include "support/line_buffer.h"
 
 namespace tollvane::bridge {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "browser/bridge_socket.h"
+#include "browser/bridge_connection.h"
 #include "browser/browser_link.h"
 #include "fuzz/fuzz.h"
 #include "support/json.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "browser/bridge_socket.h"
+#include "browser/bridge_connection.h"
 #include "support/json.h"
 #include "support/json_value.h"
 
@@ -32,7 +32,7 @@ BrowserLink::BrowserLink(MainQueue& queue, SafariServices& safari, Files& files,
       paths_(paths),
       nativeHosts_(files, locations, bundle, workspace, paths),
       inbox_(queue, files),
-      listener_(queue),
+      listener_(queue, files),
       safari_(std::make_unique<SafariConnection>(safari)) {
   inbox_.onMessage = [this](const Message& message) { handle(*safari_, message); };
   listener_.onConnection = [this](LocalStream stream) { accept(std::move(stream)); };
@@ -52,7 +52,7 @@ void BrowserLink::stop() {
 }
 
 void BrowserLink::accept(LocalStream stream) {
-  const auto connection = std::make_shared<BridgeConnection>(std::move(stream), writePatience);
+  const auto connection = std::make_shared<BridgeConnection>(std::move(stream), queue_);
   BridgeConnection* from = connection.get();
   connection->onMessage = alive_.guard([this, from](const Message& message) { handle(*from, message); });
   connection->onClosed = alive_.guard([this, from] {
@@ -60,7 +60,7 @@ void BrowserLink::accept(LocalStream stream) {
     changed();
   });
   connections.push_back(connection);
-  connection->startReading(queue_);
+  connection->startReading();
 }
 
 void BrowserLink::handle(BrowserConnection& from, const Message& message) {

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "browser/bridge_socket.h"
+#include "browser/bridge_listener.h"
 #include "browser/browser_connection.h"
 #include "browser/native_hosts.h"
 #include "browser/safari_inbox.h"
@@ -64,9 +64,6 @@ class BrowserLink {
 
   // In the order in which they were made, without Safari's.
   std::vector<std::shared_ptr<BrowserConnection>> connections;
-
-  // How long a bridge may take to make room for one message before it is disconnected.
-  std::chrono::milliseconds writePatience{1000};
 
   // Whether messages can be sent to Safari's extension.
   bool safariEnabled = false;

@@ -14,7 +14,7 @@ constexpr const char* predicate =
     R"(eventMessage CONTAINS "Presenting <NotificationRecord")))";
 
 // No working log tool prints such a line, and a broken one must not fill the memory.
-constexpr std::size_t longestLine = 100'000'000;
+constexpr std::size_t longestLine = 1 << 24;
 
 // A large read is split into pieces of this size, so that their lines are still in the processor's cache when they are
 // read.

@@ -2,6 +2,7 @@
 // Any thread. Who makes values of its own includes support/json_value.h as well.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -10,7 +11,10 @@
 
 namespace tollvane::json {
 
-// The object that `text` holds; absent when it holds something else, or no JSON at all.
+inline constexpr std::size_t deepest = 64;  // levels of objects and lists in each other
+
+// The object that `text` holds; absent if it holds something else or no JSON at all, or if its values nest more than
+// `deepest` levels.
 std::optional<nlohmann::json> object(std::string_view text);
 
 // On one line, or indented by two blanks a level. Sorted keys. What is not UTF-8 becomes U+FFFD.

@@ -80,6 +80,7 @@ class EventLoop {
 class LinuxMainQueue : public EventLoop {
  public:
   void addFile(const std::string& name) const { directory_.write(name, "x"); }
+  void removeFolder() const { std::filesystem::remove_all(folder); }
 
  private:
   TemporaryDirectory directory_;

@@ -6,9 +6,11 @@
 //     bool runUntil(const std::function<bool()>& condition);       // the same, until then; false if it never came true
 //     std::filesystem::path folder;                                // a folder that can be watched
 //     void addFile(const std::string& name);                       // adds a file to that folder
+//     void removeFolder();                                         // removes that folder
 //   };
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -98,6 +100,25 @@ TYPED_TEST_P(MainQueueContract, ADescriptorAtItsEndIsReportedToo) {
   EXPECT_TRUE(this->system.runUntil([&] { return ended; }));
 }
 
+TYPED_TEST_P(MainQueueContract, ADescriptorWithRoomToWriteIsReported) {
+  ::fcntl(this->writing.get(), F_SETFL, O_NONBLOCK);
+  const std::string much(1 << 16, 'x');
+  std::size_t filled = 0;
+  for (ssize_t size = 0; (size = ::write(this->writing.get(), much.data(), much.size())) > 0;)
+    filled += static_cast<std::size_t>(size);
+  bool room = false;
+  std::unique_ptr<MainQueue::Watch> watch;
+  watch = this->queue.watchWritable(this->writing.get(), [&] {
+    room = true;
+    watch.reset();  // a block may end its own watch
+  });
+  this->system.run(std::chrono::milliseconds(20));
+  EXPECT_FALSE(room);
+  std::string sink(filled, ' ');
+  EXPECT_GT(::read(this->reading.get(), sink.data(), sink.size()), 0);
+  EXPECT_TRUE(this->system.runUntil([&] { return room; }));
+}
+
 TYPED_TEST_P(MainQueueContract, AWatchThatHasEndedReportsNothing) {
   auto watch = this->queue.watchReadable(this->reading.get(), [&] { this->order += '!'; });
   this->write("a");
@@ -116,6 +137,13 @@ TYPED_TEST_P(MainQueueContract, ANewEntryOfADirectoryIsReported) {
   EXPECT_TRUE(this->system.runUntil([&] { return changes > 0; }));
 }
 
+TYPED_TEST_P(MainQueueContract, ADirectoryThatHasGoneIsReported) {
+  int changes = 0;
+  const auto watch = this->queue.watchDirectory(this->system.folder, [&] { ++changes; });
+  this->system.removeFolder();
+  EXPECT_TRUE(this->system.runUntil([&] { return changes > 0; }));
+}
+
 TYPED_TEST_P(MainQueueContract, ADirectoryThatIsMissingCannotBeWatched) {
   EXPECT_EQ(this->queue.watchDirectory(this->system.folder / "missing", [] {}), nullptr);
 }
@@ -123,7 +151,8 @@ TYPED_TEST_P(MainQueueContract, ADirectoryThatIsMissingCannotBeWatched) {
 REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterEarlierBlocks,
                             ADelayedBlockRunsWhenItsTimeHasComeAndNotBefore, BlocksThatFallDueTogetherRunInTheirOrder,
                             ADescriptorIsReportedWhileThereIsSomethingToRead, ADescriptorAtItsEndIsReportedToo,
-                            AWatchThatHasEndedReportsNothing, ANewEntryOfADirectoryIsReported,
+                            ADescriptorWithRoomToWriteIsReported, AWatchThatHasEndedReportsNothing,
+                            ANewEntryOfADirectoryIsReported, ADirectoryThatHasGoneIsReported,
                             ADirectoryThatIsMissingCannotBeWatched);
 
 }  // namespace tollvane::test

@@ -54,6 +54,7 @@ class VirtualQueueSystem {
     return condition();
   }
   void addFile(const std::string&) { queue.directoryChanged(folder); }
+  void removeFolder() { queue.directoryChanged(folder); }
 
   VirtualClock clock;
   VirtualMainQueue queue{clock};

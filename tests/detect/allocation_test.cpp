@@ -1,7 +1,10 @@
 // Counts the allocations that reading a log line makes. A program of its own, because it replaces operator new.
+// Source: malloc_usable_size(3).
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -12,16 +15,24 @@
 namespace {
 
 std::size_t allocations = 0;
+std::size_t held = 0;      // bytes
+std::size_t mostHeld = 0;  // since it was set last
 
 }  // namespace
 
 void* operator new(std::size_t size) {
   ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (!memory) throw std::bad_alloc();
+  held += ::malloc_usable_size(memory);
+  mostHeld = std::max(mostHeld, held);
+  return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  held -= ::malloc_usable_size(memory);
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace tollvane {
 namespace {
@@ -53,6 +64,24 @@ TEST(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
   system.children.last().print(sound);
   EXPECT_EQ(heard, 2);
   EXPECT_GT(allocations, before);  // the counter works
+}
+
+TEST(AllocationTest, ALineOfMoreThanSixteenMebibytesIsDroppedAndNeverHeldTwice) {
+  test::VirtualPlatform system;
+  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
+  Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
+  int heard = 0;
+  watcher.onEvent = [&](const std::shared_ptr<SoundEvent>&) { ++heard; };
+  watcher.start();
+
+  const std::string piece(1 << 20, 'x');
+  const std::size_t before = mostHeld = held;
+  for (int i = 0; i < 40; ++i) system.children.last().print(piece);
+  const std::size_t most = mostHeld - before;
+  EXPECT_GE(most, std::size_t{16} << 20);
+  EXPECT_LE(most, std::size_t{32} << 20);
+  system.children.last().print("\n" + test::outputStarted("player", 4242));
+  EXPECT_EQ(heard, 1);
 }
 
 }  // namespace

@@ -55,6 +55,22 @@ TEST_F(LogLineTest, OtherMembersOfAnyTypeAreIgnored) {
       ": m");
 }
 
+TEST_F(LogLineTest, ANumberMayBeAsLargeAsJsonAllows) {
+  for (const char* number :
+       {"18446744073709551616", "-9223372036854775809", "1e400", "-1E-400", "0.5e+1", "1e999999999",
+        "123456789012345678901234567890.5", "[1e400,-0,{\"a\":99999999999999999999}]"}) {
+    EXPECT_EQ(read(R"({"machTimestamp":)" + std::string(number) + R"(,"eventMessage":"at 1e400 \"-01"})"),
+              ": at 1e400 \"-01")
+        << number;
+  }
+}
+
+TEST_F(LogLineTest, ANumberThatIsNoneMakesTheLineBroken) {
+  for (const char* number :
+       {"01", "1.", ".5", "1e", "1e+", "-", "+1", "1.5.2", "1-2", "0x10", "NaN", "-Infinity", "1 2"})
+    EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","big":1e400,"n":)" + std::string(number) + "}")) << number;
+}
+
 TEST_F(LogLineTest, TheLastOfARepeatedMemberCounts) {
   EXPECT_EQ(read(R"({"eventMessage":"first","eventMessage":"second"})"), ": second");
   EXPECT_EQ(read(R"({"eventMessage":"first","eventMessage":2})"), "(none)");

@@ -300,10 +300,10 @@ TEST_F(WatcherTest, BrokenLinesAreDroppedAndLaterOnesAreHeard) {
   EXPECT_EQ(heard, Heard{"good: started playing audio"});
 }
 
-TEST_F(WatcherTest, ALineOf64MebibytesIsHeardLikeAnyOther) {
+TEST_F(WatcherTest, ALineOfAlmost16MebibytesIsHeardLikeAnyOther) {
   watcher->start();
   std::string line = outputStarted("player", 4242);
-  line.insert(1, "\"padding\":\"" + std::string(64 << 20, 'x') + "\",");
+  line.insert(1, "\"padding\":\"" + std::string((16 << 20) - 1000, 'x') + "\",");
   for (std::size_t at = 0; at < line.size(); at += 65'536) print(std::string_view(line).substr(at, 65'536));
   EXPECT_EQ(heard, Heard{"player: started playing audio"});
 }

@@ -7,6 +7,14 @@
 namespace tollvane {
 namespace {
 
+TEST(JsonTest, ValuesMayNestSixtyFourLevels) {
+  const auto nested = [](std::size_t lists) {
+    return "{\"a\":" + std::string(lists, '[') + "\"\\\"[[[\"" + std::string(lists, ']') + "}";
+  };
+  EXPECT_TRUE(json::object(nested(63)));
+  EXPECT_FALSE(json::object(nested(64)));
+}
+
 TEST(JsonTest, OnlyATextIsReadAsAText) {
   const auto object = *json::object(R"({"a": "x", "b": 1, "c": null, "d": ["x"]})");
   EXPECT_EQ(json::text(object, "a"), "x");

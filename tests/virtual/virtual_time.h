@@ -61,9 +61,10 @@ class VirtualMainQueue : public MainQueue {
   bool idle() const { return blocks_.empty(); }
 
   std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
+  std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
-  // Polls the real descriptors once and runs the blocks of those that are readable now. Returns how many blocks ran.
+  // Polls the real descriptors once and runs the blocks of those that are readable or writable now. Returns how many blocks ran.
   int pollDescriptors();
   // Polls until no descriptor is readable. Returns at once if there is nothing to read.
   void drainDescriptors() {
@@ -80,7 +81,7 @@ class VirtualMainQueue : public MainQueue {
   struct DescriptorWatch;
   struct DirectoryWatch;
 
-  std::map<DescriptorWatch*, int> descriptors_;
+  std::set<DescriptorWatch*> descriptors_;
   std::map<DirectoryWatch*, std::filesystem::path> directories_;
   VirtualClock& clock_;
   std::multimap<Instant, Block> blocks_;

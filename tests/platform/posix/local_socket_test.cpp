@@ -106,13 +106,18 @@ TEST_F(LocalSocketTest, AFileThatACrashLeftBehindIsReplaced) {
   EXPECT_TRUE(LocalListener::at(path()));
 }
 
-TEST_F(LocalSocketTest, ASecondListenerLeavesTheFirstOneAlone) {
+TEST_F(LocalSocketTest, ASecondListenerTakesThePathAndTheFirstKnows) {
   const LocalListener first = LocalListener::at(path());
-  {
-    const LocalListener second = LocalListener::at(path());
-    EXPECT_FALSE(second);
-  }
-  EXPECT_TRUE(LocalStream::to(path()));
+  EXPECT_EQ(first.standing(), LocalListener::Standing::own);
+  LocalListener second = LocalListener::at(path());
+  EXPECT_EQ(first.standing(), LocalListener::Standing::replaced);
+  const LocalStream stream = LocalStream::to(path());
+  EXPECT_TRUE(second.accept().stream);
+  EXPECT_FALSE(first.accept().stream);
+  EXPECT_TRUE(isAnswered(path()));
+  second.close();
+  EXPECT_EQ(first.standing(), LocalListener::Standing::missing);
+  EXPECT_FALSE(isAnswered(path()));
 }
 
 TEST_F(LocalSocketTest, AFileThatAnotherListenerMadeMeanwhileStays) {

@@ -1,4 +1,4 @@
-#include "bridge/outbox.h"
+#include "platform/posix/outbox.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 #include "platform/posix/unique_fd.h"
 
-namespace tollvane::bridge {
+namespace tollvane {
 namespace {
 
 class OutboxTest : public ::testing::Test {
@@ -74,4 +74,4 @@ TEST_F(OutboxTest, ClearedMessagesAreNeverSent) {
 }
 
 }  // namespace
-}  // namespace tollvane::bridge
+}  // namespace tollvane
