@@ -14,7 +14,7 @@ jq -r '
   def rate: .items_per_second / 1e6 * 1000 | round / 1000;
   [.benchmarks[] | select(.aggregate_name == "median")] as $b
   | ($b[] | select(.run_name | startswith("plainPort"))) as $plain
-  | $b[] | "\(.run_name | sub("BM_"; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
+  | $b[] | "\(.run_name | sub(""; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
 ' "$build/lines_bench.json"
 
 heading "Names of applications (a desktop with 300 entries)"
