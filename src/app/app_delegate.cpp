@@ -117,7 +117,7 @@ void AppDelegate::showExtensionFiles() {
   auto files = platform_.bundle.resource("Extensions");
   const auto home = platform_.locations.home();
   if (!files && home) files = *home / "Developer/Tollvane/Extension/dist";
-  if (files) platform_.workspace.open(*files);
+  if (files) platform_.workspace.open(*files, [](bool) {});
 }
 
 void AppDelegate::menuNeedsUpdate(Menu& menu) {
@@ -176,7 +176,7 @@ void AppDelegate::markAllSeen() {
 void AppDelegate::openHistory() {
   const auto history = paths_.history();
   if (!platform_.files.exists(history)) platform_.files.writeAtomically(history, "");
-  platform_.workspace.open(history);
+  platform_.workspace.open(history, [](bool) {});
 }
 
 void AppDelegate::clearList() {

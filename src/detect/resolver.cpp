@@ -58,6 +58,18 @@ std::optional<RunningApplication> Resolver::regularApp(Pid pid) const {
   return std::nullopt;
 }
 
+std::optional<RunningApplication> Resolver::mainProcess(Pid pid) const {
+  auto found = regularApp(pid);
+  for (int budget = mostAncestors; found && budget > 0; --budget) {
+    const auto parent = processes_.parentPid(found->pid);
+    if (!parent || *parent < 2 || *parent == found->pid) break;
+    auto starter = workspace_.runningApplication(*parent);
+    if (!isRegular(starter) || starter->localizedName != found->localizedName) break;
+    found = std::move(starter);
+  }
+  return found;
+}
+
 std::string Resolver::appName(Pid pid, std::string_view fallback) const {
   if (auto application = regularApp(pid); application && application->localizedName)
     return *std::move(application->localizedName);

@@ -1,7 +1,6 @@
 // Finds the application that the user knows as the maker of a sound: a web content process, a helper or a command-line
 // tool is credited to the browser, the application or the terminal that owns it. Keeps nothing between calls: the
 // answer is about the processes at this moment. Nothing fails: the last rule always gives a text. Main thread only.
-// gives a text. Main thread only.
 #pragma once
 
 #include <filesystem>
@@ -27,6 +26,10 @@ class Resolver {
   // The user-facing application behind a process: the responsible one, else the nearest regular one among the process
   // itself and its ancestors, seven generations at most.
   std::optional<RunningApplication> regularApp(Pid pid) const;
+
+  // The same, for a process that one of its own application started, the process that started all of these: a browser's
+  // own process, not the one in which it plays.
+  std::optional<RunningApplication> mainProcess(Pid pid) const;
 
   // The name to show for the maker of a sound. `fallback`: the process's name as it was reported; it may be cut to 16
   // characters, and it may be empty.

@@ -81,19 +81,20 @@ void Watcher::readLine(std::string_view line) {
 }
 
 void Watcher::handle(const SoundMessage& message) {
-  std::visit(
-      Overloaded{
-          [&](const NotificationPresented& notification) {
-            // It becomes a sound only if the sound server reports one.
-            lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
-          },
-          [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
-          [&](const AlertSoundRequested& alert) { emit(resolver_.appName(alert.pid, alert.name), kind::alertSound); },
-          [&](const AudioOutputStarted& start) {
-            emit(resolver_.appName(start.pid, start.name), kind::startedPlayingAudio);
-          },
-      },
-      message);
+  std::visit(Overloaded{
+                 [&](const NotificationPresented& notification) {
+                   // It becomes a sound only if the sound server reports one.
+                   lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
+                 },
+                 [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
+                 [&](const AlertSoundRequested& alert) {
+                   emit(resolver_.appName(alert.pid, alert.name), kind::alertSound, alert.pid);
+                 },
+                 [&](const AudioOutputStarted& start) {
+                   emit(resolver_.appName(start.pid, start.name), kind::startedPlayingAudio, start.pid);
+                 },
+             },
+             message);
 }
 
 std::string Watcher::notifyingApp() const {
@@ -101,7 +102,7 @@ std::string Watcher::notifyingApp() const {
   return recent ? resolver_.appName(lastNotification_->bundleID) : "Notification Center";
 }
 
-void Watcher::emit(std::string app, std::string_view kind) {
+void Watcher::emit(std::string app, std::string_view kind, std::optional<Pid> maker) {
   const Instant now = clock_.steadyNow();
   std::string key = app + "|";
   key += kind;
@@ -111,7 +112,10 @@ void Watcher::emit(std::string app, std::string_view kind) {
     seen->second = now;
   }
   if (lastSeen_.size() > mostSeen_ || app.size() > longName) forgetOldRepeats(now);
-  if (onEvent) onEvent(std::make_shared<SoundEvent>(clock_.now(), app, kind));
+  if (!onEvent) return;
+  auto event = std::make_shared<SoundEvent>(clock_.now(), app, kind);
+  if (maker) event->maker = resolver_.mainProcess(*maker);
+  onEvent(std::move(event));
 }
 
 void Watcher::forgetOldRepeats(Instant now) {

@@ -58,7 +58,7 @@ class Watcher {
   void readLine(std::string_view line);
   void handle(const SoundMessage& message);
   std::string notifyingApp() const;
-  void emit(std::string app, std::string_view kind);
+  void emit(std::string app, std::string_view kind, std::optional<Pid> maker = std::nullopt);
   void forgetOldRepeats(Instant now);
 
   MainQueue& queue_;

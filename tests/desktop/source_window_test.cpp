@@ -168,5 +168,19 @@ TEST_F(SourceWindowTest, RunningApplicationsAreListedOldestFirst) {
   EXPECT_LT(place(*calculator, "Pocket Calculator"), static_cast<std::ptrdiff_t>(lines.size()));
 }
 
+TEST_F(SourceWindowTest, TheWindowWithTheWantedTitleComesForward) {
+  const auto one = open({"xcalc", "-title", "One"}, "One");
+  const auto two = open({"xcalc", "-title", "Two"}, "Two");
+  const std::string activateOne = "activate " + std::to_string(one->pid());
+  startProbe();
+  EXPECT_EQ(ask(activateOne + " On"), "activated yes");
+  EXPECT_EQ(inFront(), "One");
+  EXPECT_EQ(ask(activateOne + " Two"), "activated yes");
+  EXPECT_EQ(inFront(), "Two");
+  desktop.run({"xdotool", "search", "--name", "^One$", "windowraise"});  // above the other, but without the focus
+  EXPECT_EQ(ask(activateOne + " Three"), "activated yes");
+  EXPECT_EQ(inFront(), "Two") << "which is in front already";
+}
+
 }  // namespace
 }  // namespace tollvane::test

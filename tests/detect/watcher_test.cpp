@@ -71,6 +71,18 @@ TEST_F(WatcherTest, TheMakerIsResolvedAndDatedAtTheMomentOfTheSound) {
   EXPECT_EQ(dates.front(), system.clock.now());
 }
 
+TEST_F(WatcherTest, TheSoundRemembersTheProcessThatMadeIt) {
+  watcher->start();
+  std::optional<RunningApplication> maker;
+  watcher->onEvent = [&](const std::shared_ptr<SoundEvent>& event) { maker = event->maker; };
+  system.workspace.addRunning(4242, "Terminal");
+  system.workspace.running.back().application.startTime = 7;
+  print(outputStarted("terminal", 4242));
+  EXPECT_EQ(maker, system.workspace.running.back().application);
+  print(soundRequested("mail", 4243));
+  EXPECT_EQ(maker, std::nullopt);
+}
+
 TEST_F(WatcherTest, ALineInTwoPiecesIsHeardOnceWhenItsNewlineArrives) {
   watcher->start();
   const std::string line = outputStarted("player", 4242);

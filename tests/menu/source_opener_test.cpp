@@ -57,6 +57,18 @@ TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameComesForward
   EXPECT_THAT(system.workspace.activated, ElementsAre(13));
 }
 
+TEST_F(SourceOpenerTest, OfSeveralProcessesTheOneThatMadeTheSoundComesForward) {
+  for (const Pid pid : {10, 11, 12}) system.workspace.addRunning(pid, "Terminal");
+  system.workspace.running[1].application.startTime = 5;
+  SoundEvent event(system.clock.now(), "Terminal", kind::startedPlayingAudio);
+  event.maker = system.workspace.running[1].application;
+  opener->open(event);
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11));
+  system.workspace.running[1].application.startTime = 6;  // another process has got its number
+  opener->open(event);
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11, 10));
+}
+
 TEST_F(SourceOpenerTest, AnInstalledApplicationThatIsNotOpenIsOffered) {
   system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
   open("Mail");
@@ -92,6 +104,23 @@ TEST_F(SourceOpenerTest, AnApplicationWithoutAWindowHasNothingToOpen) {
   EXPECT_EQ(alerts()[0].messageText, "Nothing to open");
 }
 
+TEST_F(SourceOpenerTest, AnInstalledApplicationWithoutAWindowIsStartedAgainToShowOne) {
+  system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
+  system.workspace.addRunning(10, "Mail");
+  system.workspace.windowless.insert(10);
+  open("Mail");
+  EXPECT_THAT(system.workspace.opened, ElementsAre("/apps/mail.desktop"));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
+TEST_F(SourceOpenerTest, AnAlertSaysThatAnApplicationCouldNotBeStarted) {
+  system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
+  system.workspace.broken.insert("/apps/mail.desktop");
+  open("Mail");
+  system.application.answers[0](0);
+  EXPECT_EQ(alerts().back(), (Alert{"Can't open Mail", "Mail is installed but couldn't be started.", {"OK"}}));
+}
+
 TEST_F(SourceOpenerTest, AnApplicationThatEndsBeforeItCouldComeForwardIsOffered) {
   system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
   system.workspace.addRunning(10, "Mail");
@@ -119,6 +148,7 @@ TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserForward) {
   EXPECT_THAT(system.workspace.activated, IsEmpty());
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
   EXPECT_THAT(system.workspace.activated, ElementsAre(10));
+  EXPECT_THAT(system.workspace.titles, ElementsAre("Inbox")) << "of its windows, the tab's";
   EXPECT_THAT(alerts(), IsEmpty());
 }
 

@@ -74,7 +74,7 @@ class VirtualFiles : public Files {
   }
   Append append(const std::filesystem::path& file, std::string_view bytes) override {
     const auto found = contents.find(file);
-    if (readOnly || found == contents.end()) return Append::notOpened;
+    if (readOnly || found == contents.end() || locked.contains(file)) return Append::notOpened;
     if (full) return Append::notWritten;
     found->second += bytes;
     return Append::done;
@@ -119,6 +119,7 @@ class VirtualFiles : public Files {
     if (readOnly || cannotRename || !contents.contains(from)) return false;
     contents[to] = std::move(contents[from]);
     contents.erase(from);
+    if (locked.erase(from) > 0) locked.insert(to);
     return true;
   }
   bool remove(const std::filesystem::path& file) override { return !readOnly && contents.erase(file) > 0; }
@@ -126,6 +127,7 @@ class VirtualFiles : public Files {
   std::map<std::filesystem::path, std::string> contents;
   std::map<std::filesystem::path, bool> directories;
   std::set<std::filesystem::path> unreadable;
+  std::set<std::filesystem::path> locked;  // these cannot be opened for writing, but can be renamed
   bool cannotRename = false;
   int copies = 0;
   bool readOnly = false;

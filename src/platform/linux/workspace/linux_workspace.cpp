@@ -15,15 +15,16 @@ LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& cl
 std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
   const auto application = applications_.of(pid);
   if (!application) return std::nullopt;
-  return running(pid, *application);
+  return running(pid, applications_.processes().status(pid).value_or(ProcFs::Status{}).startTime, *application);
 }
 
-RunningApplication LinuxWorkspace::running(Pid pid, const Ownership& application) const {
+RunningApplication LinuxWorkspace::running(Pid pid, std::uint64_t startTime, const Ownership& application) const {
   RunningApplication running;
   running.pid = pid;
   running.activationPolicy = application.isRegular() ? ActivationPolicy::regular : ActivationPolicy::accessory;
   running.localizedName = applications_.nameOf(pid, application);
   if (running.localizedName->empty()) running.localizedName.reset();
+  running.startTime = startTime;
   return running;
 }
 
@@ -40,7 +41,8 @@ std::vector<RunningApplication> LinuxWorkspace::oldestFirst(std::vector<Applicat
     return std::pair(one.startTime, one.pid) < std::pair(other.startTime, other.pid);
   });
   std::vector<RunningApplication> applications;
-  for (const auto& process : found) applications.push_back(running(process.pid, process.application));
+  for (const auto& process : found)
+    applications.push_back(running(process.pid, process.startTime, process.application));
   return applications;
 }
 
@@ -70,44 +72,50 @@ std::string LinuxWorkspace::displayName(const std::filesystem::path& path) const
   return sanitized(name.native());
 }
 
-void LinuxWorkspace::activate(const RunningApplication& application, std::function<void(bool)> done) {
+void LinuxWorkspace::activate(const RunningApplication& application, std::string_view title,
+                              std::function<void(bool)> done) {
   const auto known = applications_.of(application.pid);
   if (!known) return done(false);
-  windows_.raise(targetOf(application.pid, *known),
-                 [done = std::move(done)](Raised raised) { done(raised != Raised::noWindow); });
+  ActivationTarget target = targetOf(application.pid, *known);
+  target.title = title;
+  windows_.raise(target, [done = std::move(done)](Raised raised) { done(raised != Raised::noWindow); });
 }
 
 ActivationTarget LinuxWorkspace::targetOf(Pid pid, const Ownership& application) const {
-  ActivationTarget target{.pid = pid, .others = {}, .hosts = hostsOf(pid, application), .entry = application.entry};
+  ActivationTarget target{.pid = pid, .entry = application.entry};
+  addAncestors(target);
   if (application.entry == nullptr) return target;
   for (const auto& process : processes_.of({application.entry}, false))
     if (process.pid != pid) target.others.push_back(process.pid);
   return target;
 }
 
-// A program that runs in a terminal is to be found there. Other parents have merely started it.
-std::vector<Pid> LinuxWorkspace::hostsOf(Pid pid, const Ownership& application) const {
+// The window of a program that runs in a terminal is the terminal's, and the window of a helper is its own
+// application's. Other parents have merely started it.
+void LinuxWorkspace::addAncestors(ActivationTarget& target) const {
   constexpr int furthest = 16;
-  std::vector<Pid> hosts;
+  Pid pid = target.pid;
   for (int i = 0; i < furthest; ++i) {
     const auto parentPid = applications_.processes().parentPid(pid);
     if (!parentPid || *parentPid <= 1) break;
     pid = *parentPid;
     const auto parent = applications_.of(pid);
     if (!parent) continue;
-    if (parent->entry != nullptr && parent->entry == application.entry) continue;
-    if (parent->entry != nullptr && parent->entry->isTerminalEmulator) hosts.push_back(pid);
+    if (parent->entry != nullptr && parent->entry == target.entry) {
+      target.starters.push_back(pid);
+      continue;
+    }
+    if (parent->entry != nullptr && parent->entry->isTerminalEmulator) target.hosts.push_back(pid);
     break;
   }
-  return hosts;
 }
 
-void LinuxWorkspace::open(const std::filesystem::path& path) {
-  if (!path.is_absolute()) return;
+void LinuxWorkspace::open(const std::filesystem::path& path, std::function<void(bool)> done) {
+  if (!path.is_absolute()) return done(false);
   if (path.extension() == desktopFileEnding) {
-    launcher_.launch(path, {}, [](bool) {});
+    launcher_.launch(path, {}, std::move(done));
   } else {
-    launcher_.open(path.string(), [](bool) {});
+    launcher_.open(path.string(), std::move(done));
   }
 }
 

@@ -23,17 +23,17 @@ class LinuxWorkspace : public Workspace {
   std::string displayName(const std::filesystem::path& path) const override;
 
   // A desktop may let a window ask for attention only, instead of bringing it forward; that counts as forward.
-  void activate(const RunningApplication& application, std::function<void(bool)> done) override;
+  void activate(const RunningApplication& application, std::string_view title, std::function<void(bool)> done) override;
 
-  void open(const std::filesystem::path& path) override;
+  void open(const std::filesystem::path& path, std::function<void(bool)> done) override;
   void openURL(std::string_view url) override;
   void openURL(std::string_view url, const std::filesystem::path& application, std::function<void(bool)> done) override;
 
  private:
   std::vector<RunningApplication> oldestFirst(std::vector<ApplicationProcess> found) const;
-  RunningApplication running(Pid pid, const Ownership& application) const;
+  RunningApplication running(Pid pid, std::uint64_t startTime, const Ownership& application) const;
   ActivationTarget targetOf(Pid pid, const Ownership& application) const;
-  std::vector<Pid> hostsOf(Pid pid, const Ownership& application) const;
+  void addAncestors(ActivationTarget& target) const;
   std::vector<DesktopEntries::Entry> installed(std::string_view bundleID) const;
 
   const Applications& applications_;

@@ -19,6 +19,13 @@ TEST(ActivationTarget, TheProcessThatWasAskedForComesBeforeItsSiblings) {
   EXPECT_FALSE(player().rankOfPid(51));
 }
 
+TEST(ActivationTarget, TheProcessThatStartedItComesBeforeItsSiblings) {
+  ActivationTarget target = player();
+  target.starters = {102};
+  EXPECT_LT(target.rankOfPid(100), target.rankOfPid(102));
+  EXPECT_LT(target.rankOfPid(102), target.rankOfPid(101));
+}
+
 TEST(ActivationTarget, AWindowWithoutAProcessMatchesNoProcess) {
   auto target = player();
   target.others.push_back(0);

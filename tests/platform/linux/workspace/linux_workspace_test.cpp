@@ -208,15 +208,16 @@ TEST(AllRunningApplications, AreListedOldestFirstOneForEachProcess) {
   system.process({.pid = 101, .executable = system.at("/usr/bin/editor"), .startTime = 20});
   system.process({.pid = 102, .executable = system.at("/usr/bin/player"), .startTime = 10});
   system.process({.pid = 103, .executable = "/usr/bin/nobodys"});
-  const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular},
-                                                    {101, "Editor", ActivationPolicy::accessory},
-                                                    {100, "Player", ActivationPolicy::regular}};
+  const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular, 10},
+                                                    {101, "Editor", ActivationPolicy::accessory, 20},
+                                                    {100, "Player", ActivationPolicy::regular, 30}};
   EXPECT_EQ(system.workspace().runningApplications(), expected);
 }
 
 std::optional<bool> activate(FakeSystem& system, Pid pid) {
   std::optional<bool> answer;
-  system.workspace().activate({pid, std::nullopt, ActivationPolicy::regular}, [&](bool forward) { answer = forward; });
+  system.workspace().activate({pid, std::nullopt, ActivationPolicy::regular}, "",
+                              [&](bool forward) { answer = forward; });
   return answer;
 }
 
@@ -230,6 +231,16 @@ TEST(Activation, NamesTheApplicationsOtherProcesses) {
   EXPECT_EQ(target.pid, 101);
   EXPECT_EQ(target.others, (std::vector<Pid>{100, 102}));
   EXPECT_EQ(target.entry->id, "player");
+}
+
+TEST(Activation, NamesTheApplicationsProcessesThatStartedTheProcess) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  for (const auto& [pid, parent] : {std::pair(100, 1), {101, 100}, {102, 101}, {200, 1}})
+    system.process({.pid = pid, .parent = parent, .executable = system.at("/usr/bin/player")});
+  activate(system, 102);
+  EXPECT_EQ(system.raiser.asked.at(0).starters, (std::vector<Pid>{101, 100}));
 }
 
 TEST(Activation, OnlyATerminalStandsInForTheProgramsInside) {
@@ -268,9 +279,9 @@ TEST(Activation, OfAProcessThatIsGoneIsFalseAndTheRaiserIsNotAsked) {
 
 TEST(Opening, EntriesAreLaunchedAndFilesOpened) {
   FakeSystem system;
-  system.workspace().open("/usr/share/applications/player.desktop");
-  system.workspace().open("/home/me/history.txt");
-  system.workspace().open("relative.txt");
+  system.workspace().open("/usr/share/applications/player.desktop", [](bool) {});
+  system.workspace().open("/home/me/history.txt", [](bool) {});
+  system.workspace().open("relative.txt", [&](bool started) { EXPECT_FALSE(started); });
   ASSERT_EQ(system.launcher.launched.size(), 1u);
   EXPECT_EQ(system.launcher.launched[0].first, "/usr/share/applications/player.desktop");
   EXPECT_EQ(system.launcher.opened, std::vector<std::string>{"/home/me/history.txt"});
