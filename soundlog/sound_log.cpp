@@ -24,6 +24,7 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
                              .presented = [this](const Notice& notice,
                                                  std::optional<Pid> sender) { notificationPresented(notice, sender); },
                              .serviceChanged = [this](std::optional<Pid> pid) { service_.setOwner(pid); },
+                             .received = [this](Pid pid) { service_.received(pid, std::chrono::steady_clock::now()); },
                              .served = [this] { busLink_->served(); },
                              .ended = [this](bool served) { busLink_->ended(served); },
                          });
@@ -37,10 +38,11 @@ void SoundLog::start() {
 }
 
 void SoundLog::soundStarted(const StreamStart& start) {
+  const Instant now = std::chrono::steady_clock::now();
   Happening happening;
-  happening.kind = service_.plays(start.maker) ? Kind::notificationSound
-                   : start.alert               ? Kind::alertRequested
-                                               : Kind::outputStarted;
+  happening.kind = service_.plays(start.maker, now) ? Kind::notificationSound
+                   : start.alert                    ? Kind::alertRequested
+                                                    : Kind::outputStarted;
   happening.name = start.maker.name;
   std::string who = std::to_string(static_cast<int>(happening.kind)) + ' ';
   if (start.maker.known()) {
@@ -49,14 +51,19 @@ void SoundLog::soundStarted(const StreamStart& start) {
   } else {
     who += start.maker.name;
   }
-  if (merger_.merges(who, std::chrono::steady_clock::now())) return;
+  if (merger_.merges(who, now)) return;
+  if (happening.kind == Kind::notificationSound) {
+    if (const auto identity = notices_.presentAgainFor(start.maker, now))
+      write({Kind::notificationPresented, *identity, 0}, {});
+  }
   write(std::move(happening), start.maker);
 }
 
 void SoundLog::notificationPresented(const Notice& notice, std::optional<Pid> sender) {
-  // This notification asks the service to stay silent, so the service's next sound belongs to another notification.
-  if (notice.playsItself) return;
-  write({Kind::notificationPresented, identities_.identify(notice, sender), 0}, {});
+  // Also if it asks the service to stay silent: if the service rings all the same, it rings for this one.
+  const std::string identity = identities_.identify(notice, sender);
+  notices_.presented(notice, identity, std::chrono::steady_clock::now());
+  write({Kind::notificationPresented, identity, 0}, {});
 }
 
 void SoundLog::write(Happening happening, Maker maker) {

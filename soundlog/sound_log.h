@@ -12,6 +12,7 @@
 #include "soundlog/lines.h"
 #include "soundlog/makers/identity.h"
 #include "soundlog/makers/maker.h"
+#include "soundlog/notification_service.h"
 #include "soundlog/notifications.h"
 #include "soundlog/output_queue.h"
 #include "soundlog/servers/sound_servers.h"
@@ -39,6 +40,7 @@ class SoundLog {
   Makers makers_;
   Identities identities_;
   NotificationService service_;
+  RecentNotices notices_;
   StartMerger merger_;
   OutputQueue output_;
   int descriptor_;

@@ -26,10 +26,18 @@ bool agrees(const ProcFs& processes, Pid pid, std::string_view binary) {
   return command == name || (name.size() > commandLength && command == name.substr(0, commandLength));
 }
 
-bool isRunByDunst(const ProcFs& processes, Pid pid) {
-  constexpr std::array variables = {"DUNST_APP_NAME", "DUNST_DESKTOP_ENTRY", "DUNST_SUMMARY"};
-  return std::any_of(variables.begin(), variables.end(),
-                     [&](const char* variable) { return processes.environment(pid, variable).has_value(); });
+// Notification services tell their scripts in such variables what they run for. Sources: dunst(5), swaync(5).
+std::optional<NotificationWords> notificationWords(const ProcFs& processes, Pid pid) {
+  constexpr std::array<std::string_view, 6> variables = {
+      "DUNST_APP_NAME",  "DUNST_DESKTOP_ENTRY",  "DUNST_SUMMARY",
+      "SWAYNC_APP_NAME", "SWAYNC_DESKTOP_ENTRY", "SWAYNC_SUMMARY",
+  };
+  auto values = processes.environment(pid, variables);
+  for (std::size_t i = 0; i + 2 < values.size(); i += 3) {
+    if (values[i] || values[i + 1] || values[i + 2])
+      return NotificationWords{values[i].value_or(""), values[i + 1].value_or("")};
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -52,7 +60,7 @@ Maker Makers::remember(const ClientClaims& claims) const {
   if (maker.known()) {
     maker.name = processes_.programName(*pid);
     maker.cgroup = processes_.cgroup(*pid);
-    maker.runByDunst = isRunByDunst(processes_, *pid);
+    maker.playsFor = notificationWords(processes_, *pid);
   }
   if (maker.name.empty()) maker.name = nameByClaims(claims);
   return maker;

@@ -33,11 +33,20 @@ struct ClientClaims {
   bool operator==(const ClientClaims&) const = default;
 };
 
+// What a notification says of its application, as the service tells the script that it starts for it.
+struct NotificationWords {
+  std::string applicationName = {};
+  std::string desktopEntry = {};
+  bool operator==(const NotificationWords&) const = default;
+};
+
 struct Maker {
   std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
   std::string cgroup;
-  bool runByDunst = false;  // started by a script of the notification service dunst, which detaches its scripts
+  // Set if a notification service's script started the process. The services detach their scripts, so the ancestors do
+  // not tell.
+  std::optional<NotificationWords> playsFor = {};
 
   bool known() const { return !chain.empty(); }
   const ProcessKey& process() const { return chain.front(); }

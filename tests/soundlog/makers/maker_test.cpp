@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "soundlog/notifications.h"
 #include "soundlog/servers/pipewire_source.h"
 #include "soundlog/servers/pulse_source.h"
 #include "tests/soundlog/makers/fake_proc.h"
@@ -107,65 +106,6 @@ TEST_F(MakerTest, AChainThatRunsInACircleEnds) {
   proc_.add({.pid = 500, .parent = 501, .startTime = 50, .executable = "/opt/a"});
   proc_.add({.pid = 501, .parent = 500, .startTime = 50, .executable = "/opt/b"});
   EXPECT_LE(checked(500).chain.size(), 64u);
-}
-
-TEST_F(MakerTest, TheNotificationServiceIsTheOwnerOfTheName) {
-  NotificationService service(processes_, makers_);
-  EXPECT_FALSE(service.plays(checked(300)));
-  service.setOwner(300);
-  EXPECT_TRUE(service.plays(checked(300)));
-  EXPECT_FALSE(service.plays(checked(200)));
-  service.setOwner(std::nullopt);
-  EXPECT_FALSE(service.plays(checked(300)));
-}
-
-TEST_F(MakerTest, ALaterProcessWithTheServicesNumberIsNotTheService) {
-  NotificationService service(processes_, makers_);
-  service.setOwner(300);
-  proc_.add({.pid = 300, .startTime = 99, .executable = "/opt/game"});
-  EXPECT_FALSE(service.plays(checked(300)));
-}
-
-TEST_F(MakerTest, OthersOfTheServicesOwnUnitAreTheService) {
-  const std::string unit = "/user.slice/session.slice/notifier.service";
-  proc_.add({.pid = 600, .parent = 100, .startTime = 60, .executable = "/opt/notifier", .cgroup = unit});
-  proc_.add({.pid = 601, .parent = 600, .startTime = 61, .executable = "/opt/player", .cgroup = unit});
-  proc_.add({.pid = 602, .parent = 600, .startTime = 62, .executable = "/opt/player", .cgroup = unit + "/deeper"});
-  NotificationService service(processes_, makers_);
-  service.setOwner(600);
-  EXPECT_TRUE(service.plays(checked(601)));
-  EXPECT_FALSE(service.plays(checked(602)));
-  EXPECT_FALSE(service.plays(checked(300)));
-}
-
-TEST_F(MakerTest, AUnitThatTheServiceWasStartedInAlongWithOthersIsNotItsOwn) {
-  const std::string unit = "/user.slice/dbus.service";
-  proc_.add({.pid = 700, .startTime = 70, .executable = "/usr/bin/dbus-daemon", .cgroup = unit});
-  proc_.add({.pid = 701, .parent = 700, .startTime = 71, .executable = "/opt/notifier", .cgroup = unit});
-  proc_.add({.pid = 702, .parent = 700, .startTime = 72, .executable = "/opt/editor", .cgroup = unit});
-  NotificationService service(processes_, makers_);
-  service.setOwner(701);
-  EXPECT_TRUE(service.plays(checked(701)));
-  EXPECT_FALSE(service.plays(checked(702)));
-}
-
-TEST_F(MakerTest, AWholeSessionIsNobodysUnit) {
-  const std::string scope = "/user.slice/session-2.scope";
-  proc_.add({.pid = 800, .parent = 100, .startTime = 80, .executable = "/opt/notifier", .cgroup = scope});
-  proc_.add({.pid = 801, .parent = 100, .startTime = 81, .executable = "/opt/game", .cgroup = scope});
-  NotificationService service(processes_, makers_);
-  service.setOwner(800);
-  EXPECT_FALSE(service.plays(checked(801)));
-}
-
-TEST_F(MakerTest, AScriptOfDunstPlaysForTheService) {
-  using namespace std::string_literals;
-  proc_.add({.pid = 900, .startTime = 90, .executable = "/opt/pacat", .environment = "A=1\0DUNST_APP_NAME=x\0"s});
-  const NotificationService service(processes_, makers_);
-  const Maker maker = checked(900);
-  proc_.remove(900);
-  EXPECT_TRUE(service.plays(maker));
-  EXPECT_FALSE(service.plays(checked(300)));
 }
 
 Properties properties(std::map<std::string, std::string> values) {

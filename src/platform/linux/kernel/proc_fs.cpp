@@ -103,13 +103,24 @@ std::string ProcFs::command(Pid pid) const {
 }
 
 std::optional<std::string> ProcFs::environment(Pid pid, std::string_view name) const {
+  auto values = environment(pid, std::span(&name, 1));
+  return values.empty() ? std::nullopt : std::move(values.front());
+}
+
+std::vector<std::optional<std::string>> ProcFs::environment(Pid pid, std::span<const std::string_view> names) const {
   const auto text = readKernelFile(path(pid, "environ"), mostOfAnEnvironment);
-  if (!text || name.empty()) return std::nullopt;
+  if (!text) return {};
+  std::vector<std::optional<std::string>> values(names.size());
   for (std::string_view rest = *text; !rest.empty();) {
     std::string_view value = ascii::takePart(rest, '\0');
-    if (value.find('=') != std::string_view::npos && ascii::takePart(value, '=') == name) return std::string(value);
+    if (value.find('=') == std::string_view::npos) continue;
+    const std::string_view name = ascii::takePart(value, '=');
+    const auto wanted = std::find(names.begin(), names.end(), name);
+    if (wanted == names.end() || name.empty()) continue;
+    auto& known = values[static_cast<std::size_t>(wanted - names.begin())];
+    if (!known) known = value;
   }
-  return std::nullopt;
+  return values;
 }
 
 std::string ProcFs::cgroup(Pid pid) const {
