@@ -4,6 +4,17 @@
 #include <utility>
 
 namespace tollvane::soundlog {
+namespace {
+
+// Measured: at most 31 ms, by espeak's library, by speech-dispatcher 0.11, and by the player that a module starts.
+constexpr Duration longestTrial = std::chrono::milliseconds(150);
+
+// The service needs up to three seconds from its start to its first sentence.
+constexpr Duration shortestSpeechPause = std::chrono::seconds(5);
+
+constexpr std::size_t mostDoubts = 64;
+
+}  // namespace
 
 SoundLog::SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
                    Makers::NameOfApplication nameOfApplication, std::function<void()> ended)
@@ -16,7 +27,7 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
       ended_(std::move(ended)),
       servers_(
           environment, [this](const ClientClaims& claims) { return makers_.remember(claims); },
-          [this](const StreamStart& start) { soundStarted(start); }) {
+          [this](const StreamStart& start) { streamStarted(start); }) {
   const auto bus = sessionBus(environment);
   if (!bus) return;
   notifications_.emplace(bus->address,
@@ -35,6 +46,22 @@ void SoundLog::start() {
   watchOutput();
   if (busLink_) busLink_->start();
   servers_.start();
+}
+
+void SoundLog::streamStarted(const StreamStart& start) {
+  start.maker.speech == Speech::none ? soundStarted(start) : speechStarted(start);
+}
+
+// The service and its modules try the sound server when they start, and before each sentence. What anyone can hear runs
+// longer than that, and a sentence is one sound, however many of them have a part in it.
+void SoundLog::speechStarted(const StreamStart& start) {
+  if (start.maker.speech == Speech::mute) return;
+  while (!doubts_.empty() && (!doubts_.front().active() || doubts_.size() >= mostDoubts)) doubts_.pop_front();
+  doubts_.push_back(callAfter(longestTrial, [this, runs = start.runs] {
+    if (runs && !runs()) return;
+    if (merger_.merges("speech", std::chrono::steady_clock::now(), shortestSpeechPause)) return;
+    write({Kind::outputStarted, "Speech", 0}, {});
+  }));
 }
 
 void SoundLog::soundStarted(const StreamStart& start) {

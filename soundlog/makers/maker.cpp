@@ -40,6 +40,15 @@ std::optional<NotificationWords> notificationWords(const ProcFs& processes, Pid 
   return std::nullopt;
 }
 
+// The kernel's short name of speech-dispatcher.
+constexpr std::string_view speechService = "speech-dispatch";
+constexpr std::string_view speechModules = "speech-dispatcher-modules";
+constexpr std::string_view muteModule = "sd_dummy";
+
+bool isSpeechModule(const std::optional<std::string>& executable) {
+  return executable && lastComponent(directoryOf(*executable)) == speechModules;
+}
+
 }  // namespace
 
 std::optional<Pid> Makers::believedPid(const ClientClaims& claims) const {
@@ -55,12 +64,15 @@ Maker Makers::remember(const ClientClaims& claims) const {
     const auto status = processes_.status(each);
     if (!status) break;
     maker.chain.push_back({each, status->startTime});
+    if (status->command == speechService) maker.speech = Speech::speaker;
     each = status->parent;
   }
   if (maker.known()) {
     maker.name = processes_.programName(*pid);
     maker.cgroup = processes_.cgroup(*pid);
     maker.playsFor = notificationWords(processes_, *pid);
+    if (isSpeechModule(processes_.executable(*pid))) maker.speech = Speech::speaker;
+    if (maker.speech != Speech::none && maker.name == muteModule) maker.speech = Speech::mute;
   }
   if (maker.name.empty()) maker.name = nameByClaims(claims);
   return maker;

@@ -40,6 +40,14 @@ struct NotificationWords {
   bool operator==(const NotificationWords&) const = default;
 };
 
+// What a process has to do with speech-dispatcher, the service that speaks for other programs. It starts a module for
+// each way to speak, and any of them may open streams, or start a player that does.
+enum class Speech {
+  none,
+  speaker,  // the service, one of its modules, or a player that one of them has started
+  mute,     // the module that cannot speak; a player that it starts says that there is no other
+};
+
 struct Maker {
   std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
@@ -47,6 +55,7 @@ struct Maker {
   // Set if a notification service's script started the process. The services detach their scripts, so the ancestors do
   // not tell.
   std::optional<NotificationWords> playsFor = {};
+  Speech speech = Speech::none;
 
   bool known() const { return !chain.empty(); }
   const ProcessKey& process() const { return chain.front(); }

@@ -116,7 +116,7 @@ class PipeWireSource::Node : public Bound {
 
   StreamTracker::Serial serial() const { return serial_; }
   StreamStart start() const {
-    StreamStart start{maker_ ? *maker_ : Maker(), alert_};
+    StreamStart start{maker_ ? *maker_ : Maker(), alert_, source_.tracker_.watch(serial_)};
     if (start.maker.name.empty()) start.maker.name = name_;
     return start;
   }

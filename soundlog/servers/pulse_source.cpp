@@ -155,6 +155,7 @@ void PulseSource::streamKnown(const pa_sink_input_info& info) {
 StreamStart PulseSource::start(const pa_sink_input_info& info, const Properties& properties) const {
   StreamStart start;
   start.alert = isAlert(properties);
+  start.runs = tracker_.watch(info.index);
   const auto client = clients_.find(info.client);
   if (client != clients_.end()) start.maker = client->second.maker;
   if (!start.maker.known()) {

@@ -10,7 +10,8 @@ namespace tollvane::soundlog {
 
 struct StreamStart {
   Maker maker;
-  bool alert = false;  // a short signal rather than music or speech
+  bool alert = false;               // a short signal rather than music or speech
+  std::function<bool()> runs = {};  // whether the stream that began to play still does; empty: nothing is known
 };
 
 class SoundSource {

@@ -108,6 +108,21 @@ TEST_F(MakerTest, AChainThatRunsInACircleEnds) {
   EXPECT_LE(checked(500).chain.size(), 64u);
 }
 
+TEST_F(MakerTest, TheSpeechServiceItsModulesAndTheirPlayersSpeak) {
+  const std::string modules = "/usr/lib/speech-dispatcher-modules/";
+  proc_.add({.pid = 400, .startTime = 40, .executable = "/usr/bin/speech-dispatcher"});
+  proc_.add({.pid = 401, .parent = 400, .startTime = 41, .executable = modules + "sd_espeak-ng"});
+  proc_.add({.pid = 402, .parent = 401, .startTime = 42, .executable = "/usr/bin/sox"});
+  proc_.add({.pid = 403, .parent = 1, .startTime = 43, .executable = modules + "sd_flite"});
+  proc_.add({.pid = 404, .parent = 400, .startTime = 44, .executable = modules + "sd_dummy"});
+  proc_.add({.pid = 405, .parent = 404, .startTime = 45, .executable = "/usr/bin/sox"});
+  proc_.add({.pid = 406, .startTime = 46, .executable = "/opt/sd_dummy"});
+  for (const Pid pid : {400, 401, 402, 403, 405}) EXPECT_EQ(checked(pid).speech, Speech::speaker) << pid;
+  EXPECT_EQ(checked(404).speech, Speech::mute);
+  EXPECT_EQ(checked(406).speech, Speech::none);
+  EXPECT_EQ(checked(300).speech, Speech::none);
+}
+
 Properties properties(std::map<std::string, std::string> values) {
   return [values = std::move(values)](const char* name) -> std::string_view {
     const auto found = values.find(name);

@@ -30,6 +30,7 @@ class ProcFs : public ProcessTable {
     // Clock ticks since boot. A pid together with its start time names one process for good; a pid alone may be used
     // again.
     std::uint64_t startTime = 0;
+    std::string command = {};  // the kernel's short name: at most 15 bytes
   };
   std::optional<Status> status(Pid pid) const;
 
