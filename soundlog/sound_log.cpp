@@ -71,6 +71,7 @@ void SoundLog::soundStarted(const StreamStart& start) {
                    : start.alert                    ? Kind::alertRequested
                                                     : Kind::outputStarted;
   happening.name = start.maker.name;
+  happening.script = start.maker.script;
   std::string who = std::to_string(static_cast<int>(happening.kind)) + ' ';
   if (start.maker.known()) {
     const ProcessKey& process = start.maker.process();
@@ -96,7 +97,9 @@ void SoundLog::notificationPresented(const Notice& notice, std::optional<Pid> se
 void SoundLog::write(Happening happening, Maker maker) {
   output_.push([this, happening = std::move(happening), maker = std::move(maker),
                 time = std::chrono::system_clock::now()]() mutable {
-    happening.pid = makers_.creditedPid(maker);
+    happening.ancestors = makers_.stillRunning(maker);
+    happening.pid = happening.ancestors.empty() ? 0 : happening.ancestors.front();
+    if (!happening.ancestors.empty()) happening.ancestors.erase(happening.ancestors.begin());
     return format_(happening, time);
   });
   if (output_.pending() != waiting_ || output_.broken()) watchOutput();

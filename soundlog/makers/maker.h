@@ -52,6 +52,7 @@ struct Maker {
   std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
   std::string cgroup;
+  std::string script = {};  // of the script that started it; empty if none did
   // Set if a notification service's script started the process. The services detach their scripts, so the ancestors do
   // not tell.
   std::optional<NotificationWords> playsFor = {};
@@ -71,14 +72,16 @@ class Makers {
 
   Maker remember(const ClientClaims& claims) const;
 
-  // The process to credit now: the maker itself if it still runs, else its nearest ancestor that does; 0 if none does.
-  Pid creditedPid(const Maker& maker) const;
+  // Those of the maker and its ancestors that still run, the nearest first, and no more than a reader looks at. The
+  // first one is to be credited.
+  std::vector<Pid> stillRunning(const Maker& maker) const;
 
   std::optional<ProcessKey> key(Pid pid) const;
 
  private:
   std::optional<Pid> believedPid(const ClientClaims& claims) const;
   std::string nameByClaims(const ClientClaims& claims) const;
+  std::string scriptBehind(const std::vector<ProcessKey>& chain) const;
 
   const ProcFs& processes_;
   NameOfApplication nameOfApplication_;

@@ -1,5 +1,6 @@
 #include "detect/resolver.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -64,6 +65,15 @@ std::string Resolver::appName(Pid pid, std::string_view fallback) const {
   if (auto application = workspace_.runningApplication(pid); application && application->localizedName)
     return friendlyName(*application->localizedName);
   return friendlyName(fallback);
+}
+
+std::string Resolver::appName(Pid pid, std::span<const Pid> ancestors, std::string_view fallback) const {
+  const auto runs = [this](Pid each) { return processes_.parentPid(each).has_value(); };
+  if (!ancestors.empty() && !runs(pid)) {
+    const auto first = std::find_if(ancestors.begin(), ancestors.end(), runs);
+    if (first != ancestors.end()) pid = *first;
+  }
+  return appName(pid, fallback);
 }
 
 std::string Resolver::appName(std::string_view bundleID) const {

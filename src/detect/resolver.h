@@ -1,11 +1,11 @@
 // Finds the application that the user knows as the maker of a sound: a web content process, a helper or a command-line
 // tool is credited to the browser, the application or the terminal that owns it. Keeps nothing between calls: the
 // answer is about the processes at this moment. Nothing fails: the last rule always gives a text. Main thread only.
-// gives a text. Main thread only.
 #pragma once
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -31,6 +31,10 @@ class Resolver {
   // The name to show for the maker of a sound. `fallback`: the process's name as it was reported; it may be cut to 16
   // characters, and it may be empty.
   std::string appName(Pid pid, std::string_view fallback) const;
+
+  // The same for a maker that may have ended meanwhile: then the first of its `ancestors` that still runs, the nearest
+  // first, stands for it.
+  std::string appName(Pid pid, std::span<const Pid> ancestors, std::string_view fallback) const;
 
   // The name to show for the application with this bundle identifier; the identifier itself if the system knows no
   // name.

@@ -77,23 +77,23 @@ void Watcher::readLine(std::string_view line) {
   if (!mayHoldSoundMessage(line)) return;  // true of most lines
   const auto read = reader_.read(line);
   if (!read) return;
-  if (const auto found = soundMessage(read->process, read->message)) handle(*found);
+  if (const auto found = soundMessage(read->process, read->message)) handle(*found, *read);
 }
 
-void Watcher::handle(const SoundMessage& message) {
-  std::visit(
-      Overloaded{
-          [&](const NotificationPresented& notification) {
-            // It becomes a sound only if the sound server reports one.
-            lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
-          },
-          [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
-          [&](const AlertSoundRequested& alert) { emit(resolver_.appName(alert.pid, alert.name), kind::alertSound); },
-          [&](const AudioOutputStarted& start) {
-            emit(resolver_.appName(start.pid, start.name), kind::startedPlayingAudio);
-          },
-      },
-      message);
+void Watcher::handle(const SoundMessage& message, const LogLine& line) {
+  const auto makerOf = [&](const auto& sound) {
+    return resolver_.appName(sound.pid, line.ancestors, line.maker.empty() ? sound.name : line.maker);
+  };
+  std::visit(Overloaded{
+                 [&](const NotificationPresented& notification) {
+                   // It becomes a sound only if the sound server reports one.
+                   lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
+                 },
+                 [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
+                 [&](const AlertSoundRequested& alert) { emit(makerOf(alert), kind::alertSound); },
+                 [&](const AudioOutputStarted& start) { emit(makerOf(start), kind::startedPlayingAudio); },
+             },
+             message);
 }
 
 std::string Watcher::notifyingApp() const {

@@ -1,10 +1,12 @@
 // What TollvaneLog says when real players play on a real PipeWire.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <string>
@@ -153,6 +155,23 @@ TEST_F(PlayersTest, AProcessThatEndedIsCreditedToWhoStartedIt) {
   ASSERT_TRUE(waitUntil([player] { return kill(player, 0) != 0; }));
   log_->process().signal(SIGCONT);
   EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", shell->pid()}));
+}
+
+TEST_F(PlayersTest, AToolThatAScriptStartsIsNamedWithTheScript) {
+  const auto script = sound_.home() / "backup-done.sh";
+  std::ofstream(script) << "#!/bin/sh\npaplay \"$1\"\n"
+                        << "timeout 9 sh -c \"paplay --property=media.role=event '$1'; exit 0\"\n";
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  const auto shell = sound_.begin({script, tone()});
+  const auto sound = log_->next();
+  ASSERT_TRUE(sound);
+  EXPECT_EQ(sound->name, "paplay (backup-done.sh)");
+  EXPECT_THAT(sound->ancestors, ::testing::Contains(shell->pid()));
+  const auto alert = log_->next();
+  ASSERT_TRUE(alert);
+  EXPECT_EQ(alert->speaker, "systemsoundserverd");
+  EXPECT_EQ(alert->name, "paplay (backup-done.sh)");
+  EXPECT_THAT(alert->ancestors, ::testing::Contains(shell->pid()));
 }
 
 // A speech service as speech-dispatcher is made: a server that starts a module for each way to speak. All of them try

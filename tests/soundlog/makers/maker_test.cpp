@@ -23,6 +23,12 @@ class MakerTest : public ::testing::Test {
     return makers_.remember({.declaredPid = pid, .binary = std::move(binary), .name = "Some name"});
   }
 
+  Pid credited(const Maker& maker) const {
+    const auto alive = makers_.stillRunning(maker);
+    return alive.empty() ? 0 : alive.front();
+  }
+  std::string scriptOf(Pid pid) const { return checked(pid).script; }
+
   test::FakeProc proc_;
   ProcFs processes_{proc_.root()};
   Makers makers_{processes_};
@@ -31,13 +37,13 @@ class MakerTest : public ::testing::Test {
 TEST_F(MakerTest, AProcessThatLivesIsCreditedItself) {
   const Maker maker = checked(300);
   EXPECT_EQ(maker.name, "pacat");
-  EXPECT_EQ(makers_.creditedPid(maker), 300);
+  EXPECT_EQ(credited(maker), 300);
 }
 
 TEST_F(MakerTest, AProcessThatEndedIsCreditedToItsParentUnderItsOwnName) {
   const Maker maker = checked(300);
   proc_.remove(300);
-  EXPECT_EQ(makers_.creditedPid(maker), 200);
+  EXPECT_EQ(credited(maker), 200);
   EXPECT_EQ(maker.name, "pacat");
 }
 
@@ -45,29 +51,29 @@ TEST_F(MakerTest, ParentsThatEndedTooAreSkipped) {
   const Maker maker = checked(300);
   proc_.remove(300);
   proc_.remove(200);
-  EXPECT_EQ(makers_.creditedPid(maker), 100);
+  EXPECT_EQ(credited(maker), 100);
 }
 
 TEST_F(MakerTest, TheFirstProcessIsNeverCredited) {
   const Maker maker = checked(300);
   for (const Pid pid : {300, 200, 100}) proc_.remove(pid);
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_FALSE(checked(1).known());
 }
 
 TEST_F(MakerTest, ANumberThatWasGivenToAnotherProcessIsNotCredited) {
   const Maker maker = checked(300);
   proc_.add({.pid = 300, .parent = 100, .startTime = 31, .executable = "/opt/bank"});
-  EXPECT_EQ(makers_.creditedPid(maker), 200);
+  EXPECT_EQ(credited(maker), 200);
   proc_.add({.pid = 200, .parent = 1, .startTime = 32, .executable = "/opt/bank"});
-  EXPECT_EQ(makers_.creditedPid(maker), 100);
+  EXPECT_EQ(credited(maker), 100);
 }
 
 TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
   const Maker maker = makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv", .name = "mpv Media Player"});
   EXPECT_FALSE(maker.known());
   EXPECT_EQ(maker.name, "mpv Media Player");
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_EQ(makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv"}).name, "mpv");
 }
 
@@ -77,35 +83,80 @@ TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
   });
   ClientClaims claims{.declaredPid = 2, .binary = "firefox-bin", .name = "Client", .sandboxId = "org.mozilla.firefox"};
   EXPECT_EQ(makers.remember(claims).name, "Firefox");
-  EXPECT_EQ(makers.creditedPid(makers.remember(claims)), 0);
+  EXPECT_EQ(makers.stillRunning(makers.remember(claims)).size(), 0);
   claims.sandboxId = "org.example.Unknown";
   EXPECT_EQ(makers.remember(claims).name, "Client");
 }
 
 TEST_F(MakerTest, ADeclaredProcessIsBelievedWhereItsProgramAgrees) {
-  EXPECT_EQ(makers_.creditedPid(declared(300, "pacat")), 300);
-  EXPECT_EQ(makers_.creditedPid(declared(300, "/usr/bin/pacat")), 300);
+  EXPECT_EQ(credited(declared(300, "pacat")), 300);
+  EXPECT_EQ(credited(declared(300, "/usr/bin/pacat")), 300);
 }
 
 TEST_F(MakerTest, ADeclaredProcessIsNotBelievedWhereItsProgramDisagrees) {
   const Maker maker = declared(300, "firefox");
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_EQ(maker.name, "Some name");
-  EXPECT_EQ(makers_.creditedPid(declared(300, "")), 0) << "nothing to compare";
-  EXPECT_EQ(makers_.creditedPid(declared(1, "init")), 0) << "a sandbox counts from 1";
+  EXPECT_EQ(credited(declared(300, "")), 0) << "nothing to compare";
+  EXPECT_EQ(credited(declared(1, "init")), 0) << "a sandbox counts from 1";
 }
 
 TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
   proc_.add({.pid = 400, .startTime = 40, .executable = "", .command = "a-very-long-program"});
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very-long-program")), 400);
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very-long-pro")), 400);
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very")), 0);
+  EXPECT_EQ(credited(declared(400, "a-very-long-program")), 400);
+  EXPECT_EQ(credited(declared(400, "a-very-long-pro")), 400);
+  EXPECT_EQ(credited(declared(400, "a-very")), 0);
 }
 
 TEST_F(MakerTest, AChainThatRunsInACircleEnds) {
   proc_.add({.pid = 500, .parent = 501, .startTime = 50, .executable = "/opt/a"});
   proc_.add({.pid = 501, .parent = 500, .startTime = 50, .executable = "/opt/b"});
   EXPECT_LE(checked(500).chain.size(), 64u);
+}
+
+TEST_F(MakerTest, AncestorsThatRunAreListedWithTheNearestFirst) {
+  const Maker maker = checked(300);
+  EXPECT_EQ(makers_.stillRunning(maker), (std::vector<Pid>{300, 200, 100}));
+  proc_.remove(200);
+  EXPECT_EQ(makers_.stillRunning(maker), (std::vector<Pid>{300, 100}));
+}
+
+TEST_F(MakerTest, AToolIsStartedByTheScriptOfItsParent) {
+  proc_.add(
+      {.pid = 500, .startTime = 50, .executable = "/bin/bash", .arguments = {"-e", "/home/me/backup-done.sh", "x"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(501), "backup-done.sh");
+  EXPECT_EQ(scriptOf(500), "") << "the script itself";
+  EXPECT_EQ(scriptOf(300), "");
+  const Maker maker = checked(501);
+  proc_.remove(501);
+  proc_.remove(500);
+  EXPECT_EQ(maker.script, "backup-done.sh") << "it stays known";
+}
+
+TEST_F(MakerTest, WhatOnlyWaitsForTheToolIsNotInTheWay) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/usr/bin/python3.11", .arguments = {"/home/me/ding.py"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/timeout", .arguments = {"5", "sh"}});
+  proc_.add(
+      {.pid = 502, .parent = 501, .startTime = 52, .executable = "/bin/sh", .arguments = {"-c", "pacat x; exit"}});
+  proc_.add({.pid = 503, .parent = 502, .startTime = 53, .command = "sudo"});
+  proc_.add({.pid = 504, .parent = 503, .startTime = 54, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(504), "ding.py");
+}
+
+TEST_F(MakerTest, AnotherProgramOrAPersonInBetweenIsWhoStartedTheTool) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/bin/sh", .arguments = {"/home/me/work.sh"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/opt/editor"});
+  proc_.add({.pid = 502, .parent = 501, .startTime = 52, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(502), "");
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/bin/bash", .arguments = {"-i"}});
+  EXPECT_EQ(scriptOf(502), "") << "a shell that takes commands from a person";
+}
+
+TEST_F(MakerTest, AScriptThatStartsTheSessionIsNotTheReasonForASound) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/bin/sh", .arguments = {"/etc/X11/Xsession"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(501), "");
 }
 
 TEST_F(MakerTest, TheSpeechServiceItsModulesAndTheirPlayersSpeak) {
