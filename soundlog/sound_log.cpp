@@ -26,7 +26,7 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
       format_(format),
       ended_(std::move(ended)),
       servers_(
-          environment, [this](const ClientClaims& claims) { return makers_.remember(claims); },
+          environment, processes_, [this](const ClientClaims& claims) { return makers_.remember(claims); },
           [this](const StreamStart& start) { streamStarted(start); }) {
   const auto bus = sessionBus(environment);
   if (!bus) return;
