@@ -12,6 +12,7 @@
 #include "app/browser_status.h"
 #include "browser/browser_link.h"
 #include "menu/sound_menu.h"
+#include "platform/posix/posix_files.h"
 #include "support/json_value.h"
 #include "tests/virtual/core_parts.h"
 #include "tests/virtual/virtual_platform.h"
@@ -121,7 +122,8 @@ void echoWithSixtyFourClients(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualClock clock;
   test::VirtualMainQueue queue(clock);
-  BridgeListener listener(queue);
+  PosixFiles files;
+  BridgeListener listener(queue, files);
   std::vector<LocalStream> sockets;
   std::vector<std::unique_ptr<MainQueue::Watch>> watches;
   std::array<char, 65536> bytes{};

@@ -38,7 +38,7 @@ void check(std::string_view input, std::size_t pieceSize) {
   std::array<int, 2> ends{};
   FUZZ_REQUIRE(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0);
   UniqueFd bridge(ends[1]);
-  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), 10ms);
+  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), system.queue);
   std::vector<std::string> heard;
   bool closed = false;
   connection->onMessage = [&](const Message& message) {
@@ -46,7 +46,7 @@ void check(std::string_view input, std::size_t pieceSize) {
     link.handle(*connection, message);
   };
   connection->onClosed = [&] { closed = true; };
-  connection->startReading(system.queue);
+  connection->startReading();
 
   std::array<char, 4096> answers;
   for (std::string_view left = input; !left.empty();) {

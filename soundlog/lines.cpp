@@ -109,6 +109,13 @@ std::string processName(std::string_view name) {
   return beginsWithReserved(text) ? plainText("_" + text) : text;
 }
 
+std::string makerName(std::string_view name, std::string_view script) {
+  std::string text = processName(name);
+  const std::string by = processName(script);
+  if (!text.empty() && !by.empty()) text += " (" + by + ")";
+  return text;
+}
+
 std::string_view processImagePath(Kind kind) { return voice(kind).path; }
 
 std::string eventMessage(const Happening& happening) {
@@ -128,11 +135,15 @@ std::string eventMessage(const Happening& happening) {
 }
 
 std::string ndjsonLine(const Happening& happening, TimePoint time) {
-  const nlohmann::json line = {
+  nlohmann::json line = {
       {"eventMessage", eventMessage(happening)},
       {"processImagePath", processImagePath(happening.kind)},
       {"timestamp", timestamp(time)},
   };
+  if (happening.kind == Kind::outputStarted || happening.kind == Kind::alertRequested) {
+    line["makerName"] = makerName(happening.name, happening.script);
+    if (!happening.ancestors.empty()) line["ancestors"] = happening.ancestors;
+  }
   return line.dump() + '\n';
 }
 
@@ -140,7 +151,7 @@ std::string readableLine(const Happening& happening, TimePoint time) {
   std::string line = localTime(time).clock + "  " + std::string(voice(happening.kind).title);
   if (happening.kind == Kind::notificationPresented) return line + "  " + identity(happening) + '\n';
   if (happening.kind != Kind::notificationSound) {
-    const std::string name = processName(happening.name);
+    const std::string name = makerName(happening.name, happening.script);
     line += "  " + (name.empty() ? std::string(unknown) : name);
   }
   return line + "  (" + (happening.pid == 0 ? "no process" : "pid " + std::to_string(happening.pid)) + ")\n";

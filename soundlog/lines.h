@@ -5,10 +5,14 @@
 // JSON lines: RFC 8259, one object per line, always valid UTF-8. A reader needs two keys:
 //   processImagePath  the sender; its last component tells the kind (audiomxd, systemsoundserverd, usernoted)
 //   eventMessage      the message
+// Of a sound that is no notification's, two more tell about its maker:
+//   makerName         its name, with the script that started it ("paplay (backup-done.sh)")
+//   ancestors         the numbers of the processes that started it, the nearest first; left out if there are none
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/process_table.h"
@@ -26,7 +30,9 @@ struct Happening {
   Kind kind = Kind::outputStarted;
   // The process's name; for notificationPresented the application's identity; not used for notificationSound.
   std::string name;
-  Pid pid = 0;  // 0 if unknown; not used for notificationPresented
+  Pid pid = 0;                      // 0 if unknown; not used for notificationPresented
+  std::vector<Pid> ancestors = {};  // of the process, the nearest first
+  std::string script = {};          // the script that started the process; empty if none did
 };
 
 // The longest name or identity that a line carries, in bytes.
@@ -39,6 +45,9 @@ std::string plainText(std::string_view text);
 // `name` as plainText() returns it, with brackets instead of parentheses, and with "_" in front if it would begin with
 // a word that marks a message of the system itself.
 std::string processName(std::string_view name);
+
+// `name` as processName() returns it, and `script` likewise in parentheses if there is one: "paplay (backup-done.sh)".
+std::string makerName(std::string_view name, std::string_view script);
 
 std::string_view processImagePath(Kind kind);
 std::string eventMessage(const Happening& happening);

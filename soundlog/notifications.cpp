@@ -1,5 +1,7 @@
 #include "soundlog/notifications.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -16,8 +18,12 @@ constexpr const char* ownerRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.freedesktop.Notifications'";
 
-// The most notifications whose senders are being asked for at the same time.
+// The most names whose processes are being asked for at the same time.
 constexpr std::size_t mostQuestions = 64;
+
+// A service that passes notifications on does so at once, but may have to be started first.
+constexpr Duration longestPassage = std::chrono::seconds(5);
+constexpr std::size_t mostDeliveries = 64;
 
 template <typename Value>
 std::optional<Value> basic(sd_bus_message* message, char type) {
@@ -42,8 +48,6 @@ void readValue(sd_bus_message* message, std::string_view hint, std::string_view 
     notice.desktopEntry = basic<const char*>(message, 's').value_or("");
   } else if (hint == "sender-pid") {
     notice.declaredSender = processNumber(message, signature);
-  } else if (hint == "suppress-sound" && signature == "b") {
-    notice.playsItself = basic<int>(message, 'b').value_or(0) != 0;
   }
 }
 
@@ -53,7 +57,7 @@ bool readHint(sd_bus_message* message, Notice& notice) {
   char type = 0;
   if (sd_bus_message_read_basic(message, 's', &name) <= 0) return false;
   if (sd_bus_message_peek_type(message, &type, &signature) <= 0 || type != 'v') return false;
-  static constexpr std::string_view known[] = {"desktop-entry", "sender-pid", "suppress-sound"};
+  static constexpr std::string_view known[] = {"desktop-entry", "sender-pid"};
   for (const std::string_view wanted : known) {
     if (wanted != name || std::strlen(signature) != 1) continue;
     if (sd_bus_message_enter_container(message, 'v', signature) <= 0) return false;
@@ -72,15 +76,6 @@ std::optional<Pid> processReply(sd_bus_message* reply) {
   return static_cast<Pid>(pid);
 }
 
-// The control group of the service unit in which `pid` is the main process; empty if there is none. If the parent is in
-// the same group, the group belongs to a whole session, or to the bus that started this process and many others.
-std::string ownUnit(const ProcFs& processes, Pid pid) {
-  const std::string group = processes.cgroup(pid);
-  const auto status = processes.status(pid);
-  if (!group.ends_with(".service") || !status) return {};
-  return processes.cgroup(status->parent) == group ? std::string() : group;
-}
-
 }  // namespace
 
 std::optional<Notice> readNotice(sd_bus_message* call) {
@@ -96,18 +91,17 @@ std::optional<Notice> readNotice(sd_bus_message* call) {
   return notice;
 }
 
-// A notification that waits for its sender's process number.
+// Asks for the process number behind a name on the bus.
 struct NotificationSource::Question {
   NotificationSource* source;
-  Notice notice;
+  std::function<void(std::optional<Pid>)> then;
   BusSlot slot;
 
   static int answered(sd_bus_message* reply, void* data, sd_bus_error*) {
     auto* const question = static_cast<Question*>(data);
-    NotificationSource& source = *question->source;
-    const Notice notice = std::move(question->notice);
-    source.questions_.remove_if([question](const Question& each) { return &each == question; });
-    source.events_.presented(notice, processReply(reply));
+    const auto then = std::move(question->then);
+    question->source->questions_.remove_if([question](const Question& each) { return &each == question; });
+    then(processReply(reply));
     return 0;
   }
 };
@@ -134,6 +128,8 @@ void NotificationSource::disconnect() {
   monitor_.reset();
   queries_.reset();
   served_ = false;
+  owner_.clear();
+  deliveries_.clear();
 }
 
 bool NotificationSource::becomeMonitor() {
@@ -149,7 +145,7 @@ bool NotificationSource::becomeMonitor() {
     return 0;
   };
   const int result = sd_bus_call_method_async(monitor_->get(), &slot, bus, busPath, "org.freedesktop.DBus.Monitoring",
-                                              "BecomeMonitor", done, this, "asu", 1, notifyRule, 0);
+                                              "BecomeMonitor", done, this, "asu", 2, notifyRule, ownerRule, 0);
   monitoring_.reset(slot);
   return result >= 0;
 }
@@ -181,32 +177,65 @@ bool NotificationSource::followService() {
   return true;
 }
 
-void NotificationSource::called(sd_bus_message* call) {
-  if (!served_ || !sd_bus_message_is_method_call(call, notifications, "Notify")) return;
-  auto notice = readNotice(call);
-  if (!notice) return;
-  const char* const sender = sd_bus_message_get_sender(call);
-  if (!sender || !notice->desktopEntry.empty() || questions_.size() >= mostQuestions) {
-    events_.presented(*notice, std::nullopt);
-  } else {
-    askSender(sender, std::move(*notice));
+void NotificationSource::called(sd_bus_message* message) {
+  if (!served_) return;
+  if (sd_bus_message_is_signal(message, bus, "NameOwnerChanged")) {
+    const char* owner = nullptr;
+    if (sd_bus_message_read(message, "sss", nullptr, nullptr, &owner) > 0) owner_ = owner;
+    return;
   }
+  if (!sd_bus_message_is_method_call(message, notifications, "Notify")) return;
+  const auto notice = readNotice(message);
+  if (!notice) return;
+  const auto text = [](const char* name) { return std::string(name ? name : ""); };
+  const std::string sender = text(sd_bus_message_get_sender(message));
+  const std::string receiver = text(sd_bus_message_get_destination(message));
+  const bool passedOn = isPassedOn(*notice, sender);
+  remember(*notice, receiver);
+  if (!receiver.empty() && receiver != notifications && receiver != owner_) {
+    ask(receiver, [this](std::optional<Pid> pid) {
+      if (pid) events_.received(*pid);
+    });
+  }
+  if (passedOn) return;
+  if (sender.empty() || !notice->desktopEntry.empty()) return events_.presented(*notice, std::nullopt);
+  ask(sender, [this, notice = *notice](std::optional<Pid> pid) { events_.presented(notice, pid); });
 }
 
-void NotificationSource::askSender(const char* sender, Notice notice) {
-  Question& question = questions_.emplace_back(Question{this, std::move(notice), nullptr});
+// A service may change hints on the way, but not whose notification it is.
+bool NotificationSource::isPassedOn(const Notice& notice, std::string_view sender) const {
+  const Instant now = std::chrono::steady_clock::now();
+  return std::any_of(deliveries_.begin(), deliveries_.end(), [&](const Delivery& each) {
+    // Perhaps the service was started by this very notification, and had no unique name yet.
+    const std::string& receiver = each.receiver == notifications ? owner_ : each.receiver;
+    return receiver == sender && each.applicationName == notice.applicationName &&
+           each.desktopEntry == notice.desktopEntry && now - each.at < longestPassage;
+  });
+}
+
+void NotificationSource::remember(const Notice& notice, std::string receiver) {
+  deliveries_.push_back(
+      {notice.applicationName, notice.desktopEntry, std::move(receiver), std::chrono::steady_clock::now()});
+  if (deliveries_.size() > mostDeliveries) deliveries_.pop_front();
+}
+
+// Answers at once that the process is unknown if too many questions are open.
+void NotificationSource::ask(const std::string& name, std::function<void(std::optional<Pid>)> answered) {
+  if (questions_.size() >= mostQuestions) return answered(std::nullopt);
+  Question& question = questions_.emplace_back(Question{this, std::move(answered), nullptr});
   sd_bus_slot* slot = nullptr;
   const int result = sd_bus_call_method_async(queries_->get(), &slot, bus, busPath, bus, "GetConnectionUnixProcessID",
-                                              Question::answered, &question, "s", sender);
+                                              Question::answered, &question, "s", name.c_str());
   question.slot.reset(slot);
   if (result >= 0) return;
-  const Notice unanswered = std::move(question.notice);
+  const auto then = std::move(question.then);
   questions_.pop_back();
-  events_.presented(unanswered, std::nullopt);
+  then(std::nullopt);
 }
 
 void NotificationSource::serviceOwner(const char* owner) {
   ownerPid_.reset();
+  owner_ = owner;
   events_.serviceChanged(std::nullopt);
   if (!*owner) return;
   const auto answered = [](sd_bus_message* reply, void* data, sd_bus_error*) {
@@ -225,17 +254,6 @@ void NotificationSource::closed() {
   disconnect();
   events_.serviceChanged(std::nullopt);
   events_.ended(served);
-}
-
-void NotificationService::setOwner(std::optional<Pid> pid) {
-  owner_ = pid ? makers_.key(*pid) : std::nullopt;
-  unit_ = owner_ ? ownUnit(processes_, owner_->pid) : std::string();
-}
-
-bool NotificationService::plays(const Maker& maker) const {
-  if (maker.runByDunst) return true;
-  if (!owner_ || !maker.known()) return false;
-  return maker.process() == *owner_ || (!unit_.empty() && maker.cgroup == unit_);
 }
 
 }  // namespace tollvane::soundlog

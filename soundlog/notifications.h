@@ -1,16 +1,19 @@
-// Listens on the session bus: which application shows a notification, and which process is the notification service.
-// Main thread only. Uses two connections, because the one that sees other programs' calls may not make calls itself.
-// Sources, both of freedesktop.org: Desktop Notifications (Notify, its hints); D-Bus (BecomeMonitor, NameOwnerChanged,
-// GetConnectionUnixProcessID).
+// Listens on the session bus: which application shows a notification, which process is the notification service, and
+// which other processes receive notifications. Main thread only. Uses two connections, because the one that sees other
+// programs' calls may not make calls itself. Sources, both of freedesktop.org: Desktop Notifications (Notify, its
+// hints); D-Bus (BecomeMonitor, NameOwnerChanged, GetConnectionUnixProcessID).
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
+#include "platform/clock.h"
 #include "soundlog/connection/bus_connection.h"
 #include "soundlog/makers/identity.h"
 #include "soundlog/makers/maker.h"
@@ -25,7 +28,9 @@ class NotificationSource {
  public:
   struct Events {
     std::function<void(const Notice&, std::optional<Pid> sender)> presented;
+    // Not called for a notification that a service passes on: it was presented when the service received it.
     std::function<void(std::optional<Pid>)> serviceChanged;  // process of the service; absent if there is none
+    std::function<void(Pid)> received;  // a notification was sent to this process, which is not the service
     std::function<void()> served;
     std::function<void(bool served)> ended;
   };
@@ -40,10 +45,20 @@ class NotificationSource {
  private:
   struct Question;
 
+  // A notification of late, and the bus name that it was sent to.
+  struct Delivery {
+    std::string applicationName;
+    std::string desktopEntry;
+    std::string receiver;
+    Instant at;
+  };
+
   bool becomeMonitor();
   bool followService();
   void called(sd_bus_message* call);
-  void askSender(const char* sender, Notice notice);
+  bool isPassedOn(const Notice& notice, std::string_view sender) const;
+  void remember(const Notice& notice, std::string receiver);
+  void ask(const std::string& name, std::function<void(std::optional<Pid>)> answered);
   void serviceOwner(const char* owner);
   void closed();
 
@@ -56,27 +71,9 @@ class NotificationSource {
   BusSlot ownerName_;
   BusSlot ownerPid_;
   std::list<Question> questions_;
+  std::string owner_;  // unique name of the service
+  std::deque<Delivery> deliveries_;
   bool served_ = false;
-};
-
-// Tells whether a sound comes from the program that shows notifications on this desktop: the owner of
-// org.freedesktop.Notifications on the session bus. Source: systemd.unit(5) for the names of units.
-class NotificationService {
- public:
-  NotificationService(const ProcFs& processes, const Makers& makers) : processes_(processes), makers_(makers) {}
-
-  // `pid`: absent while no program shows notifications.
-  void setOwner(std::optional<Pid> pid);
-
-  // Whether the sound comes from the service: from its process, from another process of its unit, or from a script of
-  // dunst.
-  bool plays(const Maker& maker) const;
-
- private:
-  const ProcFs& processes_;
-  const Makers& makers_;
-  std::optional<ProcessKey> owner_;
-  std::string unit_;  // the control group that is the service's own; empty if it shares one
 };
 
 }  // namespace tollvane::soundlog

@@ -4,6 +4,17 @@
 #include <utility>
 
 namespace tollvane::soundlog {
+namespace {
+
+// Measured: at most 31 ms, by espeak's library, by speech-dispatcher 0.11, and by the player that a module starts.
+constexpr Duration longestTrial = std::chrono::milliseconds(150);
+
+// The service needs up to three seconds from its start to its first sentence.
+constexpr Duration shortestSpeechPause = std::chrono::seconds(5);
+
+constexpr std::size_t mostDoubts = 64;
+
+}  // namespace
 
 SoundLog::SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
                    Makers::NameOfApplication nameOfApplication, std::function<void()> ended)
@@ -15,8 +26,8 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
       format_(format),
       ended_(std::move(ended)),
       servers_(
-          environment, [this](const ClientClaims& claims) { return makers_.remember(claims); },
-          [this](const StreamStart& start) { soundStarted(start); }) {
+          environment, processes_, [this](const ClientClaims& claims) { return makers_.remember(claims); },
+          [this](const StreamStart& start) { streamStarted(start); }) {
   const auto bus = sessionBus(environment);
   if (!bus) return;
   notifications_.emplace(bus->address,
@@ -24,6 +35,7 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
                              .presented = [this](const Notice& notice,
                                                  std::optional<Pid> sender) { notificationPresented(notice, sender); },
                              .serviceChanged = [this](std::optional<Pid> pid) { service_.setOwner(pid); },
+                             .received = [this](Pid pid) { service_.received(pid, std::chrono::steady_clock::now()); },
                              .served = [this] { busLink_->served(); },
                              .ended = [this](bool served) { busLink_->ended(served); },
                          });
@@ -36,12 +48,30 @@ void SoundLog::start() {
   servers_.start();
 }
 
+void SoundLog::streamStarted(const StreamStart& start) {
+  start.maker.speech == Speech::none ? soundStarted(start) : speechStarted(start);
+}
+
+// The service and its modules try the sound server when they start, and before each sentence. What anyone can hear runs
+// longer than that, and a sentence is one sound, however many of them have a part in it.
+void SoundLog::speechStarted(const StreamStart& start) {
+  if (start.maker.speech == Speech::mute) return;
+  while (!doubts_.empty() && (!doubts_.front().active() || doubts_.size() >= mostDoubts)) doubts_.pop_front();
+  doubts_.push_back(callAfter(longestTrial, [this, runs = start.runs] {
+    if (runs && !runs()) return;
+    if (merger_.merges("speech", std::chrono::steady_clock::now(), shortestSpeechPause)) return;
+    write({Kind::outputStarted, "Speech", 0}, {});
+  }));
+}
+
 void SoundLog::soundStarted(const StreamStart& start) {
+  const Instant now = std::chrono::steady_clock::now();
   Happening happening;
-  happening.kind = service_.plays(start.maker) ? Kind::notificationSound
-                   : start.alert               ? Kind::alertRequested
-                                               : Kind::outputStarted;
+  happening.kind = service_.plays(start.maker, now) ? Kind::notificationSound
+                   : start.alert                    ? Kind::alertRequested
+                                                    : Kind::outputStarted;
   happening.name = start.maker.name;
+  happening.script = start.maker.script;
   std::string who = std::to_string(static_cast<int>(happening.kind)) + ' ';
   if (start.maker.known()) {
     const ProcessKey& process = start.maker.process();
@@ -49,20 +79,27 @@ void SoundLog::soundStarted(const StreamStart& start) {
   } else {
     who += start.maker.name;
   }
-  if (merger_.merges(who, std::chrono::steady_clock::now())) return;
+  if (merger_.merges(who, now)) return;
+  if (happening.kind == Kind::notificationSound) {
+    if (const auto identity = notices_.presentAgainFor(start.maker, now))
+      write({Kind::notificationPresented, *identity, 0}, {});
+  }
   write(std::move(happening), start.maker);
 }
 
 void SoundLog::notificationPresented(const Notice& notice, std::optional<Pid> sender) {
-  // This notification asks the service to stay silent, so the service's next sound belongs to another notification.
-  if (notice.playsItself) return;
-  write({Kind::notificationPresented, identities_.identify(notice, sender), 0}, {});
+  // Also if it asks the service to stay silent: if the service rings all the same, it rings for this one.
+  const std::string identity = identities_.identify(notice, sender);
+  notices_.presented(notice, identity, std::chrono::steady_clock::now());
+  write({Kind::notificationPresented, identity, 0}, {});
 }
 
 void SoundLog::write(Happening happening, Maker maker) {
   output_.push([this, happening = std::move(happening), maker = std::move(maker),
                 time = std::chrono::system_clock::now()]() mutable {
-    happening.pid = makers_.creditedPid(maker);
+    happening.ancestors = makers_.stillRunning(maker);
+    happening.pid = happening.ancestors.empty() ? 0 : happening.ancestors.front();
+    if (!happening.ancestors.empty()) happening.ancestors.erase(happening.ancestors.begin());
     return format_(happening, time);
   });
   if (output_.pending() != waiting_ || output_.broken()) watchOutput();

@@ -2,6 +2,7 @@
 // writes lines until its reader is gone. Main thread only.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 #include "soundlog/lines.h"
 #include "soundlog/makers/identity.h"
 #include "soundlog/makers/maker.h"
+#include "soundlog/notification_service.h"
 #include "soundlog/notifications.h"
 #include "soundlog/output_queue.h"
 #include "soundlog/servers/sound_servers.h"
@@ -30,6 +32,8 @@ class SoundLog {
   void start();
 
  private:
+  void streamStarted(const StreamStart& start);
+  void speechStarted(const StreamStart& start);
   void soundStarted(const StreamStart& start);
   void notificationPresented(const Notice& notice, std::optional<Pid> sender);
   void write(Happening happening, Maker maker);
@@ -39,6 +43,7 @@ class SoundLog {
   Makers makers_;
   Identities identities_;
   NotificationService service_;
+  RecentNotices notices_;
   StartMerger merger_;
   OutputQueue output_;
   int descriptor_;
@@ -46,6 +51,7 @@ class SoundLog {
   std::function<void()> ended_;
   bool waiting_ = false;  // whether `outputWatch_` also waits for room
   Watch outputWatch_;
+  std::deque<Watch> doubts_;  // speech that may prove to be none, the latest last
   SoundServers servers_;
   std::optional<NotificationSource> notifications_;  // absent if there is no session bus
   std::optional<Reconnector> busLink_;

@@ -17,7 +17,6 @@ struct Notice {
   std::string applicationName = {};        // for display only: any text
   std::string desktopEntry = {};           // hint "desktop-entry"
   std::optional<Pid> declaredSender = {};  // hint "sender-pid"
-  bool playsItself = false;                // hint "suppress-sound"
 };
 
 class Identities {

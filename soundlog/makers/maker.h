@@ -33,11 +33,30 @@ struct ClientClaims {
   bool operator==(const ClientClaims&) const = default;
 };
 
+// What a notification says of its application, as the service tells the script that it starts for it.
+struct NotificationWords {
+  std::string applicationName = {};
+  std::string desktopEntry = {};
+  bool operator==(const NotificationWords&) const = default;
+};
+
+// What a process has to do with speech-dispatcher, the service that speaks for other programs. It starts a module for
+// each way to speak, and any of them may open streams, or start a player that does.
+enum class Speech {
+  none,
+  speaker,  // the service, one of its modules, or a player that one of them has started
+  mute,     // the module that cannot speak; a player that it starts says that there is no other
+};
+
 struct Maker {
   std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
   std::string cgroup;
-  bool runByDunst = false;  // started by a script of the notification service dunst, which detaches its scripts
+  std::string script = {};  // of the script that started it; empty if none did
+  // Set if a notification service's script started the process. The services detach their scripts, so the ancestors do
+  // not tell.
+  std::optional<NotificationWords> playsFor = {};
+  Speech speech = Speech::none;
 
   bool known() const { return !chain.empty(); }
   const ProcessKey& process() const { return chain.front(); }
@@ -53,14 +72,16 @@ class Makers {
 
   Maker remember(const ClientClaims& claims) const;
 
-  // The process to credit now: the maker itself if it still runs, else its nearest ancestor that does; 0 if none does.
-  Pid creditedPid(const Maker& maker) const;
+  // Those of the maker and its ancestors that still run, the nearest first, and no more than a reader looks at. The
+  // first one is to be credited.
+  std::vector<Pid> stillRunning(const Maker& maker) const;
 
   std::optional<ProcessKey> key(Pid pid) const;
 
  private:
   std::optional<Pid> believedPid(const ClientClaims& claims) const;
   std::string nameByClaims(const ClientClaims& claims) const;
+  std::string scriptBehind(const std::vector<ProcessKey>& chain) const;
 
   const ProcFs& processes_;
   NameOfApplication nameOfApplication_;

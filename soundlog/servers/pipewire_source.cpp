@@ -3,6 +3,7 @@
 #include <pipewire/impl.h>
 #include <pipewire/pipewire.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -29,6 +30,8 @@ Properties lookup(const spa_dict* dictionary) {
   };
 }
 
+constexpr std::string_view pulseSide = "pipewire-pulse";
+
 constexpr std::uint32_t noClient = std::numeric_limits<std::uint32_t>::max();
 
 std::uint32_t clientId(const Properties& properties) {
@@ -41,7 +44,7 @@ ClientClaims pipeWireClaims(const Properties& properties) {
   ClientClaims claims;
   claims.binary = properties(PW_KEY_APP_PROCESS_BINARY);
   claims.name = properties(PW_KEY_APP_NAME);
-  if (properties(PW_KEY_CLIENT_API) != "pipewire-pulse") {
+  if (properties(PW_KEY_CLIENT_API) != pulseSide) {
     claims.checkedPid = processNumber(properties(PW_KEY_SEC_PID));
   } else {
     // The kernel's number would be that of the server that speaks PulseAudio's protocol for the client. The client's
@@ -116,7 +119,7 @@ class PipeWireSource::Node : public Bound {
 
   StreamTracker::Serial serial() const { return serial_; }
   StreamStart start() const {
-    StreamStart start{maker_ ? *maker_ : Maker(), alert_};
+    StreamStart start{maker_ ? *maker_ : Maker(), alert_, source_.tracker_.watch(serial_)};
     if (start.maker.name.empty()) start.maker.name = name_;
     return start;
   }
@@ -232,6 +235,11 @@ void PipeWireSource::disconnect() {
   pw_core_disconnect(core_);
   registry_ = nullptr;
   core_ = nullptr;
+}
+
+bool PipeWireSource::hasPulseSide() const {
+  return std::any_of(clients_.begin(), clients_.end(),
+                     [](const auto& client) { return client.second->maker()->name == pulseSide; });
 }
 
 void PipeWireSource::objectAppeared(std::uint32_t id, std::string_view type, const spa_dict* properties) {

@@ -31,6 +31,9 @@ class PipeWireSource final : public SoundSource {
   bool connect() override;
   void disconnect() override;
 
+  // Whether a part of PipeWire that speaks PulseAudio's protocol is connected.
+  bool hasPulseSide() const;
+
  private:
   class Bound;
   class Client;

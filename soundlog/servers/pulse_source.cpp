@@ -50,6 +50,10 @@ struct PulseSource::Callbacks {
     if (!PA_CONTEXT_IS_GOOD(state)) self(data).connectionLost();
   }
 
+  static void server(pa_context*, const pa_server_info* info, void* data) {
+    self(data).listen(info ? info->server_name : nullptr);
+  }
+
   static void client(pa_context*, const pa_client_info* info, int end, void* data) {
     if (end == 0) self(data).clientKnown(*info);
   }
@@ -111,7 +115,10 @@ void PulseSource::disconnect() {
   pa_context_unref(context);
 }
 
-void PulseSource::ready() {
+void PulseSource::ready() { forget(pa_context_get_server_info(context_, Callbacks::server, this)); }
+
+void PulseSource::listen(const char* server) {
+  if (events_.wanted && !events_.wanted(server ? server : "")) return connectionLost();
   pa_context_set_subscribe_callback(context_, Callbacks::changed, this);
   const auto wanted =
       static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_CLIENT | PA_SUBSCRIPTION_MASK_SINK_INPUT);
@@ -155,6 +162,7 @@ void PulseSource::streamKnown(const pa_sink_input_info& info) {
 StreamStart PulseSource::start(const pa_sink_input_info& info, const Properties& properties) const {
   StreamStart start;
   start.alert = isAlert(properties);
+  start.runs = tracker_.watch(info.index);
   const auto client = clients_.find(info.client);
   if (client != clients_.end()) start.maker = client->second.maker;
   if (!start.maker.known()) {

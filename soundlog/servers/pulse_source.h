@@ -37,6 +37,7 @@ class PulseSource final : public SoundSource {
   };
 
   void ready();
+  void listen(const char* server);
   void connectionLost();
   void clientKnown(const pa_client_info& info);
   void streamKnown(const pa_sink_input_info& info);

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "soundlog/servers/pipewire_source.h"
+#include "soundlog/connection/peer.h"
 
 namespace tollvane::soundlog {
 
@@ -33,39 +33,61 @@ std::unique_ptr<SoundSource> loadPulseSource(SoundSource::Remember remember, Sou
 
 }  // namespace
 
-SoundServers::SoundServers(const Environment& environment, SoundSource::Remember remember, Started started)
-    : remember_(std::move(remember)),
-      started_(std::move(started)),
+SoundServers::SoundServers(const Environment& environment, const ProcFs& processes, SoundSource::Remember remember,
+                           Started started)
+    : processes_(processes),
+      pulseSocket_(pulseSocket(environment)),
       pipeWireLink_(pipeWireSocket(environment),
                     [this] {
                       const bool connected = pipeWire_->connect();
-                      connected ? stopFallback() : startFallback();
+                      if (!connected) pulseLink_.start();
                       return connected;
                     }),
-      // If there is no socket, libpulse would create its directory, perhaps just when a server is about to do so.
-      pulseLink_(pulseSocket(environment), [this, socket = pulseSocket(environment)] {
-        std::error_code ignored;
-        return (!socket || std::filesystem::exists(*socket, ignored)) && pulse_->connect();
-      }) {
+      pulseLink_(pulseSocket_, [this] { return connectPulse(); }) {
   const auto ended = [this](bool served) {
-    if (!pipeWireLink_.ended(served)) startFallback();
+    pipeWireServes_ = false;
+    if (!pipeWireLink_.ended(served)) pulseLink_.start();
   };
-  pipeWire_ = std::make_unique<PipeWireSource>(
-      remember_, SoundSource::Events{started_, [this] { pipeWireLink_.served(); }, ended});
+  pipeWire_ =
+      std::make_unique<PipeWireSource>(remember, SoundSource::Events{started, [this] { pipeWireServes(); }, ended});
+  loadPulse_ = [this, remember, started] {
+    return loadPulseSource(remember, SoundSource::Events{started, [this] { pulseLink_.served(); },
+                                                         [this](bool served) { pulseLink_.ended(served); },
+                                                         [this](std::string_view name) {
+                                                           pulseIsPipeWires_ = name.find("PipeWire") != name.npos;
+                                                           return !pipeWireServes_ || !pulseIsPipeWires_;
+                                                         }});
+  };
 }
 
 void SoundServers::start() { pipeWireLink_.start(); }
 
-void SoundServers::startFallback() {
-  if (pulse_) return;
-  const auto ended = [this](bool served) { pulseLink_.ended(served); };
-  pulse_ = loadPulseSource(remember_, SoundSource::Events{started_, [this] { pulseLink_.served(); }, ended});
-  if (pulse_) pulseLink_.start();
+void SoundServers::pipeWireServes() {
+  pipeWireServes_ = true;
+  pipeWireLink_.served();
+  if (pulse_ && (pulseIsPipeWires_ || isPipeWires())) pulse_->disconnect();
+  pulseLink_.start();
 }
 
-void SoundServers::stopFallback() {
-  pulseLink_.stop();
-  pulse_.reset();
+// While the server is PipeWire's own, this fails, and is tried again when a server makes its socket anew.
+bool SoundServers::connectPulse() {
+  // If there is no socket, libpulse would create its directory, perhaps just when a server is about to do so.
+  std::error_code ignored;
+  if (pulseSocket_ && !std::filesystem::exists(*pulseSocket_, ignored)) return false;
+  if (pipeWireServes_ && isPipeWires()) return false;
+  if (loadPulse_) {
+    pulse_ = loadPulse_();
+    loadPulse_ = nullptr;
+  }
+  return pulse_ && pulse_->connect();
+}
+
+// Whether the PulseAudio server is certainly PipeWire. If this does not tell, the server's name does, when it is
+// connected: that costs libpulse, which most desktops do not need.
+bool SoundServers::isPipeWires() const {
+  if (pipeWire_->hasPulseSide()) return true;
+  const auto server = pulseSocket_ ? listenerAt(*pulseSocket_) : std::nullopt;
+  return server && processes_.programName(*server).starts_with("pipewire");
 }
 
 }  // namespace tollvane::soundlog

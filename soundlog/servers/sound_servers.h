@@ -1,12 +1,17 @@
-// Listens to PipeWire, or to PulseAudio while PipeWire cannot be connected. Never to both, because PipeWire speaks
-// PulseAudio's protocol too, and every sound would be reported twice. Main thread only.
+// Listens to PipeWire and to PulseAudio. PipeWire speaks PulseAudio's protocol, too: while PipeWire is heard, its own
+// PulseAudio side is not listened to, because every sound would be reported twice. Main thread only.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
 
+#include "platform/linux/kernel/proc_fs.h"
 #include "soundlog/connection/addresses.h"
 #include "soundlog/connection/reconnector.h"
+#include "soundlog/servers/pipewire_source.h"
 #include "soundlog/servers/sound_source.h"
 
 namespace tollvane::soundlog {
@@ -15,18 +20,24 @@ class SoundServers {
  public:
   using Started = std::function<void(const StreamStart&)>;
 
-  SoundServers(const Environment& environment, SoundSource::Remember remember, Started started);
+  // `processes` must outlive the object.
+  SoundServers(const Environment& environment, const ProcFs& processes, SoundSource::Remember remember,
+               Started started);
 
   void start();
 
  private:
-  void startFallback();
-  void stopFallback();
+  void pipeWireServes();
+  bool connectPulse();
+  bool isPipeWires() const;
 
-  SoundSource::Remember remember_;
-  Started started_;
-  std::unique_ptr<SoundSource> pipeWire_;
-  std::unique_ptr<SoundSource> pulse_;  // set while it is needed, if its module is installed
+  const ProcFs& processes_;
+  std::optional<std::filesystem::path> pulseSocket_;
+  bool pipeWireServes_ = false;
+  bool pulseIsPipeWires_ = false;  // what the PulseAudio server said that was connected last
+  std::unique_ptr<PipeWireSource> pipeWire_;
+  std::unique_ptr<SoundSource> pulse_;  // null until it is needed, or if its module is missing
+  std::function<std::unique_ptr<SoundSource>()> loadPulse_;
   Reconnector pipeWireLink_;
   Reconnector pulseLink_;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <string_view>
 
 #include "soundlog/makers/maker.h"
 
@@ -10,7 +11,8 @@ namespace tollvane::soundlog {
 
 struct StreamStart {
   Maker maker;
-  bool alert = false;  // a short signal rather than music or speech
+  bool alert = false;               // a short signal rather than music or speech
+  std::function<bool()> runs = {};  // whether the stream that began to play still does; empty: nothing is known
 };
 
 class SoundSource {
@@ -23,6 +25,8 @@ class SoundSource {
     std::function<void(const StreamStart&)> started;
     std::function<void()> served;            // the connection works
     std::function<void(bool served)> ended;  // the connection is gone and its state forgotten; `served`: it had worked
+    // Whether to listen to a server that calls itself so; empty: to any. If not, the connection ends.
+    std::function<bool(std::string_view server)> wanted = {};
   };
 
   virtual ~SoundSource() = default;

@@ -10,21 +10,27 @@ void StreamTracker::reset() {
 
 bool StreamTracker::running(Serial stream, Instant now) {
   Stream& known = streams_[stream];
-  if (known.running) return false;
-  known.running = true;
+  if (known.run) return false;
+  known.run = std::make_shared<const bool>(true);
   if (!attached_) return false;
   return !known.stoppedAt || now - *known.stoppedAt >= shortestPause;
 }
 
 void StreamTracker::stopped(Serial stream, Instant now) {
   Stream& known = streams_[stream];
-  if (known.running) known.stoppedAt = now;
-  known.running = false;
+  if (known.run) known.stoppedAt = now;
+  known.run.reset();
 }
 
-bool StartMerger::merges(const std::string& who, Instant now) {
-  std::erase_if(starts_, [now](const auto& start) { return now - start.second >= shortestPause; });
-  return !starts_.emplace(who, now).second;
+std::function<bool()> StreamTracker::watch(Serial stream) const {
+  const auto known = streams_.find(stream);
+  if (known == streams_.end()) return [] { return false; };
+  return [run = std::weak_ptr(known->second.run)] { return !run.expired(); };
+}
+
+bool StartMerger::merges(const std::string& who, Instant now, Duration together) {
+  std::erase_if(starts_, [now](const auto& start) { return now >= start.second; });
+  return !starts_.emplace(who, now + together).second;
 }
 
 bool isRelay(const Properties& properties) { return !properties("node.link-group").empty(); }

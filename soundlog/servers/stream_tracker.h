@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,9 +35,12 @@ class StreamTracker {
   void stopped(Serial stream, Instant now);
   void removed(Serial stream) { streams_.erase(stream); }
 
+  // Returns a function that tells whether the stream runs without a stop since now. It may outlive the tracker.
+  std::function<bool()> watch(Serial stream) const;
+
  private:
   struct Stream {
-    bool running = false;
+    std::shared_ptr<const bool> run;   // set while the stream runs, anew with each time that it does
     std::optional<Instant> stoppedAt;  // absent if it has not run and then stopped yet
   };
 
@@ -47,14 +51,14 @@ class StreamTracker {
 // Several streams that one process starts at about the same time (a probe, then the real one) are one sound.
 class StartMerger {
  public:
-  // True if `who` had a start less than shortestPause before `now` that was not merged itself. Otherwise remembers this
-  // one.
-  bool merges(const std::string& who, Instant now);
+  // True if `who` had a start before `now` that was not merged itself, and the time that was given `together` with it
+  // is not over. Otherwise remembers this one.
+  bool merges(const std::string& who, Instant now, Duration together = shortestPause);
 
   std::size_t size() const { return starts_.size(); }
 
  private:
-  std::map<std::string, Instant> starts_;
+  std::map<std::string, Instant> starts_;  // until when others are merged with each
 };
 
 // Returns the stream's property of this name; empty if there is none.

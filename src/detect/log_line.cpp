@@ -2,6 +2,8 @@
 
 #include <simdjson.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 
 #include "support/line_buffer.h"
@@ -14,6 +16,9 @@ namespace {
 
 // The memory of a parser grows with the longest line. After a line longer than this, a new parser is made.
 constexpr std::size_t longestUsualLine = 1 << 20;
+
+// Far more than count, see Resolver.
+constexpr std::size_t mostListed = 64;
 
 std::optional<std::string_view> textOf(simdjson::dom::element value) {
   std::string_view text;
@@ -71,6 +76,18 @@ void removeNumbers(std::string_view line, std::string& result) {
   }
 }
 
+// Every element that is no process number is left out.
+void readPids(simdjson::dom::element value, std::vector<Pid>& pids) {
+  pids.clear();
+  simdjson::dom::array array;
+  if (value.get(array) != simdjson::SUCCESS) return;
+  for (const simdjson::dom::element element : array) {
+    std::int64_t number = 0;
+    if (element.get(number) != simdjson::SUCCESS || number < 1 || number > std::numeric_limits<Pid>::max()) continue;
+    if (pids.size() < mostListed) pids.push_back(static_cast<Pid>(number));
+  }
+}
+
 std::string_view lastPathComponent(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
@@ -94,12 +111,16 @@ std::optional<LogLine> LogLineReader::read(std::string_view line) {
   if (error != simdjson::SUCCESS) return std::nullopt;
   std::optional<std::string_view> path;
   std::optional<std::string_view> message;
+  std::string_view maker;
+  ancestors_.clear();
   for (const auto& [key, value] : object) {
     if (key == "eventMessage") message = textOf(value);
     if (key == "processImagePath") path = textOf(value);
+    if (key == "makerName") maker = textOf(value).value_or("");
+    if (key == "ancestors") readPids(value, ancestors_);
   }
   if (!message) return std::nullopt;
-  return LogLine{lastPathComponent(path.value_or("")), *message};
+  return LogLine{lastPathComponent(path.value_or("")), *message, maker, ancestors_};
 }
 
 }  // namespace tollvane

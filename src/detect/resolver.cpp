@@ -1,5 +1,6 @@
 #include "detect/resolver.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -37,6 +38,13 @@ std::string withoutAll(std::string text, std::string_view part) {
 }
 
 }  // namespace
+
+Pid Resolver::living(Pid pid, std::span<const Pid> ancestors) const {
+  const auto runs = [this](Pid each) { return processes_.parentPid(each).has_value(); };
+  if (ancestors.empty() || runs(pid)) return pid;
+  const auto first = std::find_if(ancestors.begin(), ancestors.end(), runs);
+  return first == ancestors.end() ? pid : *first;
+}
 
 std::optional<Pid> Resolver::responsiblePid(Pid pid) const {
   const auto responsible = processes_.responsiblePid(pid);

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ class Resolver {
  public:
   Resolver(const ProcessTable& processes, const Workspace& workspace, const Locations& locations, const Files& files)
       : processes_(processes), workspace_(workspace), locations_(locations), files_(files) {}
+
+  // `pid` itself if it still runs, else the first of its `ancestors` that does; `pid` if none of them runs.
+  Pid living(Pid pid, std::span<const Pid> ancestors) const;
 
   // The process that the system holds responsible for `pid`; absent if the system does not say.
   std::optional<Pid> responsiblePid(Pid pid) const;

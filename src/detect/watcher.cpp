@@ -77,22 +77,22 @@ void Watcher::readLine(std::string_view line) {
   if (!mayHoldSoundMessage(line)) return;  // true of most lines
   const auto read = reader_.read(line);
   if (!read) return;
-  if (const auto found = soundMessage(read->process, read->message)) handle(*found);
+  if (const auto found = soundMessage(read->process, read->message)) handle(*found, *read);
 }
 
-void Watcher::handle(const SoundMessage& message) {
+void Watcher::handle(const SoundMessage& message, const LogLine& line) {
+  const auto emitSound = [&](const auto& sound, std::string_view kind) {
+    const Pid maker = resolver_.living(sound.pid, line.ancestors);
+    emit(resolver_.appName(maker, line.maker.empty() ? sound.name : line.maker), kind, maker);
+  };
   std::visit(Overloaded{
                  [&](const NotificationPresented& notification) {
                    // It becomes a sound only if the sound server reports one.
                    lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
                  },
                  [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
-                 [&](const AlertSoundRequested& alert) {
-                   emit(resolver_.appName(alert.pid, alert.name), kind::alertSound, alert.pid);
-                 },
-                 [&](const AudioOutputStarted& start) {
-                   emit(resolver_.appName(start.pid, start.name), kind::startedPlayingAudio, start.pid);
-                 },
+                 [&](const AlertSoundRequested& alert) { emitSound(alert, kind::alertSound); },
+                 [&](const AudioOutputStarted& start) { emitSound(start, kind::startedPlayingAudio); },
              },
              message);
 }

@@ -56,7 +56,7 @@ class Watcher {
 
   void receive(std::string_view bytes);
   void readLine(std::string_view line);
-  void handle(const SoundMessage& message);
+  void handle(const SoundMessage& message, const LogLine& line);
   std::string notifyingApp() const;
   void emit(std::string app, std::string_view kind, std::optional<Pid> maker = std::nullopt);
   void forgetOldRepeats(Instant now);

@@ -62,6 +62,47 @@ TEST_F(WatcherTest, EachKindOfSoundIsHeard) {
             (Heard{"player: started playing audio", "mail: alert sound", "Notification Center: notification sound"}));
 }
 
+TEST_F(WatcherTest, AMakerThatHasEndedIsCreditedToTheAncestorThatItsLineNames) {
+  watcher->start();
+  system.processes.parents = {{50, 20}, {20, 1}, {30, 1}};
+  system.workspace.addRunning(20, "Terminal");
+  system.workspace.addRunning(30, "Editor");
+  const std::string message = test::outputMessage("paplay", "4242");
+  const auto line = [&](std::string_view more) {
+    std::string text = logLine("/usr/sbin/audiomxd", message);
+    return text.insert(text.rfind('}'), more);
+  };
+  print(line(R"(,"ancestors":[49,50,30])"));
+  EXPECT_EQ(heard, Heard{"Terminal: started playing audio"}) << "49 has ended, too";
+  system.processes.parents[4242] = 30;
+  print(line(R"(,"ancestors":[50])"));
+  EXPECT_EQ(heard.back(), "Editor: started playing audio") << "the maker itself runs";
+}
+
+TEST_F(WatcherTest, TheLinesNameOfItsMakerIsShownIfThereIsNoOther) {
+  watcher->start();
+  const auto line = [&](const std::string& message, std::string_view path) {
+    std::string text = logLine(path, message);
+    return text.insert(text.rfind('}'), R"json(,"makerName":"paplay (backup-done.sh)")json");
+  };
+  print(line(test::outputMessage("paplay", "4242"), "/usr/sbin/audiomxd"));
+  print(line(test::requestMessage("paplay", "4242"), "/usr/sbin/systemsoundserverd"));
+  system.workspace.addRunning(4243, "Player");
+  print(line(test::outputMessage("paplay", "4243"), "/usr/sbin/audiomxd"));
+  EXPECT_EQ(heard, (Heard{"paplay (backup-done.sh): started playing audio", "paplay (backup-done.sh): alert sound",
+                          "Player: started playing audio"}));
+}
+
+TEST_F(WatcherTest, AncestorsThatAreNoneDoNoHarm) {
+  watcher->start();
+  for (const std::string_view ancestors : {R"("x")", "7", "[]", R"(["a",{},null,1.5,-3,99999999999])", "[[20]]"}) {
+    std::string text = outputStarted("player", 4242);
+    print(text.insert(text.rfind('}'), std::string(",\"ancestors\":").append(ancestors)));
+    system.clock.advance(2s);
+  }
+  EXPECT_EQ(heard, Heard(5, "player: started playing audio"));
+}
+
 TEST_F(WatcherTest, TheMakerIsResolvedAndDatedAtTheMomentOfTheSound) {
   watcher->start();
   system.workspace.addRunning(4242, "Google Chrome");

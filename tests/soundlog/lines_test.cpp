@@ -85,6 +85,25 @@ bool hasReservedWord(const std::string& name) {
   return name.starts_with("NotificationCent") || name.starts_with("usernoted") || name.starts_with("systemsoundserve");
 }
 
+TEST(MakerNameTest, TheScriptStandsInParentheses) {
+  EXPECT_EQ(makerName("paplay", "backup-done.sh"), "paplay (backup-done.sh)");
+  EXPECT_EQ(makerName("a(b)", "c(d)"), "a[b] (c[d])") << "no program names a script of its own";
+  EXPECT_EQ(makerName("", "x.sh"), "");
+  EXPECT_EQ(makerName("a\nb", "c\"d"), "a b (c'd)");
+  for (const char* name : {"NotificationCenter", "usernoted", "systemsoundserverd"})
+    EXPECT_EQ(makerName(name, ""), std::string("_") + name);
+}
+
+TEST(MakerNameTest, SoundsCarryTheirMakersNameAndAncestors) {
+  const Happening sound{Kind::outputStarted, "paplay", 5, {4, 3}, "x.sh"};
+  EXPECT_EQ(parsed(sound)["makerName"], "paplay (x.sh)");
+  EXPECT_EQ(parsed(sound)["ancestors"], (std::vector<Pid>{4, 3}));
+  EXPECT_EQ(readOutput(eventMessage(sound)), (Process{"paplay", 5}));
+  EXPECT_FALSE(parsed({Kind::alertRequested, "paplay", 5}).contains("ancestors"));
+  EXPECT_FALSE(parsed({Kind::notificationPresented, "Mail"}).contains("makerName"));
+  EXPECT_FALSE(parsed({Kind::notificationSound, "dunst", 5}).contains("makerName"));
+}
+
 TEST(Lines, AReaderFindsNameAndPidInTheLineOfAStart) {
   const auto line = parsed({Kind::outputStarted, "paplay", 4242});
   const std::string message = line["eventMessage"];
@@ -199,7 +218,7 @@ TEST(Lines, TheLongestLineFitsIntoAPipeAtOnce) {
     std::string name;
     for (int i = 0; i < 5000; ++i) name += piece;
     for (const Kind kind : {Kind::outputStarted, Kind::alertRequested, Kind::notificationPresented}) {
-      EXPECT_LT(ndjsonLine({kind, name, 2147483647}, time).size(), 4096u);
+      EXPECT_LT(ndjsonLine({kind, name, 2147483647, std::vector<Pid>(8, 2147483647), name}, time).size(), 4096u);
     }
   }
 }

@@ -1,4 +1,5 @@
 // What TollvaneLog prints when real programs send notifications, over a real bus, to a real notification service.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -34,13 +35,15 @@ TEST_F(NotificationsTest, TheDesktopEntryIsTheIdentity) {
   EXPECT_EQ(log.next(), presented("org.example.Mail"));
 }
 
-TEST_F(NotificationsTest, ANotificationWhoseApplicationPlaysItselfIsNotPresented) {
+// Some services ring all the same, and then the sound belongs to this notification and not to the one before it.
+TEST_F(NotificationsTest, ANotificationThatAsksForSilenceIsPresentedLikeAnyOther) {
   sound_.startBus();
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
-  notify(sound_, "Mail", {"2", "suppress-sound", "b", "true", "desktop-entry", "s", "org.example.Quiet"});
   notify(sound_, "Mail", {"2", "suppress-sound", "b", "false", "desktop-entry", "s", "org.example.Loud"});
+  notify(sound_, "Mail", {"2", "suppress-sound", "b", "true", "desktop-entry", "s", "org.example.Quiet"});
   EXPECT_EQ(log.next(), presented("org.example.Loud"));
+  EXPECT_EQ(log.next(), presented("org.example.Quiet"));
 }
 
 TEST_F(NotificationsTest, HintsOfUnexpectedTypesDoNoHarm) {
@@ -93,6 +96,37 @@ TEST_F(DunstTest, TheSoundOfItsScriptIsANotificationSound) {
   EXPECT_EQ(log.heardSoFar(), Heards());
 }
 
+// Reads until `count` sounds of notifications were heard, and returns the application that each is credited to: the one
+// presented last before it.
+std::vector<std::string> credited(RunningLog& log, std::size_t count) {
+  std::vector<std::string> applications;
+  std::string last;
+  while (applications.size() < count) {
+    const auto heard = log.next();
+    if (!heard) break;
+    if (heard->speaker == "usernoted") last = heard->name;
+    if (heard->name == "NotificationCenter") applications.push_back(last);
+  }
+  return applications;
+}
+
+TEST_F(DunstTest, EachOfTwoNotificationsInAMomentHasItsOwnSound) {
+  startDunst("sleep 0.3\nexec pw-play \"$TONE\"");
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  ASSERT_TRUE(sound_.play({"sh", "-c", "notify-send -a Alpha One; sleep 0.05; notify-send -a Beta Two"}));
+  EXPECT_THAT(credited(log, 2), ::testing::UnorderedElementsAre("Alpha", "Beta"));
+}
+
+TEST_F(DunstTest, AScriptsSoundBelongsToTheApplicationOfItsNotificationWhateverThatCallsItself) {
+  startDunst("[ \"$DUNST_APP_NAME\" != Mail ] || sleep 0.3\nexec pw-play \"$TONE\"");
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  ASSERT_TRUE(sound_.play({"notify-send", "-a", "Mail", "-h", "string:desktop-entry:org.example.Mail", "One"}));
+  ASSERT_TRUE(sound_.play({"notify-send", "-a", "Chat", "Two"}));
+  EXPECT_EQ(credited(log, 2), (std::vector<std::string>{"Chat", "org.example.Mail"}));
+}
+
 // The sender waits until its notification is closed, because applications outlive their notifications.
 TEST_F(DunstTest, WithoutAnEntryTheSenderIsNamedByItself) {
   startDunst("exit 0");
@@ -141,6 +175,23 @@ TEST_F(NotificationsTest, ASoundOfTheNamesOwnerIsANotificationSoundAsLongAsItOwn
   ASSERT_TRUE(player->line());
   player->signal(SIGUSR1);
   EXPECT_EQ(log.next(), (Heard{"audiomxd", "test_player", player->pid()}));
+}
+
+// As in GNOME, where a helper owns the service's name, and the shell plays.
+TEST_F(NotificationsTest, AReceiverToWhichTheServicePassesNotificationsOnPlaysForTheirSenders) {
+  sound_.start();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  ASSERT_TRUE(log.seesNotifications());
+  const auto shell = sound_.begin({TEST_PLAYER, "org.example.Shell"}, Process::Output::read);
+  ASSERT_TRUE(shell->line());
+  const auto helper =
+      sound_.begin({TEST_FORWARDER, "org.freedesktop.Notifications", "org.example.Shell"}, Process::Output::read);
+  ASSERT_TRUE(helper->line());
+  ASSERT_TRUE(sound_.play({"notify-send", "-a", "Mailer", "-h", "string:sound-name:message-new-instant", "Summary"}));
+  EXPECT_EQ(log.next(), presented("Mailer"));
+  EXPECT_EQ(log.next(), (Heard{"systemsoundserverd", "NotificationCenter", shell->pid()}));
+  EXPECT_EQ(log.heardSoFar(), Heards()) << "what is passed on is no other notification";
 }
 
 TEST_F(NotificationsTest, AServiceThatStartedBeforeTheLogIsKnown) {

@@ -1,8 +1,12 @@
 // What TollvaneLog prints when real players play on a real PipeWire.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <string>
@@ -151,6 +155,78 @@ TEST_F(PlayersTest, AProcessThatEndedIsCreditedToItsParent) {
   ASSERT_TRUE(waitUntil([player] { return kill(player, 0) != 0; }));
   log_->process().signal(SIGCONT);
   EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", shell->pid()}));
+}
+
+TEST_F(PlayersTest, AToolThatAScriptStartsIsNamedWithTheScript) {
+  const auto script = sound_.home() / "backup-done.sh";
+  std::ofstream(script) << "#!/bin/sh\npaplay \"$1\"\n"
+                        << "timeout 9 sh -c \"paplay --property=media.role=event '$1'; exit 0\"\n";
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  const auto shell = sound_.begin({script, tone()});
+  const auto sound = log_->next();
+  ASSERT_TRUE(sound);
+  EXPECT_EQ(sound->name, "paplay (backup-done.sh)");
+  EXPECT_THAT(sound->ancestors, ::testing::Contains(shell->pid()));
+  const auto alert = log_->next();
+  ASSERT_TRUE(alert);
+  EXPECT_EQ(alert->speaker, "systemsoundserverd");
+  EXPECT_EQ(alert->name, "paplay (backup-done.sh)");
+  EXPECT_THAT(alert->ancestors, ::testing::Contains(shell->pid()));
+}
+
+// A speech service as speech-dispatcher is made: a server that starts a module for each way to speak. All of them try
+// the sound server when they start, and a sentence comes from one of them, or from the server itself.
+class SpeechTest : public PlayersTest {
+ protected:
+  void SetUp() override {
+    PlayersTest::SetUp();
+    const auto folder = sound_.home() / "speech-dispatcher-modules";
+    std::filesystem::create_directories(folder);
+    for (const std::string name : {"sd_espeak-ng", "sd_generic", "sd_dummy"})
+      std::filesystem::copy_file(TEST_PLAYER, folder / name, std::filesystem::copy_options::overwrite_existing);
+    const auto server = sound_.home() / "speech-dispatcher";
+    std::filesystem::copy_file("/bin/sh", server, std::filesystem::copy_options::overwrite_existing);
+    // The shell tells who each module is, and waits for them.
+    server_ =
+        sound_.begin({server, "-c", "for each in espeak-ng generic dummy; do \"$0/sd_$each\" & done; wait", folder},
+                     Process::Output::read);
+    for (int i = 0; i < 3; ++i) {
+      const auto ready = server_->line();
+      ASSERT_TRUE(ready);
+      modules_.push_back(std::stoi(ready->substr(ready->find(' '))));
+    }
+  }
+  void TearDown() override {
+    for (const int module : modules_) kill(module, SIGTERM);
+  }
+
+  // The module whose program has this name.
+  int module(const std::string& name) const {
+    const auto found = std::find_if(modules_.begin(), modules_.end(), [&](int pid) {
+      return std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe").filename() == name;
+    });
+    return found == modules_.end() ? 0 : *found;
+  }
+
+  std::unique_ptr<Process> server_;
+  std::vector<int> modules_;
+  const Heard speech_{"audiomxd", "Speech", 0};
+};
+
+TEST_F(SpeechTest, ASentenceIsOneEntryHoweverManyModulesTakePart) {
+  kill(module("sd_espeak-ng"), SIGUSR1);
+  kill(module("sd_generic"), SIGUSR1);
+  EXPECT_EQ(log_->next(), speech_);
+  EXPECT_EQ(log_->heardSoFar(), Heards());
+}
+
+TEST_F(SpeechTest, AModuleThatOnlyTriesTheSoundServerIsNotHeard) {
+  kill(module("sd_espeak-ng"), SIGUSR1);
+  kill(module("sd_espeak-ng"), SIGTERM);
+  kill(module("sd_dummy"), SIGUSR1);  // this one keeps a stream open, and has a player for the only sentence it knows
+  // Longer than a start is in doubt.
+  const auto end = std::chrono::steady_clock::now() + 500ms;
+  while (std::chrono::steady_clock::now() < end) EXPECT_EQ(log_->heardSoFar(), Heards());
 }
 
 TEST_F(PlayersTest, AProgramThatNamesAnotherProcessIsNotCreditedToIt) {

@@ -110,6 +110,49 @@ TEST_F(PulseAudioTest, WhenPipeWireIsStartedItIsHeardInstead) {
   EXPECT_EQ(log.heardSoFar(), Heards()) << "nothing is heard twice";
 }
 
+// A PipeWire that plays no sound: the server alone, as it is where it only serves cameras and screens.
+class PipeWireForVideoTest : public PulseAudioTest {
+ protected:
+  void startPipeWire() {
+    pipeWire_ = sound_.begin({"pipewire"});
+    ASSERT_TRUE(waitUntil([this] { return sound_.play({"pw-cli", "info", "0"}); }));
+  }
+  void hearsAPlayerOnce(RunningLog& log) {
+    ASSERT_TRUE(log.listens());
+    log.heardSoFar();
+    const auto player = sound_.begin({"paplay", sound_.tone(200ms)});
+    EXPECT_EQ(log.next(), (Heard{"audiomxd", "paplay", player->pid()}));
+    EXPECT_EQ(log.heardSoFar(), Heards());
+  }
+
+  std::unique_ptr<Process> pipeWire_;
+};
+
+TEST_F(PipeWireForVideoTest, PulseAudioIsHeardBesideIt) {
+  startPipeWire();
+  sound_.startPulseAudio();
+  RunningLog log(sound_);
+  hearsAPlayerOnce(log);
+}
+
+TEST_F(PipeWireForVideoTest, PulseAudioThatComesLaterIsHeard) {
+  startPipeWire();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.seesNotifications());
+  sound_.startPulseAudio();
+  hearsAPlayerOnce(log);
+}
+
+TEST_F(PipeWireForVideoTest, PulseAudioIsHeardOnWhenItComesAndWhenItGoes) {
+  sound_.startPulseAudio();
+  RunningLog log(sound_);
+  ASSERT_TRUE(log.listens());
+  startPipeWire();
+  hearsAPlayerOnce(log);
+  pipeWire_->stop();
+  hearsAPlayerOnce(log);
+}
+
 // PipeWire runs, but only its PulseAudio server can be reached.
 TEST(PulseSideTest, SoundsAreHeardThroughItIfOnlyItCanBeReached) {
   PrivateSound sound;

@@ -28,14 +28,19 @@ std::optional<Heard> understood(const std::string& line) {
   const std::string message = json.value("eventMessage", "");
   Heard heard;
   heard.speaker = std::filesystem::path(json.value("processImagePath", "")).filename().string();
+  heard.ancestors = json.value("ancestors", std::vector<int>());
+  const auto named = [&](Heard found) {
+    found.name = json.value("makerName", found.name);
+    return found;
+  };
   const auto says = [&](const char* text) { return message.find(text) != std::string::npos; };
   if (heard.speaker == "audiomxd" && says("update_running_state") && says("\"output_running\":true") &&
       RE2::PartialMatch(message, output, &heard.name, &heard.pid)) {
-    return heard;
+    return named(heard);
   }
   if (heard.speaker == "systemsoundserverd" && says("Incoming Request") &&
       RE2::PartialMatch(message, request, &heard.pid, &heard.name)) {
-    return heard;
+    return named(heard);
   }
   if (heard.speaker == "usernoted" && says("Presenting <NotificationRecord") &&
       RE2::PartialMatch(message, record, &heard.name)) {

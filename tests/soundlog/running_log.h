@@ -20,11 +20,14 @@ namespace tollvane::test {
 
 // A line as a reader understands it.
 struct Heard {
-  std::string speaker;  // the last component of processImagePath
-  std::string name;     // of the process, or of the notification's application
-  int pid = -1;         // -1 for a notification
+  std::string speaker;              // the last component of processImagePath
+  std::string name;                 // of the process, or of the notification's application
+  int pid = -1;                     // -1 for a notification
+  std::vector<int> ancestors = {};  // of the process, the nearest first; not compared
 
-  bool operator==(const Heard&) const = default;
+  bool operator==(const Heard& other) const {
+    return speaker == other.speaker && name == other.name && pid == other.pid;
+  }
 };
 std::ostream& operator<<(std::ostream& out, const Heard& heard);
 

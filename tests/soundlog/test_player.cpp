@@ -1,6 +1,7 @@
 // A player that is controlled by signals, for the tests of TollvaneLog. It makes a stream that waits and prints
 // "ready"; it plays at SIGUSR1, pauses at SIGUSR2 and ends at SIGTERM. If its argument is "two-streams" it makes two
-// streams; any other argument is a name, which it owns on the session bus.
+// streams; any other argument is a name, which it owns on the session bus; it then plays when a
+// "Notify" arrives, too.
 #include <pulse/pulseaudio.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -39,13 +41,27 @@ pa_stream* makeStream(pa_threaded_mainloop* loop, pa_context* context) {
   return pa_stream_get_state(stream) == PA_STREAM_READY ? stream : nullptr;
 }
 
+int rings(sd_bus_message* call, void*, sd_bus_error*) {
+  if (!sd_bus_message_is_method_call(call, "org.freedesktop.Notifications", "Notify")) return 0;
+  kill(getpid(), SIGUSR1);
+  return sd_bus_reply_method_return(call, "u", 1);
+}
+
+// Owns the name, and answers in a thread of its own. False if the bus does not allow it.
+bool serveNotifications(const char* name) {
+  sd_bus* bus = nullptr;
+  if (sd_bus_open_user(&bus) < 0 || sd_bus_request_name(bus, name, 0) < 0) return false;
+  sd_bus_add_object(bus, nullptr, "/org/freedesktop/Notifications", rings, nullptr);
+  std::thread([bus] {
+    while (sd_bus_process(bus, nullptr) >= 0) sd_bus_wait(bus, UINT64_MAX);
+  }).detach();
+  return true;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
   const bool two = count > 1 && std::string_view(arguments[1]) == "two-streams";
-  sd_bus* bus = nullptr;
-  if (count > 1 && !two && (sd_bus_open_user(&bus) < 0 || sd_bus_request_name(bus, arguments[1], 0) < 0)) return 1;
-
   sigset_t signals;
   sigemptyset(&signals);
   for (const int signal : {SIGUSR1, SIGUSR2, SIGTERM}) sigaddset(&signals, signal);
@@ -67,6 +83,7 @@ int main(int count, char** arguments) {
   const std::array<pa_stream*, 2> streams = {makeStream(loop, context), two ? makeStream(loop, context) : nullptr};
   if (!streams[0] || (two && !streams[1])) return 1;
   pa_threaded_mainloop_unlock(loop);
+  if (count > 1 && !two && !serveNotifications(arguments[1])) return 1;
   std::printf("ready %d\n", getpid());
   std::fflush(stdout);
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "platform/linux/kernel/proc_fs.h"
 
@@ -21,7 +22,8 @@ class FakeProc {
     std::string executable = {};  // empty: it cannot be read
     std::string command = {};     // empty: the last component of the executable
     std::string cgroup = "/";
-    std::string environment = {};  // such as "A=1\0B=2"
+    std::string environment = {};             // such as "A=1\0B=2"
+    std::vector<std::string> arguments = {};  // behind the first one, which is the executable
   };
 
   FakeProc() {
@@ -41,7 +43,9 @@ class FakeProc {
     std::ofstream(directory / "stat") << process.pid << " (" << command << ") S " << process.parent
                                       << " 1 1 0 -1 4194560 0 0 0 0 0 0 0 0 20 0 1 0 " << process.startTime << " 0 0\n";
     std::ofstream(directory / "comm") << command << '\n';
-    std::ofstream(directory / "cmdline") << process.executable << '\0';
+    std::ofstream line(directory / "cmdline");
+    line << process.executable << '\0';
+    for (const std::string& argument : process.arguments) line << argument << '\0';
     std::ofstream(directory / "cgroup") << "0::" << process.cgroup << '\n';
     std::ofstream(directory / "environ") << process.environment;
     if (!process.executable.empty()) std::filesystem::create_symlink(process.executable, directory / "exe");

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "soundlog/notifications.h"
 #include "soundlog/servers/pipewire_source.h"
 #include "soundlog/servers/pulse_source.h"
 #include "tests/soundlog/makers/fake_proc.h"
@@ -24,6 +23,12 @@ class MakerTest : public ::testing::Test {
     return makers_.remember({.declaredPid = pid, .binary = std::move(binary), .name = "Some name"});
   }
 
+  Pid credited(const Maker& maker) const {
+    const auto alive = makers_.stillRunning(maker);
+    return alive.empty() ? 0 : alive.front();
+  }
+  std::string scriptOf(Pid pid) const { return checked(pid).script; }
+
   test::FakeProc proc_;
   ProcFs processes_{proc_.root()};
   Makers makers_{processes_};
@@ -32,13 +37,13 @@ class MakerTest : public ::testing::Test {
 TEST_F(MakerTest, ARunningProcessIsCreditedItself) {
   const Maker maker = checked(300);
   EXPECT_EQ(maker.name, "pacat");
-  EXPECT_EQ(makers_.creditedPid(maker), 300);
+  EXPECT_EQ(credited(maker), 300);
 }
 
 TEST_F(MakerTest, AProcessThatEndedIsCreditedToItsParentUnderItsOwnName) {
   const Maker maker = checked(300);
   proc_.remove(300);
-  EXPECT_EQ(makers_.creditedPid(maker), 200);
+  EXPECT_EQ(credited(maker), 200);
   EXPECT_EQ(maker.name, "pacat");
 }
 
@@ -46,29 +51,29 @@ TEST_F(MakerTest, ParentsThatEndedTooAreSkipped) {
   const Maker maker = checked(300);
   proc_.remove(300);
   proc_.remove(200);
-  EXPECT_EQ(makers_.creditedPid(maker), 100);
+  EXPECT_EQ(credited(maker), 100);
 }
 
 TEST_F(MakerTest, TheFirstProcessIsNeverCredited) {
   const Maker maker = checked(300);
   for (const Pid pid : {300, 200, 100}) proc_.remove(pid);
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_FALSE(checked(1).known());
 }
 
 TEST_F(MakerTest, ANumberThatWasGivenToAnotherProcessIsNotCredited) {
   const Maker maker = checked(300);
   proc_.add({.pid = 300, .parent = 100, .startTime = 31, .executable = "/opt/bank"});
-  EXPECT_EQ(makers_.creditedPid(maker), 200);
+  EXPECT_EQ(credited(maker), 200);
   proc_.add({.pid = 200, .parent = 1, .startTime = 32, .executable = "/opt/bank"});
-  EXPECT_EQ(makers_.creditedPid(maker), 100);
+  EXPECT_EQ(credited(maker), 100);
 }
 
 TEST_F(MakerTest, AProcessThatHasEndedAlreadyKeepsTheNameThatItGave) {
   const Maker maker = makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv", .name = "mpv Media Player"});
   EXPECT_FALSE(maker.known());
   EXPECT_EQ(maker.name, "mpv Media Player");
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_EQ(makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv"}).name, "mpv");
 }
 
@@ -78,29 +83,29 @@ TEST_F(MakerTest, AClientInASandboxGetsTheNameOfItsApplication) {
   });
   ClientClaims claims{.declaredPid = 2, .binary = "firefox-bin", .name = "Client", .sandboxId = "org.mozilla.firefox"};
   EXPECT_EQ(makers.remember(claims).name, "Firefox");
-  EXPECT_EQ(makers.creditedPid(makers.remember(claims)), 0);
+  EXPECT_EQ(makers.stillRunning(makers.remember(claims)).size(), 0);
   claims.sandboxId = "org.example.Unknown";
   EXPECT_EQ(makers.remember(claims).name, "Client");
 }
 
 TEST_F(MakerTest, ADeclaredProcessIsBelievedIfItsProgramAgrees) {
-  EXPECT_EQ(makers_.creditedPid(declared(300, "pacat")), 300);
-  EXPECT_EQ(makers_.creditedPid(declared(300, "/usr/bin/pacat")), 300);
+  EXPECT_EQ(credited(declared(300, "pacat")), 300);
+  EXPECT_EQ(credited(declared(300, "/usr/bin/pacat")), 300);
 }
 
 TEST_F(MakerTest, ADeclaredProcessIsNotBelievedIfItsProgramDisagrees) {
   const Maker maker = declared(300, "firefox");
-  EXPECT_EQ(makers_.creditedPid(maker), 0);
+  EXPECT_EQ(credited(maker), 0);
   EXPECT_EQ(maker.name, "Some name");
-  EXPECT_EQ(makers_.creditedPid(declared(300, "")), 0) << "there is no name to compare";
-  EXPECT_EQ(makers_.creditedPid(declared(1, "init")), 0) << "a sandbox numbers its processes from 1";
+  EXPECT_EQ(credited(declared(300, "")), 0) << "there is no name to compare";
+  EXPECT_EQ(credited(declared(1, "init")), 0) << "a sandbox numbers its processes from 1";
 }
 
 TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
   proc_.add({.pid = 400, .startTime = 40, .executable = "", .command = "a-very-long-program"});
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very-long-program")), 400);
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very-long-pro")), 400);
-  EXPECT_EQ(makers_.creditedPid(declared(400, "a-very")), 0);
+  EXPECT_EQ(credited(declared(400, "a-very-long-program")), 400);
+  EXPECT_EQ(credited(declared(400, "a-very-long-pro")), 400);
+  EXPECT_EQ(credited(declared(400, "a-very")), 0);
 }
 
 TEST_F(MakerTest, ACircleOfParentsEnds) {
@@ -109,63 +114,64 @@ TEST_F(MakerTest, ACircleOfParentsEnds) {
   EXPECT_LE(checked(500).chain.size(), 64u);
 }
 
-TEST_F(MakerTest, TheNotificationServiceIsTheOwnerOfTheName) {
-  NotificationService service(processes_, makers_);
-  EXPECT_FALSE(service.plays(checked(300)));
-  service.setOwner(300);
-  EXPECT_TRUE(service.plays(checked(300)));
-  EXPECT_FALSE(service.plays(checked(200)));
-  service.setOwner(std::nullopt);
-  EXPECT_FALSE(service.plays(checked(300)));
+TEST_F(MakerTest, AncestorsThatRunAreListedWithTheNearestFirst) {
+  const Maker maker = checked(300);
+  EXPECT_EQ(makers_.stillRunning(maker), (std::vector<Pid>{300, 200, 100}));
+  proc_.remove(200);
+  EXPECT_EQ(makers_.stillRunning(maker), (std::vector<Pid>{300, 100}));
 }
 
-TEST_F(MakerTest, ALaterProcessWithTheServicesNumberIsNotTheService) {
-  NotificationService service(processes_, makers_);
-  service.setOwner(300);
-  proc_.add({.pid = 300, .startTime = 99, .executable = "/opt/game"});
-  EXPECT_FALSE(service.plays(checked(300)));
+TEST_F(MakerTest, AToolIsStartedByTheScriptOfItsParent) {
+  proc_.add(
+      {.pid = 500, .startTime = 50, .executable = "/bin/bash", .arguments = {"-e", "/home/me/backup-done.sh", "x"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(501), "backup-done.sh");
+  EXPECT_EQ(scriptOf(500), "") << "the script itself";
+  EXPECT_EQ(scriptOf(300), "");
+  const Maker maker = checked(501);
+  proc_.remove(501);
+  proc_.remove(500);
+  EXPECT_EQ(maker.script, "backup-done.sh") << "it stays known";
 }
 
-TEST_F(MakerTest, OtherProcessesOfTheServicesOwnUnitAreTheService) {
-  const std::string unit = "/user.slice/session.slice/notifier.service";
-  proc_.add({.pid = 600, .parent = 100, .startTime = 60, .executable = "/opt/notifier", .cgroup = unit});
-  proc_.add({.pid = 601, .parent = 600, .startTime = 61, .executable = "/opt/player", .cgroup = unit});
-  proc_.add({.pid = 602, .parent = 600, .startTime = 62, .executable = "/opt/player", .cgroup = unit + "/deeper"});
-  NotificationService service(processes_, makers_);
-  service.setOwner(600);
-  EXPECT_TRUE(service.plays(checked(601)));
-  EXPECT_FALSE(service.plays(checked(602)));
-  EXPECT_FALSE(service.plays(checked(300)));
+TEST_F(MakerTest, WhatOnlyWaitsForTheToolIsNotInTheWay) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/usr/bin/python3.11", .arguments = {"/home/me/ding.py"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/timeout", .arguments = {"5", "sh"}});
+  proc_.add(
+      {.pid = 502, .parent = 501, .startTime = 52, .executable = "/bin/sh", .arguments = {"-c", "pacat x; exit"}});
+  proc_.add({.pid = 503, .parent = 502, .startTime = 53, .command = "sudo"});
+  proc_.add({.pid = 504, .parent = 503, .startTime = 54, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(504), "ding.py");
 }
 
-TEST_F(MakerTest, AUnitThatTheServiceSharesIsNotItsOwn) {
-  const std::string unit = "/user.slice/dbus.service";
-  proc_.add({.pid = 700, .startTime = 70, .executable = "/usr/bin/dbus-daemon", .cgroup = unit});
-  proc_.add({.pid = 701, .parent = 700, .startTime = 71, .executable = "/opt/notifier", .cgroup = unit});
-  proc_.add({.pid = 702, .parent = 700, .startTime = 72, .executable = "/opt/editor", .cgroup = unit});
-  NotificationService service(processes_, makers_);
-  service.setOwner(701);
-  EXPECT_TRUE(service.plays(checked(701)));
-  EXPECT_FALSE(service.plays(checked(702)));
+TEST_F(MakerTest, AnotherProgramOrAPersonInBetweenIsWhoStartedTheTool) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/bin/sh", .arguments = {"/home/me/work.sh"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/opt/editor"});
+  proc_.add({.pid = 502, .parent = 501, .startTime = 52, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(502), "");
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/bin/bash", .arguments = {"-i"}});
+  EXPECT_EQ(scriptOf(502), "") << "a shell that takes commands from a person";
 }
 
-TEST_F(MakerTest, AWholeSessionIsNotTheServicesUnit) {
-  const std::string scope = "/user.slice/session-2.scope";
-  proc_.add({.pid = 800, .parent = 100, .startTime = 80, .executable = "/opt/notifier", .cgroup = scope});
-  proc_.add({.pid = 801, .parent = 100, .startTime = 81, .executable = "/opt/game", .cgroup = scope});
-  NotificationService service(processes_, makers_);
-  service.setOwner(800);
-  EXPECT_FALSE(service.plays(checked(801)));
+TEST_F(MakerTest, AScriptThatStartsTheSessionIsNotTheReasonForASound) {
+  proc_.add({.pid = 500, .startTime = 50, .executable = "/bin/sh", .arguments = {"/etc/X11/Xsession"}});
+  proc_.add({.pid = 501, .parent = 500, .startTime = 51, .executable = "/usr/bin/pacat"});
+  EXPECT_EQ(scriptOf(501), "");
 }
 
-TEST_F(MakerTest, AScriptOfDunstPlaysForTheService) {
-  using namespace std::string_literals;
-  proc_.add({.pid = 900, .startTime = 90, .executable = "/opt/pacat", .environment = "A=1\0DUNST_APP_NAME=x\0"s});
-  const NotificationService service(processes_, makers_);
-  const Maker maker = checked(900);
-  proc_.remove(900);
-  EXPECT_TRUE(service.plays(maker));
-  EXPECT_FALSE(service.plays(checked(300)));
+TEST_F(MakerTest, TheSpeechServiceItsModulesAndTheirPlayersSpeak) {
+  const std::string modules = "/usr/lib/speech-dispatcher-modules/";
+  proc_.add({.pid = 400, .startTime = 40, .executable = "/usr/bin/speech-dispatcher"});
+  proc_.add({.pid = 401, .parent = 400, .startTime = 41, .executable = modules + "sd_espeak-ng"});
+  proc_.add({.pid = 402, .parent = 401, .startTime = 42, .executable = "/usr/bin/sox"});
+  proc_.add({.pid = 403, .parent = 1, .startTime = 43, .executable = modules + "sd_flite"});
+  proc_.add({.pid = 404, .parent = 400, .startTime = 44, .executable = modules + "sd_dummy"});
+  proc_.add({.pid = 405, .parent = 404, .startTime = 45, .executable = "/usr/bin/sox"});
+  proc_.add({.pid = 406, .startTime = 46, .executable = "/opt/sd_dummy"});
+  for (const Pid pid : {400, 401, 402, 403, 405}) EXPECT_EQ(checked(pid).speech, Speech::speaker) << pid;
+  EXPECT_EQ(checked(404).speech, Speech::mute);
+  EXPECT_EQ(checked(406).speech, Speech::none);
+  EXPECT_EQ(checked(300).speech, Speech::none);
 }
 
 Properties properties(std::map<std::string, std::string> values) {

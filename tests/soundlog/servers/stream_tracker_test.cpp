@@ -95,6 +95,21 @@ TEST_F(StreamTrackerTest, AStreamThatIsRemovedIsForgotten) {
   EXPECT_TRUE(runs());
 }
 
+TEST_F(StreamTrackerTest, AWatchTellsWhetherTheStreamHasRunEverSince) {
+  EXPECT_FALSE(tracker_.watch(oneStream)()) << "an unknown stream";
+  runs();
+  const auto first = tracker_.watch(oneStream);
+  EXPECT_TRUE(first());
+  stops();
+  EXPECT_FALSE(first());
+  runs();
+  EXPECT_FALSE(first()) << "it runs, but it has stopped in between";
+  const auto second = tracker_.watch(oneStream);
+  EXPECT_TRUE(second());
+  tracker_.removed(oneStream);
+  EXPECT_FALSE(second());
+}
+
 class StartMergerTest : public ::testing::Test {
  protected:
   Instant now_ = Instant(1h);
@@ -120,6 +135,13 @@ TEST_F(StartMergerTest, MergedStartsDoNotDelayTheNextOne) {
 TEST_F(StartMergerTest, DifferentMakersAreNotMerged) {
   EXPECT_FALSE(merger_.merges("a", now_));
   EXPECT_FALSE(merger_.merges("b", now_));
+}
+
+TEST_F(StartMergerTest, AStartMayAskForALongerTime) {
+  EXPECT_FALSE(merger_.merges("speech", now_, 5s));
+  EXPECT_FALSE(merger_.merges("sox", now_ + 4s));
+  EXPECT_TRUE(merger_.merges("speech", now_ + 5s - 1ns, 5s));
+  EXPECT_FALSE(merger_.merges("speech", now_ + 5s, 5s));
 }
 
 TEST_F(StartMergerTest, OlderStartsAreForgotten) {

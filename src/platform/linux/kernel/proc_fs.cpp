@@ -55,8 +55,9 @@ std::optional<ProcFs::Status> ProcFs::status(Pid pid) const {
   const auto text = readKernelFile(path(pid, "stat"), mostOfASmallFile);
   if (!text) return std::nullopt;
   // The second field is the program's name in parentheses, and may hold parentheses and spaces itself.
+  const auto open = text->find('(');
   const auto close = text->rfind(')');
-  if (close == std::string::npos) return std::nullopt;
+  if (close == std::string::npos || open >= close) return std::nullopt;
   std::string_view rest = std::string_view(*text).substr(close + 1);
   constexpr std::size_t state = 0, parentPid = 1, startTime = 19;  // counted from behind the name
   std::array<std::string_view, startTime + 1> fields;
@@ -68,7 +69,10 @@ std::optional<ProcFs::Status> ProcFs::status(Pid pid) const {
   const auto parent = ascii::number<Pid>(fields[parentPid]);
   const auto start = ascii::number<std::uint64_t>(fields[startTime]);
   if (!parent || !start) return std::nullopt;
-  return Status{.parent = *parent, .state = fields[state].front(), .startTime = *start};
+  return Status{.parent = *parent,
+                .state = fields[state].front(),
+                .startTime = *start,
+                .command = text->substr(open + 1, close - open - 1)};
 }
 
 std::optional<Pid> ProcFs::parentPid(Pid pid) const {
@@ -103,13 +107,24 @@ std::string ProcFs::command(Pid pid) const {
 }
 
 std::optional<std::string> ProcFs::environment(Pid pid, std::string_view name) const {
+  auto values = environment(pid, std::span(&name, 1));
+  return values.empty() ? std::nullopt : std::move(values.front());
+}
+
+std::vector<std::optional<std::string>> ProcFs::environment(Pid pid, std::span<const std::string_view> names) const {
   const auto text = readKernelFile(path(pid, "environ"), mostOfAnEnvironment);
-  if (!text || name.empty()) return std::nullopt;
+  if (!text) return {};
+  std::vector<std::optional<std::string>> values(names.size());
   for (std::string_view rest = *text; !rest.empty();) {
     std::string_view value = ascii::takePart(rest, '\0');
-    if (value.find('=') != std::string_view::npos && ascii::takePart(value, '=') == name) return std::string(value);
+    if (value.find('=') == std::string_view::npos) continue;
+    const std::string_view name = ascii::takePart(value, '=');
+    const auto wanted = std::find(names.begin(), names.end(), name);
+    if (wanted == names.end() || name.empty()) continue;
+    auto& known = values[static_cast<std::size_t>(wanted - names.begin())];
+    if (!known) known = value;
   }
-  return std::nullopt;
+  return values;
 }
 
 std::string ProcFs::cgroup(Pid pid) const {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,7 @@ class ProcFs : public ProcessTable {
     // Clock ticks since boot. A pid together with its start time names one process for good; a pid alone may be used
     // again.
     std::uint64_t startTime = 0;
+    std::string command = {};  // the kernel's short name: at most 15 bytes
   };
   std::optional<Status> status(Pid pid) const;
 
@@ -42,6 +44,8 @@ class ProcFs : public ProcessTable {
   std::vector<std::string> arguments(Pid pid) const;  // argv, argv[0] included
   std::string command(Pid pid) const;                 // the kernel's short name: at most 15 bytes
   std::optional<std::string> environment(Pid pid, std::string_view name) const;
+  // The values of several variables, in the order of their names; empty if nothing about the process can be read.
+  std::vector<std::optional<std::string>> environment(Pid pid, std::span<const std::string_view> names) const;
   std::string cgroup(Pid pid) const;  // path in the unified hierarchy, "/user.slice/…"
 
   // What a person would call the program: the last component of the script if an interpreter runs one, of argv[0] if
