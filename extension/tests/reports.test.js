@@ -123,22 +123,33 @@ test('a private tab is never reported', async () => {
   assert.deepEqual(reports(), []);
 });
 
-test('the question which tabs are audible is answered for each of them', async () => {
-  for (const id of [1, 2, 3]) browser.openTab(id, { audible: id !== 2, title: `Tab ${id}` });
+const answers = async () => {
+  const before = browser.sent.length;
   await browser.says({ type: 'whichAudible' });
-  assert.deepEqual(reports().map(({ tabId, title }) => [tabId % 2 ** 31, title]), [[1, 'Tab 1'], [3, 'Tab 3']]);
+  return browser.sent.slice(before);
+};
+
+test('the question which tab is audible is answered with the only one', async () => {
+  for (const id of [1, 2, 3]) browser.openTab(id, { audible: id === 2, title: `Tab ${id}` });
+  assert.deepEqual(await answers(), [
+    { type: 'audible', tabId: browser.named(2), title: 'Tab 2', host: 'example.org', asked: true }]);
 });
 
-test('the answer leaves out muted tabs', async () => {
+test('of several audible tabs only their number is told', async () => {
+  for (const id of [1, 2, 3]) browser.openTab(id, { audible: id !== 2 });
+  assert.deepEqual(await answers(), [{ type: 'audibleCount', count: 2 }]);
+});
+
+test('a muted tab does not count', async () => {
   browser.openTab(1, { audible: true, mutedInfo: { muted: true } });
-  await browser.says({ type: 'whichAudible' });
-  assert.deepEqual(reports(), []);
+  assert.deepEqual(await answers(), [{ type: 'audibleCount', count: 0 }]);
+  browser.openTab(2, { audible: true });
+  assert.deepEqual((await answers()).map(({ tabId }) => tabId), [browser.named(2)]);
 });
 
-test('the question while all is quiet is answered with nothing', async () => {
+test('the question while all is quiet is answered with none', async () => {
   browser.openTab(1);
-  await browser.says({ type: 'whichAudible' });
-  assert.deepEqual(reports(), []);
+  assert.deepEqual(await answers(), [{ type: 'audibleCount', count: 0 }]);
 });
 
 test('a tab that was closed while it sounded leaves nothing behind under its id', async () => {

@@ -33,9 +33,7 @@ void FocusRequests::answered(const BrowserConnection& from, const Message& answe
   const auto number = json::wholeNumber(answer, "req");
   const auto request = number ? pending_.find(*number) : pending_.end();
   if (request == pending_.end() || request->second.extensions.front().get() != &from) return;
-  const auto ok = answer.find("ok");
-  const bool focused = ok != answer.end() && ok->is_boolean() && ok->get<bool>();
-  focused ? finish(*number, FocusResult::focused) : askNext(*number);
+  json::isTrue(answer, "ok") ? finish(*number, FocusResult::focused) : askNext(*number);
 }
 
 void FocusRequests::closed(const BrowserConnection& connection) {

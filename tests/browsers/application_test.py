@@ -86,7 +86,9 @@ class ApplicationTest(unittest.TestCase):
 
 class Entry(ApplicationTest):
     def test_sound_is_one_entry_with_title_and_host_of_its_background_tab(self):
-        entry = self.play(self.open('Evening news'))
+        tab = self.open('Evening news')
+        entry = self.play(tab)
+        self.close(tab)  # the only tab that is heard is taken for the one that made a sound
         self.assertRegex(entry, rf'{NAMES[KIND]}.* · {SOUND} — Tab: Evening news +\(localhost\)$')
 
         # Nobody reports a private window. Its sound is written down when no tab can come for it any more; whatever
@@ -101,6 +103,21 @@ class Entry(ApplicationTest):
         self.assertEqual(lines.count((SOUND, '')), 1, lines)
         self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
         self.assertEqual(len(self.tollvane.entries('Tab: ')), 1, self.tollvane.menu())
+
+    def test_second_sound_of_a_tab_is_its_own_and_the_next_tabs_sound_is_the_next_tabs(self):
+        first, second = self.open('Alpha'), self.open('Beta')
+        self.play(first)
+        for _ in range(2):  # so soon after one another that the browser calls the tab audible all the while
+            self.browser.run(first, 'stopSound()')
+            time.sleep(REPEATS)
+            self.browser.run(first, 'playSound()')
+        wait_until(lambda: len(self.tollvane.entries('Tab: Alpha ')) == 3, 'the third sound')
+        self.browser.run(first, 'stopSound()')
+        time.sleep(1)
+        self.play(second)
+        self.assertEqual(len(self.tollvane.entries('Tab: Beta ')), 1, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries('Tab: Alpha ')), 3, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 4, self.tollvane.menu())
 
     def test_two_tabs_are_two_entries(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))

@@ -129,9 +129,14 @@ class Reports(ExtensionTest):
         self.assertNotEqual(first['tabId'], second['tabId'])
         self.assertEqual(second['host'], '127.0.0.1')
 
-    def test_question_which_tabs_sound_is_answered(self):
+    def test_question_which_tab_sounds_is_answered_with_the_only_one(self):
         report = self.play(self.open('Asked'))
-        self.assertEqual(self.application.ask('audible', type='whichAudible'), report)
+        self.assertEqual(self.application.ask('audible', type='whichAudible'), {**report, 'asked': True})
+
+    def test_question_which_tab_sounds_is_answered_with_the_number_of_several(self):
+        self.play(self.open('First'))
+        self.play(self.open('Second'))
+        self.assertEqual(self.application.ask('audibleCount', type='whichAudible')['count'], 2)
 
     def test_muted_tab_sounds_when_it_is_unmuted(self):
         tab = self.open('Muted')
