@@ -7,6 +7,7 @@
 #include "detect/watcher.h"
 #include "support/json.h"
 #include "support/json_value.h"
+#include "support/text.h"
 
 namespace tollvane {
 namespace {
@@ -90,8 +91,8 @@ Recorder::PendingTab Recorder::read(const Message& report, Browser from) const {
   return {
       .date = clock_.now(),
       .browser = from,
-      .title = json::text(report, "title").value_or(""),
-      .host = json::text(report, "host").value_or(""),
+      .title = text::withoutControls(json::text(report, "title").value_or("")),
+      .host = text::withoutControls(json::text(report, "host").value_or("")),
       .tabId = json::wholeNumber(report, "tabId"),
   };
 }

@@ -219,6 +219,15 @@ TEST_F(RecorderTest, AMalformedReportDegradesToEmptyTextsAndNoId) {
   EXPECT_EQ(event->tabLabel(), "a browser tab");
 }
 
+TEST_F(RecorderTest, AReportIsOneLineOfPlainTextWhateverAnExtensionSays) {
+  const auto event = sound("Firefox");
+  recorder->tabReport(Browser::firefox, {{"title", "a\tb\n2025-01-31\u2028c\u202Ed"}, {"host", "h\u0085\u2066i"}});
+  EXPECT_EQ(event->tabTitle, "a b 2025-01-31 cd");
+  EXPECT_EQ(event->tabHost, "h i");
+  system.queue.advance(4s);
+  EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\ta b 2025-01-31 cd  (h i)\n");
+}
+
 TEST_F(RecorderTest, ATextAsTabIdStillGivesATab) {
   const auto event = sound("Firefox");
   recorder->tabReport(Browser::firefox, {{"title", "Video"}, {"host", "h"}, {"tabId", "7"}});

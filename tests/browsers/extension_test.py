@@ -124,6 +124,24 @@ class Reports(ExtensionTest):
                          {'type': 'audible', 'tabId': 0, 'title': 'Evening news', 'host': 'localhost'})
         self.assertIsInstance(report['tabId'], int)
 
+    def test_untitled_page_is_reported_without_its_address(self):
+        address = self.pages.address('', 'localhost')
+        for more in ('&token=secret', '&token=p%C3%A4ss%20secret%2Fword#secret', '&' + 'secret' * 500):
+            tab = self.browser.open_tab(address + more)
+            self.addCleanup(self.close, tab)
+            start = len(self.application.messages)
+            self.browser.run(tab, 'playSound()')
+            report = self.application.wait_for('audible', start=start)
+            self.assertEqual((report['title'], report['host']), ('', 'localhost'))
+            self.assertNotIn('secret', json.dumps(report))
+
+    def test_title_is_reported_on_one_line_and_in_one_direction(self):
+        tab = self.open('Name')
+        self.browser.run(tab, r"document.title = 'a\u2028b\u202ec\u0085d'")
+        start = len(self.application.messages)
+        self.browser.run(tab, 'playSound()')
+        self.assertEqual(self.application.wait_for('audible', start=start)['title'], 'a bc d')
+
     def test_each_of_two_tabs_is_reported_under_its_own_id(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
         self.assertNotEqual(first['tabId'], second['tabId'])
