@@ -54,8 +54,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::wireLink() {
   link_.settings = [prefs = prefs_] { return Message{{"markTabs", prefs.markTabs()}}; };
-  link_.onTab = alive_.guard(
-      [this](const BrowserConnection& from, const Message& report) { recorder_.tabReport(from.browser(), report); });
+  link_.onTab = alive_.guard([this](const BrowserConnection& from, const Message& report) {
+    recorder_.tabReport(from.browser(), report, from.bundleID.value_or(""));
+  });
   link_.onChange = alive_.guard([this] { settingsModel_.refresh(); });
   link_.start();
   link_.refreshSafariState(alive_.guard([this] {

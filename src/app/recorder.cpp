@@ -75,9 +75,10 @@ void Recorder::adoptWaitingReport(SoundEvent& event, Browser browser) {
   give(event, *match);
 }
 
-void Recorder::tabReport(std::optional<Browser> from, const Message& report) {
+void Recorder::tabReport(std::optional<Browser> from, const Message& report, std::string_view edition) {
   if (!from) return;
   PendingTab tab = read(report, *from);
+  tab.edition = edition.empty() ? from->bundleID() : edition;
   if (fillWaitingSound(tab)) return changed();
   if (isAnsweredAlready(tab)) return;
 
@@ -139,8 +140,7 @@ void Recorder::makeSoundOf(const PendingTab& report) {
                                     [&](const PendingTab& tab) { return tab.date == report.date && !tab.used; });
   if (waiting == pendingTabs.end()) return;
   waiting->used = true;
-  auto event = std::make_shared<SoundEvent>(report.date, resolver_.appName(report.browser.bundleID()),
-                                            kind::startedPlayingAudio);
+  auto event = std::make_shared<SoundEvent>(report.date, resolver_.appName(report.edition), kind::startedPlayingAudio);
   give(*event, report);
   record(std::move(event));
 }

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/history.h"
@@ -43,6 +44,7 @@ class Recorder {
     std::string title;
     std::string host;
     std::optional<std::int64_t> tabId;
+    std::string edition = {};  // the bundle identifier of the browser's edition; empty if only the browser is known
     bool used = false;
     bool ownSoundWasDropped = false;  // its sound was probably a repetition to the watcher, and the next one is another
   };
@@ -60,8 +62,9 @@ class Recorder {
 
   void record(std::shared_ptr<SoundEvent> event);
 
-  // `from`: the browser that reports; absent if unknown. `report`: has the members "title", "host" and "tabId".
-  void tabReport(std::optional<Browser> from, const Message& report);
+  // `from`: the browser that reports; absent if unknown. `edition`: its bundle identifier, if it is known that exactly.
+  // `report`: has the members "title", "host" and "tabId".
+  void tabReport(std::optional<Browser> from, const Message& report, std::string_view edition = "");
 
   // Which browser the event's application is, by its name alone: the browser's own name, or the one that the system
   // gives it.

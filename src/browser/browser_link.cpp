@@ -104,7 +104,7 @@ void BrowserLink::askWhichTabIsAudible(Browser in, AudibleQuestions::Completion 
   if (safariEnabled) safari_->send({{"type", "whichAudible"}});
 }
 
-void BrowserLink::focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion) {
+void BrowserLink::focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion) {
   auto extensions = ready(in);
   std::stable_partition(extensions.begin(), extensions.end(),
                         [&](const auto& each) { return each->hasReported(tabId); });

@@ -77,7 +77,7 @@ class BrowserLink {
 
   // Asks the browser to bring a tab forward: first the profile whose extension reported the tab, then the others.
   // `completion` is called exactly once, perhaps before this returns.
-  void focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion);
+  void focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion);
 
   // Sends the current settings to every ready extension.
   void broadcastSettings();

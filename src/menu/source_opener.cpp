@@ -22,9 +22,9 @@ void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& la
   // destroyed.
   link_.focus(tabId, in, [in, workspace = &workspace_, tell = alive_.guard([this, in, label](FocusResult result) {
                 tabFocused(result, in, label);
-              })](FocusResult result) mutable {
+              })](FocusResult result, std::string_view bundleID) mutable {
     if (result != FocusResult::focused) return tell(result);
-    const auto running = workspace->runningApplications(in.bundleID());
+    const auto running = workspace->runningApplications(bundleID);
     if (!running.empty()) workspace->activate(running.front(), [](bool) {});
   });
 }

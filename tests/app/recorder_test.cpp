@@ -138,6 +138,31 @@ TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsBrowserIsCalled) {
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\tVideo  (example.org)\n");
 }
 
+TEST_F(RecorderTest, AnEditionsSoundAndItsReportFindEachOther) {
+  system.workspace.installed["com.google.Chrome.beta"] = "/apps/beta.desktop";
+  system.workspace.displayNames["/apps/beta.desktop"] = "Google Chrome (beta)";
+  const auto event = sound("Google Chrome (beta)");
+  report(*Browser::fromBundleID("com.google.Chrome.beta"), "Video");
+  EXPECT_EQ(event->tabTitle, "Video");
+  EXPECT_EQ(event->browser, Browser::chrome);
+}
+
+TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsEditionIsCalled) {
+  system.workspace.addRunning(500, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  recorder->tabReport(Browser::firefox, {{"title", "Video"}}, "org.mozilla.nightly");
+  system.queue.advance(2500ms);
+  ASSERT_EQ(recorder->events.size(), 1u);
+  EXPECT_EQ(recorder->events.front()->app, "Firefox Nightly");
+}
+
+TEST_F(RecorderTest, EachNameUnderWhichABrowserRunsIsTheBrowser) {
+  system.workspace.addRunning(500, "Firefox ESR", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "My own Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  for (const char* name : {"Firefox ESR", "My own Firefox", "Firefox"})
+    EXPECT_EQ(recorder->browser({system.clock.now(), name, kind::alertSound}), Browser::firefox) << name;
+}
+
 TEST_F(RecorderTest, ASoundTakesAReportThatCameBeforeIt) {
   report(Browser::firefox, "Video", 42);
   system.queue.advance(2400ms);

@@ -201,6 +201,29 @@ class Click(ApplicationTest):
         self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
 
 
+class Edition(ApplicationTest):
+    UNPACKED = {Chromium: 'Google Chrome', Firefox: 'Firefox'}  # the name of what unpacked() gives
+
+    def test_that_no_package_installed_is_heard_under_its_name_and_its_tab_comes_forward(self):
+        browser, name = self.browser, self.UNPACKED[KIND]
+        browser.stop()
+        self.addCleanup(self.await_link)
+        self.addCleanup(browser.start)
+        unpacked = browser.unpacked()
+        unpacked.start()
+        self.addCleanup(unpacked.kill)
+        self.tollvane.stop()
+        self.tollvane.start()  # and lets the browser that runs find the bridge
+        self.await_link()
+        tab = unpacked.open_tab(self.pages.address('Wanted', 'localhost'))
+        unpacked.run(tab, 'playSound()')
+        entry = self.tollvane.await_entry('Tab: Wanted ')
+        self.assertIn(f'{name} · {SOUND}', entry)
+        self.tollvane.choose(entry)
+        wait_until(lambda: unpacked.is_in_front(tab), 'the coming forward of the tab')
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 1, self.tollvane.menu())
+
+
 class Marks(ApplicationTest):
     SWITCH = 'Mark browser tabs that made a sound'
 

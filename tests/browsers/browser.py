@@ -22,7 +22,10 @@ OPTIONS = "location.pathname === '/src/options.html'"  # true in the extension's
 
 
 class Browser:
-    name = ''  # of the program
+    name = ''  # of the command
+    program = ''  # what the command starts
+    unpacked_program = ''  # below the home directory, as the next
+    unpacked_profile_directory = ''
     profile_directory = ''  # below the home directory, as the next
     host_directory = ''  # for native messaging manifests
     host_permission = {}  # the member of the manifest that lets our extension in
@@ -31,7 +34,20 @@ class Browser:
         self.session = session
         self.extension = pathlib.Path(extension)
         self.profile = session.home / (profile_directory or self.profile_directory)
+        self.command = [self.name]
         self.process = None
+
+    def unpacked(self):
+        """The same browser, as one that no package installed: known by the place of its program alone."""
+        browser = type(self)(self.session, self.extension, self.unpacked_profile_directory)
+        program = self.session.home / self.unpacked_program
+        program.parent.mkdir(parents=True)
+        for file in pathlib.Path(self.program).parent.iterdir():
+            (program.parent / file.name).symlink_to(file)
+        program.unlink(missing_ok=True)
+        shutil.copy(self.program, program)
+        browser.command = [str(program)]
+        return browser
 
     def another_profile(self):
         """A browser of the same kind, which runs beside this one; the hosts of this one are its own, too."""
