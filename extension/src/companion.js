@@ -99,9 +99,9 @@ export class Companion {
   }
 
   // The report is sent at once. The memory is only needed for a later "focus".
-  #report(tab) {
+  #report(tab, more = {}) {
     const tabId = reportedId(this.#run, tab.id);
-    this.#link.send({ type: 'audible', tabId, ...describe(tab) });
+    this.#link.send({ type: 'audible', tabId, ...describe(tab), ...more });
     this.#known.ready.then(() => this.#known.add(tabId, tab.id));
   }
 
@@ -112,7 +112,7 @@ export class Companion {
       case 'settings':
         return this.#settings(message);
       case 'whichAudible':
-        return this.#tellWhichSound();
+        return this.#tellWhichSounds();
       case 'focus':
         return this.#focus(message);
       default:
@@ -127,10 +127,12 @@ export class Companion {
     if (turnedOn && !(await this.#marks.allowed())) await this.#api.runtime.openOptionsPage();
   }
 
-  async #tellWhichSound() {
-    for (const tab of await this.#api.tabs.query({ audible: true })) {
-      if (!tab.incognito && !tab.mutedInfo?.muted) this.#report(tab);
-    }
+  // Of several audible tabs each may have made the sound that Tollvane asks about: then only their number is told.
+  async #tellWhichSounds() {
+    const audible = await this.#api.tabs.query({ audible: true });
+    const heard = audible.filter((tab) => !tab.incognito && !tab.mutedInfo?.muted);
+    if (heard.length === 1) this.#report(heard[0], { asked: true });
+    else this.#link.send({ type: 'audibleCount', count: heard.length });
   }
 
   async #focus({ req, tabId }) {

@@ -31,7 +31,9 @@ AppDelegate::AppDelegate(const Platform& platform)
       loginItem_(platform.login, platform.files, platform.locations),
       settingsModel_(platform.workspace, platform.bundle, platform.mainQueue, platform.wording, prefs_, loginItem_) {
   recorder_.onChange = alive_.guard([this] { refreshIcon(); });
-  recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in) { link_.askWhichTabIsAudible(in); });
+  recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in, AudibleQuestions::Completion completion) {
+    link_.askWhichTabIsAudible(in, std::move(completion));
+  });
 }
 
 // The order matters: the bell shows at once, and sounds are heard before browsers may report.
@@ -52,8 +54,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::wireLink() {
   link_.settings = [prefs = prefs_] { return Message{{"markTabs", prefs.markTabs()}}; };
-  link_.onTab = alive_.guard(
-      [this](const BrowserConnection& from, const Message& report) { recorder_.tabReport(from.browser(), report); });
+  link_.onTab = alive_.guard([this](const BrowserConnection& from, const Message& report) {
+    recorder_.tabReport(from.browser(), report, from.bundleID.value_or(""));
+  });
   link_.onChange = alive_.guard([this] { settingsModel_.refresh(); });
   link_.start();
   link_.refreshSafariState(alive_.guard([this] {

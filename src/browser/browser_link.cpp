@@ -34,7 +34,8 @@ BrowserLink::BrowserLink(MainQueue& queue, SafariServices& safari, Files& files,
       inbox_(queue, files),
       listener_(queue, files),
       safari_(std::make_shared<SafariConnection>(safari)),
-      focusRequests_(queue) {
+      focusRequests_(queue),
+      audibleQuestions_(queue) {
   inbox_.onMessage = [this](const Message& message) { handle(*safari_, message); };
   listener_.onConnection = [this](LocalStream stream) { accept(std::move(stream)); };
 }
@@ -59,6 +60,7 @@ void BrowserLink::accept(LocalStream stream) {
   connection->onClosed = alive_.guard([this, from] {
     std::erase_if(connections, [from](const auto& each) { return each.get() == from; });
     focusRequests_.closed(*from);
+    audibleQuestions_.closed(*from);
     changed();
   });
   connections.push_back(connection);
@@ -74,6 +76,8 @@ void BrowserLink::handle(BrowserConnection& from, const Message& message) {
     hello(from, message);
   } else if (type == "audible") {
     audible(from, message);
+  } else if (type == "audibleCount") {
+    audibleQuestions_.answered(from, message);
   } else if (type == "focusResult") {
     focusRequests_.answered(from, message);
   }
@@ -89,16 +93,18 @@ void BrowserLink::hello(BrowserConnection& from, const Message& message) {
 
 void BrowserLink::audible(BrowserConnection& from, const Message& message) {
   if (const auto tabId = json::wholeNumber(message, "tabId")) from.remember(*tabId);
+  if (audibleQuestions_.answered(from, message)) return;
   if (onTab) onTab(from, message);
 }
 
 bool BrowserLink::isConnected(Browser browser) const { return !ready(browser).empty(); }
 
-void BrowserLink::askWhichTabIsAudible(Browser in) {
-  for (const auto& extension : ready(in)) extension->send({{"type", "whichAudible"}});
+void BrowserLink::askWhichTabIsAudible(Browser in, AudibleQuestions::Completion completion) {
+  if (in != Browser::safari) return audibleQuestions_.ask(ready(in), std::move(completion));
+  if (safariEnabled) safari_->send({{"type", "whichAudible"}});
 }
 
-void BrowserLink::focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion) {
+void BrowserLink::focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion) {
   auto extensions = ready(in);
   std::stable_partition(extensions.begin(), extensions.end(),
                         [&](const auto& each) { return each->hasReported(tabId); });

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "browser/audible_questions.h"
 #include "browser/bridge_listener.h"
 #include "browser/browser_connection.h"
 #include "browser/focus_requests.h"
@@ -45,7 +46,7 @@ class BrowserLink {
   // Closes all connections. To be called once, when the process is about to end.
   void stop();
 
-  // Called with every report that a tab makes sound.
+  // Called with every report that a tab makes sound, except the answers to askWhichTabIsAudible().
   std::function<void(BrowserConnection& from, const Message& report)> onTab;
 
   // Called when the connections, or what is known about them, have changed.
@@ -67,12 +68,13 @@ class BrowserLink {
   // Whether an extension of that browser is connected and has introduced itself.
   bool isConnected(Browser browser) const;
 
-  // Asks every ready extension of that browser for its audible tabs. They answer through `onTab`.
-  void askWhichTabIsAudible(Browser in);
+  // Asks every ready extension of that browser for its audible tabs. `completion`, which may be empty, is called at
+  // most once, when all have answered. Safari's extension answers through `onTab` instead.
+  void askWhichTabIsAudible(Browser in, AudibleQuestions::Completion completion = nullptr);
 
   // Asks the browser to bring a tab forward: first the profile whose extension reported the tab, then the others.
   // `completion` is called exactly once, perhaps before this returns.
-  void focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion);
+  void focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion);
 
   // Sends the current settings to every ready extension.
   void broadcastSettings();
@@ -101,6 +103,7 @@ class BrowserLink {
   BridgeListener listener_;
   std::shared_ptr<BrowserConnection> safari_;
   FocusRequests focusRequests_;
+  AudibleQuestions audibleQuestions_;
   Liveness alive_;
 };
 

@@ -10,7 +10,7 @@ namespace tollvane {
 
 void FocusRequests::ask(std::int64_t tabId, Extensions extensions, Completion completion) {
   const std::int64_t number = nextNumber_++;
-  if (extensions.empty()) return completion(FocusResult::unreachable);
+  if (extensions.empty()) return completion(FocusResult::unreachable, "");
   pending_.emplace(number, Request{tabId, std::move(extensions), false, std::move(completion)});
   queue_.after(patience, alive_.guard([this, number] { finish(number, FocusResult::unreachable); }));
   askFirst(number);
@@ -33,9 +33,7 @@ void FocusRequests::answered(const BrowserConnection& from, const Message& answe
   const auto number = json::wholeNumber(answer, "req");
   const auto request = number ? pending_.find(*number) : pending_.end();
   if (request == pending_.end() || request->second.extensions.front().get() != &from) return;
-  const auto ok = answer.find("ok");
-  const bool focused = ok != answer.end() && ok->is_boolean() && ok->get<bool>();
-  focused ? finish(*number, FocusResult::focused) : askNext(*number);
+  json::isTrue(answer, "ok") ? finish(*number, FocusResult::focused, from.bundleID.value_or("")) : askNext(*number);
 }
 
 void FocusRequests::closed(const BrowserConnection& connection) {
@@ -57,8 +55,8 @@ void FocusRequests::closed(const BrowserConnection& connection) {
     if (pending_.contains(number)) askNext(number);
 }
 
-void FocusRequests::finish(std::int64_t number, FocusResult result) {
-  if (auto request = pending_.extract(number)) request.mapped().completion(result);
+void FocusRequests::finish(std::int64_t number, FocusResult result, std::string_view bundleID) {
+  if (auto request = pending_.extract(number)) request.mapped().completion(result, bundleID);
 }
 
 }  // namespace tollvane

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "browser/browser_connection.h"
@@ -24,7 +25,8 @@ enum class FocusResult {
 
 class FocusRequests {
  public:
-  using Completion = std::function<void(FocusResult)>;
+  // `bundleID`: of the edition of the browser that brought the tab forward; empty if none did.
+  using Completion = std::function<void(FocusResult result, std::string_view bundleID)>;
   using Extensions = std::vector<std::shared_ptr<BrowserConnection>>;
 
   // How long all extensions together may take to answer.
@@ -51,7 +53,7 @@ class FocusRequests {
 
   void askFirst(std::int64_t number);
   void askNext(std::int64_t number);
-  void finish(std::int64_t number, FocusResult result);
+  void finish(std::int64_t number, FocusResult result, std::string_view bundleID = "");
 
   MainQueue& queue_;
   std::map<std::int64_t, Request> pending_;  // the key is the number of the request

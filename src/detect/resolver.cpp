@@ -93,6 +93,14 @@ std::string Resolver::appName(std::string_view bundleID) const {
   return std::string(bundleID);
 }
 
+std::vector<std::string> Resolver::appNames(std::string_view bundleID) const {
+  std::vector<std::string> names;
+  for (auto& application : workspace_.runningApplications(bundleID))
+    if (application.localizedName) names.push_back(*std::move(application.localizedName));
+  if (names.empty()) names.push_back(appName(bundleID));
+  return names;
+}
+
 std::optional<std::filesystem::path> Resolver::appURL(std::string_view named) const {
   for (const auto& folder : locations_.applicationFolders()) {
     std::filesystem::path bundle = folder.string() + "/" + std::string(named) + ".app";

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/files.h"
 #include "platform/locations.h"
@@ -42,6 +43,9 @@ class Resolver {
   // The name to show for the application with this bundle identifier; the identifier itself if the system knows no
   // name.
   std::string appName(std::string_view bundleID) const;
+
+  // All names under which its running processes appear; if there are none, the same as appName().
+  std::vector<std::string> appNames(std::string_view bundleID) const;
 
   // Where the application with this display name is installed. The name must be exact: it is not trimmed, and case
   // matters.

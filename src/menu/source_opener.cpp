@@ -24,9 +24,9 @@ void SourceOpener::openTab(const SoundEvent& event, Browser in) {
   link_.focus(*event.tabId, in,
               [in, workspace = &workspace_, title = event.tabTitle.value_or(""),
                tell = alive_.guard([this, in, label](FocusResult result) { tabFocused(result, in, label); })](
-                  FocusResult result) mutable {
+                  FocusResult result, std::string_view bundleID) mutable {
                 if (result != FocusResult::focused) return tell(result);
-                const auto running = workspace->runningApplications(in.bundleID());
+                const auto running = workspace->runningApplications(bundleID);
                 if (!running.empty()) workspace->activate(running.front(), title, [](bool) {});
               });
 }

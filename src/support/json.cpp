@@ -52,6 +52,11 @@ std::optional<std::string> text(const nlohmann::json& object, std::string_view k
   return value && value->is_string() ? std::optional(value->get<std::string>()) : std::nullopt;
 }
 
+bool isTrue(const nlohmann::json& object, std::string_view key) {
+  const auto* value = member(object, key);
+  return value && value->is_boolean() && value->get<bool>();
+}
+
 std::optional<std::int64_t> wholeNumber(const nlohmann::json& object, std::string_view key) {
   const auto* value = member(object, key);
   if (!value || !value->is_number()) return std::nullopt;

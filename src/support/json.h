@@ -23,6 +23,9 @@ std::string pretty(const nlohmann::json& value);
 
 std::optional<std::string> text(const nlohmann::json& object, std::string_view key);
 
+// Whether the member is the truth value true.
+bool isTrue(const nlohmann::json& object, std::string_view key);
+
 // A whole number that fits: 7 and 7.0 are, 1.5, 1e300, "7" and true are not.
 std::optional<std::int64_t> wholeNumber(const nlohmann::json& object, std::string_view key);
 

@@ -14,7 +14,7 @@ class RecorderTest : public testing::Test {
  protected:
   RecorderTest() {
     recorder->onChange = [this] { ++changes; };
-    recorder->askWhichTabIsAudible = [this](Browser in) { asked.push_back(in); };
+    recorder->askWhichTabIsAudible = [this](Browser in, const auto&) { asked.push_back(in); };
   }
 
   std::shared_ptr<SoundEvent> sound(std::string_view app) {
@@ -138,6 +138,31 @@ TEST_F(RecorderTest, AReportWithoutASoundGetsTheNameOfItsBrowser) {
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\tVideo  (example.org)\n");
 }
 
+TEST_F(RecorderTest, AnEditionsSoundAndItsReportFindEachOther) {
+  system.workspace.installed["com.google.Chrome.beta"] = "/apps/beta.desktop";
+  system.workspace.displayNames["/apps/beta.desktop"] = "Google Chrome (beta)";
+  const auto event = sound("Google Chrome (beta)");
+  report(*Browser::fromBundleID("com.google.Chrome.beta"), "Video");
+  EXPECT_EQ(event->tabTitle, "Video");
+  EXPECT_EQ(event->browser, Browser::chrome);
+}
+
+TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsEditionIsCalled) {
+  system.workspace.addRunning(500, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  recorder->tabReport(Browser::firefox, {{"title", "Video"}}, "org.mozilla.nightly");
+  system.queue.advance(2500ms);
+  ASSERT_EQ(recorder->events.size(), 1u);
+  EXPECT_EQ(recorder->events.front()->app, "Firefox Nightly");
+}
+
+TEST_F(RecorderTest, EachNameUnderWhichABrowserRunsIsTheBrowser) {
+  system.workspace.addRunning(500, "Firefox ESR", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "My own Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  for (const char* name : {"Firefox ESR", "My own Firefox", "Firefox"})
+    EXPECT_EQ(recorder->browser({system.clock.now(), name, kind::alertSound}), Browser::firefox) << name;
+}
+
 TEST_F(RecorderTest, ASoundTakesAReportThatCameBeforeIt) {
   report(Browser::firefox, "Video", 42);
   system.queue.advance(2400ms);
@@ -219,6 +244,15 @@ TEST_F(RecorderTest, AMalformedReportDegradesToEmptyTextsAndNoId) {
   EXPECT_EQ(event->tabLabel(), "a browser tab");
 }
 
+TEST_F(RecorderTest, AReportIsOneLineOfPlainTextWhateverAnExtensionSays) {
+  const auto event = sound("Firefox");
+  recorder->tabReport(Browser::firefox, {{"title", "a\tb\n2025-01-31\u2028c\u202Ed"}, {"host", "h\u0085\u2066i"}});
+  EXPECT_EQ(event->tabTitle, "a b 2025-01-31 cd");
+  EXPECT_EQ(event->tabHost, "h i");
+  system.queue.advance(4s);
+  EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\ta b 2025-01-31 cd  (h i)\n");
+}
+
 TEST_F(RecorderTest, ATextAsTabIdStillGivesATab) {
   const auto event = sound("Firefox");
   recorder->tabReport(Browser::firefox, {{"title", "Video"}, {"host", "h"}, {"tabId", "7"}});
@@ -226,10 +260,12 @@ TEST_F(RecorderTest, ATextAsTabIdStillGivesATab) {
   EXPECT_EQ(event->tabId, std::nullopt);
 }
 
-TEST_F(RecorderTest, OnlySafariIsAskedAndOnlyOnce) {
+TEST_F(RecorderTest, SafariIsAskedAtOnceAndOnlyOnce) {
   sound("Google Chrome");
   EXPECT_TRUE(asked.empty());
   sound("Safari");
+  EXPECT_EQ(asked, std::vector<Browser>{Browser::safari});
+  system.queue.advance(299ms);
   EXPECT_EQ(asked, std::vector<Browser>{Browser::safari});
 }
 

@@ -30,10 +30,19 @@ TEST(ParentBrowserTest, ProgramsOfPackagesAreKnown) {
       {"/home/u/firefox/firefox-bin", "org.mozilla.firefox"},
       {"/usr/lib/firefox-devedition/firefox", "org.mozilla.firefoxdeveloperedition"},
       {"/usr/lib/firefox-nightly/firefox", "org.mozilla.nightly"},
+      {"/usr/lib/firefox-beta/firefox-bin", "org.mozilla.firefoxbeta"},
+      {"/opt/firefox-developer-edition/firefox", "org.mozilla.firefoxdeveloperedition"},
       {"/opt/vivaldi/vivaldi-bin", "com.vivaldi.Vivaldi"},
       {"/usr/lib/x86_64-linux-gnu/opera/opera", "com.operasoftware.Opera"},
   };
   for (const auto& [path, bundle] : bundles) EXPECT_EQ(ofProgram(path), bundle) << path;
+}
+
+TEST(ParentBrowserTest, UnpackedProgramsAreKnownWhereverTheyAre) {
+  for (const auto* path : {"/opt/firefox/firefox", "/opt/ff-151.0/firefox", "/home/u/Downloads/x/firefox-bin"})
+    EXPECT_EQ(ofProgram(path), "org.mozilla.firefox") << path;
+  for (const auto* path : {"/opt/chromium/chrome", "/home/u/chrome-linux/chrome", "/srv/apps/chromium"})
+    EXPECT_EQ(ofProgram(path), "org.chromium.Chromium") << path;
 }
 
 TEST(ParentBrowserTest, ProgramsOfSnapsAreKnown) {

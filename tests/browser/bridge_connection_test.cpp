@@ -35,7 +35,7 @@ TEST_F(BridgeConnectionTest, ABridgeThatGoesAwayBeforeItsExtensionAnswersMakesTh
   bridge.write("{\"type\":\"bridge\",\"bundleID\":\"org.mozilla.firefox\"}\n{\"type\":\"hello\"}\n");
   system.queue.drainDescriptors();
   std::vector<FocusResult> results;
-  link->focus(7, Browser::firefox, [&](FocusResult result) { results.push_back(result); });
+  link->focus(7, Browser::firefox, [&](FocusResult result, auto) { results.push_back(result); });
   EXPECT_THAT(results, IsEmpty());
   bridge.close();
   system.queue.drainDescriptors();

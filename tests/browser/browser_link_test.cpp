@@ -32,8 +32,8 @@ class BrowserLinkTest : public testing::Test {
     stranger->extensionVersion.reset();
     return stranger;
   }
-  std::function<void(FocusResult)> into(std::vector<FocusResult>& results) {
-    return [&results](FocusResult result) { results.push_back(result); };
+  FocusRequests::Completion into(std::vector<FocusResult>& results) {
+    return [&results](FocusResult result, auto) { results.push_back(result); };
   }
 
   test::VirtualPlatform system;
@@ -139,7 +139,7 @@ TEST_F(BrowserLinkTest, OnlyTheFirstReadyConnectionIsAskedToFocus) {
   connect(Browser::firefox)->extensionVersion.reset();
   const auto ready = connect(Browser::firefox);
   const auto other = connect(Browser::firefox);
-  link.focus(10, Browser::firefox, [](FocusResult) {});
+  link.focus(10, Browser::firefox, [](FocusResult, auto) {});
   EXPECT_EQ(ready->sent.size(), 1u);
   EXPECT_THAT(other->sent, IsEmpty());
 }
@@ -206,7 +206,7 @@ TEST_F(BrowserLinkTest, WithoutAReadyConnectionTheTabIsUnreachableAtOnceAndTheNu
 TEST_F(BrowserLinkTest, ACompletionMayAskAgain) {
   const auto firefox = connect(Browser::firefox);
   std::vector<FocusResult> results;
-  link.focus(1, Browser::firefox, [&](FocusResult) { link.focus(2, Browser::firefox, into(results)); });
+  link.focus(1, Browser::firefox, [&](FocusResult, auto) { link.focus(2, Browser::firefox, into(results)); });
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 2}, {"ok", true}});
   EXPECT_THAT(results, ElementsAre(FocusResult::focused));

@@ -25,7 +25,7 @@ Profile profile() { return std::make_shared<test::RecordingConnection>(Browser::
 class FocusRequestsTest : public testing::Test {
  protected:
   void ask(std::int64_t tabId = 7) {
-    requests->ask(tabId, {work, home}, [this](FocusResult result) { results.push_back(result); });
+    requests->ask(tabId, {work, home}, [this](FocusResult result, auto) { results.push_back(result); });
   }
   void answer(const Profile& from, std::int64_t request, bool ok) {
     requests->answered(*from, {{"type", "focusResult"}, {"req", request}, {"ok", ok}});
@@ -89,7 +89,7 @@ TEST_F(FocusRequestsTest, AllProfilesTogetherHaveTwoAndAHalfSeconds) {
 }
 
 TEST_F(FocusRequestsTest, ATabWhoseOnlyProfileWentAwayIsUnreachableAtOnce) {
-  requests->ask(7, {work}, [this](FocusResult result) { results.push_back(result); });
+  requests->ask(7, {work}, [this](FocusResult result, auto) { results.push_back(result); });
   requests->closed(*work);
   EXPECT_THAT(results, ElementsAre(FocusResult::unreachable));
   system.queue.advance(1h);
@@ -123,8 +123,8 @@ TEST_F(FocusRequestsTest, EveryRequestOfAProfileThatWentAwayIsAnswered) {
 }
 
 TEST_F(FocusRequestsTest, ACompletionMayAskAgainWhenAProfileGoesAway) {
-  requests->ask(7, {work}, [this](FocusResult) { ask(8); });
-  requests->ask(9, {work}, [this](FocusResult result) { results.push_back(result); });
+  requests->ask(7, {work}, [this](FocusResult, auto) { ask(8); });
+  requests->ask(9, {work}, [this](FocusResult result, auto) { results.push_back(result); });
   requests->closed(*work);
   EXPECT_THAT(results, ElementsAre(FocusResult::unreachable));
 }
@@ -133,7 +133,7 @@ TEST_F(FocusRequestsTest, TheProfileThatReportedATabIsAskedFirst) {
   Paths paths{system.locations, system.files};
   BrowserLink link = test::makeLink(system, paths);
   link.connections = {work, home};
-  const auto collect = [this](FocusResult result) { results.push_back(result); };
+  const auto collect = [this](FocusResult result, auto) { results.push_back(result); };
   link.handle(*home, {{"type", "audible"}, {"tabId", 7}});
   link.focus(7, Browser::firefox, collect);
   EXPECT_THAT(work->sent, IsEmpty());

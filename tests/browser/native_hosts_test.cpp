@@ -145,6 +145,21 @@ TEST_F(NativeHostsTest, ABrowserThatWasInstalledBeforeGetsAManifestAndAnyOtherDo
   EXPECT_FALSE(system.files.contents.contains(manifestOf("Chromium/NativeMessagingHosts")));
 }
 
+TEST_F(NativeHostsTest, AnEditionGetsItsManifestWithoutTheMainReleaseAndTheMainReleaseGetsNone) {
+  system.locations.nativeHosts["com.google.Chrome.beta"] = "Google/Chrome Beta/NativeMessagingHosts";
+  system.workspace.installed["com.google.Chrome.beta"] = "/apps/beta";
+  hosts.installManifests();
+  EXPECT_TRUE(system.files.contents.contains(manifestOf("Google/Chrome Beta/NativeMessagingHosts")));
+  EXPECT_FALSE(system.files.contents.contains(manifestOf("Google/Chrome/NativeMessagingHosts")));
+}
+
+TEST_F(NativeHostsTest, ABrowserThatRunsGetsItsManifestEvenIfItWasNeverInstalled) {
+  system.workspace.addRunning(10, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  hosts.installManifests();
+  EXPECT_EQ(readManifest("Mozilla/NativeMessagingHosts")["allowed_extensions"],
+            nlohmann::json({"tollvane@quarnel.com"}));
+}
+
 TEST_F(NativeHostsTest, AManifestIsWrittenAnewAtEachLaunch) {
   install(Browser::firefox);
   hosts.installManifests();

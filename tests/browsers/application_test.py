@@ -86,7 +86,9 @@ class ApplicationTest(unittest.TestCase):
 
 class Entry(ApplicationTest):
     def test_sound_is_one_entry_with_title_and_host_of_its_background_tab(self):
-        entry = self.play(self.open('Evening news'))
+        tab = self.open('Evening news')
+        entry = self.play(tab)
+        self.close(tab)  # the only tab that is heard is taken for the one that made a sound
         self.assertRegex(entry, rf'{NAMES[KIND]}.* · {SOUND} — Tab: Evening news +\(localhost\)$')
 
         # A private window is not reported, so its sound is written down without a tab after a while. If the first
@@ -101,6 +103,21 @@ class Entry(ApplicationTest):
         self.assertEqual(lines.count((SOUND, '')), 1, lines)
         self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
         self.assertEqual(len(self.tollvane.entries('Tab: ')), 1, self.tollvane.menu())
+
+    def test_second_sound_of_a_tab_is_its_own_and_the_next_tabs_sound_is_the_next_tabs(self):
+        first, second = self.open('Alpha'), self.open('Beta')
+        self.play(first)
+        for _ in range(2):  # so soon after one another that the browser calls the tab audible all the while
+            self.browser.run(first, 'stopSound()')
+            time.sleep(REPEATS)
+            self.browser.run(first, 'playSound()')
+        wait_until(lambda: len(self.tollvane.entries('Tab: Alpha ')) == 3, 'the third sound')
+        self.browser.run(first, 'stopSound()')
+        time.sleep(1)
+        self.play(second)
+        self.assertEqual(len(self.tollvane.entries('Tab: Beta ')), 1, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries('Tab: Alpha ')), 3, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 4, self.tollvane.menu())
 
     def test_two_tabs_are_two_entries(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
@@ -182,6 +199,29 @@ class Click(ApplicationTest):
         self.assert_alert('That tab is closed', f'The {NAMES[KIND]} tab that made this sound (Theirs  (localhost)) has '
                                                 'been closed, so there is nothing to go back to.')
         self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
+
+
+class Edition(ApplicationTest):
+    UNPACKED = {Chromium: 'Google Chrome', Firefox: 'Firefox'}  # the name of what unpacked() gives
+
+    def test_that_no_package_installed_is_heard_under_its_name_and_its_tab_comes_forward(self):
+        browser, name = self.browser, self.UNPACKED[KIND]
+        browser.stop()
+        self.addCleanup(self.await_link)
+        self.addCleanup(browser.start)
+        unpacked = browser.unpacked()
+        unpacked.start()
+        self.addCleanup(unpacked.kill)
+        self.tollvane.stop()
+        self.tollvane.start()  # and lets the browser that runs find the bridge
+        self.await_link()
+        tab = unpacked.open_tab(self.pages.address('Wanted', 'localhost'))
+        unpacked.run(tab, 'playSound()')
+        entry = self.tollvane.await_entry('Tab: Wanted ')
+        self.assertIn(f'{name} · {SOUND}', entry)
+        self.tollvane.choose(entry)
+        wait_until(lambda: unpacked.is_in_front(tab), 'the coming forward of the tab')
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 1, self.tollvane.menu())
 
 
 class Marks(ApplicationTest):

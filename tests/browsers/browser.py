@@ -22,8 +22,11 @@ OPTIONS = "location.pathname === '/src/options.html'"  # true in the extension's
 
 
 class Browser:
-    name = ''  # the program
-    profile_directory = ''  # relative to the home directory, like host_directory
+    name = ''  # the command
+    program = ''  # the program that the command starts
+    unpacked_program = ''  # relative to the home directory, like the following
+    unpacked_profile_directory = ''
+    profile_directory = ''
     host_directory = ''  # for manifests of native messaging hosts
     host_permission = {}  # the member of the manifest that admits our extension
 
@@ -31,7 +34,20 @@ class Browser:
         self.session = session
         self.extension = pathlib.Path(extension)
         self.profile = session.home / (profile_directory or self.profile_directory)
+        self.command = [self.name]
         self.process = None
+
+    def unpacked(self):
+        """The same browser, as one that no package installed: known by the place of its program alone."""
+        browser = type(self)(self.session, self.extension, self.unpacked_profile_directory)
+        program = self.session.home / self.unpacked_program
+        program.parent.mkdir(parents=True)
+        for file in pathlib.Path(self.program).parent.iterdir():
+            (program.parent / file.name).symlink_to(file)
+        program.unlink(missing_ok=True)
+        shutil.copy(self.program, program)
+        browser.command = [str(program)]
+        return browser
 
     def another_profile(self):
         """A browser of the same kind, which runs beside this one; the hosts of this one are its own, too."""

@@ -13,6 +13,9 @@ EXTENSION_ID = 'obnkhebafdebfkbooeekkekkklllpdhc'
 
 class Chromium(Browser):
     name = 'chromium'
+    program = '/usr/lib/chromium/chromium'
+    unpacked_program = 'google/chrome-beta/chrome'
+    unpacked_profile_directory = '.config/google-chrome-beta'
     host_permission = {'allowed_origins': [f'chrome-extension://{EXTENSION_ID}/']}
 
     # The usual folders. The profile is also named on the command line, because remote debugging demands that.
@@ -37,7 +40,7 @@ class Chromium(Browser):
             preferences.write_text(json.dumps({'extensions': {'ui': {'developer_mode': True}}}))
         self._pipe = _Pipe()
         self.process = self.session.start('chromium', [
-            'chromium', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+            *self.command, '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
             f'--user-data-dir={self.profile}', f'--load-extension={self.extension / "chromium"}',
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),

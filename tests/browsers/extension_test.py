@@ -123,14 +123,37 @@ class Reports(ExtensionTest):
                          {'type': 'audible', 'tabId': 0, 'title': 'Evening news', 'host': 'localhost'})
         self.assertIsInstance(report['tabId'], int)
 
+    def test_untitled_page_is_reported_without_its_address(self):
+        address = self.pages.address('', 'localhost')
+        for more in ('&token=secret', '&token=p%C3%A4ss%20secret%2Fword#secret', '&' + 'secret' * 500):
+            tab = self.browser.open_tab(address + more)
+            self.addCleanup(self.close, tab)
+            start = len(self.application.messages)
+            self.browser.run(tab, 'playSound()')
+            report = self.application.wait_for('audible', start=start)
+            self.assertEqual((report['title'], report['host']), ('', 'localhost'))
+            self.assertNotIn('secret', json.dumps(report))
+
+    def test_title_is_reported_on_one_line_and_in_one_direction(self):
+        tab = self.open('Name')
+        self.browser.run(tab, r"document.title = 'a\u2028b\u202ec\u0085d'")
+        start = len(self.application.messages)
+        self.browser.run(tab, 'playSound()')
+        self.assertEqual(self.application.wait_for('audible', start=start)['title'], 'a bc d')
+
     def test_each_of_two_tabs_is_reported_under_its_own_id(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
         self.assertNotEqual(first['tabId'], second['tabId'])
         self.assertEqual(second['host'], '127.0.0.1')
 
-    def test_question_which_tabs_sound_is_answered(self):
+    def test_question_which_tab_sounds_is_answered_with_the_only_one(self):
         report = self.play(self.open('Asked'))
-        self.assertEqual(self.application.ask('audible', type='whichAudible'), report)
+        self.assertEqual(self.application.ask('audible', type='whichAudible'), {**report, 'asked': True})
+
+    def test_question_which_tab_sounds_is_answered_with_the_number_of_several(self):
+        self.play(self.open('First'))
+        self.play(self.open('Second'))
+        self.assertEqual(self.application.ask('audibleCount', type='whichAudible')['count'], 2)
 
     def test_muted_tab_sounds_when_it_is_unmuted(self):
         tab = self.open('Muted')

@@ -12,6 +12,9 @@ ADDON_ID = 'tollvane@quarnel.com'
 
 class Firefox(Browser):
     name = 'firefox-esr'
+    program = '/usr/lib/firefox-esr/firefox-esr'
+    unpacked_program = 'programs/ff/firefox'
+    unpacked_profile_directory = 'unpacked-profile'
     profile_directory = 'firefox-profile'
     host_directory = '.mozilla/native-messaging-hosts'
     host_permission = {'allowed_extensions': [ADDON_ID]}
@@ -20,13 +23,18 @@ class Firefox(Browser):
         super().__init__(session, extension, profile_directory)
         self._wire = None
 
+    def unpacked(self):
+        browser = super().unpacked()
+        browser.command += ['--class', 'Unpacked', '--name', 'Unpacked']  # or its windows would be the installed one's
+        return browser
+
     def start(self):
         self._write_profile()
         port = _free_port()
         with open(self.profile / 'user.js', 'a') as preferences:
             preferences.write(f'user_pref("marionette.port", {port});\n')
         self.process = self.session.start(
-            'firefox', ['firefox-esr', '--profile', str(self.profile), '--no-remote', '--marionette',
+            'firefox', [*self.command, '--profile', str(self.profile), '--no-remote', '--marionette',
                         '-remote-allow-system-access'])
         if self._wire:
             self._wire.close()  # the connection to the run before

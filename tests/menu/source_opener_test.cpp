@@ -152,6 +152,28 @@ TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserForward) {
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
+TEST_F(SourceOpenerTest, OfTwoEditionsTheOneThatHasTheTabComesForward) {
+  runFirefox();
+  system.workspace.addRunning(11, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  const auto firefox = connectFirefox();
+  const auto nightly = connectFirefox();
+  nightly->bundleID = "org.mozilla.nightly";
+  opener->open(tabSound());
+  link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", false}});
+  link.handle(*nightly, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
+TEST_F(SourceOpenerTest, AnEditionThatRunsAloneIsAsked) {
+  system.workspace.addRunning(11, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  const auto nightly = connectFirefox();
+  nightly->bundleID = "org.mozilla.nightly";
+  opener->open(tabSound());
+  EXPECT_THAT(nightly->sent, testing::SizeIs(1));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
 TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardCausesNoAlert) {
   runFirefox();
   const auto firefox = connectFirefox();

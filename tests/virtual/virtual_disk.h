@@ -35,10 +35,10 @@ class VirtualLocations : public Locations {
     ++asked;
     return support;
   }
-  std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override {
+  std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override {
     const auto found = nativeHosts.find(std::string(bundleID));
     if (found == nativeHosts.end() || !support) return {};
-    return {{*support / found->second}};
+    return {*support / found->second};
   }
   std::vector<std::filesystem::path> applicationFolders() const override {
     return {"/Applications", "/System/Applications", "/System/Applications/Utilities", "/home/user/Applications"};

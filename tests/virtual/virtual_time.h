@@ -64,7 +64,8 @@ class VirtualMainQueue : public MainQueue {
   std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
-  // Polls the real descriptors once and runs the blocks of those that are readable or writable now. Returns how many blocks ran.
+  // Polls the real descriptors once and runs the blocks of those that are readable or writable now. Returns how many
+  // blocks ran.
   int pollDescriptors();
   // Polls until no descriptor is readable. Returns at once if there is nothing to read.
   void drainDescriptors() {

@@ -37,7 +37,8 @@ class DescriptorWatch : public MainQueue::Watch {
 class DirectoryWatch : public MainQueue::Watch {
  public:
   DirectoryWatch(UniqueFd inotify, MainQueue::Block block)
-      : inotify_(std::move(inotify)), readable_(inotify_.get(), QSocketNotifier::Read, [this, block = std::move(block)] {
+      : inotify_(std::move(inotify)),
+        readable_(inotify_.get(), QSocketNotifier::Read, [this, block = std::move(block)] {
           drain();
           block();
         }) {}

@@ -10,10 +10,24 @@ namespace tollvane {
 
 LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& clock, WindowRaiser& windows,
                                Launcher& launcher)
-    : applications_(applications), processes_(applications, clock), windows_(windows), launcher_(launcher) {}
+    : applications_(applications),
+      processes_(applications, clock),
+      browsers_(applications, clock),
+      windows_(windows),
+      launcher_(launcher) {}
+
+// A browser without a desktop entry is an ordinary application all the same, even if it has no window that we see.
+std::optional<Ownership> LinuxWorkspace::ownership(Pid pid) const {
+  auto application = applications_.of(pid);
+  if (application && application->entry != nullptr) return application;
+  if (browsers_.editionOf(pid) == nullptr) return application;
+  if (!application) application.emplace();
+  application->hasWindow = true;
+  return application;
+}
 
 std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
-  const auto application = applications_.of(pid);
+  const auto application = ownership(pid);
   if (!application) return std::nullopt;
   return running(pid, applications_.processes().status(pid).value_or(ProcFs::Status{}).startTime, *application);
 }
@@ -22,19 +36,38 @@ RunningApplication LinuxWorkspace::running(Pid pid, std::uint64_t startTime, con
   RunningApplication running;
   running.pid = pid;
   running.activationPolicy = application.isRegular() ? ActivationPolicy::regular : ActivationPolicy::accessory;
-  running.localizedName = applications_.nameOf(pid, application);
+  const BrowserEdition* const browser = application.entry == nullptr ? browsers_.editionOf(pid) : nullptr;
+  running.localizedName = browser && !browser->family.empty() ? std::string(mainRelease(browser->family)->name)
+                                                              : applications_.nameOf(pid, application);
   if (running.localizedName->empty()) running.localizedName.reset();
   running.startTime = startTime;
   return running;
 }
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_view bundleID) const {
+  const BrowserEdition* const edition = editionOfBundle(bundleID);
   const auto wanted = installed(bundleID);
-  if (wanted.empty()) return {};
-  return oldestFirst(processes_.of(wanted, editionOfBundle(bundleID) != nullptr));
+  std::vector<ApplicationProcess> found;
+  if (!wanted.empty()) found = processes_.of(wanted, edition != nullptr);
+  if (edition != nullptr) addBrowser(*edition, found);
+  return oldestFirst(std::move(found));
 }
 
-std::vector<RunningApplication> LinuxWorkspace::runningApplications() const { return oldestFirst(processes_.all()); }
+std::vector<RunningApplication> LinuxWorkspace::runningApplications() const {
+  auto found = processes_.all();
+  for (const BrowserEdition& edition : browserEditions()) addBrowser(edition, found);
+  return oldestFirst(std::move(found));
+}
+
+// Adds the browser's processes that belong to no desktop entry. Those that belong to one have been found by it.
+void LinuxWorkspace::addBrowser(const BrowserEdition& edition, std::vector<ApplicationProcess>& found) const {
+  for (const Pid pid : browsers_.running(edition)) {
+    if (std::any_of(found.begin(), found.end(), [&](const auto& each) { return each.pid == pid; })) continue;
+    auto application = ownership(pid);
+    const auto status = application ? applications_.processes().status(pid) : std::nullopt;
+    if (status && application->entry == nullptr) found.push_back({pid, status->startTime, *std::move(application)});
+  }
+}
 
 std::vector<RunningApplication> LinuxWorkspace::oldestFirst(std::vector<ApplicationProcess> found) const {
   std::sort(found.begin(), found.end(), [](const auto& one, const auto& other) {
@@ -74,7 +107,7 @@ std::string LinuxWorkspace::displayName(const std::filesystem::path& path) const
 
 void LinuxWorkspace::activate(const RunningApplication& application, std::string_view title,
                               std::function<void(bool)> done) {
-  const auto known = applications_.of(application.pid);
+  const auto known = ownership(application.pid);
   if (!known) return done(false);
   ActivationTarget target = targetOf(application.pid, *known);
   target.title = title;
@@ -133,11 +166,13 @@ std::vector<DesktopEntries::Entry> LinuxWorkspace::installed(std::string_view bu
   DesktopEntries& entries = applications_.entries();
   entries.refresh();
   std::vector<DesktopEntries::Entry> found;
-  for (const std::string_view id : desktopIdsOfBundle(bundleID)) {
-    const auto entry = entries.withId(id);
-    if (entry == nullptr || entry->hidden || !entry->installed) continue;
+  const auto add = [&](const DesktopEntries::Entry& entry) {
+    if (entry == nullptr || entry->hidden || !entry->installed) return;
     if (std::find(found.begin(), found.end(), entry) == found.end()) found.push_back(entry);
-  }
+  };
+  for (const std::string_view id : desktopIdsOfBundle(bundleID)) add(entries.withId(id));
+  if (const BrowserEdition* const edition = editionOfBundle(bundleID))
+    for (const auto& entry : browsers_.entries(*edition)) add(entry);
   return found;
 }
 

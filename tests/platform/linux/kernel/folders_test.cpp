@@ -60,27 +60,36 @@ TEST(FoldersTest, AProgramIsFoundInTheFirstFolderThatHasIt) {
 
 class NativeHostDirectories : public ::testing::Test {
  protected:
-  // The folders, each with "?" in front if it is used only if the browser has run before.
   static std::vector<std::string> of(std::string_view bundleID) {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_CONFIG_HOME", nullptr}};
     std::vector<std::string> folders;
-    for (const auto& directory : XdgLocations().nativeHostDirectories(bundleID))
-      folders.push_back(std::string(directory.usual ? "" : "?").append(directory.path.string()));
+    for (const auto& directory : XdgLocations().nativeHostDirectories(bundleID)) folders.push_back(directory.string());
     return folders;
   }
 };
 
-TEST_F(NativeHostDirectories, EachBrowserLooksForManifestsInItsOwnFolder) {
-  EXPECT_THAT(of("com.google.Chrome"), ElementsAre("/home/me/.config/google-chrome/NativeMessagingHosts",
-                                                   "?/home/me/.config/google-chrome-beta/NativeMessagingHosts",
-                                                   "?/home/me/.config/google-chrome-unstable/NativeMessagingHosts"));
-  EXPECT_THAT(of("com.microsoft.edgemac"), ElementsAre("/home/me/.config/microsoft-edge/NativeMessagingHosts",
-                                                       "?/home/me/.config/microsoft-edge-beta/NativeMessagingHosts",
-                                                       "?/home/me/.config/microsoft-edge-dev/NativeMessagingHosts"));
-  EXPECT_THAT(of("com.brave.Browser"),
-              ElementsAre("/home/me/.config/BraveSoftware/Brave-Browser/NativeMessagingHosts"));
-  EXPECT_THAT(of("org.chromium.Chromium"), ElementsAre("/home/me/.config/chromium/NativeMessagingHosts"));
-  EXPECT_THAT(of("org.mozilla.firefox"), ElementsAre("/home/me/.mozilla/native-messaging-hosts"));
+TEST_F(NativeHostDirectories, EachEditionLooksForManifestsInItsOwnFolder) {
+  const std::pair<const char*, std::string> folders[] = {
+      {"com.google.Chrome", "google-chrome"},
+      {"com.google.Chrome.beta", "google-chrome-beta"},
+      {"com.google.Chrome.dev", "google-chrome-unstable"},
+      {"com.google.Chrome.canary", "google-chrome-canary"},
+      {"com.microsoft.edgemac", "microsoft-edge"},
+      {"com.microsoft.edgemac.Beta", "microsoft-edge-beta"},
+      {"com.microsoft.edgemac.Dev", "microsoft-edge-dev"},
+      {"com.brave.Browser", "BraveSoftware/Brave-Browser"},
+      {"com.brave.Browser.beta", "BraveSoftware/Brave-Browser-Beta"},
+      {"com.brave.Browser.nightly", "BraveSoftware/Brave-Browser-Nightly"},
+      {"org.chromium.Chromium", "chromium"},
+  };
+  for (const auto& [bundleID, folder] : folders)
+    EXPECT_THAT(of(bundleID), ElementsAre("/home/me/.config/" + folder + "/NativeMessagingHosts"));
+}
+
+TEST_F(NativeHostDirectories, AllEditionsOfFirefoxShareOneFolder) {
+  for (const char* bundleID :
+       {"org.mozilla.firefox", "org.mozilla.firefoxbeta", "org.mozilla.firefoxdeveloperedition", "org.mozilla.nightly"})
+    EXPECT_THAT(of(bundleID), ElementsAre("/home/me/.mozilla/native-messaging-hosts")) << bundleID;
 }
 
 TEST_F(NativeHostDirectories, ABrowserThatIsNotSupportedHereHasNoFolders) {

@@ -96,14 +96,6 @@ TEST(LinuxWorkspace, DisplayNamesComeFromEntriesElseFromThePath) {
   EXPECT_EQ(workspace.displayName(""), "");
 }
 
-TEST(LinuxWorkspace, NoProcessIsFoundForABrowserThatIsNotInstalled) {
-  FakeSystem system;
-  system.process({.pid = 100, .executable = "/opt/google/chrome/chrome"});
-  EXPECT_TRUE(system.workspace().runningApplications("com.google.Chrome").empty());
-  EXPECT_TRUE(system.workspace().runningApplications("com.apple.Safari").empty());
-  EXPECT_FALSE(system.workspace().urlForApplication("com.google.Chrome"));
-}
-
 std::vector<Pid> pidsOf(FakeSystem& system, std::string_view bundleID) {
   std::vector<Pid> pids;
   for (const auto& application : system.workspace().runningApplications(bundleID)) pids.push_back(application.pid);
