@@ -36,6 +36,7 @@ class SoundLog {
   void speechStarted(const StreamStart& start);
   void soundStarted(const StreamStart& start);
   void notificationPresented(const Notice& notice, std::optional<Pid> sender);
+  void serversChanged();
   void write(Happening happening, Maker maker);
   void watchOutput();
 
@@ -53,6 +54,8 @@ class SoundLog {
   Watch outputWatch_;
   std::deque<Watch> doubts_;  // speech that may prove to be none, the latest last
   SoundServers servers_;
+  bool toldOfNoServer_ = false;
+  Watch serverDoubt_;
   std::optional<NotificationSource> notifications_;  // absent if there is no session bus
   std::optional<Reconnector> busLink_;
 };

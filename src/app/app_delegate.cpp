@@ -13,6 +13,7 @@ namespace tollvane {
 namespace {
 
 constexpr std::chrono::hours updateCheckInterval{1};
+constexpr std::chrono::milliseconds refreshDelay{100};
 
 }  // namespace
 
@@ -43,6 +44,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   statusItem_->setMenu(*this);
 
   watcher_.onEvent = alive_.guard([this](std::shared_ptr<SoundEvent> event) { recorder_.record(std::move(event)); });
+  watcher_.onHearingChange = alive_.guard([this] { refreshIcon(); });
   watcher_.start();
 
   wireLink();
@@ -57,10 +59,19 @@ void AppDelegate::wireLink() {
   link_.onTab = alive_.guard([this](const BrowserConnection& from, const Message& report) {
     recorder_.tabReport(from.browser(), report, from.bundleID.value_or(""));
   });
-  link_.onChange = alive_.guard([this] { settingsModel_.refresh(); });
+  link_.onChange = alive_.guard([this] { refreshSettingsSoon(); });
   link_.start();
   link_.refreshSafariState(alive_.guard([this] {
     link_.broadcastSettings();
+    settingsModel_.refresh();
+  }));
+}
+
+// One refresh for many changes: it asks the desktop about every browser.
+void AppDelegate::refreshSettingsSoon() {
+  if (std::exchange(refreshIsDue_, true)) return;
+  platform_.mainQueue.after(refreshDelay, alive_.guard([this] {
+    refreshIsDue_ = false;
     settingsModel_.refresh();
   }));
 }
@@ -209,7 +220,7 @@ void AppDelegate::quit() { platform_.application.terminate(); }
 
 void AppDelegate::refreshIcon() {
   if (!statusItem_) fatal("there is no status item to show the bell in.");
-  const Bell bell = bellFor(recorder_.events, platform_.dates);
+  const Bell bell = bellFor(recorder_.events, platform_.dates, watcher_.hearing(), platform_.wording);
   statusItem_->setImage(bell.symbolName, Bell::accessibilityDescription);
   statusItem_->setToolTip(bell.toolTip);
 }

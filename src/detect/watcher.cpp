@@ -44,19 +44,51 @@ Watcher::Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children,
       buffer_(longestLine),
       mostSeen_(usualRepeats) {}
 
+Hearing Watcher::hearing() const {
+  if (tool_ != Tool::runs) return Hearing::noLogTool;
+  return soundServer_ ? Hearing::yes : Hearing::noSoundServer;
+}
+
+void Watcher::toolIs(Tool state) {
+  const Hearing before = hearing();
+  tool_ = state;
+  if (state != Tool::runs) soundServer_ = true;  // until the next run says otherwise
+  if (hearing() != before && onHearingChange) onHearingChange();
+}
+
 void Watcher::start() {
   stopped_ = false;
+  const int run = ++run_;
   // What the last run left in the buffer stays: it is joined with the first bytes of the new run.
   process_ = children_.launch({
       .executable = bundle_.logTool(),
       .arguments = {"stream", "--style", "ndjson", "--predicate", predicate},
       .onOutput = alive_.guard([this](std::string_view bytes) { receive(bytes); }),
       .onTermination = alive_.guard([this] {
-        queue_.after(restartDelay, alive_.guard([this] {
-          if (!stopped_) start();
-        }));
+        ++run_;
+        toolIs(Tool::ended);
+        startLater(restartDelay);
       }),
   });
+  if (!process_) {
+    toolIs(Tool::ended);
+    startLater(pause_);
+    pause_ = std::min(2 * pause_, longestRestartDelay);
+    return;
+  }
+  pause_ = restartDelay;
+  // A tool that ends at once, again and again, does not hear anything.
+  if (tool_ == Tool::runs) return;
+  toolIs(Tool::onTrial);
+  queue_.after(restartDelay, alive_.guard([this, run] {
+    if (run == run_) toolIs(Tool::runs);
+  }));
+}
+
+void Watcher::startLater(Duration delay) {
+  queue_.after(delay, alive_.guard([this] {
+    if (!stopped_) start();
+  }));
 }
 
 void Watcher::stop() {
@@ -93,6 +125,10 @@ void Watcher::handle(const SoundMessage& message, const LogLine& line) {
                  [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
                  [&](const AlertSoundRequested& alert) { emitSound(alert, kind::alertSound); },
                  [&](const AudioOutputStarted& start) { emitSound(start, kind::startedPlayingAudio); },
+                 [&](const SoundServerReport& report) {
+                   const bool changes = std::exchange(soundServer_, report.found) != report.found;
+                   if (changes && onHearingChange) onHearingChange();
+                 },
              },
              message);
 }

@@ -85,6 +85,14 @@ TEST_F(AppDelegateTest, TerminationStopsTheLogToolForGood) {
   EXPECT_EQ(system.children.attempts, 1);
 }
 
+TEST_F(AppDelegateTest, TerminationClosesTheConnectionsToBrowsers) {
+  delegate->applicationDidFinishLaunching();
+  const auto connection = std::make_shared<test::RecordingConnection>(Browser::firefox);
+  delegate->link().connections.push_back(connection);
+  delegate->applicationWillTerminate();
+  EXPECT_THAT(delegate->link().connections, testing::IsEmpty());
+}
+
 TEST_F(AppDelegateTest, CallbacksDoNothingOnceTheDelegateIsGone) {
   delegate->applicationDidFinishLaunching();
   const auto program = system.children.programs.back();

@@ -47,6 +47,19 @@ TEST_F(LaunchTest, TheFirstLaunchRegistersAtLoginAndWelcomes) {
   EXPECT_TRUE(system.application.frontmost);
 }
 
+// The bell shows at once, and sounds are heard before browsers may report.
+TEST_F(LaunchTest, TheStepsComeInTheirOrder) {
+  test::Journal journal;
+  system.writeDown(journal);
+  const std::filesystem::path agent = "/home/user/Library/LaunchAgents/com.vostrel.tollvane.plist";
+  system.files.contents[agent] = "plist";
+  system.files.onRemove = [&](const auto& file) { journal.note("no " + file.filename().string()); };
+  launch();
+  EXPECT_THAT(journal.steps,
+              ElementsAre("status item", "log tool", "watch of safari-inbox", "watch of Tollvane", "safari", "login",
+                          "no com.vostrel.tollvane.plist", "window", "safari", "web"));
+}
+
 TEST_F(LaunchTest, ALaterLaunchNeitherRegistersNorWelcomes) {
   launchAgain();
   EXPECT_EQ(system.login.changes, 0);
@@ -110,9 +123,13 @@ TEST_F(LaunchTest, TheWindowFollowsTheModelOnceTheWorkIsDone) {
 TEST_F(LaunchTest, ABrowserThatConnectsShowsInTheWindow) {
   launchAgain();
   delegate->openSettings();
-  const auto firefox = connect(Browser::firefox);
-  delegate->link().handle(*firefox, {{"type", "hello"}, {"version", "1"}});
   system.queue.runDue();
+  const int drawn = windows()[0]->drawn;
+  const auto firefox = connect(Browser::firefox);
+  for (int i = 0; i < 1000; ++i) delegate->link().handle(*firefox, {{"type", "hello"}, {"version", "1"}});
+  EXPECT_EQ(windows()[0]->drawn, drawn);
+  system.queue.advance(100ms);
+  EXPECT_EQ(windows()[0]->drawn, drawn + 1) << "once for all of them";
   const auto& row = std::get<ui::Row>(windows()[0]->content.sections[1].elements[3]);
   EXPECT_EQ(std::get<ui::Image>(row.controls[0]).symbolName, "checkmark.circle.fill");
 }

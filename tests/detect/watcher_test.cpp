@@ -162,12 +162,55 @@ TEST_F(WatcherTest, AnEndedLogToolIsStartedAgainThreeSecondsLaterForEver) {
   }
 }
 
-TEST_F(WatcherTest, ALogToolThatCannotBeStartedIsNotTriedAgain) {
+TEST_F(WatcherTest, ALogToolThatCannotBeStartedIsTriedAgainAfterGrowingPauses) {
   system.children.cannotStart = true;
   watcher->start();
-  system.queue.advance(1h);
-  EXPECT_EQ(system.children.attempts, 1);
+  for (const auto pause : {3s, 6s, 12s, 24s, 48s, 96s, 192s, 300s, 300s}) {
+    const int attempts = system.children.attempts;
+    system.queue.advance(pause - 1ms);
+    EXPECT_EQ(system.children.attempts, attempts);
+    system.queue.advance(1ms);
+    EXPECT_EQ(system.children.attempts, attempts + 1);
+  }
+  system.children.cannotStart = false;
+  system.queue.advance(300s);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+  system.children.cannotStart = true;
+  const int attempts = system.children.attempts;
+  system.children.last().end();
+  system.queue.advance(6s);
+  EXPECT_EQ(system.children.attempts, attempts + 2) << "the pauses begin anew";
   watcher->stop();
+  system.queue.advance(1h);
+  EXPECT_EQ(system.children.attempts, attempts + 2);
+}
+
+TEST_F(WatcherTest, SaysThatNothingIsHeardWhileTheLogToolDoesNotRun) {
+  std::vector<Hearing> changes;
+  watcher->onHearingChange = [&] { changes.push_back(watcher->hearing()); };
+  watcher->start();
+  EXPECT_EQ(watcher->hearing(), Hearing::yes);
+  for (int i = 0; i < 3; ++i) {  // it ends at once, again and again
+    system.children.last().end();
+    EXPECT_EQ(watcher->hearing(), Hearing::noLogTool);
+    system.queue.advance(3s);
+    EXPECT_EQ(watcher->hearing(), Hearing::noLogTool);
+  }
+  system.queue.advance(3s);
+  EXPECT_EQ(changes, (std::vector{Hearing::noLogTool, Hearing::yes}));
+}
+
+TEST_F(WatcherTest, SaysThatThereIsNoSoundServerUntilThereIsOne) {
+  std::vector<Hearing> changes;
+  watcher->onHearingChange = [&] { changes.push_back(watcher->hearing()); };
+  watcher->start();
+  for (int i = 0; i < 2; ++i) print(test::logLine("/tollvane/TollvaneLog", "sound_server=missing"));
+  print(test::logLine("/usr/bin/other", "sound_server=found"));
+  EXPECT_EQ(changes, std::vector{Hearing::noSoundServer});
+  print(test::logLine("/tollvane/TollvaneLog", "sound_server=found"));
+  EXPECT_EQ(changes, (std::vector{Hearing::noSoundServer, Hearing::yes}));
+  EXPECT_EQ(heard, Heard{});
 }
 
 TEST_F(WatcherTest, AStoppedWatcherEndsTheLogToolAndDoesNotStartItAgain) {

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tests/soundlog/running_log.h"
@@ -45,6 +46,25 @@ TEST_F(LifecycleTest, AServerWhoseDirectoryIsMadeLaterIsHeard) {
   std::filesystem::create_directory_symlink(sound_.runtimeDirectory().parent_path(), later);
   sound_.start();
   ASSERT_TRUE(log.listens());
+}
+
+// The next message of TollvaneLog about the sound server itself.
+std::string aboutServer(Process& log) {
+  while (const auto text = log.line(20s)) {
+    const auto line = nlohmann::json::parse(*text, nullptr, false);
+    if (line.is_object() && line.value("processImagePath", "") == "/tollvane/TollvaneLog")
+      return line.value("eventMessage", "");
+  }
+  return "";
+}
+
+TEST_F(LifecycleTest, AMissingSoundServerIsReportedAndSoIsTheOneThatComes) {
+  const auto log = sound_.begin({TOLLVANE_LOG, "stream", "--style", "ndjson"}, Process::Output::read);
+  EXPECT_EQ(aboutServer(*log), "sound_server=missing");
+  sound_.start();
+  EXPECT_EQ(aboutServer(*log), "sound_server=found");
+  sound_.killPipeWire();
+  EXPECT_EQ(aboutServer(*log), "sound_server=missing");
 }
 
 TEST_F(LifecycleTest, AServerThatCrashesAndComesBackIsHeardAgain) {

@@ -235,6 +235,7 @@ TEST(Lines, LinesForPeopleShowTimeKindNameAndProcess) {
   EXPECT_EQ(text({Kind::notificationSound, "x", 42}), "  notification sound  (pid 42)\n");
   EXPECT_EQ(text({Kind::notificationPresented, "org.kde.kmail", 0}), "  notification  org.kde.kmail\n");
   EXPECT_EQ(text({Kind::outputStarted, "", 0}), "  sound  Unknown app  (no process)\n");
+  EXPECT_EQ(text({Kind::serverMissing, "", 0}), "  no sound server\n");
   EXPECT_TRUE(RE2::FullMatch(readableLine({}, time).substr(0, 8), R"re(\d\d:\d\d:\d\d)re"));
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -29,6 +30,7 @@ class VirtualStatusBar : public StatusBar {
   std::unique_ptr<StatusItem> makeStatusItem() override {
     if (broken) return nullptr;
     ++itemsMade;
+    if (journal) journal->note("status item");
     return std::make_unique<Item>(shown);
   }
 
@@ -41,6 +43,7 @@ class VirtualStatusBar : public StatusBar {
 
   Shown shown;
   int itemsMade = 0;
+  Journal* journal = nullptr;
   bool broken = false;
 
  private:
@@ -87,6 +90,7 @@ class VirtualHttp : public Http {
  public:
   void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {
     requests.push_back(request);
+    if (journal) journal->note("web");
     completions.push_back(std::move(completion));
   }
   void answer(std::optional<HttpResponse> response) {
@@ -96,6 +100,7 @@ class VirtualHttp : public Http {
     completions.back()(std::move(response));
   }
 
+  Journal* journal = nullptr;
   std::vector<HttpRequest> requests;
   std::vector<std::function<void(std::optional<HttpResponse>)>> completions;
 };
@@ -107,8 +112,10 @@ class VirtualSafari : public SafariServices {
   }
   void getState(std::string_view, std::function<void(std::optional<bool>)> completion) override {
     ++statesAsked;
+    if (journal) journal->note("safari");
     completion(state);
   }
+  Journal* journal = nullptr;
   void showPreferences(std::string_view extensionID) override { preferencesShown.emplace_back(extensionID); }
 
   std::optional<bool> state;
@@ -128,10 +135,12 @@ class VirtualLogin : public LoginService {
   LoginStatus state = LoginStatus::notRegistered;
   std::optional<std::string> refusal;
   int changes = 0;
+  Journal* journal = nullptr;
 
  private:
   std::optional<std::string> change(LoginStatus wanted) {
     ++changes;
+    if (journal) journal->note("login");
     if (!refusal) state = wanted;
     return refusal;
   }
@@ -148,10 +157,12 @@ class VirtualSettingsWindows : public SettingsWindows {
 
   std::unique_ptr<SettingsWindow> make(const SettingsWindow::Style& style) override {
     windows.push_back(std::make_shared<Shown>(Shown{style, {}}));
+    if (journal) journal->note("window");
     return std::make_unique<Window>(windows.back());
   }
 
   std::vector<std::shared_ptr<Shown>> windows;
+  Journal* journal = nullptr;
 
  private:
   struct Window : SettingsWindow {

@@ -122,12 +122,16 @@ class VirtualFiles : public Files {
     if (locked.erase(from) > 0) locked.insert(to);
     return true;
   }
-  bool remove(const std::filesystem::path& file) override { return !readOnly && contents.erase(file) > 0; }
+  bool remove(const std::filesystem::path& file) override {
+    if (onRemove) onRemove(file);
+    return !readOnly && contents.erase(file) > 0;
+  }
 
   std::map<std::filesystem::path, std::string> contents;
   std::map<std::filesystem::path, bool> directories;
   std::set<std::filesystem::path> unreadable;
   std::set<std::filesystem::path> locked;  // these cannot be opened for writing, but can be renamed
+  std::function<void(const std::filesystem::path&)> onRemove;
   bool cannotRename = false;
   int copies = 0;
   bool readOnly = false;

@@ -39,6 +39,7 @@ std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchWritable(int descriptor
 
 std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchDirectory(const std::filesystem::path& directory,
                                                                    Block block) {
+  if (journal) journal->note("watch of " + directory.filename().string());
   if (cannotWatchDirectories || missingDirectories.contains(directory)) return nullptr;
   return std::make_unique<DirectoryWatch>(*this, directory, std::move(block));
 }

@@ -36,6 +36,12 @@ struct VirtualPlatform {
   VirtualLogin login;
   VirtualSettingsWindows settingsWindows;
 
+  // From now on, all of these write what they are asked for into `journal`.
+  void writeDown(Journal& journal) {
+    queue.journal = children.journal = statusBar.journal = http.journal = safari.journal = login.journal =
+        settingsWindows.journal = &journal;
+  }
+
   Platform platform() {
     return {
         .mainQueue = queue,

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -34,6 +35,7 @@ class VirtualChildren : public ChildProcesses {
 
   std::unique_ptr<ChildProcess> launch(Launch launch) override {
     ++attempts;
+    if (journal) journal->note("log tool");
     if (cannotStart) return nullptr;
     programs.push_back(std::make_shared<Program>(Program{std::move(launch)}));
     return std::make_unique<Handle>(programs.back());
@@ -42,6 +44,7 @@ class VirtualChildren : public ChildProcesses {
 
   std::vector<std::shared_ptr<Program>> programs;
   int attempts = 0;
+  Journal* journal = nullptr;
   bool cannotStart = false;
 
  private:

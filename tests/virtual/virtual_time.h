@@ -16,6 +16,13 @@
 
 namespace tollvane::test {
 
+// What a program asked of the system, in the order in which it did.
+class Journal {
+ public:
+  void note(std::string step) { steps.push_back(std::move(step)); }
+  std::vector<std::string> steps;
+};
+
 // A second passes between any two readings, so that no cached answer is young enough to be used.
 struct HurryingClock : Clock {
   TimePoint now() const override { return {}; }
@@ -75,6 +82,7 @@ class VirtualMainQueue : public MainQueue {
   void directoryChanged(const std::filesystem::path& directory);
   std::size_t descriptorsWatched() const { return descriptors_.size(); }
 
+  Journal* journal = nullptr;
   bool cannotWatchDirectories = false;
   std::set<std::filesystem::path> missingDirectories;
 

@@ -1,13 +1,29 @@
 #include "platform/posix/posix_files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 
 #include "tests/support/temporary_directory.h"
+
+// The two system calls whose order decides what is left after a power cut: written down, and then done.
+namespace {
+std::string calls;
+}
+extern "C" int fsync(int descriptor) {
+  calls += "fsync ";
+  return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
+extern "C" int rename(const char* from, const char* to) noexcept {
+  calls += "rename ";
+  return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
 
 namespace tollvane {
 namespace {
@@ -22,6 +38,12 @@ class PosixFilesTest : public testing::Test {
   test::TemporaryDirectory home;
   PosixFiles files;
 };
+
+TEST_F(PosixFilesTest, ANewContentIsOnTheDiskBeforeItTakesTheOldOnesPlace) {
+  calls.clear();
+  EXPECT_TRUE(files.writeAtomically(home / "settings", "new"));
+  EXPECT_EQ(calls, "fsync rename fsync ") << "the file, its place, and the folder";
+}
 
 TEST_F(PosixFilesTest, DirectoriesAreMadeForTheUserOnly) {
   EXPECT_TRUE(files.createDirectories(home / "a/b/c"));

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <filesystem>
 
 #include "detect/watcher.h"
 #include "platform/linux/system/executable_bundle.h"
@@ -49,6 +50,12 @@ class QtChildProcessesTest : public testing::Test {
   std::function<void()> whenOutput;
   int terminations = 0;
 };
+
+TEST_F(QtChildProcessesTest, StandardInputIsInheritedAndErrorsGoNowhere) {
+  const auto process = shell("readlink /proc/$$/fd/0; readlink /proc/$$/fd/2");
+  waitForEnd();
+  EXPECT_EQ(output, std::filesystem::read_symlink("/proc/self/fd/0").string() + "\n/dev/null\n");
+}
 
 TEST_F(QtChildProcessesTest, AllOutputArrivesBeforeTheEnd) {
   const auto process = shell("printf 'one\\ntwo'; echo silent >&2; exit 3");
