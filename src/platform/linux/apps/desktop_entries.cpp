@@ -45,10 +45,22 @@ bool isRecent(std::int64_t changed) {
   return age >= 0 && age < tick;
 }
 
+std::vector<std::string> foldersOf(const DesktopEnvironment& environment, DesktopEntries::Kind kind) {
+  const bool isAutostart = kind == DesktopEntries::Kind::autostart;
+  std::vector<std::string> folders = isAutostart ? environment.configurationFolders : environment.dataFolders;
+  const char* const below = isAutostart                                 ? "/autostart"
+                            : kind == DesktopEntries::Kind::busServices ? "/dbus-1/services"
+                                                                        : "/applications";
+  for (std::string& folder : folders) folder += below;
+  return folders;
+}
+
 }  // namespace
 
-DesktopEntries::DesktopEntries(DesktopEnvironment environment)
-    : environment_(std::move(environment)), folders_(environment_.dataFolders) {}
+DesktopEntries::DesktopEntries(DesktopEnvironment environment, Kind kind)
+    : environment_(std::move(environment)),
+      kind_(kind),
+      folders_(foldersOf(environment_, kind), kind == Kind::busServices ? busServiceFileEnding : desktopFileEnding) {}
 
 void DesktopEntries::refresh() {
   if (!distrusted_ && !folders_.changed()) return;
@@ -84,7 +96,8 @@ DesktopEntries::File& DesktopEntries::read(const DesktopFile& file, std::unorder
   if (old != files_.end() && old->second.stamp == file.stamp) {
     if (old->second.entry != nullptr) entry = *old->second.entry;
   } else {
-    entry = readDesktopEntry(file.path, environment_.currentDesktop);
+    entry = kind_ == Kind::busServices ? readBusService(file.path)
+                                       : readDesktopEntry(file.path, environment_.currentDesktop);
   }
   if (entry) {
     entry->id = sanitized(file.id);
@@ -134,9 +147,8 @@ FileStamp FileStamp::of(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 ? of(status) : FileStamp{};
 }
 
-DesktopFolders::DesktopFolders(std::vector<std::string> dataFolders) : roots_(std::move(dataFolders)) {
-  for (std::string& root : roots_) root += "/applications";
-}
+DesktopFolders::DesktopFolders(std::vector<std::string> folders, std::string_view ending)
+    : roots_(std::move(folders)), ending_(ending) {}
 
 std::vector<DesktopFile> DesktopFolders::list() {
   folders_.clear();
@@ -171,9 +183,9 @@ void DesktopFolders::listFolder(const std::string& path, const std::string& pref
     if (::fstatat(::dirfd(directory.get()), name.c_str(), &status, 0) != 0) continue;
     if (S_ISDIR(status.st_mode)) {
       listFolder(path + "/" + name, prefix + name + "-", depth + 1, files);
-    } else if (S_ISREG(status.st_mode) && name.size() > desktopFileEnding.size() && name.ends_with(desktopFileEnding) &&
+    } else if (S_ISREG(status.st_mode) && name.size() > ending_.size() && name.ends_with(ending_) &&
                files.size() < mostFiles) {
-      const std::string stem = name.substr(0, name.size() - desktopFileEnding.size());
+      const std::string stem = name.substr(0, name.size() - ending_.size());
       files.push_back({prefix + stem, path + "/" + name, FileStamp::of(status)});
     }
   }

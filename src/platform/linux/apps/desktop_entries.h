@@ -42,7 +42,8 @@ struct DesktopFile {
 // wakeup, only a few `stat` calls at each question.
 class DesktopFolders {
  public:
-  explicit DesktopFolders(std::vector<std::string> dataFolders);
+  // `ending`: of the files' names.
+  DesktopFolders(std::vector<std::string> folders, std::string_view ending);
 
   // Reads the folders and returns all entries. If several files have the same id, the one that counts is first.
   std::vector<DesktopFile> list();
@@ -59,6 +60,7 @@ class DesktopFolders {
   void listFolder(const std::string& path, const std::string& prefix, int depth, std::vector<DesktopFile>& files);
 
   std::vector<std::string> roots_;
+  std::string_view ending_;
   std::vector<Folder> folders_;  // all that were read, or were missing when they were looked for
   // Whether a folder changed so shortly before it was read that another change may get the same time stamp and would
   // not show.
@@ -70,7 +72,15 @@ class DesktopEntries {
  public:
   using Entry = ProgramIndex::Entry;
 
-  explicit DesktopEntries(DesktopEnvironment environment = DesktopEnvironment::current());
+  // Files of other kinds are read like entries, too: each kind knows its folders and its format.
+  enum class Kind {
+    applications,
+    autostart,    // programs that the desktop starts with the session
+    busServices,  // D-Bus service files, see readBusService()
+  };
+
+  explicit DesktopEntries(DesktopEnvironment environment = DesktopEnvironment::current(),
+                          Kind kind = Kind::applications);
 
   // Brings everything up to date. To be called before a look-up, and only once before a series of look-ups.
   void refresh();
@@ -108,6 +118,7 @@ class DesktopEntries {
   File& read(const DesktopFile& file, std::unordered_map<std::string, File>& known);
 
   DesktopEnvironment environment_;
+  Kind kind_;
   DesktopFolders folders_;
   std::unordered_map<std::string, File> files_;  // the key is the path
   std::unordered_map<std::string, Entry> byId_;

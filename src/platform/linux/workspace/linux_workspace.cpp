@@ -94,7 +94,7 @@ std::vector<Pid> LinuxWorkspace::hostsOf(Pid pid, const Ownership& application) 
     if (!parentPid || *parentPid <= 1) break;
     pid = *parentPid;
     const auto parent = applications_.of(pid);
-    if (!parent) continue;
+    if (!parent || parent->isBackground()) continue;
     if (parent->entry != nullptr && parent->entry == application.entry) continue;
     if (parent->entry != nullptr && parent->entry->isTerminalEmulator) hosts.push_back(pid);
     break;
