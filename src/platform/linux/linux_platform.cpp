@@ -37,7 +37,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       defaults_(files_, defaultsFile()),
       bundle_(bundle),
       windows_(clock_),
-      background_(processes_, entries_),
+      background_(entries_),
       applications_(processes_, entries_, windows_, &background_),
       statusBar_(bundle / "icons"),
       bar_(QDBusConnection::sessionBus(), statusBar_, queue_),

@@ -38,22 +38,16 @@ std::optional<Ownership> Applications::of(Pid pid) const {
   RunningProgram first = program(pid);
   if (!first.isAlive()) return std::nullopt;
   entries_.refresh();
-  Ownership application = identify(pid, first);
-  if (application.entry != nullptr && !entries_.isFresh(*application.entry)) {
-    entries_.distrust();
-    entries_.refresh();
-    RunningProgram again = program(pid);
-    application = identify(pid, again);
-  }
+  const std::string cgroup = processes_.cgroup(pid);
+  Ownership application = identify(pid, first, applicationUnit(cgroup));
   if (!application.isRegular()) lookForWindows(pid, application);
   if (application.entry != nullptr || !application.id.empty()) return application;
-  if (background_ != nullptr) application.backgroundName = background_->nameOf(pid, application.hasWindow);
+  if (background_ != nullptr) application.backgroundName = background_->nameOf(first, cgroup, application.hasWindow);
   if (!application.hasWindow && application.backgroundName.empty()) return std::nullopt;
   return application;
 }
 
-Ownership Applications::identify(Pid pid, RunningProgram& program) const {
-  const UnitName unit = applicationUnit(processes_.cgroup(pid));
+Ownership Applications::identify(Pid pid, RunningProgram& program, const UnitName& unit) const {
   if (auto sandboxed = fromSandbox(pid, unit)) {
     // A program that was started by a snap without confinement runs in the snap's scope, too.
     if (unit.snapInstance.empty() || sandboxed->entry == nullptr || isTrusted(sandboxed->entry, program))

@@ -59,7 +59,7 @@ class Applications {
 
  private:
   RunningProgram program(Pid pid) const { return {pid, processes_, entries_, executables_}; }
-  Ownership identify(Pid pid, RunningProgram& program) const;
+  Ownership identify(Pid pid, RunningProgram& program, const UnitName& unit) const;
   std::optional<Ownership> fromSandbox(Pid pid, const UnitName& unit) const;
   DesktopEntries::Entry launchedEntry(Pid pid) const;
   DesktopEntries::Entry unitEntry(const UnitName& unit) const;

@@ -91,41 +91,43 @@ std::string withInstance(const std::string& description, std::string_view unit) 
 
 }  // namespace
 
-BackgroundPrograms::BackgroundPrograms(const ProcFs& processes, const DesktopEntries& applications)
-    : processes_(processes),
-      applications_(applications),
+BackgroundPrograms::BackgroundPrograms(const DesktopEntries& applications)
+    : applications_(applications),
       autostart_(applications.environment(), DesktopEntries::Kind::autostart),
       busServices_(applications.environment(), DesktopEntries::Kind::busServices) {}
 
-std::string BackgroundPrograms::nameOf(Pid pid, bool hasWindow) const {
-  const std::string cgroup = processes_.cgroup(pid);
-  if (auto name = autostartName(pid, cgroup); !name.empty()) return name;
-  if (auto name = busServiceName(pid); !name.empty()) return name;
+std::string BackgroundPrograms::nameOf(RunningProgram& program, std::string_view cgroup, bool hasWindow) const {
+  if (const UnitName unit = applicationUnit(cgroup); !unit.desktopIds.empty()) {
+    autostart_.refresh();
+    for (const std::string& id : unit.desktopIds)
+      if (const auto entry = autostart_.withId(id)) return entry->name;
+  }
+  if (program.runsFile()) {
+    if (auto name = autostartName(program); !name.empty()) return name;
+    if (auto name = busServiceName(program); !name.empty()) return name;
+  }
   return hasWindow ? std::string() : unitName(cgroup);
 }
 
 // The whole command line counts: an entry that plays a sound at login does not own every player.
-std::string BackgroundPrograms::autostartName(Pid pid, std::string_view cgroup) const {
+std::string BackgroundPrograms::autostartName(RunningProgram& program) const {
   autostart_.refresh();
-  for (const std::string& id : applicationUnit(cgroup).desktopIds)
-    if (const auto entry = autostart_.withId(id)) return entry->name;
-  RunningProgram program(pid, processes_, autostart_, autostartPrograms_);
-  if (program.entries().empty()) return {};
-  const auto entry = program.entry();
+  RunningProgram agent = program.among(autostart_, autostartPrograms_);
+  if (agent.entries().empty()) return {};
+  const auto entry = agent.entry();
   if (entry == nullptr || entry->isInterpretersOwn()) return {};
-  const std::vector<std::string> arguments = processes_.arguments(pid);
+  const auto& arguments = agent.arguments();
   const bool all = std::all_of(entry->command.begin() + 1, entry->command.end(), [&](const std::string& word) {
     return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
   });
   return all ? entry->name : std::string();
 }
 
-std::string BackgroundPrograms::busServiceName(Pid pid) const {
+std::string BackgroundPrograms::busServiceName(RunningProgram& program) const {
   busServices_.refresh();
-  RunningProgram program(pid, processes_, busServices_, busPrograms_);
-  const auto& services = program.entries();
-  if (services.empty()) return {};
-  const auto executable = processes_.executable(pid);
+  RunningProgram candidate = program.among(busServices_, busPrograms_);
+  const auto& services = candidate.entries();
+  const auto& executable = candidate.executable();
   const auto service = std::find_if(services.begin(), services.end(), [&](const auto& each) {
     return !each->script.empty() || (executable && each->realProgram == *executable);
   });
@@ -145,7 +147,8 @@ std::string BackgroundPrograms::busServiceName(Pid pid) const {
     if (std::count(above.begin(), above.end(), '.') < 2) break;
     if (auto name = application(above); !name.empty()) return name;
   }
-  return sanitized(processes_.programName(pid)) + " (" + busName + ")";
+  const std::string& file = (*service)->script.empty() ? (*service)->program : (*service)->script;
+  return std::string(lastComponent(file)) + " (" + busName + ")";
 }
 
 std::string BackgroundPrograms::unitName(std::string_view cgroup) const {

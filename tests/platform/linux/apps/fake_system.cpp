@@ -89,7 +89,7 @@ DesktopEntries& FakeSystem::entries() {
 
 Applications& FakeSystem::applications() {
   if (!applications_) {
-    background_ = std::make_unique<BackgroundPrograms>(processes_, entries());
+    background_ = std::make_unique<BackgroundPrograms>(entries());
     applications_ = std::make_unique<Applications>(processes_, entries(), windows, background_.get());
   }
   return *applications_;
