@@ -107,8 +107,10 @@ class PipeWireSource::Client : public Bound {
 
 class PipeWireSource::Node : public Bound {
  public:
-  Node(void* proxy, PipeWireSource& source, StreamTracker::Serial serial, std::shared_ptr<const Maker> maker)
-      : Bound(proxy), source_(source), serial_(serial), maker_(std::move(maker)) {
+  // `isStream`: whether it is certainly a stream that plays. Else it counts only if it proves to be a JACK client.
+  Node(void* proxy, PipeWireSource& source, std::uint32_t id, StreamTracker::Serial serial, bool isStream,
+       std::shared_ptr<const Maker> maker)
+      : Bound(proxy), source_(source), id_(id), serial_(serial), isStream_(isStream), maker_(std::move(maker)) {
     static constexpr pw_node_events events = {
         .version = PW_VERSION_NODE_EVENTS,
         .info = [](void* self, const pw_node_info* info) { static_cast<Node*>(self)->update(*info); },
@@ -118,6 +120,12 @@ class PipeWireSource::Node : public Bound {
   ~Node() { source_.tracker_.removed(serial_); }
 
   StreamTracker::Serial serial() const { return serial_; }
+
+  // To be called when its links have changed.
+  void linked() {
+    if (isJack_) source_.nodeState(*this, running_ && source_.leadsToSink(id_));
+  }
+
   StreamStart start() const {
     StreamStart start{maker_ ? *maker_ : Maker(), alert_, source_.tracker_.watch(serial_)};
     if (start.maker.name.empty()) start.maker.name = name_;
@@ -128,13 +136,16 @@ class PipeWireSource::Node : public Bound {
   void update(const pw_node_info& info) {
     if (info.change_mask & PW_NODE_CHANGE_MASK_PROPS) readProperties(lookup(info.props));
     // Without this bit, `info.state` may be out of date.
-    if (!(info.change_mask & PW_NODE_CHANGE_MASK_STATE) || relay_) return;
-    source_.nodeState(*this, info.state == PW_NODE_STATE_RUNNING);
+    if (!(info.change_mask & PW_NODE_CHANGE_MASK_STATE)) return;
+    running_ = info.state == PW_NODE_STATE_RUNNING;
+    linked();
+    if (isStream_ && !relay_) source_.nodeState(*this, running_);
   }
 
   void readProperties(const Properties& properties) {
     relay_ = isRelay(properties);
     alert_ = isAlert(properties);
+    isJack_ = !isStream_ && properties(PW_KEY_CLIENT_API) == "jack";
     name_ = properties(PW_KEY_APP_NAME);
     if (name_.empty()) name_ = properties(PW_KEY_NODE_NAME);
     if (maker_) return;
@@ -143,7 +154,11 @@ class PipeWireSource::Node : public Bound {
   }
 
   PipeWireSource& source_;
+  std::uint32_t id_;
   StreamTracker::Serial serial_;
+  bool isStream_;
+  bool isJack_ = false;
+  bool running_ = false;
   std::shared_ptr<const Maker> maker_;
   std::string name_;
   bool relay_ = false;
@@ -227,6 +242,8 @@ void PipeWireSource::disconnect() {
   teardown_.reset();
   nodes_.clear();
   clients_.clear();
+  sinks_.clear();
+  links_.clear();
   tracker_.reset();
   if (!core_) return;
   spa_hook_remove(&registryHook_);
@@ -247,18 +264,44 @@ void PipeWireSource::objectAppeared(std::uint32_t id, std::string_view type, con
   if (type == PW_TYPE_INTERFACE_Client) {
     void* const proxy = pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, 0);
     clients_.insert_or_assign(id, std::make_unique<Client>(proxy, remember_));
-  } else if (type == PW_TYPE_INTERFACE_Node && of(PW_KEY_MEDIA_CLASS) == "Stream/Output/Audio") {
+  } else if (type == PW_TYPE_INTERFACE_Link) {
+    const auto node = [&](const char* key) { return ascii::number<std::uint32_t>(of(key)); };
+    const auto from = node(PW_KEY_LINK_OUTPUT_NODE);
+    const auto to = node(PW_KEY_LINK_INPUT_NODE);
+    if (from && to) linkAppeared(id, *from, *to);
+  } else if (type == PW_TYPE_INTERFACE_Node) {
+    const std::string_view kind = of(PW_KEY_MEDIA_CLASS);
+    if (kind == "Audio/Sink" || kind == "Audio/Duplex") sinks_.insert(id);
+    const bool isStream = kind == "Stream/Output/Audio";
+    // A JACK client's node has no class. Whether it is one, its client or its own properties tell, but not these.
+    if (!isStream && (!kind.empty() || clientId(of) == noClient)) return;
     void* const proxy = pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0);
     const auto serial = ascii::number<StreamTracker::Serial>(of(PW_KEY_OBJECT_SERIAL)).value_or(id);
     const auto client = clients_.find(clientId(of));
-    nodes_.insert_or_assign(
-        id, std::make_unique<Node>(proxy, *this, serial, client == clients_.end() ? nullptr : client->second->maker()));
+    nodes_.insert_or_assign(id, std::make_unique<Node>(proxy, *this, id, serial, isStream,
+                                                       client == clients_.end() ? nullptr : client->second->maker()));
   }
 }
 
 void PipeWireSource::objectVanished(std::uint32_t id) {
   nodes_.erase(id);
   clients_.erase(id);
+  sinks_.erase(id);
+  const auto link = links_.find(id);
+  if (link == links_.end()) return;
+  const std::uint32_t from = link->second.from;
+  links_.erase(link);
+  if (const auto node = nodes_.find(from); node != nodes_.end()) node->second->linked();
+}
+
+void PipeWireSource::linkAppeared(std::uint32_t id, std::uint32_t from, std::uint32_t to) {
+  links_.insert_or_assign(id, Link{from, to});
+  if (const auto node = nodes_.find(from); node != nodes_.end()) node->second->linked();
+}
+
+bool PipeWireSource::leadsToSink(std::uint32_t node) const {
+  return std::any_of(links_.begin(), links_.end(),
+                     [&](const auto& link) { return link.second.from == node && sinks_.count(link.second.to) > 0; });
 }
 
 // The server answers in order. At the first answer, all objects have been announced, and we have bound them; at the

@@ -1,4 +1,5 @@
-// Listens to PipeWire (libpipewire) for streams of programs that begin to play. Main thread only.
+// Listens to PipeWire (libpipewire) for streams of programs that begin to play, and for JACK clients that are connected
+// to an output: these run all the time, so their connections are all that tells. Main thread only.
 // Sources: the headers of libpipewire, pipewire-client-conf(5), and the list of keys in pipewire/keys.h.
 #pragma once
 
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 
 #include "soundlog/connection/loop.h"
 #include "soundlog/servers/sound_source.h"
@@ -44,6 +46,8 @@ class PipeWireSource final : public SoundSource {
   void objectVanished(std::uint32_t id);
   void syncDone(int sequence);
   void connectionLost();
+  void linkAppeared(std::uint32_t id, std::uint32_t from, std::uint32_t to);
+  bool leadsToSink(std::uint32_t node) const;
   void nodeState(const Node& node, bool running);
 
   Remember remember_;
@@ -59,6 +63,12 @@ class PipeWireSource final : public SoundSource {
   StreamTracker tracker_;
   std::map<std::uint32_t, std::unique_ptr<Client>> clients_;  // by global id; ids are used again at once
   std::map<std::uint32_t, std::unique_ptr<Node>> nodes_;
+  std::set<std::uint32_t> sinks_;  // nodes that are outputs
+  struct Link {
+    std::uint32_t from = 0;  // a node
+    std::uint32_t to = 0;
+  };
+  std::map<std::uint32_t, Link> links_;
   Watch loopWatch_;
   Watch teardown_;
 };

@@ -174,6 +174,26 @@ TEST_F(PlayersTest, AToolThatAScriptStartsIsNamedWithTheScript) {
   EXPECT_THAT(alert->ancestors, ::testing::Contains(shell->pid()));
 }
 
+TEST_F(PlayersTest, AJackClientIsHeardWhenItIsConnectedToAnOutput) {
+  if (run({"sh", "-c", "command -v pw-jack"}, sound_.variables()) != 0)
+    GTEST_SKIP() << "pw-jack is not here; './dev test sound' unpacks it.";
+  const auto player = sound_.begin({"pw-jack", TEST_JACK_PLAYER}, Process::Output::read);
+  const auto ready = player->line();
+  ASSERT_TRUE(ready);
+  const int pid = std::stoi(ready->substr(ready->find(' ')));
+  EXPECT_EQ(log_->heardSoFar(), Heards()) << "it runs, but nobody can hear it";
+  const Heard heard{"audiomxd", "test_jack_player", pid};
+  kill(pid, SIGUSR1);
+  EXPECT_EQ(log_->next(), heard);
+  EXPECT_EQ(log_->heardSoFar(), Heards());
+  kill(pid, SIGUSR2);
+  const auto pause = std::chrono::steady_clock::now() + 400ms;
+  while (std::chrono::steady_clock::now() < pause) EXPECT_EQ(log_->heardSoFar(), Heards());
+  kill(pid, SIGUSR1);
+  EXPECT_EQ(log_->next(), heard);
+  kill(pid, SIGTERM);
+}
+
 // A speech service as speech-dispatcher is made: a server that starts a module for each way to speak. All of them try
 // the sound server when they start, and a sentence comes from one of them, or from the server itself.
 class SpeechTest : public PlayersTest {

@@ -63,6 +63,7 @@ class LinuxPlatform {
   ProcFs processes_;
   DesktopEntries entries_;
   XcbWindows windows_;
+  BackgroundPrograms background_;
   Applications applications_;
   LinuxStatusBar statusBar_;
   DesktopStatusBar bar_;

@@ -38,20 +38,16 @@ std::optional<Ownership> Applications::of(Pid pid) const {
   RunningProgram first = program(pid);
   if (!first.isAlive()) return std::nullopt;
   entries_.refresh();
-  Ownership application = identify(pid, first);
-  if (application.entry != nullptr && !entries_.isFresh(*application.entry)) {
-    entries_.distrust();
-    entries_.refresh();
-    RunningProgram again = program(pid);
-    application = identify(pid, again);
-  }
+  const std::string cgroup = processes_.cgroup(pid);
+  Ownership application = identify(pid, first, applicationUnit(cgroup));
   if (!application.isRegular()) lookForWindows(pid, application);
-  if (application.entry == nullptr && application.id.empty() && !application.hasWindow) return std::nullopt;
+  if (application.entry != nullptr || !application.id.empty()) return application;
+  if (background_ != nullptr) application.backgroundName = background_->nameOf(first, cgroup, application.hasWindow);
+  if (!application.hasWindow && application.backgroundName.empty()) return std::nullopt;
   return application;
 }
 
-Ownership Applications::identify(Pid pid, RunningProgram& program) const {
-  const UnitName unit = applicationUnit(processes_.cgroup(pid));
+Ownership Applications::identify(Pid pid, RunningProgram& program, const UnitName& unit) const {
   if (auto sandboxed = fromSandbox(pid, unit)) {
     // A program that was started by a snap without confinement runs in the snap's scope, too.
     if (unit.snapInstance.empty() || sandboxed->entry == nullptr || isTrusted(sandboxed->entry, program))
@@ -64,7 +60,7 @@ Ownership Applications::identify(Pid pid, RunningProgram& program) const {
   }
   if (entry == nullptr) entry = program.entry();
   if (entry == nullptr || entry->isInterpretersOwn()) return {};
-  return {entry, entry->id, "", false};
+  return {entry, entry->id, "", "", false};
 }
 
 std::optional<Ownership> Applications::fromSandbox(Pid pid, const UnitName& unit) const {
@@ -76,13 +72,13 @@ std::optional<Ownership> Applications::fromSandbox(Pid pid, const UnitName& unit
   if (!id.empty()) {
     DesktopEntries::Entry entry = entries_.withId(id);
     if (entry == nullptr) entry = entries_.withFlatpakId(id);
-    return Ownership{entry, entry ? entry->id : id, "", false};
+    return Ownership{entry, entry ? entry->id : id, "", "", false};
   }
   if (unit.snapInstance.empty()) return std::nullopt;
   id = sanitized(unit.snapInstance + "_" + unit.snapApplication);
   DesktopEntries::Entry entry = entries_.withId(id);
   if (entry == nullptr) entry = entries_.withSnapInstance(unit.snapInstance);
-  return Ownership{entry, entry ? entry->id : id, "", false};
+  return Ownership{entry, entry ? entry->id : id, "", "", false};
 }
 
 DesktopEntries::Entry Applications::launchedEntry(Pid pid) const {
@@ -137,6 +133,7 @@ std::string Applications::nameOf(Pid pid, const Ownership& application) const {
     const std::string name = last == std::string::npos ? application.id : application.id.substr(last + 1);
     return sanitized(name.empty() ? application.id : name);
   }
+  if (!application.backgroundName.empty()) return application.backgroundName;
   if (!application.windowClass.empty() && !isInterpreter(application.windowClass))
     return sanitized(application.windowClass);
   return sanitized(processes_.programName(pid));

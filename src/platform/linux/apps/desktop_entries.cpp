@@ -45,19 +45,30 @@ bool isRecent(std::int64_t changed) {
   return age >= 0 && age < tick;
 }
 
+std::vector<std::string> foldersOf(const DesktopEnvironment& environment, DesktopEntries::Kind kind) {
+  const bool isAutostart = kind == DesktopEntries::Kind::autostart;
+  std::vector<std::string> folders = isAutostart ? environment.configurationFolders : environment.dataFolders;
+  const char* const below = isAutostart                                 ? "/autostart"
+                            : kind == DesktopEntries::Kind::busServices ? "/dbus-1/services"
+                                                                        : "/applications";
+  for (std::string& folder : folders) folder += below;
+  return folders;
+}
+
 }  // namespace
 
-DesktopEntries::DesktopEntries(DesktopEnvironment environment)
-    : environment_(std::move(environment)), folders_(environment_.dataFolders) {}
+DesktopEntries::DesktopEntries(DesktopEnvironment environment, Kind kind)
+    : environment_(std::move(environment)),
+      kind_(kind),
+      folders_(foldersOf(environment_, kind), kind == Kind::busServices ? busServiceFileEnding : desktopFileEnding) {}
 
 void DesktopEntries::refresh() {
-  if (!distrusted_ && !folders_.changed()) return;
-  distrusted_ = false;
+  if (!folders_.changed()) return;
   const std::vector<DesktopFile> found = folders_.list();
   const bool same = generation_ > 0 && found.size() == files_.size() &&
                     std::all_of(found.begin(), found.end(), [&](const DesktopFile& file) {
                       const auto known = files_.find(file.path);
-                      return known != files_.end() && known->second.stamp == file.stamp;
+                      return known != files_.end() && known->second.stamp == file.stamp && known->second.settled;
                     });
   if (same) return;
 
@@ -79,12 +90,13 @@ void DesktopEntries::refresh() {
 
 DesktopEntries::File& DesktopEntries::read(const DesktopFile& file, std::unordered_map<std::string, File>& known) {
   const auto old = files_.find(file.path);
-  File next{file.stamp, nullptr};
+  File next{file.stamp, nullptr, !isRecent(file.stamp.changed)};
   std::optional<DesktopEntry> entry;
-  if (old != files_.end() && old->second.stamp == file.stamp) {
+  if (old != files_.end() && old->second.stamp == file.stamp && old->second.settled) {
     if (old->second.entry != nullptr) entry = *old->second.entry;
   } else {
-    entry = readDesktopEntry(file.path, environment_.currentDesktop);
+    entry = kind_ == Kind::busServices ? readBusService(file.path)
+                                       : readDesktopEntry(file.path, environment_.currentDesktop);
   }
   if (entry) {
     entry->id = sanitized(file.id);
@@ -93,11 +105,6 @@ DesktopEntries::File& DesktopEntries::read(const DesktopFile& file, std::unorder
     next.entry = std::make_shared<const DesktopEntry>(std::move(*entry));
   }
   return known.insert_or_assign(file.path, std::move(next)).first->second;
-}
-
-bool DesktopEntries::isFresh(const DesktopEntry& entry) const {
-  const auto known = files_.find(entry.path);
-  return known == files_.end() || known->second.stamp == FileStamp::of(entry.path);
 }
 
 DesktopEntries::Entry DesktopEntries::withId(std::string_view id) const {
@@ -134,12 +141,14 @@ FileStamp FileStamp::of(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 ? of(status) : FileStamp{};
 }
 
-DesktopFolders::DesktopFolders(std::vector<std::string> dataFolders) : roots_(std::move(dataFolders)) {
-  for (std::string& root : roots_) root += "/applications";
-}
+DesktopFolders::DesktopFolders(std::vector<std::string> folders, std::string_view ending)
+    : roots_(std::move(folders)), ending_(ending) {}
 
 std::vector<DesktopFile> DesktopFolders::list() {
   folders_.clear();
+  links_.clear();
+  files_.clear();
+  writes_.takeWrites();  // before anything is read, so that what is written meanwhile is noticed
   unsettled_ = false;
   listed_ = true;
   std::vector<DesktopFile> files;
@@ -152,37 +161,47 @@ void DesktopFolders::listFolder(const std::string& path, const std::string& pref
   if (depth > deepest || folders_.size() >= mostFolders) return;
   // The stamp is taken before the folder is read, so that changed() notices a change during the reading.
   const FileStamp stamp = FileStamp::of(path);
-  const bool seen = stamp != FileStamp{} && std::any_of(folders_.begin(), folders_.end(), [&](const Folder& folder) {
+  const bool seen = stamp != FileStamp{} && std::any_of(folders_.begin(), folders_.end(), [&](const Known& folder) {
                       return folder.stamp.device == stamp.device && folder.stamp.inode == stamp.inode;
                     });
   folders_.push_back({path, stamp});
   if (seen || stamp == FileStamp{}) return;  // links can lead in circles
   unsettled_ = unsettled_ || isRecent(stamp.changed);
+  writes_.add(path);
 
   const std::unique_ptr<DIR, CloseDirectory> directory(::opendir(path.c_str()));
   if (!directory) return;
-  std::vector<std::string> names;
+  std::vector<std::pair<std::string, bool>> names;  // and whether it may be a link
   while (const dirent* entry = ::readdir(directory.get())) {
-    if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
+    if (entry->d_name[0] != '.')
+      names.emplace_back(entry->d_name, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN);
   }
   std::sort(names.begin(), names.end());
-  for (const std::string& name : names) {
+  for (const auto& [name, isLink] : names) {
     struct stat status {};
-    if (::fstatat(::dirfd(directory.get()), name.c_str(), &status, 0) != 0) continue;
+    const bool exists = ::fstatat(::dirfd(directory.get()), name.c_str(), &status, 0) == 0;
+    if (isLink && links_.size() < mostFiles)
+      links_.push_back({path + "/" + name, exists ? FileStamp::of(status) : FileStamp{}});
+    if (!exists) continue;
     if (S_ISDIR(status.st_mode)) {
       listFolder(path + "/" + name, prefix + name + "-", depth + 1, files);
-    } else if (S_ISREG(status.st_mode) && name.size() > desktopFileEnding.size() && name.ends_with(desktopFileEnding) &&
+    } else if (S_ISREG(status.st_mode) && name.size() > ending_.size() && name.ends_with(ending_) &&
                files.size() < mostFiles) {
-      const std::string stem = name.substr(0, name.size() - desktopFileEnding.size());
+      const std::string stem = name.substr(0, name.size() - ending_.size());
       files.push_back({prefix + stem, path + "/" + name, FileStamp::of(status)});
+      files_.push_back({files.back().path, files.back().stamp});
+      unsettled_ = unsettled_ || isRecent(files.back().stamp.changed);
     }
   }
 }
 
-bool DesktopFolders::changed() const {
-  if (!listed_ || unsettled_) return true;
-  return std::any_of(folders_.begin(), folders_.end(),
-                     [](const Folder& folder) { return FileStamp::of(folder.path) != folder.stamp; });
+bool DesktopFolders::changed() {
+  if (!listed_ || unsettled_ || writes_.takeWrites()) return true;
+  const auto isAnother = [](const Known& known) { return FileStamp::of(known.path) != known.stamp; };
+  const auto anyIsAnother = [&](const std::vector<Known>& all) {
+    return std::any_of(all.begin(), all.end(), isAnother);
+  };
+  return anyIsAnother(folders_) || anyIsAnother(links_) || (!writes_.isComplete() && anyIsAnother(files_));
 }
 
 }  // namespace tollvane

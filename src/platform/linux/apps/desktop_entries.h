@@ -16,6 +16,7 @@
 #include "platform/linux/apps/desktop_entry.h"
 #include "platform/linux/apps/program_index.h"
 #include "platform/linux/kernel/folders.h"
+#include "platform/linux/kernel/write_watch.h"
 
 namespace tollvane {
 
@@ -38,20 +39,21 @@ struct DesktopFile {
   FileStamp stamp;
 };
 
-// The folders that contain desktop entries. Changes in them are noticed without a watch: no descriptor, no timer, no
-// wakeup, only a few `stat` calls at each question.
+// The folders that contain desktop entries. Changes are noticed at each question, by a few `stat` calls and by what the
+// kernel has noted about files that were written to in place: no timer, no wakeup.
 class DesktopFolders {
  public:
-  explicit DesktopFolders(std::vector<std::string> dataFolders);
+  // `ending`: of the files' names.
+  DesktopFolders(std::vector<std::string> folders, std::string_view ending);
 
   // Reads the folders and returns all entries. If several files have the same id, the one that counts is first.
   std::vector<DesktopFile> list();
 
-  // Whether list() may now return something else than the last time.
-  bool changed() const;
+  // Whether list() may now return something else than the last time, or one of its files has another content.
+  bool changed();
 
  private:
-  struct Folder {
+  struct Known {
     std::string path;
     FileStamp stamp;
   };
@@ -59,9 +61,13 @@ class DesktopFolders {
   void listFolder(const std::string& path, const std::string& prefix, int depth, std::vector<DesktopFile>& files);
 
   std::vector<std::string> roots_;
-  std::vector<Folder> folders_;  // all that were read, or were missing when they were looked for
-  // Whether a folder changed so shortly before it was read that another change may get the same time stamp and would
-  // not show.
+  std::string_view ending_;
+  std::vector<Known> folders_;  // all that were read, or were missing when they were looked for
+  std::vector<Known> links_;    // all links in them, which may lead out of them; with the stamp of what they lead to
+  std::vector<Known> files_;    // all files
+  WriteWatch writes_;
+  // Whether a folder or file changed so shortly before it was read that another change may get the same time stamp and
+  // would not show.
   bool unsettled_ = false;
   bool listed_ = false;
 };
@@ -70,17 +76,18 @@ class DesktopEntries {
  public:
   using Entry = ProgramIndex::Entry;
 
-  explicit DesktopEntries(DesktopEnvironment environment = DesktopEnvironment::current());
+  // Files of other kinds are read like entries, too: each kind knows its folders and its format.
+  enum class Kind {
+    applications,
+    autostart,    // programs that the desktop starts with the session
+    busServices,  // D-Bus service files, see readBusService()
+  };
+
+  explicit DesktopEntries(DesktopEnvironment environment = DesktopEnvironment::current(),
+                          Kind kind = Kind::applications);
 
   // Brings everything up to date. To be called before a look-up, and only once before a series of look-ups.
   void refresh();
-
-  // Makes the next refresh() read the folders even if they look unchanged. To be called if an entry's file was written
-  // to in place, which its folder does not show.
-  void distrust() { distrusted_ = true; }
-
-  // Whether the entry's file is still the one that was read.
-  bool isFresh(const DesktopEntry& entry) const;
 
   // Counts the changes: conclusions from the entries are valid as long as this number stays the same.
   std::uint64_t generation() const { return generation_; }
@@ -102,19 +109,20 @@ class DesktopEntries {
  private:
   struct File {
     FileStamp stamp;
-    Entry entry;  // null if the file describes no application
+    Entry entry;           // null if the file describes no application
+    bool settled = false;  // false if the file was so new when it was read that a later change may have the same stamp
   };
 
   File& read(const DesktopFile& file, std::unordered_map<std::string, File>& known);
 
   DesktopEnvironment environment_;
+  Kind kind_;
   DesktopFolders folders_;
   std::unordered_map<std::string, File> files_;  // the key is the path
   std::unordered_map<std::string, Entry> byId_;
   std::unordered_map<std::string, Entry> byLowerId_;
   ProgramIndex programs_{{}};
   std::uint64_t generation_ = 0;
-  bool distrusted_ = false;
 };
 
 }  // namespace tollvane

@@ -155,6 +155,27 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
   return entry;
 }
 
+std::optional<DesktopEntry> readBusService(const std::string& path) {
+  constexpr const char* group = "D-BUS Service";
+  const auto text = readPlainFile(path, longestEntry);
+  if (!text) return std::nullopt;
+  const std::string valid = sanitized(*text);
+  const KeyFile file(g_key_file_new());
+  if (!g_key_file_load_from_data(file.get(), valid.data(), valid.size(), G_KEY_FILE_NONE, nullptr)) return std::nullopt;
+  const auto value = [&](const char* key) {
+    const Text found(g_key_file_get_string(file.get(), group, key, nullptr));
+    return found ? std::string(found.get()) : std::string();
+  };
+  DesktopEntry entry;
+  entry.path = path;
+  entry.name = value("Name");
+  entry.command = commandLine(value("Exec"));
+  entry.unit = value("SystemdService");
+  entry.noDisplay = true;
+  if (entry.name.empty()) return std::nullopt;
+  return entry;
+}
+
 void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
   entry.program.clear();
   entry.realProgram.clear();

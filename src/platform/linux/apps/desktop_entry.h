@@ -11,6 +11,7 @@
 namespace tollvane {
 
 inline constexpr std::string_view desktopFileEnding = ".desktop";
+inline constexpr std::string_view busServiceFileEnding = ".service";
 
 struct DesktopEntry {
   std::string id;    // the file's name without ".desktop"
@@ -22,6 +23,7 @@ struct DesktopEntry {
   std::string startupWmClass;
   std::string flatpakId;
   std::string snapInstance;
+  std::string unit;        // of a D-Bus service file only: the systemd unit that starts the service
   bool hidden = false;     // the user has deleted the entry
   bool noDisplay = false;  // not shown in menus
   bool terminal = false;   // runs inside of a terminal emulator
@@ -57,6 +59,10 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
 
 // Reads and parses an entry's file; absent, too, if it is not a plain file, or longer than any real entry.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string_view currentDesktop);
+
+// Reads a D-Bus service file as if it were an entry: `name` is the name on the bus. Absent if it is none.
+// Source of the format: the D-Bus specification, "Message Bus Starting Services".
+std::optional<DesktopEntry> readBusService(const std::string& path);
 
 // Finds the programs that the entry names; `searchPath`: in the form of PATH.
 void findPrograms(DesktopEntry& entry, std::string_view searchPath);

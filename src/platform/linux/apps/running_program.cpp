@@ -45,6 +45,19 @@ bool isBinary(const std::string& program) {
   return !program.empty() && readKernelFile(program, elf.size()) == elf;
 }
 
+RunningProgram RunningProgram::among(const DesktopEntries& entries, Executables& executables) {
+  RunningProgram other(pid_, processes_, entries, executables);
+  other.executable_ = executable();
+  other.knowsExecutable_ = true;
+  other.arguments_ = arguments_;
+  other.script_ = script_;
+  return other;
+}
+
+bool RunningProgram::runsFile() {
+  return !executable() || !executables_.at(*executable()).runsScripts || script().name;
+}
+
 bool RunningProgram::isAlive() {
   if (executable()) return true;
   const auto status = processes_.status(pid_);
@@ -85,15 +98,25 @@ const ProgramIndex::Entries& RunningProgram::find() {
   }
   const auto& known = executables_.at(*executable());
   if (!known.runsScripts) return *known.entries;
-  const auto script = scriptOf(*executable(), arguments());
-  if (!script) return ProgramIndex::none;
-  auto file = script->ends_with(".exe") ? std::nullopt : processes_.fileNamed(pid_, *script);
-  // A script may be gone, or be where only the process itself can see it.
-  if (!file && script->starts_with('/')) file = *script;
-  if (!file) return entries_.programs().ofScript(std::string(lastComponent(*script)));
-  const auto& direct = entries_.programs().ofScript(*file);
+  const Script& own = script();
+  if (!own.name) return ProgramIndex::none;
+  if (!own.file) return entries_.programs().ofScript(std::string(lastComponent(*own.name)));
+  const auto& direct = entries_.programs().ofScript(*own.file);
   if (!direct.empty()) return direct;
-  return entries_.programs().ofScript(realPath(*file).value_or(*file));
+  if (!own.realFile) script_->realFile = realPath(*own.file).value_or(*own.file);
+  return entries_.programs().ofScript(*own.realFile);
+}
+
+const RunningProgram::Script& RunningProgram::script() {
+  if (script_) return *script_;
+  script_.emplace();
+  script_->name = scriptOf(*executable(), arguments());
+  if (!script_->name) return *script_;
+  const std::string& name = *script_->name;
+  if (!name.ends_with(".exe")) script_->file = processes_.fileNamed(pid_, name);
+  // A script may be gone, or be where only the process itself can see it.
+  if (!script_->file && name.starts_with('/')) script_->file = name;
+  return *script_;
 }
 
 // Whether the executable is several programs, which differ only in the name by which it is called.

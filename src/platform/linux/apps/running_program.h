@@ -44,6 +44,18 @@ class RunningProgram {
   RunningProgram(Pid pid, const ProcFs& processes, const DesktopEntries& entries, Executables& executables)
       : pid_(pid), processes_(processes), entries_(entries), executables_(executables) {}
 
+  // The same process, to be looked up among other entries. What is known about it already is not asked again.
+  RunningProgram among(const DesktopEntries& entries, Executables& executables);
+
+  // False if it is an interpreter that was given no file to run: a shell that a person or a command line tells what to
+  // do.
+  bool runsFile();
+
+  // Absent if the kernel does not tell.
+  const std::optional<std::string>& executable();
+
+  const std::vector<std::string>& arguments();
+
   // False if the process has ended, even if it is still a zombie.
   bool isAlive();
 
@@ -54,8 +66,14 @@ class RunningProgram {
   DesktopEntries::Entry entry();
 
  private:
-  const std::optional<std::string>& executable();
-  const std::vector<std::string>& arguments();
+  // The script that an interpreter runs.
+  struct Script {
+    std::optional<std::string> name;      // as the command line gives it; absent if it runs none
+    std::optional<std::string> file;      // absent if the name leads to no file
+    std::optional<std::string> realFile;  // absent if nobody has asked yet
+  };
+
+  const Script& script();
   const ProgramIndex::Entries& find();
   bool isAmbiguous();
   bool isCalled(const DesktopEntry& candidate);
@@ -69,6 +87,7 @@ class RunningProgram {
   bool knowsExecutable_ = false;
   std::optional<std::string> executable_;
   std::optional<std::vector<std::string>> arguments_;
+  std::optional<Script> script_;
   const ProgramIndex::Entries* found_ = nullptr;
 };
 

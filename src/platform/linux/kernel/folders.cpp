@@ -92,6 +92,22 @@ DesktopEnvironment DesktopEnvironment::current() {
   if (const auto home = homeFolder())
     addFolder(environment.dataFolders, (*home / ".local/share/flatpak/exports/share").native());
   for (const std::string_view folder : moreDataFolders) addFolder(environment.dataFolders, folder);
+  const auto configuration = configurationFolder();
+  if (configuration) addFolder(environment.configurationFolders, configuration->native());
+  const std::string configurations = variable("XDG_CONFIG_DIRS");
+  for (std::string_view rest = configurations.empty() ? "/etc/xdg" : std::string_view(configurations); !rest.empty();)
+    addFolder(environment.configurationFolders, ascii::takePart(rest, ':'));
+  if (configuration) addFolder(environment.userUnitFolders, (*configuration / "systemd/user").native());
+  addFolder(environment.userUnitFolders, "/etc/systemd/user");
+  if (const auto runtime = absolutePath(std::getenv("XDG_RUNTIME_DIR")))
+    addFolder(environment.userUnitFolders, (*runtime / "systemd/user").native());
+  addFolder(environment.userUnitFolders, "/run/systemd/user");
+  for (const std::string& folder : environment.dataFolders)
+    addFolder(environment.userUnitFolders, folder + "/systemd/user");
+  for (const std::string_view root : {"/usr/local/lib", "/usr/lib"})
+    addFolder(environment.userUnitFolders, std::string(root) + "/systemd/user");
+  for (const std::string_view root : {"/etc", "/run", "/usr/local/lib", "/usr/lib", "/lib"})
+    addFolder(environment.systemUnitFolders, std::string(root) + "/systemd/system");
   environment.searchPath = variable("PATH");
   if (environment.searchPath.empty()) environment.searchPath = defaultSearchPath;
   environment.currentDesktop = variable("XDG_CURRENT_DESKTOP");

@@ -1,6 +1,6 @@
 // Where things are on a Linux system: the user's home, the folders of the XDG Base Directory Specification, and
 // programs by their names; and what the desktop session says in the environment. Any thread.
-// Source: freedesktop.org, XDG Base Directory Specification 0.8.
+// Sources: freedesktop.org, XDG Base Directory Specification 0.8; systemd.unit(5), "Unit File Load Path".
 #pragma once
 
 #include <filesystem>
@@ -36,9 +36,13 @@ class XdgLocations : public Locations {
 
 // What a desktop session tells its programs in the environment.
 struct DesktopEnvironment {
-  std::vector<std::string> dataFolders;  // the most important one first
-  std::string searchPath;                // in the form of PATH
-  std::string currentDesktop;            // in the form of XDG_CURRENT_DESKTOP
+  std::vector<std::string> dataFolders;           // the most important one first
+  std::vector<std::string> configurationFolders;  // likewise
+  // Where unit files are, likewise: of the user's service manager and of the system's.
+  std::vector<std::string> userUnitFolders;
+  std::vector<std::string> systemUnitFolders;
+  std::string searchPath;      // in the form of PATH
+  std::string currentDesktop;  // in the form of XDG_CURRENT_DESKTOP
 
   // This process's own environment, with the folders of Flatpak and Snap added if they are missing.
   static DesktopEnvironment current();

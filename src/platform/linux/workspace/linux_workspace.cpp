@@ -133,7 +133,7 @@ void LinuxWorkspace::addAncestors(ActivationTarget& target) const {
     if (!parentPid || *parentPid <= 1) break;
     pid = *parentPid;
     const auto parent = applications_.of(pid);
-    if (!parent) continue;
+    if (!parent || parent->isBackground()) continue;
     if (parent->entry != nullptr && parent->entry == target.entry) {
       target.starters.push_back(pid);
       continue;

@@ -158,6 +158,67 @@ TEST(DesktopEntries, AFileThatWasWrittenInPlaceIsReadAgainBeforeItIsUsed) {
   EXPECT_EQ(system.workspace().runningApplication(100)->localizedName, "Changed");
 }
 
+std::string entryText(const std::string& name, const std::string& program) {
+  return "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + program + "\n";
+}
+
+TEST(DesktopEntries, AFileThatWasWrittenInPlaceIsReadAgainAtTheNextRefresh) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.program("/usr/bin/other");
+  const fs::path file = system.entry("player", "Name=Old\nExec=player\n");
+  DesktopEntries& entries = refreshed(system);
+  system.process({.pid = 100, .executable = system.at("/usr/bin/other")});
+  EXPECT_EQ(system.workspace().runningApplication(100), std::nullopt);
+  for (const std::string name : {"One", "Two", "Six"}) {  // of one length, and perhaps within one tick of the clock
+    test::writeFile(file, entryText(name, "other"));
+    entries.refresh();
+    EXPECT_EQ(nameOf(entries.withId("player")), name);
+    EXPECT_EQ(system.workspace().displayName(file), name);
+    EXPECT_EQ(system.workspace().urlForApplicationNamed(name), file);
+    EXPECT_EQ(system.workspace().runningApplication(100)->localizedName, name);
+  }
+}
+
+TEST(DesktopEntries, AnEntryThatIsALinkIsAsItsTargetIsNow) {
+  FakeSystem system;
+  test::writeFile(system.at("/opt/one/player.desktop"), entryText("One", "player"));
+  test::writeFile(system.at("/opt/two/player.desktop"), entryText("Two", "player"));
+  system.link("/opt/current", "/opt/one");
+  system.link("/usr/share/applications/player.desktop", "/opt/current/player.desktop");
+  DesktopEntries& entries = refreshed(system);
+  EXPECT_EQ(nameOf(entries.withId("player")), "One");
+  test::writeFile(system.at("/opt/one/player.desktop"), entryText("New", "player"));
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "New") << "the target was written to";
+  system.link("/opt/next", "/opt/two");
+  fs::rename(system.at("/opt/next"), system.at("/opt/current"));
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "Two") << "a link on the way leads elsewhere";
+  fs::remove(system.at("/opt/two/player.desktop"));
+  entries.refresh();
+  EXPECT_EQ(entries.withId("player"), nullptr);
+  test::writeFile(system.at("/opt/two/player.desktop"), entryText("Back", "player"));
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "Back");
+}
+
+TEST(DesktopEntries, AFolderThatIsALinkIsAsItsTargetIsNow) {
+  FakeSystem system;
+  for (const std::string name : {"one", "two"})
+    test::writeFile(system.at("/opt/" + name + "/player.desktop"), entryText(name, "player"));
+  system.link("/usr/share/applications", "/opt/one");
+  DesktopEntries& entries = refreshed(system);
+  EXPECT_EQ(nameOf(entries.withId("player")), "one");
+  fs::remove(system.at("/usr/share/applications"));
+  system.link("/usr/share/applications", "/opt/two");
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "two");
+  test::writeFile(system.at("/opt/two/player.desktop"), entryText("new", "player"));
+  entries.refresh();
+  EXPECT_EQ(nameOf(entries.withId("player")), "new");
+}
+
 TEST(DesktopEntries, AHiddenEntryHidesTheEntryBelow) {
   FakeSystem system;
   system.entry("player", "Name=Player\nExec=player\n");

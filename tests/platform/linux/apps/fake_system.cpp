@@ -29,6 +29,9 @@ void writeFile(const fs::path& file, std::string_view content) {
 FakeSystem::FakeSystem() : processes_(directory_.path() / "proc") {
   fs::create_directories(directory_.path() / "proc");
   environment.dataFolders = {at("/home/share"), at("/usr/local/share"), at("/usr/share")};
+  environment.configurationFolders = {at("/home/config"), at("/etc/xdg")};
+  environment.userUnitFolders = {at("/home/config/systemd/user"), at("/usr/lib/systemd/user")};
+  environment.systemUnitFolders = {at("/etc/systemd/system"), at("/usr/lib/systemd/system")};
   environment.searchPath = at("/usr/bin") + ":" + at("/snap/bin");
 }
 
@@ -85,7 +88,10 @@ DesktopEntries& FakeSystem::entries() {
 }
 
 Applications& FakeSystem::applications() {
-  if (!applications_) applications_ = std::make_unique<Applications>(processes_, entries(), windows);
+  if (!applications_) {
+    background_ = std::make_unique<BackgroundPrograms>(entries());
+    applications_ = std::make_unique<Applications>(processes_, entries(), windows, background_.get());
+  }
   return *applications_;
 }
 

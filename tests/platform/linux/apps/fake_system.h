@@ -112,6 +112,7 @@ class FakeSystem {
   ProcFs processes_;
   HurryingClock clock_;
   std::unique_ptr<DesktopEntries> entries_;
+  std::unique_ptr<BackgroundPrograms> background_;
   std::unique_ptr<Applications> applications_;
   std::unique_ptr<LinuxWorkspace> workspace_;
 };
