@@ -6,6 +6,12 @@ export function describe(tab) {
   return { title: titleOf(tab), host: hostOf(tab.url) };
 }
 
+// Whether a tab that has begun to load shows another page, and not another state of the same one: the page has no title
+// yet.
+export function isNewPage(tab) {
+  return titleOf(tab) === '';
+}
+
 // Always without a note in front: it may be our mark, even one that an earlier background made. Browsers give the
 // address of a page that has no title in its place.
 function titleOf(tab) {

@@ -57,8 +57,8 @@ class Browser:
     def is_installed(cls):
         return shutil.which(cls.name) is not None
 
-    def start(self):
-        """Returns when the browser takes commands and its first window is there."""
+    def start(self, restore=False):
+        """Returns when the browser takes commands and its first window is there. `restore`: with the tabs that it had."""
         raise NotImplementedError
 
     def stop(self):

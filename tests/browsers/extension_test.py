@@ -11,6 +11,7 @@ import os
 import pathlib
 import signal
 import sys
+import time
 import unittest
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / 'session'))
@@ -160,10 +161,30 @@ class Reports(ExtensionTest):
         tab = self.open('Muted')
         report = self.play(tab)
         self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: true}}).then(() => true)')
+        time.sleep(2)  # or it would go on with its sound
         self.application.listen(0)
         start = len(self.application.messages)
         self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: false}}).then(() => true)')
         self.assertEqual(self.application.wait_for('audible', start=start), report)
+
+    def test_tab_that_is_muted_and_unmuted_quickly_is_reported_once(self):
+        report = self.play(self.open('Toggled'))
+        for _ in range(5):
+            for muted in ('true', 'false'):
+                self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: {muted}}}).then(() => true)')
+        self.play(self.open('Next'))
+        self.assertEqual([message['title'] for message in self.application.messages[self.start:]], ['Toggled', 'Next'])
+
+    def test_tab_that_was_moved_to_another_window_right_after_its_sound_is_reported_again(self):
+        self.open('Left%20behind')
+        tab = self.open('Moved')
+        report = self.play(tab)
+        number = self.number(report)
+        self.browser.run(tab, 'stopSound()')
+        self.in_extension(f'api.windows.create({{tabId: {number}}}).then(() => true)')  # while it is still called audible
+        wait_until(lambda: not self.in_extension(f'api.tabs.get({number}).then(tab => tab.audible)'), 'silence')
+        time.sleep(2)  # or it would go on with its sound
+        self.assertEqual(self.play(tab), report)
 
     def test_tab_muted_from_the_start_is_not_reported(self):
         quiet, loud = self.open('Quiet'), self.open('Loud')
