@@ -72,7 +72,7 @@ export class Companion {
     // Answered through the callback: not every browser waits for a promise here.
     runtime.onMessage.addListener((message, sender, answer) => {
       if (message?.type !== 'status') return false;
-      this.#memory.ready.then(() => answer({ linked: this.#link.isOpen, markTabs: this.#marks.wanted }));
+      this.#memory.ready.then(() => answer({ link: this.#link.state, markTabs: this.#marks.wanted }));
       return true;
     });
   }

@@ -3,7 +3,9 @@
 
 (() => {
   const NOTE = '♪';
-  const AT_MOST_EVERY = 1000;  // ms; a page that insists on its own title is not fought faster than this
+  // A page that writes titles faster than this has its way: the note is withdrawn.
+  const MOST_TITLES = 20;
+  const WITHIN = 1000;  // ms
   const { runtime } = globalThis.browser ?? globalThis.chrome;
 
   if (globalThis.tollvaneMark) {
@@ -17,8 +19,7 @@
     #own = null;  // the title as the page wants it; null while there is no mark
     #shown = '';
     #keepsNotes = false;
-    #changedAt = -Infinity;
-    #timer;
+    #shownAt = [];  // the times of the last MOST_TITLES notes
     #observer = new MutationObserver(() => this.#titleChanged());
 
     put() {
@@ -36,16 +37,15 @@
     take() {
       if (this.#own === null) return;
       this.#adopt();
-      clearTimeout(this.#timer);
-      this.#timer = undefined;
       this.#observer.disconnect();
       document.title = this.#own;
       this.#own = null;
     }
 
     #show() {
-      this.#timer = undefined;
-      this.#changedAt = performance.now();
+      const now = performance.now();
+      if (this.#shownAt.length === MOST_TITLES && now - this.#shownAt[0] < WITHIN) return this.take();
+      this.#shownAt = [...this.#shownAt, now].slice(-MOST_TITLES);
       // As it will read back: the document trims its title.
       this.#shown = `${NOTE} ${withoutNotes(this.#own)}`.trim();
       document.title = this.#shown;
@@ -54,11 +54,7 @@
 
     #titleChanged() {
       if (!runtime.id) this.take();  // the extension is gone, and nobody else would take the mark away
-      if (this.#own === null || !this.#adopt() || this.#timer !== undefined) return;
-      // Never at once twice: a page that answers each change with one of its own would never come to rest.
-      const wait = this.#changedAt + AT_MOST_EVERY - performance.now();
-      if (wait <= 0) this.#show();
-      else this.#timer = setTimeout(() => this.#show(), wait);
+      if (this.#own !== null && this.#adopt()) this.#show();
     }
 
     // Takes over the title that the page has written; false when it is still the one with our note. Pages build new

@@ -1,7 +1,7 @@
 // Tells when a tab begins to be heard. A muted tab is not heard, and browsers differ in what they say about one:
-// Chromium calls it audible all the same, Firefox tells of its sound again when it is unmuted. Firefox does not say that
-// a tab fell silent while it was dragged to another window. Chromium calls a tab audible for two seconds after its sound,
-// and says nothing when another page plays in it meanwhile.
+// Chromium calls it audible all the same, Firefox tells of its sound again when it is unmuted. Firefox does not say
+// that a tab fell silent while it was dragged to another window. Chromium calls a tab audible for two seconds after its
+// sound, and says nothing when another page plays in it meanwhile.
 
 const SAME_SOUND = 1500;  // ms; a tab that is heard again so soon goes on with its sound
 export const SILENCE_IS_TOLD = 3000;  // ms; a tab that is still called audible so long after its page left is heard

@@ -15,7 +15,7 @@ beforeEach(async () => {
 
 const reports = () => browser.sent.filter(({ type }) => type === 'audible');
 const reportedIds = () => reports().map(({ tabId }) => tabId % 2 ** 31);  // as the browser numbers them
-const titleOf = (title) => describe({ title, url: '' }).title;
+const titleOf = (title, more = {}) => describe({ title, url: '', ...more }).title;
 const hostOf = (url) => describe({ title: '', url }).host;
 
 test('a tab that begins to sound is reported with its id, title and host', async () => {
@@ -324,8 +324,7 @@ for (const [title, url] of [
 }
 
 test('the address of a page that is still to come is no title either', () =>
-  assert.equal(describe({ title: 'example.org/?token=1', url: 'about:blank', pendingUrl: 'https://example.org/?token=1' })
-    .title, ''));
+  assert.equal(titleOf('example.org/?token=1', { pendingUrl: 'https://example.org/?token=1' }), ''));
 
 for (const title of ['Example', 'example.org: the best of all', 'About example.org/inbox', 'AC/DC', 'either/or',
   'node.js/express', 'C:\\music', 'Re: token', 'http', 'What is https://?']) {

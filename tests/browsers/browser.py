@@ -58,7 +58,7 @@ class Browser:
         return shutil.which(cls.name) is not None
 
     def start(self, restore=False):
-        """Returns when the browser takes commands and its first window is there. `restore`: with the tabs that it had."""
+        """Returns when the browser takes commands and its first window is there. `restore`: with the tabs it had."""
         raise NotImplementedError
 
     def stop(self):

@@ -181,7 +181,8 @@ class Reports(ExtensionTest):
         report = self.play(tab)
         number = self.number(report)
         self.browser.run(tab, 'stopSound()')
-        self.in_extension(f'api.windows.create({{tabId: {number}}}).then(() => true)')  # while it is still called audible
+        # The browser still calls it audible.
+        self.in_extension(f'api.windows.create({{tabId: {number}}}).then(() => true)')
         wait_until(lambda: not self.in_extension(f'api.tabs.get({number}).then(tab => tab.audible)'), 'silence')
         time.sleep(2)  # or it would go on with its sound
         self.assertEqual(self.play(tab), report)
@@ -289,12 +290,48 @@ class Marks(ExtensionTest):
         self.browser.run(another, 'location.reload()')
         wait_until(lambda: self.browser.run(another, "typeof context === 'undefined'"), 'the new page')
         self.await_title(another, '♪ News')
+
+        # Browsers slow down the clocks of background pages that do not sound.
+        busy = self.open('Busy')
+        self.play(busy)
+        self.await_title(busy, '♪ Busy')
+        self.beat(busy, 'Beat', 100)
+        for _ in range(30):
+            self.assertRegex(self.browser.title(busy), '^♪ Beat')
+            time.sleep(0.05)
+        self.beat(busy, 'Rush', 2)
+        wait_until(lambda: self.browser.title(busy).startswith('Rush'), 'the way of the page')
+        self.browser.run(busy, "clearInterval(document.body.dataset.beat), document.title = 'Rest'")
+        self.assertEqual(self.browser.title(busy), 'Rest')
+
         self.browser.show_tab(options)
         self.browser.click(options, '#marks')
         self.await_title(another, 'News')
 
 
+    def beat(self, tab, title, pause):
+        """Lets the page write a new title after each pause of so many milliseconds."""
+        self.browser.run(tab, 'clearInterval(document.body.dataset.beat), document.body.dataset.beat = '
+                              f'setInterval(() => (document.title = `{title} ${{Date.now()}}`), {pause})')
+        wait_until(lambda: title in self.browser.title(tab), 'the first of those titles')
+
+
 class Life(ExtensionTest):
+    def test_options_page_says_that_it_is_linked_only_while_the_application_is_there(self):
+        options = self.options()
+
+        def await_state(state):
+            shown = "document.getElementById('link').dataset.state"
+            wait_until(lambda: self.browser.run(options, shown) == state, state)
+
+        await_state('linked')
+        self.application.stop()
+        self.addCleanup(self.application.wait_for, 'hello', start=len(self.application.messages))
+        self.addCleanup(self.application.start)
+        await_state('waiting')
+        self.doCleanups()
+        await_state('linked')
+
     def test_dead_bridge_is_started_again(self):
         os.kill(self.application.bridge_pid(), signal.SIGKILL)
         self.application.wait_for('hello', start=self.start)
