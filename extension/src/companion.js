@@ -9,22 +9,25 @@ import { Link } from './link.js';
 import { Marks } from './marks.js';
 import { reportedId } from './reported_id.js';
 import { RunMemory } from './run_memory.js';
-import { SoundingTabs } from './sounding_tabs.js';
-import { describe } from './tab_report.js';
+import { SILENCE_IS_TOLD, SoundingTabs } from './sounding_tabs.js';
+import { describe, isNewPage } from './tab_report.js';
 
 export class Companion {
   #api;
+  #clock;
   #run;
   #memory;
   #link;
   #known;
   #marks;
-  #sounding = new SoundingTabs();
+  #sounding;
 
   // `run`: a number that no other profile and no other life of the background has; see reported_id.js.
   constructor(api, clock, run) {
     this.#api = api;
+    this.#clock = clock;
     this.#run = run;
+    this.#sounding = new SoundingTabs(clock);
     this.#memory = new RunMemory(api.storage, clock);
     this.#link = new Link(api, clock, this.#memory, (message) => this.#received(message));
     this.#known = new KnownTabs(this.#memory, api.storage.local);
@@ -69,14 +72,17 @@ export class Companion {
     // Answers through the callback, because not every browser waits for a promise here.
     runtime.onMessage.addListener((message, sender, answer) => {
       if (message?.type !== 'status') return false;
-      this.#memory.ready.then(() => answer({ linked: this.#link.isOpen, markTabs: this.#marks.wanted }));
+      this.#memory.ready.then(() => answer({ link: this.#link.state, markTabs: this.#marks.wanted }));
       return true;
     });
   }
 
   #listenToLife() {
     const { alarms, runtime } = this.#api;
-    runtime.onStartup.addListener(() => this.#known.browserStarted());
+    runtime.onStartup.addListener(() => {
+      this.#known.browserStarted();
+      return this.#hearRestoredTabs();
+    });
     // This one has nothing to do: the browser starts the background because it listens to it.
     runtime.onInstalled.addListener(() => {});
     alarms.onAlarm.addListener((alarm) => this.#link.onAlarm(alarm));
@@ -91,11 +97,32 @@ export class Companion {
 
   #tabChanged(change, tab) {
     if (tab.incognito) return;
-    if (this.#sounding.starts(change, tab)) {
-      this.#report(tab);
-      this.#marks.sounded(tab);
-    }
+    if (this.#sounding.starts(change, tab)) this.#sounded(tab);
+    if (change.status === 'loading' && isNewPage(tab)) this.#pageLeft(tab.id);
     if (change.status === 'complete') this.#marks.loaded(tab.id);
+  }
+
+  // A new page that plays at once is reported when it is certain that it is not the old one that was heard.
+  #pageLeft(id) {
+    const heard = this.#sounding.pageLeft(id);
+    if (!heard) return;
+    this.#clock.setTimeout(async () => {
+      const tab = await this.#api.tabs.get(id).catch(() => undefined);
+      if (tab && this.#sounding.isUnchanged(id, heard)) this.#sounded(tab);
+    }, SILENCE_IS_TOLD);
+  }
+
+  // A browser that opens the pages of its last run may hear them before it starts this background.
+  async #hearRestoredTabs() {
+    for (const tab of await this.#api.tabs.query({ audible: true })) {
+      const isNew = !tab.incognito && !this.#sounding.knows(tab.id);
+      if (isNew && this.#sounding.starts({ audible: true }, tab)) this.#sounded(tab, { restored: true });
+    }
+  }
+
+  #sounded(tab, more) {
+    this.#report(tab, more);
+    this.#marks.sounded(tab);
   }
 
   // The report is sent at once. The memory is only needed for a later "focus".

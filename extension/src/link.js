@@ -1,7 +1,7 @@
-// The link to Tollvane: a port to its bridge, which the browser starts. Introduces the extension on each new port.
-// Connects again when the port breaks: soon at first, then later and later, and at last once a minute by an alarm,
-// because the browser stops a background that only waits. While Tollvane is not running, its bridge waits for it, so
-// the port stays open.
+// The link to Tollvane: a port to its bridge, which the browser starts, and which reports whether Tollvane itself is
+// there. Introduces the extension on each new port. Connects again when the port breaks: soon at first, then later and
+// later, and at last once a minute by an alarm, because the browser stops a background that only waits. While Tollvane
+// is not running, its bridge waits for it, so the port stays open.
 
 const HOST = 'com.quarnel.tollvane';
 const ALARM = 'reconnect';
@@ -15,6 +15,7 @@ export class Link {
   #memory;
   #received;
   #port = null;
+  #state = 'unknown';
   #openedAt = 0;
   #timer;
 
@@ -26,8 +27,10 @@ export class Link {
     this.#received = received;
   }
 
-  get isOpen() {
-    return this.#port !== null;
+  // 'linked': Tollvane is there. 'waiting': its bridge is, and waits for it. 'missing': no bridge either. 'unknown':
+  // not known yet.
+  get state() {
+    return this.#state;
   }
 
   connect() {
@@ -44,13 +47,16 @@ export class Link {
     }
     this.#port = port;
     port.onMessage.addListener((message) => {
-      if (port === this.#port) Promise.resolve(this.#received(message)).catch(() => {});
+      if (port !== this.#port) return;
+      // Only Tollvane says anything else, and an older bridge says nothing of it.
+      this.#becomes(message?.type === 'link' && message.open !== true ? 'waiting' : 'linked');
+      Promise.resolve(this.#received(message)).catch(() => {});
     });
     port.onDisconnect.addListener(() => {
       void runtime.lastError;  // if it is not read, the browser reports an unchecked error
       if (port === this.#port) this.#closed();
     });
-    this.#memory.ready.then(() => this.#tellOfChange());
+    this.#becomes(this.#state);
     this.send({ type: 'hello', version: runtime.getManifest().version });
   }
 
@@ -71,18 +77,20 @@ export class Link {
 
   async #closed() {
     this.#port = null;
+    this.#becomes('missing');
     this.#api.alarms.create(ALARM, { delayInMinutes: 1, periodInMinutes: 1 });
     const lasted = this.#clock.now() - this.#openedAt >= HAS_LASTED;
     await this.#memory.ready;
     const failures = lasted ? 0 : (this.#memory.get('failures') ?? 0);
     const delay = FIRST_DELAY * 2 ** failures;
     this.#memory.set('failures', Math.min(failures + 1, 10));
-    this.#tellOfChange();
     if (delay <= LONGEST_DELAY) this.#timer = this.#clock.setTimeout(() => this.connect(), delay);
   }
 
-  // The options page watches this value.
-  #tellOfChange() {
-    if (this.#memory.get('linked') !== this.isOpen) this.#memory.set('linked', this.isOpen);
+  // The options page watches the value in the memory.
+  async #becomes(state) {
+    this.#state = state;
+    await this.#memory.ready;
+    if (this.#memory.get('link') !== this.#state) this.#memory.set('link', this.#state);
   }
 }

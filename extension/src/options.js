@@ -9,7 +9,7 @@ const find = (id) => document.getElementById(id);
 async function show() {
   const allowed = await api.permissions.contains(SITES);
   const status = await api.runtime.sendMessage({ type: 'status' }).catch(() => undefined);
-  const view = describe({ linked: status?.linked, markTabs: status?.markTabs, allowed });
+  const view = describe({ link: status?.link, markTabs: status?.markTabs, allowed });
   find('link').dataset.state = view.state;
   find('status').textContent = view.status;
   find('marks').checked = view.switchedOn;

@@ -3,7 +3,9 @@
 
 (() => {
   const NOTE = '♪';
-  const AT_MOST_EVERY = 1000;  // ms; if the page sets its own title again, the note is put again at most this often
+  // If a page writes its title more often than this, the note is withdrawn.
+  const MOST_TITLES = 20;
+  const WITHIN = 1000;  // ms
   const { runtime } = globalThis.browser ?? globalThis.chrome;
 
   if (globalThis.tollvaneMark) {
@@ -17,8 +19,7 @@
     #own = null;  // the title as the page wants it; null while there is no mark
     #shown = '';
     #keepsNotes = false;
-    #changedAt = -Infinity;
-    #timer;
+    #shownAt = [];  // the times of the last MOST_TITLES notes
     #observer = new MutationObserver(() => this.#titleChanged());
 
     put() {
@@ -36,16 +37,15 @@
     take() {
       if (this.#own === null) return;
       this.#adopt();
-      clearTimeout(this.#timer);
-      this.#timer = undefined;
       this.#observer.disconnect();
       document.title = this.#own;
       this.#own = null;
     }
 
     #show() {
-      this.#timer = undefined;
-      this.#changedAt = performance.now();
+      const now = performance.now();
+      if (this.#shownAt.length === MOST_TITLES && now - this.#shownAt[0] < WITHIN) return this.take();
+      this.#shownAt = [...this.#shownAt, now].slice(-MOST_TITLES);
       // Trimmed, because reading document.title returns it trimmed.
       this.#shown = `${NOTE} ${withoutNotes(this.#own)}`.trim();
       document.title = this.#shown;
@@ -54,11 +54,7 @@
 
     #titleChanged() {
       if (!runtime.id) this.take();  // the extension is gone, so its background cannot do this
-      if (this.#own === null || !this.#adopt() || this.#timer !== undefined) return;
-      // Not twice at once: a page that answers each change with a change of its own would cause an endless loop.
-      const wait = this.#changedAt + AT_MOST_EVERY - performance.now();
-      if (wait <= 0) this.#show();
-      else this.#timer = setTimeout(() => this.#show(), wait);
+      if (this.#own !== null && this.#adopt()) this.#show();
     }
 
     // Remembers the title that the page has set; false if the title is still the one with our note. Pages build new

@@ -1,6 +1,6 @@
-// The ids under which Tollvane knows tabs. Browsers number the tabs of each profile, and of each run, from the beginning
-// again, so that a number alone may mean several tabs. We put a random number before it, another one in each life of the
-// background: the ids of all profiles and runs differ.
+// The ids under which Tollvane knows tabs. Browsers number the tabs of each profile, and of each run, from the
+// beginning again, so that a number alone may mean several tabs. We put a random number before it, another one in each
+// life of the background: the ids of all profiles and runs differ.
 
 const TAB_BITS = 31;  // browsers' own numbers have no more
 const RUN_BITS = 53 - TAB_BITS;  // both together are exact as a JavaScript number

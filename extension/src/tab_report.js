@@ -6,6 +6,12 @@ export function describe(tab) {
   return { title: titleOf(tab), host: hostOf(tab.url) };
 }
 
+// Whether a tab that has begun to load shows another page, and not another state of the same one: a new page has no
+// title yet.
+export function isNewPage(tab) {
+  return titleOf(tab) === '';
+}
+
 // The title without a note in front, which may be our mark, even one that an earlier background made. Browsers give a
 // page without a title its address as its title.
 function titleOf(tab) {

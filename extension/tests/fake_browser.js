@@ -161,6 +161,16 @@ export class FakeBrowser {
     await this.update(id, { status: 'complete' });
   }
 
+  // Another page comes into the tab; it has a title once it was read.
+  async navigate(id, title) {
+    this.marked.delete(id);
+    const url = 'https://example.org/next?token=1';
+    Object.assign(this.tabs.get(id), { url, title: 'example.org/next?token=1' });
+    await this.update(id, { status: 'loading' });
+    await this.update(id, { title });
+    await this.update(id, { status: 'complete' });
+  }
+
   async close(id) {
     this.tabs.delete(id);
     this.marked.delete(id);
@@ -286,6 +296,10 @@ export class FakeBrowser {
         return [...this.tabs.values()]
           .filter((tab) => Object.entries(wanted).every(([key, value]) => tab[key] === value))
           .map((tab) => ({ ...tab }));
+      },
+      get: async (id) => {
+        if (!this.tabs.has(id)) throw new Error(`No tab with id: ${id}.`);
+        return { ...this.tabs.get(id) };
       },
       update: async (id, { active }) => {
         if (!this.tabs.has(id)) throw new Error(`No tab with id: ${id}.`);

@@ -101,17 +101,42 @@ test('the button opens the options page', () => {
 });
 
 test('the options page gets the state of the link and the setting', async () => {
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: undefined });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'unknown', markTabs: undefined });
   await browser.says({ type: 'settings', markTabs: true });
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: true });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'linked', markTabs: true });
   await browser.hostExits();
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: false, markTabs: true });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'missing', markTabs: true });
 });
 
-test('a change of the link is put into session storage, which the options page watches', async () => {
-  assert.equal(browser.session.values.linked, true);
+// What the options page is told, and sees in session storage when it changes.
+async function link() {
+  const { link } = await browser.ask({ type: 'status' });
+  assert.equal(browser.session.values.link ?? 'unknown', link);
+  return link;
+}
+
+test('the link is there only while Tollvane itself is', async () => {
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
+  await browser.says({ type: 'link', open: true });
+  assert.equal(await link(), 'linked');
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
   await browser.hostExits();
-  assert.equal(browser.session.values.linked, false);
+  assert.equal(await link(), 'missing');
+});
+
+test('a bridge that does not tell of Tollvane is believed as soon as Tollvane speaks', async () => {
+  await browser.says({ type: 'whichAudible' });
+  assert.equal(await link(), 'linked');
+});
+
+test('what a background knew of the link is no news to the next one', async () => {
+  await browser.says({ type: 'link', open: true });
+  await browser.restartBackground();
+  assert.equal(await link(), 'unknown');
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
 });
 
 test('other questions are not answered', () => {
@@ -121,9 +146,11 @@ test('other questions are not answered', () => {
 
 test('the page says where Tollvane is', () => {
   assert.equal(describe({}).state, 'unknown');
-  assert.equal(describe({ linked: true }).state, 'linked');
-  assert.equal(describe({ linked: false }).state, 'missing');
-  assert.match(describe({ linked: false }).status, /not found/);
+  assert.equal(describe({ link: 'toString' }).state, 'unknown');
+  assert.match(describe({ link: 'linked' }).status, /^Linked/);
+  assert.match(describe({ link: 'waiting' }).status, /not running/);
+  assert.match(describe({ link: 'missing' }).status, /not found/);
+  for (const state of ['linked', 'waiting', 'missing']) assert.equal(describe({ link: state }).state, state);
 });
 
 test('the page says what is missing for marks', () => {

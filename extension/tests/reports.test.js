@@ -4,7 +4,7 @@ import { beforeEach, test } from 'node:test';
 import { randomRun, reportedId } from '../src/reported_id.js';
 import { describe } from '../src/tab_report.js';
 import { FakeBrowser } from './fake_browser.js';
-import { VirtualClock } from './virtual_clock.js';
+import { VirtualClock, settle } from './virtual_clock.js';
 
 let browser;
 
@@ -15,7 +15,7 @@ beforeEach(async () => {
 
 const reports = () => browser.sent.filter(({ type }) => type === 'audible');
 const reportedIds = () => reports().map(({ tabId }) => tabId % 2 ** 31);  // as the browser numbers them
-const titleOf = (title) => describe({ title, url: '' }).title;
+const titleOf = (title, more = {}) => describe({ title, url: '', ...more }).title;
 const hostOf = (url) => describe({ title: '', url }).host;
 
 test('a tab that begins to sound is reported with its id, title and host', async () => {
@@ -92,12 +92,26 @@ test('unmuting a silent tab is not the beginning of a sound', async () => {
   assert.deepEqual(reports(), []);
 });
 
-test('muting and unmuting during one sound reports it twice', async () => {
+test('unmuting during a sound is the beginning of another one', async () => {
   browser.openTab(7);
   await browser.sound(7);
   await browser.mute(7);
+  await browser.clock.advance(1500);
   await browser.unmute(7);
   assert.deepEqual(reportedIds(), [7, 7]);
+});
+
+test('quick muting and unmuting is not', async () => {
+  browser.openTab(7);
+  await browser.sound(7);
+  await browser.clock.advance(5000);
+  for (let i = 0; i < 5; i++) {
+    await browser.mute(7);
+    await browser.clock.advance(1000);
+    await browser.unmute(7);
+    await browser.clock.advance(1000);
+  }
+  assert.deepEqual(reportedIds(), [7]);
 });
 
 test('a browser that tells of an unmuted sound in two events makes one report', async () => {
@@ -107,6 +121,40 @@ test('a browser that tells of an unmuted sound in two events makes one report', 
   assert.deepEqual(reportedIds(), [7]);
 });
 
+test('a new sound is reported although the browser did not tell of the silence before it', async () => {
+  browser.openTab(7);
+  await browser.sound(7);
+  await browser.clock.advance(5000);
+  await browser.sound(7);
+  assert.deepEqual(reportedIds(), [7, 7]);
+});
+
+test('a tab that played before the browser had started this background is reported', async () => {
+  browser.openTab(7, { audible: true });
+  browser.openTab(1, { audible: true, mutedInfo: { muted: true } });
+  browser.openTab(2);
+  browser.openTab(3, { audible: true, incognito: true });
+  browser.api.runtime.onStartup.fire();
+  await settle();
+  assert.deepEqual(reportedIds(), [7]);
+  assert.equal(reports()[0].restored, true);
+});
+
+test('and not twice if the browser tells of it besides', async () => {
+  browser.openTab(7);
+  await browser.sound(7);
+  await browser.clock.advance(5000);
+  browser.api.runtime.onStartup.fire();
+  await settle();
+  assert.deepEqual(reportedIds(), [7]);
+});
+
+test('a tab that played before another background was started is not', async () => {
+  browser.openTab(7, { audible: true });
+  await browser.restartBackground();
+  assert.deepEqual(reportedIds(), []);
+});
+
 test('a background woken by the unmuting still reports it', async () => {
   browser.openTab(7);
   await browser.mute(7);
@@ -114,6 +162,70 @@ test('a background woken by the unmuting still reports it', async () => {
   await browser.restartBackground();
   await browser.unmute(7);
   assert.deepEqual(reportedIds(), [7]);
+});
+
+const reportedTitles = () => reports().map(({ title }) => title);
+
+test('a page that plays at once after another one that played is reported', async () => {
+  browser.openTab(7, { title: 'Before' });
+  await browser.sound(7);
+  await browser.navigate(7, 'After');
+  await browser.clock.advance(2999);
+  assert.deepEqual(reportedTitles(), ['Before']);
+  await browser.clock.advance(1);
+  assert.deepEqual(reportedTitles(), ['Before', 'After']);
+});
+
+test('a silent page after one that played is not', async () => {
+  browser.openTab(7, { title: 'Before' });
+  await browser.sound(7);
+  await browser.navigate(7, 'After');
+  await browser.clock.advance(2300);
+  await browser.silence(7);
+  await browser.clock.advance(10_000);
+  assert.deepEqual(reportedTitles(), ['Before']);
+});
+
+test('nor twice one whose own sound the browser tells of', async () => {
+  browser.openTab(7, { title: 'Before' });
+  await browser.sound(7);
+  await browser.navigate(7, 'After');
+  await browser.silence(7);
+  await browser.sound(7);
+  await browser.clock.advance(10_000);
+  assert.deepEqual(reportedTitles(), ['Before', 'After']);
+});
+
+test('of several pages one after the other the one that stays is reported', async () => {
+  browser.openTab(7, { title: 'Before' });
+  await browser.sound(7);
+  await browser.navigate(7, 'Between');
+  await browser.clock.advance(1000);
+  await browser.navigate(7, 'After');
+  await browser.clock.advance(10_000);
+  assert.deepEqual(reportedTitles(), ['Before', 'After']);
+});
+
+test('a page that changes its address while it plays is no other page', async () => {
+  browser.openTab(7, { title: 'Before' });
+  await browser.sound(7);
+  await browser.update(7, { status: 'loading', url: 'https://example.org/second' });
+  await browser.update(7, { status: 'complete' });
+  await browser.clock.advance(10_000);
+  assert.deepEqual(reportedTitles(), ['Before']);
+});
+
+test('a page in a silent, muted or closed tab is not reported', async () => {
+  for (const id of [1, 2, 3]) browser.openTab(id);
+  await browser.navigate(1, 'Silent');
+  await browser.sound(2);
+  await browser.mute(2);
+  await browser.navigate(2, 'Muted');
+  await browser.sound(3);
+  await browser.navigate(3, 'Closed');
+  await browser.close(3);
+  await browser.clock.advance(10_000);
+  assert.deepEqual(reportedIds(), [2, 3]);
 });
 
 test('a private tab is never reported', async () => {
@@ -212,8 +324,7 @@ for (const [title, url] of [
 }
 
 test('the address of a page that is still to come is no title either', () =>
-  assert.equal(describe({ title: 'example.org/?token=1', url: 'about:blank', pendingUrl: 'https://example.org/?token=1' })
-    .title, ''));
+  assert.equal(titleOf('example.org/?token=1', { pendingUrl: 'https://example.org/?token=1' }), ''));
 
 for (const title of ['Example', 'example.org: the best of all', 'About example.org/inbox', 'AC/DC', 'either/or',
   'node.js/express', 'C:\\music', 'Re: token', 'http', 'What is https://?']) {

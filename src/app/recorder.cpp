@@ -79,7 +79,9 @@ void Recorder::tabReport(std::optional<Browser> from, const Message& report, std
   if (!from) return;
   PendingTab tab = read(report, *from);
   tab.edition = edition.empty() ? from->bundleID() : edition;
-  if (fillWaitingSound(tab)) return changed();
+  // A browser that has just started may have played long before its extension ran.
+  const bool mayBeLate = json::isTrue(report, "restored");
+  if (fillWaitingSound(tab, mayBeLate ? reportLifetime : matchWindow)) return changed();
   if (isAnsweredAlready(tab)) return;
 
   tab.ownSoundWasDropped = followsASound(tab);
@@ -120,13 +122,13 @@ bool Recorder::followsASound(const PendingTab& report) const {
 }
 
 // Gives the report to the newest sound of its browser that has no tab yet, and whose tab can still be told.
-bool Recorder::fillWaitingSound(const PendingTab& report) {
+bool Recorder::fillWaitingSound(const PendingTab& report, Duration window) {
   BrowserNames names(resolver_);
   const auto isAnswered = [&](const std::shared_ptr<SoundEvent>& event) {
     return std::any_of(answered_.begin(), answered_.end(), [&](const auto& each) { return each.lock() == event; });
   };
   const auto match = std::find_if(events.begin(), events.end(), [&](const auto& event) {
-    return !event->hasTab() && !isAnswered(event) && report.date - event->date < matchWindow &&
+    return !event->hasTab() && !isAnswered(event) && report.date - event->date < window &&
            names.browser(event->app) == report.browser;
   });
   if (match == events.end()) return false;

@@ -74,7 +74,7 @@ class Recorder {
   void ask(const std::shared_ptr<SoundEvent>& about, Browser in);
   void answered(const std::shared_ptr<SoundEvent>& about, Browser in, const AudibleTabs& tabs);
   void adoptWaitingReport(SoundEvent& event, Browser browser);
-  bool fillWaitingSound(const PendingTab& report);
+  bool fillWaitingSound(const PendingTab& report, Duration window);
   bool isAnsweredAlready(const PendingTab& report);
   bool followsASound(const PendingTab& report) const;
   PendingTab read(const Message& report, Browser from) const;

@@ -111,6 +111,17 @@ TEST_F(RecorderTest, AReportJustWithinFourSecondsFillsTheSound) {
   EXPECT_EQ(event->tabTitle, "Video");
 }
 
+TEST_F(RecorderTest, AReportOfATabThatPlayedBeforeItsExtensionRanMayComeLate) {
+  const auto event = sound("Firefox");
+  system.queue.advance(15s - 1ns);
+  recorder->tabReport(Browser::firefox, {{"title", "Radio"}, {"restored", true}});
+  EXPECT_EQ(event->tabTitle, "Radio");
+  const auto other = sound("Firefox");
+  system.queue.advance(15s);
+  recorder->tabReport(Browser::firefox, {{"title", "Radio"}, {"restored", true}});
+  EXPECT_FALSE(other->hasTab());
+}
+
 TEST_F(RecorderTest, AReportFourSecondsAfterTheSoundBecomesASoundOfItsOwn) {
   const auto event = sound("Firefox");
   system.queue.advance(4s);

@@ -119,6 +119,15 @@ class Entry(ApplicationTest):
         self.assertEqual(len(self.tollvane.entries('Tab: Alpha ')), 3, self.tollvane.menu())
         self.assertEqual(len(self.tollvane.entries(SOUND)), 4, self.tollvane.menu())
 
+    def test_page_that_plays_at_once_after_a_navigation_from_a_sounding_one_is_named(self):
+        tab = self.open('Before')
+        self.play(tab)
+        time.sleep(REPEATS)
+        after = self.pages.address('After&play', 'localhost')
+        self.browser.run(tab, f'void (location.href = "{after}")')
+        self.tollvane.await_entry('Tab: After ')
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
+
     def test_two_tabs_are_two_entries(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
         self.assertIn('(localhost)', first)
@@ -222,6 +231,23 @@ class Edition(ApplicationTest):
         self.tollvane.choose(entry)
         wait_until(lambda: unpacked.is_in_front(tab), 'the coming forward of the tab')
         self.assertEqual(len(self.tollvane.entries(SOUND)), 1, self.tollvane.menu())
+
+
+class Restored(ApplicationTest):
+    def test_tab_that_plays_when_the_browser_opens_it_again_is_named(self):
+        tab = self.open('Radio&play')
+        self.tollvane.await_entry('Tab: Radio ')
+        self.browser.show_tab(tab)  # the tab in front is the one that is loaded again
+        self.browser.stop()
+        self.browser.start(restore=True)
+        self.addCleanup(self.restart)
+        wait_until(lambda: len(self.tollvane.entries('Tab: Radio ')) == 2, 'the second entry')
+        time.sleep(4)  # whatever belongs to no sound has become one by then
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
+
+    def restart(self):
+        self.browser.stop()
+        self.browser.start()
 
 
 class Marks(ApplicationTest):

@@ -57,8 +57,9 @@ class Browser:
     def is_installed(cls):
         return shutil.which(cls.name) is not None
 
-    def start(self):
-        """Starts the browser. Returns when it accepts commands and its first window is open."""
+    def start(self, restore=False):
+        """Starts the browser. Returns when it accepts commands and its first window is open. `restore`: with the tabs
+        of its last run."""
         raise NotImplementedError
 
     def stop(self):

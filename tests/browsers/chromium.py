@@ -33,7 +33,7 @@ class Chromium(Browser):
         (another.profile / 'NativeMessagingHosts').symlink_to(self.session.home / self.host_directory)
         return another
 
-    def start(self):
+    def start(self, restore=False):
         (self.profile / 'Default').mkdir(parents=True, exist_ok=True)
         preferences = self.profile / 'Default/Preferences'
         if not preferences.exists():
@@ -44,7 +44,7 @@ class Chromium(Browser):
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
             f'--user-data-dir={self.profile}', f'--load-extension={self.extension / "chromium"}',
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),
-            'about:blank'], **self._pipe.options())
+            '--restore-last-session' if restore else 'about:blank'], **self._pipe.options())
         self._pipe.started()
         self._sessions = {}
         wait_until(self.tabs, 'the first window')

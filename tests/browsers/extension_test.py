@@ -10,6 +10,7 @@ import os
 import pathlib
 import signal
 import sys
+import time
 import unittest
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / 'session'))
@@ -159,10 +160,31 @@ class Reports(ExtensionTest):
         tab = self.open('Muted')
         report = self.play(tab)
         self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: true}}).then(() => true)')
+        time.sleep(2)  # or it would go on with its sound
         self.application.listen(0)
         start = len(self.application.messages)
         self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: false}}).then(() => true)')
         self.assertEqual(self.application.wait_for('audible', start=start), report)
+
+    def test_tab_that_is_muted_and_unmuted_quickly_is_reported_once(self):
+        report = self.play(self.open('Toggled'))
+        for _ in range(5):
+            for muted in ('true', 'false'):
+                self.in_extension(f'api.tabs.update({self.number(report)}, {{muted: {muted}}}).then(() => true)')
+        self.play(self.open('Next'))
+        self.assertEqual([message['title'] for message in self.application.messages[self.start:]], ['Toggled', 'Next'])
+
+    def test_tab_that_was_moved_to_another_window_right_after_its_sound_is_reported_again(self):
+        self.open('Left%20behind')
+        tab = self.open('Moved')
+        report = self.play(tab)
+        number = self.number(report)
+        self.browser.run(tab, 'stopSound()')
+        # The browser still calls it audible.
+        self.in_extension(f'api.windows.create({{tabId: {number}}}).then(() => true)')
+        wait_until(lambda: not self.in_extension(f'api.tabs.get({number}).then(tab => tab.audible)'), 'silence')
+        time.sleep(2)  # or it would go on with its sound
+        self.assertEqual(self.play(tab), report)
 
     def test_tab_muted_from_the_start_is_not_reported(self):
         quiet, loud = self.open('Quiet'), self.open('Loud')
@@ -267,12 +289,48 @@ class Marks(ExtensionTest):
         self.browser.run(another, 'location.reload()')
         wait_until(lambda: self.browser.run(another, "typeof context === 'undefined'"), 'the new page')
         self.await_title(another, '♪ News')
+
+        # Browsers slow down the clocks of background pages that do not sound.
+        busy = self.open('Busy')
+        self.play(busy)
+        self.await_title(busy, '♪ Busy')
+        self.beat(busy, 'Beat', 100)
+        for _ in range(30):
+            self.assertRegex(self.browser.title(busy), '^♪ Beat')
+            time.sleep(0.05)
+        self.beat(busy, 'Rush', 2)
+        wait_until(lambda: self.browser.title(busy).startswith('Rush'), 'the way of the page')
+        self.browser.run(busy, "clearInterval(document.body.dataset.beat), document.title = 'Rest'")
+        self.assertEqual(self.browser.title(busy), 'Rest')
+
         self.browser.show_tab(options)
         self.browser.click(options, '#marks')
         self.await_title(another, 'News')
 
 
+    def beat(self, tab, title, pause):
+        """Lets the page write a new title after each pause of so many milliseconds."""
+        self.browser.run(tab, 'clearInterval(document.body.dataset.beat), document.body.dataset.beat = '
+                              f'setInterval(() => (document.title = `{title} ${{Date.now()}}`), {pause})')
+        wait_until(lambda: title in self.browser.title(tab), 'the first of those titles')
+
+
 class Life(ExtensionTest):
+    def test_options_page_says_that_it_is_linked_only_while_the_application_is_there(self):
+        options = self.options()
+
+        def await_state(state):
+            shown = "document.getElementById('link').dataset.state"
+            wait_until(lambda: self.browser.run(options, shown) == state, state)
+
+        await_state('linked')
+        self.application.stop()
+        self.addCleanup(self.application.wait_for, 'hello', start=len(self.application.messages))
+        self.addCleanup(self.application.start)
+        await_state('waiting')
+        self.doCleanups()
+        await_state('linked')
+
     def test_dead_bridge_is_started_again(self):
         os.kill(self.application.bridge_pid(), signal.SIGKILL)
         self.application.wait_for('hello', start=self.start)

@@ -28,8 +28,8 @@ class Firefox(Browser):
         browser.command += ['--class', 'Unpacked', '--name', 'Unpacked']  # or its windows would be the installed one's
         return browser
 
-    def start(self):
-        self._write_profile()
+    def start(self, restore=False):
+        self._write_profile(restore)
         port = _free_port()
         with open(self.profile / 'user.js', 'a') as preferences:
             preferences.write(f'user_pref("marionette.port", {port});\n')
@@ -108,7 +108,7 @@ class Firefox(Browser):
     def _command(self, name, **parameters):
         return self._wire.command(name, parameters)
 
-    def _write_profile(self):
+    def _write_profile(self, restore):
         (self.profile / 'extensions').mkdir(parents=True, exist_ok=True)
         # copy2 keeps the date: with another date it would count as a new extension at each start.
         shutil.copy2(self.extension / 'firefox/tollvane.xpi', self.profile / 'extensions' / f'{ADDON_ID}.xpi')
@@ -127,6 +127,7 @@ class Firefox(Browser):
             'browser.tabs.warnOnClose': False,
             'browser.sessionstore.resume_from_crash': False,
             'toolkit.startup.max_resumed_crashes': -1,
+            'browser.startup.page': 3 if restore else 1,
         }
         lines = [f'user_pref({json.dumps(name)}, {json.dumps(value)});\n' for name, value in preferences.items()]
         (self.profile / 'user.js').write_text(''.join(lines))
