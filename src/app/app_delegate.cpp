@@ -97,6 +97,7 @@ void AppDelegate::checkForUpdatesHourly() {
 void AppDelegate::applicationWillTerminate() {
   watcher_.stop();
   link_.stop();
+  recorder_.finish();
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool) {

@@ -1,6 +1,7 @@
 #include "app/recorder.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "app/browser_status.h"
@@ -19,6 +20,15 @@ void give(SoundEvent& event, const Recorder::PendingTab& tab) {
   event.tabId = tab.tabId;
 }
 
+// Far more than anybody sees of it.
+constexpr std::size_t longestText = 1000;
+
+std::string shown(const std::optional<std::string>& text) {
+  constexpr std::size_t bytesOfOne = 16;  // a letter may carry marks without end
+  if (!text) return "";
+  return text::withoutControls(text::prefix(std::string_view(*text).substr(0, bytesOfOne * longestText), longestText));
+}
+
 }  // namespace
 
 std::optional<Browser> Recorder::browser(const SoundEvent& event) const {
@@ -31,17 +41,34 @@ void Recorder::record(std::shared_ptr<SoundEvent> event) {
   if (tabless) adoptWaitingReport(*event, *tabless);
   const bool awaitsTab = tabless && !event->hasTab();
   // The other browsers' extensions report most sounds without being asked.
-  if (awaitsTab)
-    *tabless == Browser::safari
-        ? ask(event, *tabless)
-        : queue_.after(askingDelay, alive_.guard([this, event, in = *tabless] { ask(event, in); }));
+  if (awaitsTab && *tabless == Browser::safari) {
+    ask(event, *tabless);
+  } else if (awaitsTab) {
+    queue_.after(askingDelay, alive_.guard([this, event, in = *tabless] { ask(event, in); }));
+  }
 
   events.insert(events.begin(), event);
   if (events.size() > maxEvents) events.resize(maxEvents);
 
   const Duration delay = awaitsTab ? Duration(matchWindow) : Duration::zero();
-  queue_.after(delay, alive_.guard([this, event] { history_.append(*event); }));
+  unwritten_.push_back({event, awaitsTab ? tabless : std::nullopt});
+  queue_.after(delay, alive_.guard([this, event] { write(event); }));
   changed();
+}
+
+void Recorder::write(const std::shared_ptr<SoundEvent>& event) {
+  const auto found = waitingFor(event);
+  if (found == unwritten_.end()) return;
+  history_.append(*event);
+  unwritten_.erase(found);
+}
+
+std::vector<Recorder::Waiting>::iterator Recorder::waitingFor(const std::shared_ptr<SoundEvent>& event) {
+  return std::find_if(unwritten_.begin(), unwritten_.end(), [&](const Waiting& each) { return each.event == event; });
+}
+
+void Recorder::finish() {
+  while (!unwritten_.empty()) write(unwritten_.front().event);
 }
 
 void Recorder::ask(const std::shared_ptr<SoundEvent>& about, Browser in) {
@@ -85,18 +112,28 @@ void Recorder::tabReport(std::optional<Browser> from, const Message& report, std
   if (isAnsweredAlready(tab)) return;
 
   tab.ownSoundWasDropped = followsASound(tab);
-  pendingTabs.push_back(tab);
-  std::erase_if(pendingTabs, [&](const PendingTab& other) { return tab.date - other.date > reportLifetime; });
-  queue_.after(reportPatience, alive_.guard([this, tab] { makeSoundOf(tab); }));
+  pendingTabs.push_back(std::move(tab));
+  dropOldReports(*from);
+  awaitOverdueReports();
+}
+
+// A flood of reports harms no other browser: of each, no more than the list of sounds can show are kept.
+void Recorder::dropOldReports(Browser of) {
+  const TimePoint now = clock_.now();
+  std::erase_if(pendingTabs, [&](const PendingTab& other) { return now - other.date > reportLifetime; });
+  const auto isOf = [&](const PendingTab& other) { return other.browser == of; };
+  if (std::count_if(pendingTabs.begin(), pendingTabs.end(), isOf) > static_cast<std::ptrdiff_t>(maxEvents))
+    pendingTabs.erase(std::find_if(pendingTabs.begin(), pendingTabs.end(), isOf));
 }
 
 Recorder::PendingTab Recorder::read(const Message& report, Browser from) const {
   return {
       .date = clock_.now(),
       .browser = from,
-      .title = text::withoutControls(json::text(report, "title").value_or("")),
-      .host = text::withoutControls(json::text(report, "host").value_or("")),
+      .title = shown(json::text(report, "title")),
+      .host = shown(json::text(report, "host")),
       .tabId = json::wholeNumber(report, "tabId"),
+      .received = clock_.steadyNow(),
   };
 }
 
@@ -123,28 +160,52 @@ bool Recorder::followsASound(const PendingTab& report) const {
 
 // Gives the report to the newest sound of its browser that has no tab yet, and whose tab can still be told.
 bool Recorder::fillWaitingSound(const PendingTab& report, Duration window) {
-  BrowserNames names(resolver_);
   const auto isAnswered = [&](const std::shared_ptr<SoundEvent>& event) {
     return std::any_of(answered_.begin(), answered_.end(), [&](const auto& each) { return each.lock() == event; });
   };
+  // Asking the system for names takes a look at all processes, and is needed only for sounds that are older than usual.
+  BrowserNames names(resolver_);
+  const auto browserOf = [&](const std::shared_ptr<SoundEvent>& event) {
+    const auto waiting = waitingFor(event);
+    if (waiting != unwritten_.end()) return waiting->browser;
+    return window > matchWindow ? names.browser(event->app) : std::nullopt;
+  };
   const auto match = std::find_if(events.begin(), events.end(), [&](const auto& event) {
-    return !event->hasTab() && !isAnswered(event) && report.date - event->date < window &&
-           names.browser(event->app) == report.browser;
+    return !event->hasTab() && report.date - event->date < window && !isAnswered(event) &&
+           browserOf(event) == report.browser;
   });
   if (match == events.end()) return false;
   give(**match, report);
   return true;
 }
 
-// Called when `reportPatience` is over: makes a sound of the report, unless a sound took it meanwhile.
-void Recorder::makeSoundOf(const PendingTab& report) {
-  const auto waiting = std::find_if(pendingTabs.begin(), pendingTabs.end(),
-                                    [&](const PendingTab& tab) { return tab.date == report.date && !tab.used; });
-  if (waiting == pendingTabs.end()) return;
-  waiting->used = true;
-  auto event = std::make_shared<SoundEvent>(report.date, resolver_.appName(report.edition), kind::startedPlayingAudio);
-  give(*event, report);
-  record(std::move(event));
+// One timer, for the oldest report that no sound has taken.
+void Recorder::awaitOverdueReports() {
+  const auto oldest = std::find_if(pendingTabs.begin(), pendingTabs.end(), [](const auto& tab) { return !tab.used; });
+  if (oldest == pendingTabs.end() || std::exchange(reportsAreAwaited_, true)) return;
+  queue_.after(oldest->received + reportPatience - clock_.steadyNow(), alive_.guard([this] {
+    reportsAreAwaited_ = false;
+    makeSoundsOfOverdueReports();
+    awaitOverdueReports();
+  }));
+}
+
+// A report that no sound took within `reportPatience` becomes a sound.
+void Recorder::makeSoundsOfOverdueReports() {
+  std::vector<PendingTab> overdue;
+  for (PendingTab& report : pendingTabs) {
+    if (report.used || clock_.steadyNow() - report.received < reportPatience) continue;
+    report.used = true;
+    overdue.push_back(report);
+  }
+  std::map<std::string, std::string> names;  // the system's names of editions
+  for (const PendingTab& report : overdue) {
+    const auto [name, isNew] = names.try_emplace(report.edition);
+    if (isNew) name->second = resolver_.appName(report.edition);
+    auto event = std::make_shared<SoundEvent>(report.date, name->second, kind::startedPlayingAudio);
+    give(*event, report);
+    record(std::move(event));
+  }
 }
 
 }  // namespace tollvane

@@ -47,6 +47,7 @@ class Recorder {
     std::string edition = {};  // the bundle identifier of the browser's edition; empty if only the browser is known
     bool used = false;
     bool ownSoundWasDropped = false;  // its sound was probably a repetition to the watcher, and the next one is another
+    Instant received{};
   };
 
   Recorder(MainQueue& queue, const Clock& clock, const Resolver& resolver, History& history)
@@ -62,6 +63,9 @@ class Recorder {
 
   void record(std::shared_ptr<SoundEvent> event);
 
+  // Writes the lines to the history that still wait for their tab. To be called before the process ends.
+  void finish();
+
   // `from`: the browser that reports; absent if unknown. `edition`: its bundle identifier, if it is known that exactly.
   // `report`: has the members "title", "host" and "tabId".
   void tabReport(std::optional<Browser> from, const Message& report, std::string_view edition = "");
@@ -71,6 +75,11 @@ class Recorder {
   std::optional<Browser> browser(const SoundEvent& event) const;
 
  private:
+  struct Waiting {
+    std::shared_ptr<SoundEvent> event;
+    std::optional<Browser> browser;  // absent if the event needs no tab
+  };
+
   void ask(const std::shared_ptr<SoundEvent>& about, Browser in);
   void answered(const std::shared_ptr<SoundEvent>& about, Browser in, const AudibleTabs& tabs);
   void adoptWaitingReport(SoundEvent& event, Browser browser);
@@ -78,7 +87,11 @@ class Recorder {
   bool isAnsweredAlready(const PendingTab& report);
   bool followsASound(const PendingTab& report) const;
   PendingTab read(const Message& report, Browser from) const;
-  void makeSoundOf(const PendingTab& report);
+  void dropOldReports(Browser of);
+  void awaitOverdueReports();
+  void makeSoundsOfOverdueReports();
+  void write(const std::shared_ptr<SoundEvent>& event);
+  std::vector<Waiting>::iterator waitingFor(const std::shared_ptr<SoundEvent>& event);
   void changed() const {
     if (onChange) onChange();
   }
@@ -88,6 +101,8 @@ class Recorder {
   const Resolver& resolver_;
   History& history_;
   std::vector<std::weak_ptr<const SoundEvent>> answered_;  // the recent sounds about which their browsers have answered
+  std::vector<Waiting> unwritten_;  // the sounds whose lines are not in the history yet, the oldest first
+  bool reportsAreAwaited_ = false;
   Liveness alive_;
 };
 

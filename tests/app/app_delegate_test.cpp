@@ -85,6 +85,13 @@ TEST_F(AppDelegateTest, TerminationStopsTheLogToolForGood) {
   EXPECT_EQ(system.children.attempts, 1);
 }
 
+TEST_F(AppDelegateTest, TerminationWritesTheHistorysLastLines) {
+  delegate->applicationDidFinishLaunching();
+  system.children.last().print(test::outputStarted("Firefox", 4242));
+  delegate->applicationWillTerminate();
+  EXPECT_TRUE(system.files.contents.contains("/home/user/Application Support/Tollvane/history.txt"));
+}
+
 TEST_F(AppDelegateTest, TerminationClosesTheConnectionsToBrowsers) {
   delegate->applicationDidFinishLaunching();
   const auto connection = std::make_shared<test::RecordingConnection>(Browser::firefox);

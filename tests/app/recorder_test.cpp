@@ -333,5 +333,53 @@ TEST_F(RecorderTest, AnEventThatFellOffTheListIsStillWritten) {
   EXPECT_NE(history().find("\tFirefox\t"), std::string::npos);
 }
 
+TEST_F(RecorderTest, AFloodOfReportsHarmsNoOtherBrowserAndMakesNoFloodOfSounds) {
+  report(Browser::chrome, "Quiet", 1);
+  for (int i = 0; i < 100'000; ++i) report(Browser::firefox, "Flood " + std::to_string(i), i);
+  EXPECT_EQ(recorder->pendingTabs.size(), 51u);
+  EXPECT_EQ(recorder->pendingTabs.front().title, "Quiet");
+  EXPECT_EQ(recorder->pendingTabs.back().title, "Flood 99999");
+  EXPECT_EQ(system.queue.waiting(), 1u) << "one timer for all of them";
+  system.queue.advance(2500ms);
+  EXPECT_EQ(recorder->events.size(), 50u);
+  const std::string lines = history();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 51);
+}
+
+TEST_F(RecorderTest, EachReportWaitsForItsSoundEquallyLong) {
+  report(Browser::chrome, "First", 1);
+  system.queue.advance(1s);
+  report(Browser::firefox, "Second", 2);
+  system.queue.advance(1500ms);
+  ASSERT_EQ(recorder->events.size(), 1u);
+  EXPECT_EQ(recorder->events[0]->tabTitle, "First");
+  system.queue.advance(999ms);
+  EXPECT_EQ(recorder->events.size(), 1u);
+  system.queue.advance(1ms);
+  ASSERT_EQ(recorder->events.size(), 2u);
+  EXPECT_EQ(recorder->events[0]->tabTitle, "Second");
+}
+
+TEST_F(RecorderTest, LongTitlesAreCutOnReceipt) {
+  report(Browser::chrome, std::string(1 << 20, 'x'));
+  EXPECT_EQ(recorder->pendingTabs.back().title, std::string(1000, 'x'));
+  std::string marks = "a";
+  for (int i = 0; i < 100'000; ++i) marks += "\u0301";
+  report(Browser::chrome, marks);
+  EXPECT_LE(recorder->pendingTabs.back().title.size(), 16'003u);
+}
+
+TEST_F(RecorderTest, LinesThatWaitForTheirTabAreWrittenAtTheEnd) {
+  sound("Firefox");
+  sound("Mail");
+  recorder->finish();
+  EXPECT_EQ(history(),
+            "2025-01-31 14:05:09\tFirefox\tstarted playing audio\t\n"
+            "2025-01-31 14:05:09\tMail\tstarted playing audio\t\n");
+  const std::string written = history();
+  system.queue.advance(10s);
+  EXPECT_EQ(history(), written) << "each line once";
+}
+
 }  // namespace
 }  // namespace tollvane

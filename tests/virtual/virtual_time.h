@@ -66,6 +66,7 @@ class VirtualMainQueue : public MainQueue {
   }
   void runDue() { advance(Duration::zero()); }
   bool idle() const { return blocks_.empty(); }
+  std::size_t waiting() const { return blocks_.size(); }
 
   std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
