@@ -21,8 +21,9 @@ class RunningBridge {
     std::vector<std::string> arguments = {"chrome-extension://abcdefghijklmnopabcdefghijklmnop/"};
     Variables variables{};  // further ones
     std::optional<std::filesystem::path>
-        browser{};                 // a program, made for this, that starts it; absent: the test itself
-    bool strayDescriptor = false;  // one more pipe is inherited, as number 3
+        browser{};                                // a program, made for this, that starts it; absent: the test itself
+    bool strayDescriptor = false;                 // one more pipe is inherited, as number 3
+    std::optional<std::filesystem::path> copy{};  // runs as a copy that is made there
   };
 
   explicit RunningBridge(const std::filesystem::path& dataHome) : RunningBridge(dataHome, Options()) {}
