@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "bridge/application_sockets.h"
 #include "bridge/bridge.h"
 #include "bridge/parent_browser.h"
 #include "platform/linux/kernel/folders.h"
@@ -42,10 +43,9 @@ int run(const std::vector<std::string>& arguments) {
   Relay relay(introduction(launchedBy), processName(ProcFs(), browser));
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
-  const auto data = dataFolder();
-  if (!data) return EX_CONFIG;
-  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)},
-                *data / supportDirectoryName / bridgeSocketName, std::move(relay));
+  const auto sockets = applicationSockets(ProcFs().executable(getpid()).value_or(""), dataFolder());
+  if (sockets.empty()) return EX_CONFIG;
+  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)}, sockets, std::move(relay));
   bridge.run();
   return EX_OK;
 }

@@ -10,7 +10,7 @@ namespace tollvane {
 std::optional<std::string> NativeHosts::installedBridgePath() {
   const auto bundled = bundle_.auxiliaryExecutable(bridgeName);
   if (!bundled) return std::nullopt;
-  const auto bin = paths_.supportDir() / "bin";
+  const auto bin = paths_.supportDir() / programFolderName;
   const auto installed = bin / bridgeName;
   const auto fresh = bin / (std::string(bridgeName) + ".new");
   if (!files_.createDirectories(bin)) return *bundled;

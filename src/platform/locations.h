@@ -8,8 +8,10 @@
 
 namespace tollvane {
 
-// Tollvane's own directory below applicationSupport(), and the socket in it at which the bridges find Tollvane.
+// Tollvane's own directory below applicationSupport(), the directory in it that holds the copy of the bridge, and the
+// socket in it at which the bridges find Tollvane.
 inline constexpr std::string_view supportDirectoryName = "Tollvane";
+inline constexpr std::string_view programFolderName = "bin";
 inline constexpr std::string_view bridgeSocketName = "bridge.sock";
 
 class Locations {

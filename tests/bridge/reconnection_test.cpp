@@ -129,6 +129,65 @@ TEST_F(ReconnectionTest, AThousandApplicationsLeakNoDescriptor) {
   }
 }
 
+class OtherEnvironmentTest : public BridgeTest {
+ protected:
+  std::filesystem::path besideSocket() const { return directory / "home/Tollvane/bridge.sock"; }
+
+  RunningBridge::Options installed{.copy = directory / "home/Tollvane/bin/TollvaneBridge"};
+};
+
+TEST_F(OtherEnvironmentTest, AnApplicationBesideTheBridgeIsFound) {
+  FakeApplication application(besideSocket());
+  RunningBridge bridge(dataHome(), installed);
+  EXPECT_EQ(application.accept().line(), introduction);
+}
+
+TEST_F(OtherEnvironmentTest, TheApplicationBesideTheBridgeComesFirstAndTheOtherOneAfterIt) {
+  FakeApplication other(socket());
+  std::optional<FakeApplication> beside(besideSocket());
+  RunningBridge bridge(dataHome(), installed);
+  Wire connection = beside->accept();
+  EXPECT_EQ(connection.line(), introduction);
+  beside.reset();
+  connection.close();
+  EXPECT_EQ(other.accept().line(), introduction);
+}
+
+TEST_F(OtherEnvironmentTest, AnApplicationThatComesLaterIsFoundInEitherPlace) {
+  RunningBridge bridge(dataHome(), installed);
+  for (const auto& place : {besideSocket(), socket(), besideSocket()}) {
+    FakeApplication application(place);
+    EXPECT_EQ(application.accept().line(), introduction) << place;
+  }
+}
+
+TEST_F(OtherEnvironmentTest, AnApplicationOfAnotherUserBesideTheBridgeHearsNothing) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+  std::filesystem::create_directories(besideSocket().parent_path());
+  for (const auto& folder : {directory.path(), directory / "home", directory / "home/Tollvane"})
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t other = fork();
+  if (other == 0) {
+    if (setuid(65534) != 0) _exit(2);
+    FakeApplication stranger(besideSocket());
+    if (write(ready[1], "x", 1) != 1) _exit(3);
+    Wire connection = stranger.accept();
+    _exit(connection.ends() && connection.unread().empty() ? 0 : 1);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  FakeApplication own(socket());
+  RunningBridge bridge(dataHome(), installed);
+  EXPECT_EQ(own.accept().line(), introduction);
+  int status = -1;
+  ASSERT_TRUE(waitUntil([&] { return waitpid(other, &status, WNOHANG) != 0; }));
+  EXPECT_EQ(status, 0);
+  close(ready[0]);
+  close(ready[1]);
+}
+
 TEST_F(ReconnectionTest, ALongSocketPathIsCutAsTheApplicationCutsIt) {
   const std::filesystem::path deep = directory / std::string(103 - directory.path().native().size() - 14, 'd');
   const std::string whole = deep / "Tollvane" / "bridge.sock";

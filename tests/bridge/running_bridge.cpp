@@ -46,6 +46,11 @@ std::vector<std::string> environment(const std::filesystem::path& dataHome, cons
 // itself with the bridge.
 std::vector<std::string> command(const RunningBridge::Options& options) {
   std::vector<std::string> result = {TOLLVANE_BRIDGE};
+  if (options.copy) {
+    std::filesystem::create_directories(options.copy->parent_path());
+    std::filesystem::copy_file(TOLLVANE_BRIDGE, *options.copy);
+    result = {*options.copy};
+  }
   if (options.browser) {
     std::filesystem::create_directories(options.browser->parent_path());
     std::filesystem::copy_file("/bin/sh", *options.browser);

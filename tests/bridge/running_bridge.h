@@ -24,6 +24,7 @@ class RunningBridge {
     std::optional<std::filesystem::path>
         browser{};                 // path of a program to make, which starts the bridge; absent: the test starts it
     bool strayDescriptor = false;  // if true, the bridge inherits one more pipe, as descriptor 3
+    std::optional<std::filesystem::path> copy{};  // path for a copy of the bridge, which runs instead of it
   };
 
   explicit RunningBridge(const std::filesystem::path& dataHome) : RunningBridge(dataHome, Options()) {}

@@ -266,6 +266,16 @@ class Marks(ApplicationTest):
 
 
 class Life(ApplicationTest):
+    def test_browser_that_was_started_in_another_environment_finds_the_application(self):
+        self.browser.stop()
+        self.browser.variables = {'XDG_DATA_HOME': str(self.session.home / 'elsewhere')}
+        self.addCleanup(self.browser.start)
+        self.addCleanup(self.browser.variables.clear)
+        self.addCleanup(self.browser.stop)
+        self.browser.start()
+        self.await_link()
+        self.play(self.open('From elsewhere'))
+
     def test_killed_application_has_the_extension_back_when_it_is_started_again(self):
         bridges = self.tollvane.bridges()
         self.tollvane.kill()

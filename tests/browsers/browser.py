@@ -35,6 +35,7 @@ class Browser:
         self.extension = pathlib.Path(extension)
         self.profile = session.home / (profile_directory or self.profile_directory)
         self.command = [self.name]
+        self.variables = {}  # of its environment, besides the session's
         self.process = None
 
     def unpacked(self):
@@ -56,6 +57,9 @@ class Browser:
     @classmethod
     def is_installed(cls):
         return shutil.which(cls.name) is not None
+
+    def environment(self):
+        return {**self.session.environment, **self.variables}
 
     def start(self, restore=False):
         """Starts the browser. Returns when it accepts commands and its first window is open. `restore`: with the tabs

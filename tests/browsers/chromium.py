@@ -44,7 +44,7 @@ class Chromium(Browser):
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
             f'--user-data-dir={self.profile}', f'--load-extension={self.extension / "chromium"}',
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),
-            '--restore-last-session' if restore else 'about:blank'], **self._pipe.options())
+            '--restore-last-session' if restore else 'about:blank'], env=self.environment(), **self._pipe.options())
         self._pipe.started()
         self._sessions = {}
         wait_until(self.tabs, 'the first window')

@@ -35,7 +35,7 @@ class Firefox(Browser):
             preferences.write(f'user_pref("marionette.port", {port});\n')
         self.process = self.session.start(
             'firefox', [*self.command, '--profile', str(self.profile), '--no-remote', '--marionette',
-                        '-remote-allow-system-access'])
+                        '-remote-allow-system-access'], env=self.environment())
         if self._wire:
             self._wire.close()  # the connection to the run before
         self._wire = _Wire(port)
