@@ -14,7 +14,7 @@ jq -r '
   def rate: .items_per_second / 1e6 * 1000 | round / 1000;
   [.benchmarks[] | select(.aggregate_name == "median")] as $b
   | ($b[] | select(.run_name | startswith("plainPort"))) as $plain
-  | $b[] | "\(.run_name | sub(""; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
+  | $b[] | "\(.run_name): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
 ' "$build/lines_bench.json"
 
 heading "Names of applications (a desktop with 300 entries)"
@@ -31,6 +31,9 @@ jq -r '
   | ($b[] | select(.run_name | startswith("link")) |
      "messages: \(.items_per_second / 1000 | round) thousand/s, \(.items_per_second / $echo * 100 | round / 100) of a bare echo")
 ' "$build/core_bench.json"
+
+heading "A sound on its way to the bell while a bridge misbehaves, beside an idle link"
+"$build/bench/link_bench"
 
 heading "TollvaneLog"
 "$build/bench/soundlog_bench"

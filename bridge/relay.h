@@ -54,7 +54,7 @@ class Relay {
 
   std::string introduction_;
   std::string browser_;
-  std::string hello_;  // empty if there was none yet
+  std::string hello_;  // empty if none has come yet
   bool connected_ = false;
   std::optional<bool> announced_;  // what the extension was told last about `connected_`
   bool answered_ = false;

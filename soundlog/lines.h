@@ -9,7 +9,7 @@
 //   eventMessage      the message
 // Of a sound that is no notification's, two more tell about its maker:
 //   makerName         its name, with the script that started it ("paplay (backup-done.sh)")
-//   ancestors         the numbers of the processes that started it, the nearest first; left out if there are none
+//   ancestors         the numbers of the processes that started it, the nearest first; left out if none exist
 #pragma once
 
 #include <string>

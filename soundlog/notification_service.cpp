@@ -5,7 +5,7 @@
 namespace tollvane::soundlog {
 namespace {
 
-// The control group of the service unit in which `pid` is the main process; empty if there is none. If the parent is in
+// The control group of the service unit in which `pid` is the main process; empty if none exists. If the parent is in
 // the same group, the group belongs to a whole session, or to the bus that started this process and many others.
 std::string ownUnit(const ProcFs& processes, Pid pid) {
   const std::string group = processes.cgroup(pid);

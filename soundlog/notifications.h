@@ -29,7 +29,7 @@ class NotificationSource {
   struct Events {
     std::function<void(const Notice&, std::optional<Pid> sender)> presented;
     // Not called for a notification that a service passes on: it was presented when the service received it.
-    std::function<void(std::optional<Pid>)> serviceChanged;  // process of the service; absent if there is none
+    std::function<void(std::optional<Pid>)> serviceChanged;  // process of the service; absent if none exists
     std::function<void(Pid)> received;  // a notification was sent to this process, which is not the service
     std::function<void()> served;
     std::function<void(bool served)> ended;

@@ -25,7 +25,7 @@ class Identities {
     std::string id;        // id of its desktop entry, without ".desktop"
     bool regular = false;  // whether the user knows it as an application
   };
-  // Returns the application that runs as this process itself; absent if there is none.
+  // Returns the application that runs as this process itself; absent if none exists.
   using Lookup = std::function<std::optional<Application>(Pid)>;
 
   Identities(const Makers& makers, Lookup lookup) : makers_(makers), lookup_(std::move(lookup)) {}

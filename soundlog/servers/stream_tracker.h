@@ -61,7 +61,7 @@ class StartMerger {
   std::map<std::string, Instant> starts_;  // until when others are merged with each
 };
 
-// Returns the stream's property of this name; empty if there is none.
+// Returns the stream's property of this name; empty if none exists.
 using Properties = std::function<std::string_view(const char* name)>;
 
 // Whether the stream only passes on what others play (a loopback, a combined output).

@@ -34,7 +34,7 @@ struct AudioOutputStarted {
 };
 
 struct SoundServerReport {
-  bool found;  // false: there is none, so no sound can be noticed
+  bool found;  // if false, no sound can be noticed
   bool operator==(const SoundServerReport&) const = default;
 };
 

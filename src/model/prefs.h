@@ -28,7 +28,7 @@ class Prefs {
   void setUpdateLastCheck(double seconds) { store_.set("updateLastCheck", seconds); }
 
  private:
-  // The stored truth value; `otherwise` if there is none, or if something else is stored.
+  // The stored truth value; `otherwise` if none exists, or if something else is stored.
   bool boolean(std::string_view key, bool otherwise) const;
 
   Defaults& store_;

@@ -25,7 +25,7 @@ class LineBuffer {
 
   void append(std::string_view bytes);
 
-  // The next whole line; absent when there is none yet. Valid until the next call of either function.
+  // The next whole line; absent when none exists yet. Valid until the next call of either function.
   std::optional<std::string_view> next();
 
  private:

@@ -47,7 +47,7 @@ class SecondSoundTest : public testing::Test {
   void report(std::string_view title, std::int64_t tabId) { say(tab(title, tabId), profile); }
   void answerOnly(std::string_view title, std::int64_t tabId) { say(answer(title, tabId), profile); }
 
-  // The tabs of the sounds, the newest first; "-" if there is none.
+  // The tabs of the sounds, the newest first; "-" if none exists.
   std::vector<std::string> tabs() {
     std::vector<std::string> titles;
     for (const auto& event : delegate->recorder().events) titles.push_back(event->tabTitle.value_or("-"));

@@ -31,7 +31,7 @@ bool isAnswered(const std::string& path);
 // Whether the program at the other end of a socket is this user's; absent if the system does not tell.
 std::optional<bool> peerIsOwnUsers(int socket);
 
-// One end of a connection. Empty if there is none.
+// One end of a connection. Empty if it is not connected.
 class LocalStream {
  public:
   LocalStream() = default;

@@ -52,7 +52,7 @@ bool isHost(std::string_view unit) {
   return ofSession || std::find(hosts.begin(), hosts.end(), name) != hosts.end();
 }
 
-// The unit's description; empty if there is none, or if the unit is a whole session, in which much else runs.
+// The unit's description; empty if none exists, or if the unit is a whole session, in which much else runs.
 std::string descriptionIn(std::string_view text) {
   std::string_view description;
   bool inSection = false;

@@ -20,7 +20,7 @@
 
 namespace tollvane {
 
-// Which file is at a path, and in which state; all members are 0 if there is none.
+// Which file is at a path, and in which state; all members are 0 if none exists.
 struct FileStamp {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -100,7 +100,7 @@ class DesktopEntries {
   Entry withFlatpakId(std::string_view flatpakId) const;
   Entry withSnapInstance(std::string_view instance) const;
 
-  // The ordinary application whose name on this desktop is exactly this; null if there is none.
+  // The ordinary application whose name on this desktop is exactly this; null if none exists.
   Entry named(std::string_view name) const;
 
   const ProgramIndex& programs() const { return programs_; }

@@ -17,7 +17,7 @@ struct DesktopEntry {
   std::string id;    // the file's name without ".desktop"
   std::string path;  // path of the file
   std::string name;  // in the user's language, valid UTF-8; may be empty
-  // The command line without its field codes (%U) and without `env NAME=value` in front; empty if there is none.
+  // The command line without its field codes (%U) and without `env NAME=value` in front; empty if none exists.
   std::vector<std::string> command;
   std::string tryExec;
   std::string startupWmClass;
@@ -60,7 +60,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
 // Reads and parses an entry's file; absent, too, if it is not a plain file, or longer than any real entry.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string_view currentDesktop);
 
-// Reads a D-Bus service file as if it were an entry: `name` is the name on the bus. Absent if it is none.
+// Reads a D-Bus service file as if it were an entry: `name` is the name on the bus. Absent if it is not such a file.
 // Source of the format: the D-Bus specification, "Message Bus Starting Services".
 std::optional<DesktopEntry> readBusService(const std::string& path);
 

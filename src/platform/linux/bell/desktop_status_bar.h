@@ -17,7 +17,7 @@ namespace tollvane {
 class DesktopStatusBar : public StatusBar {
  public:
   // At login the panel may start after us, and a replaced panel comes back quickly: wait this long before deciding that
-  // there is none.
+  // no panel exists.
   static constexpr std::chrono::seconds grace{5};
 
   // `modern` makes the StatusNotifierItems.

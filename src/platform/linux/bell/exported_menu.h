@@ -40,10 +40,10 @@ class ExportedMenu {
 
   bool hasSameLayout(const ExportedMenu& other) const { return layout_ == other.layout_; }
 
-  // The item with this number; null if there is none. 0 is the whole menu.
+  // The item with this number; null if none exists. 0 is the whole menu.
   const DBusMenuLayout* find(int number) const;
 
-  // The menu item from which it was made, without its submenu; null if there is none. The whole menu, 0, has none.
+  // The menu item from which it was made, without its submenu; null if none exists. The whole menu, 0, has none.
   const MenuItem* item(int number) const;
 
  private:

@@ -32,7 +32,7 @@ class WatcherRegistration : public QObject {
   QDBusConnection bus_;
   QDBusServiceWatcher watcher_;
   QString itemService_;
-  QString registeredWith_;  // unique name of the watcher that knows the item; empty if there is none
+  QString registeredWith_;  // unique name of the watcher that knows the item; empty if none exists
 };
 
 // Whether anything on this desktop shows status items.

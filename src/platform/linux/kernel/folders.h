@@ -19,7 +19,7 @@ std::optional<std::filesystem::path> homeFolder();           // HOME, else as th
 std::optional<std::filesystem::path> dataFolder();           // XDG_DATA_HOME
 std::optional<std::filesystem::path> configurationFolder();  // XDG_CONFIG_HOME
 
-// The path of the program that a shell would start under this name; absent if there is none. A name with a slash in it
+// The path of the program that a shell would start under this name; absent if none exists. A name with a slash in it
 // must be an absolute path. `searchPath`: in the form of PATH; only its absolute folders are searched.
 std::optional<std::string> findProgram(std::string_view name, std::string_view searchPath);
 
@@ -30,7 +30,7 @@ class XdgLocations : public Locations {
  public:
   std::optional<std::filesystem::path> home() const override { return homeFolder(); }
   std::optional<std::filesystem::path> applicationSupport() const override { return dataFolder(); }
-  std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // there are none on Linux
+  std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // Linux has no such folders
   std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override;
 };
 

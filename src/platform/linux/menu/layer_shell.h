@@ -67,7 +67,7 @@ class LayerShell {
   // The size of what the panels of `output` leave free; absent if the compositor does not answer.
   std::optional<QSize> sizeWithoutPanels(wl_output* output);
 
-  // An activation token for the user's last click or key in one of our windows. Empty if there is none.
+  // An activation token for the user's last click or key in one of our windows. Empty if none exists.
   std::string activationToken(QWindow& window);
 
  private:

@@ -1,5 +1,5 @@
 // The permission to come forward that a click of the user gives: a text that the window system hands out, and wants to
-// see before it lets another window come to the front. Empty if there is none. Main thread only.
+// see before it lets another window come to the front. Empty if none exists. Main thread only.
 // Sources: freedesktop.org, Startup Notification 0.2 and Desktop Entry 1.5 (D-Bus Activation); Wayland,
 // xdg-activation-v1.
 #pragma once
@@ -21,7 +21,7 @@ inline QVariantMap platformData(const std::string& token) {
   return {{QStringLiteral("activation-token"), text}, {QStringLiteral("desktop-startup-id"), text}};
 }
 
-// The token in there; empty if there is none.
+// The token in there; empty if none exists.
 inline std::string tokenOf(const QVariantMap& data) {
   const QString token = data.value(QStringLiteral("activation-token")).toString();
   return (token.isEmpty() ? data.value(QStringLiteral("desktop-startup-id")).toString() : token).toStdString();
