@@ -16,8 +16,8 @@
 namespace tollvane {
 
 // Which browser an application is, by its name alone: the browser's own name, or one that the system gives to one of
-// its editions. Asks the system for each name once, when it is first needed, because that costs a look at all
-// processes. Keep an object for one question or a series of them, not for longer.
+// its editions. Asks the system for each name once, when it is first needed. Keep an object for one question or a
+// series of them, not for longer.
 class BrowserNames {
  public:
   explicit BrowserNames(const Resolver& resolver) : resolver_(resolver) {}

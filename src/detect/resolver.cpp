@@ -94,10 +94,9 @@ std::string Resolver::appName(std::string_view bundleID) const {
 }
 
 std::vector<std::string> Resolver::appNames(std::string_view bundleID) const {
-  std::vector<std::string> names;
-  for (auto& application : workspace_.runningApplications(bundleID))
-    if (application.localizedName) names.push_back(*std::move(application.localizedName));
-  if (names.empty()) names.push_back(appName(bundleID));
+  std::vector<std::string> names = workspace_.names(bundleID);
+  for (std::string& name : names) name = withoutAll(std::move(name), ".app");
+  if (names.empty()) names.emplace_back(bundleID);
   return names;
 }
 

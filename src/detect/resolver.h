@@ -44,7 +44,7 @@ class Resolver {
   // name.
   std::string appName(std::string_view bundleID) const;
 
-  // All names under which its running processes appear; if none exist, the same as appName().
+  // All names under which the system shows it; the identifier itself if the system knows no name.
   std::vector<std::string> appNames(std::string_view bundleID) const;
 
   // Where the application with this display name is installed. The name must be exact: it is not trimmed, and case

@@ -41,6 +41,10 @@ class Workspace {
   // All applications that run as this user, with each of their processes, in the system's own order.
   virtual std::vector<RunningApplication> runningApplications() const = 0;
 
+  // The names under which the desktop shows the application with this bundle identifier, whether it runs or not;
+  // several if it is installed in several ways. Far cheaper than to look for its processes.
+  virtual std::vector<std::string> names(std::string_view bundleID) const = 0;
+
   // Where the application with this bundle identifier is installed: its bundle, or the file that describes it to the
   // desktop. Absent if it is not installed.
   virtual std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const = 0;

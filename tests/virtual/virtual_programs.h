@@ -105,6 +105,13 @@ class VirtualWorkspace : public Workspace {
     for (const auto& entry : running) result.push_back(entry.application);
     return result;
   }
+  std::vector<std::string> names(std::string_view bundleID) const override {
+    std::vector<std::string> result;
+    for (const auto& application : runningApplications(bundleID))
+      if (application.localizedName) result.push_back(*application.localizedName);
+    if (const auto where = urlForApplication(bundleID)) result.push_back(displayName(*where));
+    return result;
+  }
   std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override {
     const auto found = installed.find(std::string(bundleID));
     return found == installed.end() ? std::nullopt : std::optional(found->second);

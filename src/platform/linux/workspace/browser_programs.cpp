@@ -24,16 +24,26 @@ const BrowserEdition* BrowserPrograms::editionOf(Pid pid) const {
   return edition != nullptr && processes.isOwn(pid) ? edition : nullptr;
 }
 
+const std::vector<BrowserPrograms::Running>& BrowserPrograms::look() const {
+  const Instant now = clock_.steadyNow();
+  if (now < runningUntil_) return running_;
+  running_.clear();
+  for (const Pid pid : applications_.processes().all())
+    if (const BrowserEdition* const found = editionOf(pid)) running_.push_back({pid, found});
+  runningUntil_ = now + sharedFor;
+  return running_;
+}
+
 std::vector<Pid> BrowserPrograms::running(const BrowserEdition& edition) const {
-  if (const Instant now = clock_.steadyNow(); now >= runningUntil_) {
-    running_.clear();
-    for (const Pid pid : applications_.processes().all())
-      if (const BrowserEdition* const found = editionOf(pid)) running_.push_back({pid, found});
-    runningUntil_ = now + sharedFor;
-  }
   std::vector<Pid> pids;
-  for (const Running& each : running_)
-    if (each.edition == &edition && editionOf(each.pid) == &edition) pids.push_back(each.pid);
+  for (const Running& each : look())
+    if (each.edition == &edition) pids.push_back(each.pid);
+  return pids;
+}
+
+std::vector<Pid> BrowserPrograms::running() const {
+  std::vector<Pid> pids;
+  for (const Running& each : look()) pids.push_back(each.pid);
   return pids;
 }
 

@@ -20,8 +20,9 @@ class BrowserPrograms {
   // The edition whose program the process runs; null if it is no browser's, another user's, or gone.
   const BrowserEdition* editionOf(Pid pid) const;
 
-  // The user's processes that run this edition's program, in ascending order.
+  // The user's processes that run this edition's program, or any browser's, in ascending order.
   std::vector<Pid> running(const BrowserEdition& edition) const;
+  std::vector<Pid> running() const;
 
   // The entries that start this edition's program, whatever their ids are, without those that start a single web
   // application in it. Not up to date before entries().refresh().
@@ -36,6 +37,8 @@ class BrowserPrograms {
     DesktopEntries::Entry entry;
     const BrowserEdition* edition = nullptr;
   };
+
+  const std::vector<Running>& look() const;
 
   const Applications& applications_;
   const Clock& clock_;

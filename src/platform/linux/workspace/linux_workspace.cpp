@@ -49,19 +49,19 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_
   const auto wanted = installed(bundleID);
   std::vector<ApplicationProcess> found;
   if (!wanted.empty()) found = processes_.of(wanted, edition != nullptr);
-  if (edition != nullptr) addBrowser(*edition, found);
+  if (edition != nullptr) add(browsers_.running(*edition), found);
   return oldestFirst(std::move(found));
 }
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications() const {
   auto found = processes_.all();
-  for (const BrowserEdition& edition : browserEditions()) addBrowser(edition, found);
+  add(browsers_.running(), found);
   return oldestFirst(std::move(found));
 }
 
-// Adds the browser's processes that belong to no desktop entry. Those that belong to one have been found by it.
-void LinuxWorkspace::addBrowser(const BrowserEdition& edition, std::vector<ApplicationProcess>& found) const {
-  for (const Pid pid : browsers_.running(edition)) {
+// Adds those of the browsers' processes that belong to no desktop entry. Those that belong to one were found by it.
+void LinuxWorkspace::add(const std::vector<Pid>& browsers, std::vector<ApplicationProcess>& found) const {
+  for (const Pid pid : browsers) {
     if (std::any_of(found.begin(), found.end(), [&](const auto& each) { return each.pid == pid; })) continue;
     auto application = ownership(pid);
     const auto status = application ? applications_.processes().status(pid) : std::nullopt;
@@ -77,6 +77,14 @@ std::vector<RunningApplication> LinuxWorkspace::oldestFirst(std::vector<Applicat
   for (const auto& process : found)
     applications.push_back(running(process.pid, process.startTime, process.application));
   return applications;
+}
+
+// The processes of an entry have its name, and those of a browser without an entry have their family's.
+std::vector<std::string> LinuxWorkspace::names(std::string_view bundleID) const {
+  std::vector<std::string> names;
+  for (const auto& entry : installed(bundleID))
+    if (!entry->name.empty()) names.push_back(entry->name);
+  return names;
 }
 
 std::optional<std::filesystem::path> LinuxWorkspace::urlForApplication(std::string_view bundleID) const {

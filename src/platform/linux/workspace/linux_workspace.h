@@ -19,6 +19,7 @@ class LinuxWorkspace : public Workspace {
   std::optional<RunningApplication> runningApplication(Pid pid) const override;
   std::vector<RunningApplication> runningApplications(std::string_view bundleID) const override;
   std::vector<RunningApplication> runningApplications() const override;
+  std::vector<std::string> names(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const override;
   std::string displayName(const std::filesystem::path& path) const override;
@@ -32,7 +33,7 @@ class LinuxWorkspace : public Workspace {
 
  private:
   std::optional<Ownership> ownership(Pid pid) const;
-  void addBrowser(const BrowserEdition& edition, std::vector<ApplicationProcess>& found) const;
+  void add(const std::vector<Pid>& browsers, std::vector<ApplicationProcess>& found) const;
   std::vector<RunningApplication> oldestFirst(std::vector<ApplicationProcess> found) const;
   RunningApplication running(Pid pid, std::uint64_t startTime, const Ownership& application) const;
   ActivationTarget targetOf(Pid pid, const Ownership& application) const;

@@ -70,6 +70,17 @@ TEST(BrowserPrograms, AnEntryOfTheUsersOwnIsTheBrowsers) {
   EXPECT_EQ(system.workspace().urlForApplication("org.mozilla.firefox"), file);
 }
 
+TEST(BrowserPrograms, ABrowserHasANameForEachWayInWhichItIsInstalled) {
+  FakeSystem system;
+  system.program("/usr/lib/firefox-esr/firefox-esr");
+  system.link("/usr/bin/firefox-esr", "../lib/firefox-esr/firefox-esr");
+  system.program("/opt/ff/firefox");
+  system.entry("firefox-esr", "Name=Firefox ESR\nExec=firefox-esr %u\n");
+  system.entry("my-firefox", "Name=My own Firefox\nExec=@/opt/ff/firefox %u\n");
+  EXPECT_THAT(system.workspace().names("org.mozilla.firefox"), ElementsAre("Firefox ESR", "My own Firefox"));
+  EXPECT_THAT(system.workspace().names("org.mozilla.nightly"), IsEmpty());
+}
+
 TEST(BrowserPrograms, AWebApplicationIsNotTheBrowser) {
   FakeSystem system;
   system.program("/opt/chromium/chrome");
