@@ -42,6 +42,10 @@ class NotificationSource {
   bool connect();
   void disconnect();
 
+  // Whether the bus is being asked for a process, so that an event about a notification that was seen already is still
+  // to come.
+  bool isAsking() const { return !questions_.empty(); }
+
  private:
   struct Question;
 

@@ -241,9 +241,11 @@ TEST_F(SpeechTest, ASentenceIsOneEntryHoweverManyModulesTakePart) {
 }
 
 TEST_F(SpeechTest, AModuleThatOnlyTriesTheSoundServerIsNotHeard) {
-  kill(module("sd_espeak-ng"), SIGUSR1);
-  kill(module("sd_espeak-ng"), SIGTERM);
-  kill(module("sd_dummy"), SIGUSR1);  // this one keeps a stream open, and has a player for the only sentence it knows
+  const int espeak = module("sd_espeak-ng");
+  const int dummy = module("sd_dummy");
+  kill(espeak, SIGUSR1);
+  kill(espeak, SIGTERM);
+  kill(dummy, SIGUSR1);  // this one keeps a stream open, and has a player for the only sentence it knows
   // Longer than a start is in doubt.
   const auto end = std::chrono::steady_clock::now() + 500ms;
   while (std::chrono::steady_clock::now() < end) EXPECT_EQ(log_->heardSoFar(), Heards());
