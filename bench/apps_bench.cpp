@@ -1,5 +1,5 @@
-// How long it takes to find out which application a process belongs to: with 300 desktop entries, 300 more processes,
-// and the longest walk from a player up to the application that started it.
+// Measures how long it takes to find the application that a process belongs to. There are 300 desktop entries, 300
+// other processes, and the longest possible chain of parents from a player up to its application.
 #include <benchmark/benchmark.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -50,7 +50,7 @@ void await(Condition condition) {
   }
 }
 
-// The machine to measure on: folders, programs and processes of its own, gone with the object.
+// The surroundings of a measurement: folders, programs and processes, which are removed with the object.
 class Machine {
  public:
   Machine() {
@@ -67,7 +67,7 @@ class Machine {
     environment.searchPath = "/usr/local/bin:/usr/bin:/bin:" + (root_ / "bin").string();
     for (int i = 0; i < entryCount; ++i) writeEntry(i);
     startChain();
-    // A browser as Debian installs it: the executable is not the program that the entry names.
+    // A browser as Debian installs it, whose executable is not the program that its entry names.
     const fs::path browser = root_ / "lib/chromium/chromium";
     fs::create_directories(browser.parent_path());
     fs::copy_file(fs::canonical("/bin/sleep"), browser);
@@ -80,7 +80,7 @@ class Machine {
   }
 
   ~Machine() {
-    // The application first: nothing of the chain is left to start anything.
+    // The application first, so that no shell of the chain starts anything.
     for (const pid_t pid : children_) ::kill(pid, SIGKILL);
     for (const pid_t pid : chain_) ::kill(pid, SIGKILL);
     for (const pid_t pid : children_) ::waitpid(pid, nullptr, 0);
@@ -123,7 +123,7 @@ class Machine {
     return pid;
   }
 
-  // The application, then one shell script below the other, then the player.
+  // Starts the application, below it a chain of shell scripts, and below these the player.
   void startChain() {
     const std::string application = (root_ / "bin" / ("app-" + std::to_string(entryCount - 1))).string();
     fs::copy_file(fs::canonical("/bin/sh"), application);
@@ -152,7 +152,8 @@ std::unique_ptr<Machine> machine;
 
 struct Desktop {
   Desktop() {
-    // Folders that were just written are read again and again until their time stamps can be relied on.
+    // Just after folders were written, each look reads them again, because their times do not tell further changes.
+    // Wait until that is over.
     await([&] {
       entries.refresh();
       return std::chrono::file_clock::now() - fs::last_write_time(machine->root() / "share/applications") > 100ms;
@@ -166,7 +167,7 @@ struct Desktop {
   Applications applications{machine->processes, entries, windows, &background};
   Activator nobody{{}};
   GioLauncher launcher{nullptr};
-  test::HurryingClock clock;  // each search looks at all processes by itself
+  test::HurryingClock clock;  // each search scans all processes itself
   LinuxWorkspace workspace{applications, clock, nobody, launcher};
 };
 
@@ -180,7 +181,7 @@ void nameOfAnApplication(benchmark::State& state) {
 }
 BENCHMARK(nameOfAnApplication)->Unit(benchmark::kMicrosecond);
 
-// From a player without a name up to the application, eight processes in all.
+// From a player without an entry up to the application; eight processes in all.
 void nameAfterTheLongestWalk(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) {
@@ -197,7 +198,7 @@ void nameAfterTheLongestWalk(benchmark::State& state) {
 }
 BENCHMARK(nameAfterTheLongestWalk)->Unit(benchmark::kMicrosecond);
 
-// What the start costs: everything is read.
+// The cost of the start, when all entries are read.
 void readAllEntries(benchmark::State& state) {
   for (auto _ : state) {
     auto entries = std::make_unique<DesktopEntries>(machine->environment);
@@ -255,7 +256,7 @@ void findBrowserThatIsNotInstalled(benchmark::State& state) {
 }
 BENCHMARK(findBrowserThatIsNotInstalled)->Unit(benchmark::kMicrosecond);
 
-// What a click on an entry of the menu costs first.
+// The first step after a click on an entry of the menu.
 void listAllApplications(benchmark::State& state) {
   const Desktop desktop;
   for (auto _ : state) benchmark::DoNotOptimize(desktop.workspace.runningApplications());
@@ -263,7 +264,7 @@ void listAllApplications(benchmark::State& state) {
 }
 BENCHMARK(listAllApplications)->Unit(benchmark::kMicrosecond);
 
-// As a menu does, which asks whether each browser it knows is running: they share one look at the processes.
+// The menu asks whether each known browser runs; these searches share one scan of the processes.
 void findSevenBrowsers(benchmark::State& state) {
   Desktop desktop;
   const SystemClock clock;

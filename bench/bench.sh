@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every figure that Tollvane claims, each beside its baseline in the same run:
-#   bench.sh BUILD      BUILD: a release build, such as build/release
+# Prints every figure that Tollvane claims, each beside its baseline from the same run:
+#   bench.sh BUILD      BUILD: the directory of a release build, such as build/release
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 build=$(realpath "$1")
@@ -13,8 +13,8 @@ heading "Lines of the log tool to sound events (900 bytes a line, a quarter of t
 jq -r '
   def rate: .items_per_second / 1e6 * 1000 | round / 1000;
   [.benchmarks[] | select(.aggregate_name == "median")] as $b
-  | ($b[] | select(.run_name | startswith("BM_PlainPort"))) as $plain
-  | $b[] | "\(.run_name | sub("BM_"; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
+  | ($b[] | select(.run_name | startswith("plainPort"))) as $plain
+  | $b[] | "\(.run_name | sub(""; "")): \(rate) million lines/s, \(.items_per_second / $plain.items_per_second * 10 | round / 10) times the plain port"
 ' "$build/lines_bench.json"
 
 heading "Names of applications (a desktop with 300 entries)"
@@ -26,9 +26,9 @@ heading "The menu's tree; messages of 64 browsers at once, beside a bare echo"
   2>/dev/null >"$build/core_bench.json"
 jq -r '
   [.benchmarks[] | select(.aggregate_name == "median")] as $b
-  | ($b[] | select(.run_name | startswith("BM_MenuOfFifty")) | "menu of 50 sounds: \(.real_time * 10 | round / 10) us"),
-    ($b[] | select(.run_name | startswith("BM_Echo")) | .items_per_second) as $echo
-  | ($b[] | select(.run_name | startswith("BM_Link")) |
+  | ($b[] | select(.run_name | startswith("menuOfFifty")) | "menu of 50 sounds: \(.real_time * 10 | round / 10) us"),
+    ($b[] | select(.run_name | startswith("echo")) | .items_per_second) as $echo
+  | ($b[] | select(.run_name | startswith("link")) |
      "messages: \(.items_per_second / 1000 | round) thousand/s, \(.items_per_second / $echo * 100 | round / 100) of a bare echo")
 ' "$build/core_bench.json"
 

@@ -1,9 +1,9 @@
-// What TollvaneBridge costs a browser and an application:
-//   bridge_bench [SECONDS]      (5 unless said otherwise)
-// prints how long it takes from its start to its first line at the application's socket, beside a program that only
-// copies its input; its memory; and how much later an answer comes through it than over a bare socket of the same kind,
-// at 200 messages a second. Bare and bridged messages take turns, so that both meet the same machine.
-// Build for release: the figures of other builds say nothing.
+// Measures what TollvaneBridge costs:
+//   bridge_bench [SECONDS]      (default: 5)
+// prints the time from its start to its first line at the application's socket, beside a program that only copies its
+// input; its memory; and how much later an answer comes through it than over a bare socket of the same kind, at 200
+// messages a second. Bare and bridged messages take turns, so the machine is the same for both.
+// Only the figures of a release build mean something.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -55,7 +55,7 @@ struct Times {
   std::exit(1);
 }
 
-// Sends every line back as it is, until the other side closes.
+// Sends all bytes back until the other side closes.
 void echo(int socket) {
   std::array<char, 4096> buffer{};
   ssize_t size = 0;
@@ -63,8 +63,8 @@ void echo(int socket) {
     if (write(socket, buffer.data(), static_cast<std::size_t>(size)) != size) return;
 }
 
-// The application as a thread that only echoes. The bridge's own words come back to it, too: they are no messages that
-// anybody waits for, and are read before the measuring begins.
+// Stands in for the application: a thread that only echoes. It also echoes the bridge's introduction, which is read
+// before the measurement begins.
 std::thread echoThread(Wire& connection) {
   fcntl(connection.descriptor(), F_SETFL, fcntl(connection.descriptor(), F_GETFL) & ~O_NONBLOCK);
   return std::thread(echo, connection.descriptor());

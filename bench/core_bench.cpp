@@ -1,4 +1,4 @@
-// What Tollvane's core does between the outside and the screen: the menu's tree, and the messages of the browsers.
+// Measures parts of Tollvane's core: making the menu's tree, and handling messages of browsers.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -12,6 +12,7 @@
 #include "app/browser_status.h"
 #include "browser/browser_link.h"
 #include "menu/sound_menu.h"
+#include "platform/posix/posix_files.h"
 #include "support/json_value.h"
 #include "tests/virtual/core_parts.h"
 #include "tests/virtual/virtual_platform.h"
@@ -21,7 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void BM_MenuOfFiftySounds(benchmark::State& state) {
+void menuOfFiftySounds(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   std::vector<std::shared_ptr<SoundEvent>> events;
@@ -44,15 +45,15 @@ void BM_MenuOfFiftySounds(benchmark::State& state) {
     benchmark::DoNotOptimize(menu);
   }
 }
-BENCHMARK(BM_MenuOfFiftySounds)->Unit(benchmark::kMicrosecond);
+BENCHMARK(menuOfFiftySounds)->Unit(benchmark::kMicrosecond);
 
 constexpr std::size_t connections = 64;
 constexpr std::size_t messagesEach = 100;
 
-// Sixty-four clients of one listening socket, each with its messages waiting.
+// Sixty-four clients of one listening socket, which have all sent their messages.
 class Clients {
  public:
-  // `accept` lets the listener take each client in: its queue is shorter than the number of clients.
+  // `accept` lets the listener accept each client at once, because its queue is shorter than the number of clients.
   Clients(const std::string& path, const std::function<void()>& accept) {
     const std::string message =
         R"({"type":"audible","tabId":1734,"title":"The title of a page","host":"www.example.org"})";
@@ -72,9 +73,10 @@ class Clients {
   }
   void readAll() {
     std::array<char, 65536> bytes;
-    for (const auto& socket : sockets_)
+    for (const auto& socket : sockets_) {
       while (::recv(socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
       }
+    }
   }
   bool ok() const { return ok_; }
 
@@ -91,7 +93,7 @@ std::filesystem::path benchDirectory() {
   return name;
 }
 
-void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
+void linkWithSixtyFourBrowsers(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualPlatform system;
   system.locations.support = directory;
@@ -113,14 +115,15 @@ void BM_LinkWithSixtyFourBrowsers(benchmark::State& state) {
   link.stop();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(BM_LinkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
+BENCHMARK(linkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
 
-// The same sockets and the same waiting; each read is only written back.
-void BM_EchoWithSixtyFourClients(benchmark::State& state) {
+// The baseline: the same sockets and the same waiting, but everything that is read is only written back.
+void echoWithSixtyFourClients(benchmark::State& state) {
   const auto directory = benchDirectory();
   test::VirtualClock clock;
   test::VirtualMainQueue queue(clock);
-  BridgeListener listener(queue);
+  PosixFiles files;
+  BridgeListener listener(queue, files);
   std::vector<LocalStream> sockets;
   std::vector<std::unique_ptr<MainQueue::Watch>> watches;
   std::array<char, 65536> bytes{};
@@ -144,7 +147,7 @@ void BM_EchoWithSixtyFourClients(benchmark::State& state) {
   watches.clear();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(BM_EchoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
+BENCHMARK(echoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tollvane

@@ -1,6 +1,6 @@
-// From the bytes that the log tool prints to sound events, beside a plain port of the same: a DOM parser for every line
-// and regular expressions compiled at each call. The corpus is of lines of about 900 bytes, of which a quarter are of
-// sounds; every one of those becomes an event.
+// Measures how fast the bytes of the log tool become sound events. The baseline is a plain port, which parses every
+// line into a DOM and compiles its regular expressions at each call. The lines are about 900 bytes long; a quarter of
+// them report sounds, and each of these becomes an event.
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t corpusLines = 10'000;
 constexpr std::size_t lineLength = 900;
 
-// A line as the system's log tool prints it, padded in the sender's path to the usual length.
+// A line as the system's log tool prints it. The sender's path is padded, so that the line has the usual length.
 std::string wholeLine(std::string_view process, std::string_view message) {
   nlohmann::ordered_json line{
       {"traceID", 30786325626388484},
@@ -101,7 +101,7 @@ std::size_t totalSize(const std::vector<std::string>& texts) {
   return size;
 }
 
-void BM_Watcher(benchmark::State& state) {
+void watcher(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
@@ -114,11 +114,11 @@ void BM_Watcher(benchmark::State& state) {
   const auto input = reads(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
     for (const auto& read : input) system.children.last().print(read);
-    system.clock.advance(2s);  // or everything would be a repeat
+    system.clock.advance(2s);  // otherwise every sound would be a repeat
   }
   report(state, totalSize(input), events);
 }
-BENCHMARK(BM_Watcher)->ArgName("lines/read")->Arg(1)->Arg(100)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(watcher)->ArgName("lines/read")->Arg(1)->Arg(100)->Arg(10'000)->Unit(benchmark::kMillisecond);
 
 // --- the plain port
 // ---------------------------------------------------------------------------------------------------
@@ -178,7 +178,7 @@ class PlainPort {
   std::map<std::string, Instant> lastSeen_;
 };
 
-void BM_PlainPort(benchmark::State& state) {
+void plainPort(benchmark::State& state) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   PlainPort port(system.clock, resolver);
@@ -194,7 +194,7 @@ void BM_PlainPort(benchmark::State& state) {
   }
   report(state, totalSize(input), events);
 }
-BENCHMARK(BM_PlainPort)->ArgName("lines/read")->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(plainPort)->ArgName("lines/read")->Arg(100)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

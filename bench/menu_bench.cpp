@@ -1,5 +1,5 @@
-// The menu under the bell on an X11 desktop: from the bar's call to the menu on the screen, and what a thousand
-// openings leave in memory.
+// Measures the menu under the bell on an X11 desktop: the time from the bar's call to the menu on the screen, and the
+// memory before and after a thousand openings.
 #include <QCoreApplication>
 #include <algorithm>
 #include <chrono>
@@ -17,7 +17,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int openings = 51;
 
-// "Pss:", or "Pss_Anon:" for what is no file's: the whole depends on who else has the same libraries at the moment.
+// `what` is "Pss:", or "Pss_Anon:" for memory that is not mapped from files. The former depends on how many other
+// processes use the same libraries at the moment.
 double inMiB(pid_t pid, std::string_view what) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/smaps_rollup");
   std::string word;

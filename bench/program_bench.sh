@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Tollvane as a whole process, in a private desktop with a real panel and a real sound server:
+# Measures the process Tollvane, in a private desktop with a real panel and a real sound server:
 #   program_bench.sh BUNDLE
-# prints how long it takes from its start to its icon, what it costs in memory, and how often it wakes while idle.
-# The log tool that it starts is counted by itself (soundlog_bench).
+# prints the time from its start to its icon, its memory, and how often it wakes while idle. The log tool is a process
+# of its own, which soundlog_bench measures.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 bundle=$(realpath "$1")
@@ -12,7 +12,8 @@ idle_seconds=30
 # shellcheck source=tests/session/client.sh
 source "$here/../tests/session/client.sh"
 
-# A pipe from a program that stays, so that a line is stamped when it arrives and not when somebody looks.
+# Starts a program that prints the signals of the panel's watcher. Its output is read through a pipe, without polling,
+# so the time is taken when a line arrives.
 start_item_monitor() {
   exec {items}< <(exec setpriv --pdeathsig KILL gdbus monitor --session --dest org.kde.StatusNotifierWatcher 2>/dev/null)
   started+=($!)
@@ -21,7 +22,7 @@ start_item_monitor() {
   return 1
 }
 
-# Milliseconds from the start of the program to the panel's watcher announcing its item.
+# Tenths of a millisecond from the start of Tollvane until the panel's watcher announces its item.
 start_to_icon() {
   local begin=$EPOCHREALTIME line end
   start tollvane "$bundle/Tollvane"
@@ -43,11 +44,11 @@ median() { sort -n | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'; }
 
 begin_session --sound pipewire --screen 800x300 --window-manager openbox --panel xfce4
 mkdir -p "$home/.config/Tollvane"
-echo '{"hasLaunchedBefore": true}' >"$home/.config/Tollvane/defaults.json" # no welcome window in the way
+echo '{"hasLaunchedBefore": true}' >"$home/.config/Tollvane/defaults.json" # so that no welcome window opens
 require 10 "a watch on the panel's items" start_item_monitor
 times=()
 for ((run = 0; run <= runs; run++)); do
-  # The first one warms the disk's cache and is not counted.
+  # The first run fills the disk cache and is not counted.
   start_to_icon >"$root/time"
   [ "$run" -gt 0 ] && times+=("$(cat "$root/time")")
   [ "$run" -lt "$runs" ] && stop "$tollvane"
@@ -55,7 +56,7 @@ done
 sorted=$(printf '%s\n' "${times[@]}" | sort -n)
 echo "start to icon, ms: median $(tenths "$(median <<<"$sorted")"), from $(tenths "$(head -1 <<<"$sorted")") to $(tenths "$(tail -1 <<<"$sorted")") ($runs runs)"
 
-sleep 5 # what a start leaves behind has settled
+sleep 5 # the work of the start is done after this
 before=$(context_switches "$tollvane")
 sleep "$idle_seconds"
 echo "idle for $idle_seconds s, context switches: $(($(context_switches "$tollvane") - before))"

@@ -1,9 +1,8 @@
-// What TollvaneLog costs, and how fast it is, measured beside a private sound server:
-//   soundlog_bench [IDLE-SECONDS]     (30 unless said otherwise)
-// prints the context switches of an idle log, its memory, and how long after the server's own word its line comes. The
-// server's word is stamped by a second listener, in the process that also stamps the line; less than zero means that
-// the line was there first.
-// Build for release: the figures of other builds say nothing.
+// Measures what TollvaneLog costs and how fast it is, with a private sound server:
+//   soundlog_bench [IDLE-SECONDS]     (default: 30)
+// prints the context switches of an idle log, its memory, and how long after the server's message its line arrives.
+// This process takes both times: it listens to the server itself and reads the log's lines. A time below zero means
+// that the line arrived first. Only the figures of a release build mean something.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -30,7 +29,7 @@ using tollvane::test::Process;
 
 constexpr int sounds = 20;
 
-// The sum of all numbers that stand behind `name` in a file of /proc.
+// The sum of all numbers after `name` in a file of /proc.
 long sum(const std::filesystem::path& file, const std::string& name) {
   long total = 0;
   std::ifstream stream(file);
@@ -49,7 +48,7 @@ long contextSwitches(pid_t pid) {
   return total;
 }
 
-// A listener of our own in this process, and the log's lines, on one event loop: both are stamped by the same clock.
+// Receives the server's messages and the log's lines on one event loop, and takes their times from the same clock.
 class Race {
  public:
   explicit Race(const PrivateSound& sound) : sound_(sound), log_(startLog()) {}
@@ -67,7 +66,7 @@ class Race {
     return source_->connect() && spin([this] { return attached_; }, 5s) && round().has_value();
   }
 
-  // How long after the server's word the line came.
+  // How long after the server's message the line arrived.
   std::optional<steady_clock::duration> round() {
     for (int tries = 0; tries < 20; ++tries) {
       told_.reset();

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# From what an extension reports to the menu entry that names the tab, through the real bridge and the real program:
+# Measures the time from an extension's report to the menu entry that names the tab, with the real bridge and the real
+# program:
 #   tab_bench.sh BUNDLE
-# The clock runs from the first byte into the bridge's standard input to the menu's saying on the session bus that it
-# is another, upon which a bar fetches it, and so counts the bus, the listening program (gdbus) and this script's own reading with it.
+# The time begins with the first byte into the bridge's standard input. It ends when the menu announces on the session
+# bus that it has changed, so that a bar would fetch it. It includes the bus, the listening program (gdbus) and this
+# script's reading.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 bundle=$(realpath "$1")
@@ -11,7 +13,7 @@ runs=15
 # shellcheck source=tests/session/client.sh
 source "$here/../tests/session/client.sh"
 
-# await TEXT: until the monitor of that descriptor prints it.
+# await DESCRIPTOR TEXT: waits until the program behind the descriptor prints TEXT.
 await() {
   local line
   while read -r -t 10 -u "$1" line; do [[ $line == *"$2"* ]] && return; done
@@ -19,7 +21,8 @@ await() {
   exit 1
 }
 
-# report JSON: as browsers send it. By the shell itself, as a program's start would be measured too.
+# report JSON: sends a message as browsers do. The shell writes it itself, because the start of a program would be
+# measured too.
 report() {
   local bytes
   printf -v bytes '\\x%02x\\x%02x\\x00\\x00' $((${#1} & 255)) $((${#1} >> 8))
@@ -43,9 +46,9 @@ tollvane=$!
 item=org.kde.StatusNotifierItem-$tollvane-1
 require 10 "the bell in the panel" in_panel
 require 10 "Tollvane listening" listens
-ask_menu GetLayout iias 0 1 0 >/dev/null # from now on it tells of its changes
+ask_menu GetLayout iias 0 1 0 >/dev/null # after the first GetLayout the menu announces its changes
 
-# A player by the name of a browser makes the sounds; the bridge believes that browser to have started it.
+# A player with the name of a browser makes the sounds, and a variable tells the bridge that this browser started it.
 cp "$(readlink -f "$(command -v pw-play)")" "$root/Chromium"
 mkfifo "$root/reports"
 exec {reports}<>"$root/reports"
@@ -62,7 +65,7 @@ await "$bus" "is owned by"
 
 times=()
 for ((run = 0; run <= runs; run++)); do
-  sleep 1.6 # sounds of one application in quick succession are one
+  sleep 1.6 # repeated sounds of one application within 1.5 seconds count as one
   "$root/Chromium" -p "$root/silence.wav"
   await "$bus" LayoutUpdated
   begin=${EPOCHREALTIME/./}
@@ -71,7 +74,7 @@ for ((run = 0; run <= runs; run++)); do
   end=${EPOCHREALTIME/./}
   ask_menu GetLayout iias 0 1 0 | grep -q "Tab: Report $run\." ||
     { echo "tab_bench: no entry names the tab" >&2; exit 1; }
-  # The first one finds nothing in any cache.
+  # The first run fills the caches and is not counted.
   [ "$run" -eq 0 ] || times+=($((end - begin)))
 done
 printf '%s\n' "${times[@]}" | sort -n | awk '{v[NR] = $1 / 1000} END {

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <string_view>
 #include <utility>
@@ -39,20 +38,23 @@ struct Bridge::Events {
   short watch = 0;
 };
 
-Bridge::Bridge(Browser browser, std::string socket, std::string introduction)
+Bridge::Bridge(Browser browser, const std::vector<std::string>& sockets, Relay relay)
     : browser_(std::move(browser)),
-      socket_(fittingSocketPath(std::move(socket))),
-      relay_(std::move(introduction)),
-      watch_(socket_),
-      buffer_(std::make_unique_for_overwrite<char[]>(readSize)) {}
+      relay_(std::move(relay)),
+      buffer_(std::make_unique_for_overwrite<char[]>(readSize)) {
+  for (const std::string& socket : sockets)
+    places_.push_back({fittingSocketPath(socket), PathWatch(fittingSocketPath(socket))});
+}
 
 void Bridge::run() {
   seek();
   while (true) {
+    // A browser that does not read is not told of every application that comes meanwhile.
+    if (relay_.toBrowser.size() < mostWaiting) relay_.announce();
     const Events events = wait();
     if (events.process || !serveInput(events) || !serveOutput(events)) return;
     serveApplication(events);
-    if (events.watch && watch_.appeared()) {
+    if (events.watch && somethingAppeared()) {
       delay_.appeared();
       seek();
     }
@@ -65,17 +67,27 @@ Bridge::Events Bridge::wait() {
   const bool browserReads = relay_.toBrowser.size() < mostWaiting;
   const short toApplication = relay_.toApplication.empty() ? 0 : POLLOUT;
   const short fromApplication = browserReads ? POLLIN : 0;
-  std::array<pollfd, 5> queries = {{
+  std::vector<pollfd> queries = {
       // The browser's descriptors are never skipped: we must notice when the browser closes them.
       {browser_.input, static_cast<short>(applicationReads ? POLLIN : 0), 0},
       {browser_.output, static_cast<short>(relay_.toBrowser.empty() ? 0 : POLLOUT), 0},
       query(browser_.process.get(), POLLIN),
       query(application_.descriptor(), static_cast<short>(toApplication | fromApplication)),
-      // While connected, the watch is not read; its events are handled after the connection has ended.
-      query(watch_.descriptor(), application_ ? 0 : POLLIN),
-  }};
+  };
+  const std::size_t watches = queries.size();
+  // While connected, the watches are not read; their events are handled after the connection has ended.
+  for (const Place& place : places_) queries.push_back(query(place.watch.descriptor(), application_ ? 0 : POLLIN));
   if (poll(queries.data(), queries.size(), timeout()) < 0) return {};
-  return {queries[0].revents, queries[1].revents, queries[2].revents, queries[3].revents, queries[4].revents};
+  Events events{queries[0].revents, queries[1].revents, queries[2].revents, queries[3].revents};
+  for (std::size_t i = watches; i < queries.size(); ++i) events.watch |= queries[i].revents;
+  return events;
+}
+
+// Takes the events of all watches.
+bool Bridge::somethingAppeared() {
+  bool appeared = false;
+  for (Place& place : places_) appeared |= place.watch.appeared();
+  return appeared;
 }
 
 // How long poll(2) may wait, in milliseconds; -1 if there is no timer.
@@ -128,7 +140,10 @@ void Bridge::serveTimers() {
 }
 
 void Bridge::seek() {
-  application_ = LocalStream::to(socket_);
+  for (const Place& place : places_) {
+    application_ = LocalStream::to(place.socket);
+    if (application_) break;
+  }
   leaveAt_.reset();
   seekAt_.reset();
   if (!application_) {

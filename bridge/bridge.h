@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "bridge/relay.h"
 #include "bridge/retry_delay.h"
@@ -31,7 +32,8 @@ class Bridge {
     UniqueFd process;  // readable once the browser has ended (pidfd_open(2)); may hold no descriptor
   };
 
-  Bridge(Browser browser, std::string socket, std::string introduction);
+  // `sockets`: where the application may listen, the best place first.
+  Bridge(Browser browser, const std::vector<std::string>& sockets, Relay relay);
 
   // Returns when the browser has closed either descriptor or has ended.
   void run();
@@ -40,8 +42,13 @@ class Bridge {
   using Clock = std::chrono::steady_clock;
 
   struct Events;
+  struct Place {
+    std::string socket;
+    PathWatch watch;
+  };
 
   Events wait();
+  bool somethingAppeared();
   int timeout() const;
   bool serveInput(const Events& events);
   bool serveOutput(const Events& events);
@@ -53,9 +60,8 @@ class Bridge {
   void flushToApplication();
 
   Browser browser_;
-  std::string socket_;
   Relay relay_;
-  PathWatch watch_;
+  std::vector<Place> places_;
   LocalStream application_;
   RetryDelay delay_;
   std::optional<Clock::time_point> seekAt_;   // when to try to connect again; set while there is no application

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "bridge/application_sockets.h"
 #include "bridge/bridge.h"
 #include "bridge/parent_browser.h"
 #include "platform/linux/kernel/folders.h"
@@ -39,12 +40,12 @@ int run(const std::vector<std::string>& arguments) {
   UniqueFd browserProcess = processDescriptor(browser);
   const auto launchedBy =
       parentBrowser(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
+  Relay relay(introduction(launchedBy), processName(ProcFs(), browser));
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
-  const auto data = dataFolder();
-  if (!data) return EX_CONFIG;
-  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)},
-                *data / supportDirectoryName / bridgeSocketName, introduction(launchedBy));
+  const auto sockets = applicationSockets(ProcFs().executable(getpid()).value_or(""), dataFolder());
+  if (sockets.empty()) return EX_CONFIG;
+  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)}, sockets, std::move(relay));
   bridge.run();
   return EX_OK;
 }

@@ -83,6 +83,17 @@ std::string bundleIdentifier(const ParentBrowser& parent) {
   return std::string(bundleOfHints(parent));
 }
 
+std::string processName(const ProcFs& processes, Pid process) {
+  constexpr std::size_t longestBoot = 64;
+  constexpr std::string_view allowed = "0123456789abcdef-";
+  const auto status = processes.status(process);
+  std::string boot =
+      readKernelFile((processes.root() / "sys/kernel/random/boot_id").native(), longestBoot).value_or("");
+  boot.erase(std::min(boot.find('\n'), boot.size()));
+  if (!status || boot.empty() || boot.find_first_not_of(allowed) != std::string::npos) return {};
+  return boot + '-' + std::to_string(process) + '-' + std::to_string(status->startTime);
+}
+
 std::string introduction(const ParentBrowser& parent) {
   const std::string bundle = bundleIdentifier(parent);
   if (bundle.empty()) return R"({"type":"bridge"})";

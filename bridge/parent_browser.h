@@ -33,6 +33,10 @@ ParentBrowser parentBrowser(const ProcFs& processes, Pid parent, const std::vect
 // unknown. It has only letters, digits, '.', '-' and '_'.
 std::string bundleIdentifier(const ParentBrowser& parent);
 
+// Names the process, and no other one that ran before or runs later on this computer. Empty if it cannot be told; only
+// hexadecimal digits and '-'.
+std::string processName(const ProcFs& processes, Pid process);
+
 // The first line that the bridge sends to the application, without its line feed.
 std::string introduction(const ParentBrowser& parent);
 

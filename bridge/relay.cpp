@@ -7,8 +7,11 @@
 
 namespace tollvane::bridge {
 
-Relay::Relay(std::string introduction)
-    : introduction_(std::move(introduction)), frames_(longestFromBrowser), lines_(longestToBrowser) {}
+Relay::Relay(std::string introduction, std::string browser)
+    : introduction_(std::move(introduction)),
+      browser_(std::move(browser)),
+      frames_(longestFromBrowser),
+      lines_(longestToBrowser) {}
 
 void Relay::fromBrowser(std::string_view bytes) {
   while (auto message = frames_.next(bytes)) passOn(std::move(*message));
@@ -45,6 +48,13 @@ void Relay::disconnected() {
   connected_ = answered_ = false;
   toApplication.clear();
   lines_ = LineBuffer(longestToBrowser);
+}
+
+void Relay::announce() {
+  if (announced_ == connected_) return;
+  announced_ = connected_;
+  const std::string browser = browser_.empty() ? "" : R"(,"browser":")" + browser_ + "\"";
+  toBrowser.push(frame(R"({"type":"link","open":)" + std::string(connected_ ? "true" : "false") + browser + "}"));
 }
 
 }  // namespace tollvane::bridge

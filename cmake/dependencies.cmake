@@ -1,4 +1,4 @@
-# The libraries that Tollvane stands on, as docs/libraries.md explains them. All are Debian packages: packaging/debian.
+# The libraries that Tollvane uses; docs/libraries.md explains them. All are Debian packages: see packaging/debian.
 find_package(simdjson REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc i18n)

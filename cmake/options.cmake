@@ -1,21 +1,21 @@
-# What every target of this project is compiled with: link tollvane_options privately.
+# The options of every target of this project; each target links tollvane_options privately.
 add_library(tollvane_options INTERFACE)
-# Files of src/ include each other from there ("platform/files.h"), all others from the root ("soundlog/lines.h").
+# Includes of files in src/ start there ("platform/files.h"), all other includes at the root ("soundlog/lines.h").
 target_include_directories(tollvane_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
-# Qt's macros "emit" and "signals" would take ordinary words away from the core.
+# Qt's macros "emit" and "signals" would make these ordinary words unusable in the core.
 target_compile_definitions(tollvane_options INTERFACE QT_NO_KEYWORDS)
 target_compile_options(tollvane_options INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>  # wrong about operator+
   $<$<BOOL:${TOLLVANE_WERROR}>:-Werror>
-  # Likewise wrong, in one version or another, where everything is optimised together: worth a look, no reason to stop.
+  # In some versions these warnings are wrong too if everything is optimised together, so they are not errors.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=array-bounds>
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=stringop-overflow>
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=free-nonheap-object>)
 
 if(NOT APPLE)
-  add_link_options(-Wl,--as-needed)  # a library that is linked and not called is not loaded
+  add_link_options(-Wl,--as-needed)  # a library that is linked but not used is not loaded
 endif()
 
 if(TOLLVANE_SANITIZE)
@@ -24,13 +24,13 @@ if(TOLLVANE_SANITIZE)
   add_compile_definitions(TOLLVANE_SANITIZED)
 endif()
 
-# A program that belongs into the bundle.
+# Puts a program into the bundle.
 function(tollvane_bundle_program target name)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY ${TOLLVANE_BUNDLE})
 endfunction()
 
-# tollvane_room(TARGET FOLDER SOURCE...): the sources of one folder. They are compiled together, as one unit, which
-# takes a quarter of the time; their names, also those that no other file sees, differ.
+# tollvane_room(TARGET FOLDER SOURCE...): adds the sources of one folder. They are compiled together, as one unit, which
+# takes a quarter of the time. So all names in a folder must differ, even those in anonymous namespaces.
 function(tollvane_room target folder)
   list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/)
   target_sources(${target} PRIVATE ${ARGN})

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: alert_pictures.sh OUT_DIR [BUILD_DIR]
-# Draws each alert that going to a sound's source may end in, light and dark beside each other; one at scale 2, and those
-# of a name and of a title that know no end.
+# Draws each alert that may appear when the user goes to the source of a sound, light and dark side by side; also one at
+# scale 2, and those with an endless name and an endless title.
 set -euo pipefail
 out=$1
 probe=${2:-build/release}/tests/probes/alert_probe
@@ -15,7 +15,7 @@ draw() {
   for tone in light dark; do
     QT_QPA_PLATFORM=offscreen "$probe" "$work/$tone.png" "$tone" "$@"
   done
-  convert "$work/light.png" "$work/dark.png" +append -strip +dither -colors 64 "PNG8:$out/alert-$name.png"
+  convert "$work/light.png" "$work/dark.png" +append -strip +dither -colors 64 "PNG8:$out/$name.png"
 }
 
 browser_closed=("Firefox is closed"
@@ -34,4 +34,4 @@ draw endless "$endless is closed" "$endless made this sound but isn't open anymo
 title=$(printf 'A <b>long</b> title & more %.0s' {1..400})
 draw title "Firefox is closed" "The tab that made this sound ($title) is gone because Firefox has been quit since." OK
 QT_SCALE_FACTOR=2 QT_QPA_PLATFORM=offscreen "$probe" "$work/2x.png" light "${browser_closed[@]}"
-convert "$work/2x.png" -strip +dither -colors 64 "PNG8:$out/alert-browser-closed-2x.png"
+convert "$work/2x.png" -strip +dither -colors 64 "PNG8:$out/browser-closed-2x.png"

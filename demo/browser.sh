@@ -1,10 +1,10 @@
-# A browser with Tollvane's extension in it, and a page that plays as soon as it is open. Sourced by demo.sh, after
-# the private session. The browser has a profile of its own in the session.
+# A browser with Tollvane's extension, and a page that plays when it is opened. demo.sh sources this after
+# tests/session/client.sh. The browser has its own profile in the private session.
 # shellcheck shell=bash disable=SC2154,SC2034
 
 page_title="Evening news"
 
-# The first browser that is here, or nothing. A page needs a server, which is Python's.
+# Prints the first browser that is installed, if any. Without python3, which serves the page, prints nothing.
 demo_browser() {
   command -v python3 >/dev/null || return 0
   local program
@@ -16,7 +16,7 @@ demo_browser() {
   done
 }
 
-# serve_page SOUND: at $page_address
+# serve_page SOUND: serves a page that plays the file SOUND, at $page_address.
 serve_page() {
   local port
   mkdir "$root/page"
@@ -32,7 +32,7 @@ END
   page_address=http://localhost:$port/
 }
 
-# start_browser PROGRAM EXTENSIONS: with nothing to hear yet. Its command is in browser_command, its id in browser_pid.
+# start_browser PROGRAM EXTENSIONS: starts a browser with an empty page. Sets browser_command and browser_pid.
 start_browser() {
   local profile=$root/browser
   case $1 in
@@ -66,8 +66,8 @@ user_pref("app.update.enabled", false);
 END
 }
 
-# browser_tab: the page in a new tab; a browser that is started once more hands it to the running one, and ends.
+# browser_tab: opens the page in a new tab. The browser is started once more, which hands the page to the running one.
 browser_tab() { timeout 60 "${browser_command[@]}" "$page_address"; }
 
-# Whether a bridge has connected: a listening socket is in state 01, a connected one in 03.
+# Whether a bridge is connected. A listening socket is in state 01, a connected one in 03.
 browser_is_linked() { grep -q " 03 *[0-9]* $home/.local/share/Tollvane/bridge.sock\$" /proc/net/unix; }

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Shows Tollvane at work on a machine that has neither desktop nor sound card: a private X server with a panel, a
-# private sound server with a null sink, real sounds from real programs and, where a browser is installed, from a tab of
-# it, and what Tollvane heard of them.
+# Shows Tollvane at work, even on a machine without desktop and sound card. Starts a private X server with a panel and a
+# private sound server with a null sink. Then lets real programs play, and a browser's tab if a browser is installed,
+# and prints what Tollvane heard.
 #
-#   demo.sh BUNDLE OUTPUT     BUNDLE: the directory with Tollvane in it; OUTPUT: where the pictures go
+#   demo.sh BUNDLE OUTPUT     BUNDLE: the directory with Tollvane in it; OUTPUT: a directory for the pictures
 #
-# Ends with 0 only if every sound was heard exactly once, with the right kind and name, and the bell showed it.
-# Touches nothing of the user's own session, and stops everything that it started, by its id.
+# Ends with 0 only if every sound was heard exactly once, with the right kind and name, and the bell showed it. Does not
+# touch the user's own session, and stops everything that it started.
 set -euo pipefail
 
 if [ $# -ne 2 ] || [ ! -x "$1/Tollvane" ]; then
@@ -57,8 +57,8 @@ print_new_lines() {
   done < <(tail -n +$((printed + 1)) "$(history_file)" 2>/dev/null)
 }
 
-# expect KIND NAME-PATTERN COMMAND...: runs it and holds what was heard against what should have been. The sound is of
-# the tab that $tab names, or of none.
+# expect KIND NAME-PATTERN COMMAND...: runs a command and checks that exactly one sound of this kind and name was heard,
+# from the tab $tab, or without a tab if that is empty.
 tab=
 expect() {
   local kind=$1 pattern=$2 before line app
@@ -91,7 +91,8 @@ settled() {
   take && [ "$sum" = "$last" ]
 }
 
-# picture NAME: the screen once it has come to rest, and its bell enlarged.
+# picture NAME: waits until the screen does not change any more, and takes a picture of it and an enlarged one of its
+# bell.
 picture() {
   sum=
   poll 10 settled || fail "the screen does not come to rest for $1"
@@ -103,7 +104,7 @@ bell_differs_from() {
   take && [ "$(bell_pixels "$root/now.png")" != "$(bell_pixels "$1")" ]
 }
 
-# bell_picture NAME TONE OTHER: the panel in that tone, whose bell must look different from the other picture's.
+# bell_picture NAME TONE OTHER: takes a picture of the panel in this tone. Its bell must differ from that in picture OTHER.
 bell_picture() {
   session tone "$2"
   poll 10 bell_differs_from "$output/$3.png" || fail "the bell of $1 looks like the one of $3"
@@ -167,7 +168,7 @@ if [ -n "$browser" ]; then
 else
   echo "No tab plays: there is no browser here (chromium or firefox-esr), or no python3."
 fi
-# Once more, so that whatever comes late of the sounds above shows itself in front of it.
+# One more sound: if a late repeat of a sound above comes, it is heard before this one and counted.
 expect "started playing audio" "pw-play" pw-play "$root/tone1.wav"
 
 toolTip_picture tooltip-after

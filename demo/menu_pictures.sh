@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Pictures of the menu under the bell, as people see it in a panel:
+# Takes pictures of the menu under the bell in a real panel:
 #   menu_pictures.sh BUILD OUT_DIR [x11|wayland]
-# each scenario light and dark beside each other, on X11 (xfce4-panel) and on Wayland (waybar in sway); one of each at
-# twice the scale.
+# Each scenario is shown light and dark side by side, on X11 (xfce4-panel) and on Wayland (waybar in sway), and one
+# scenario of each also at scale 2.
 set -euo pipefail
 build=$(realpath "$1")
 mkdir -p "$2"
@@ -19,11 +19,11 @@ export TZ=UTC
 work=$(mktemp -d "${TMPDIR:-/tmp}/tollvane-pictures-XXXXXX")
 trap 'set +e; trap "" INT TERM HUP; end_session; rm -rf "$work"' EXIT
 
-# start_probe SCENARIO SCHEME SCALE: its standard input is descriptor 8, its output $log/probe.log
+# start_probe SCENARIO SCHEME SCALE: starts menu_probe. Its standard input is descriptor 8, its output $log/probe.log.
 start_probe() {
   rm -f "$root/orders" "$log/probe.log"
   mkfifo -m 666 "$root/orders"
-  # Open for both, so that neither end waits for the other.
+  # Opened for reading and writing, so that the opening does not wait for the other end.
   exec 8<>"$root/orders"
   # shellcheck disable=SC2016
   ORDERS=$root/orders QT_SCALE_FACTOR=$3 start probe sh -c 'exec "$0" "$@" <"$ORDERS"' "$probe" "$icons" "$1"
@@ -41,7 +41,7 @@ order() {
 
 printed() { grep -qs "^$1" "$log/probe.log"; }
 
-# Until two looks in a row are the same.
+# Whether two pictures in a row are the same.
 settled() {
   look "$root/one.png"
   sleep 0.1
@@ -49,7 +49,7 @@ settled() {
   cmp -s "$root/one.png" "$root/two.png"
 }
 
-# bell_place SCALE: what the end of the bar looks like, where the bell belongs
+# bell_place SCALE: a checksum of the picture at the end of the bar, where the bell appears.
 bell_place() {
   look "$root/bar.png"
   convert "$root/bar.png" -crop "$((30 * $1))x$((26 * $1))+$((970 * $1))+0" +repage rgb:- | md5sum
@@ -57,18 +57,18 @@ bell_place() {
 bell_is_drawn() { [ "$(bell_place "$1")" != "$empty_bar" ]; }
 bell_is_gone() { [ "$(bell_place "$1")" = "$empty_bar" ]; }
 
-# remember_bar SCALE: without a bell, and with the pointer elsewhere
+# remember_bar SCALE: remembers what the bar looks like without a bell, with the pointer elsewhere.
 remember_bar() {
   park
   require 10 "a still screen" settled
   empty_bar=$(bell_place "$1")
 }
 
-# take NAME SCENARIO SCHEME SCALE [SCALE_OF_THE_PROBE]: a picture in $work/NAME.png
+# take NAME SCENARIO SCHEME SCALE [SCALE_OF_THE_PROBE]: takes a picture into $work/NAME.png.
 take() {
   start_probe "$2" "$3" "${5:-$4}"
   require 10 "the bell" shows_bell
-  # A bar draws an icon later than it knows of it.
+  # A bar draws an icon a moment after it has accepted the registration.
   require 10 "the bell's icon" bell_is_drawn "$4"
   click_bell "$4"
   require 10 "the menu" printed opened
@@ -87,11 +87,11 @@ take() {
   require 10 "a bar without the bell" bell_is_gone "$4"
 }
 
-# finish NAME PICTURE...: side by side, small
+# finish NAME PICTURE...: puts the pictures side by side into one small file.
 finish() {
   local name=$1
   shift
-  convert "$@" +append -strip +dither -colors 32 -define png:compression-level=9 "PNG8:$output/menu-$name.png"
+  convert "$@" +append -strip +dither -colors 32 -define png:compression-level=9 "PNG8:$output/$name.png"
 }
 
 scenarios=(none five six fifty tabs hint update)
@@ -135,7 +135,7 @@ x11_pictures() {
 
 # --- Wayland ---------------------------------------------------------------------------------------------------------
 
-# begin_wayland SCALE: the bar is dark, as nobody tells the bell of a light one here
+# begin_wayland SCALE: the bar is always dark, because without a desktop portal the bell cannot know of a light one.
 begin_wayland() {
   begin_session --screen 1000x760 --scale "$1" --wayland sway --bar waybar
   rm -f "$root/moves" && mkfifo -m 666 "$root/moves"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The pictures in the README, from the screenshots that the demonstration left:
+# Makes the README's pictures of bell and tooltip from the screenshots of demo.sh:
 #   pictures.sh SCREENSHOTS OUTPUT
 set -euo pipefail
 screenshots=$1

@@ -1,5 +1,5 @@
-# What sounds in the demonstration: files, a sound theme, and a notification service that plays with each notification.
-# Sourced by demo.sh, for a private session that has begun.
+# Makes what the demo plays: sound files, a sound theme, and a notification service that plays a sound for each
+# notification. demo.sh sources this file.
 # shellcheck shell=bash disable=SC2154
 
 make_sounds() {
@@ -8,14 +8,14 @@ make_sounds() {
     sox -n -r 48000 -b 16 -c 2 "$root/tone$i.wav" synth 0.4 sine $((330 + 110 * i)) fade 0.02 0.4 0.1 vol 0.3
   done
   sox -n -r 48000 -b 16 -c 2 "$root/ring.wav" synth 0.3 sine 1320 fade 0.01 0.3 0.2 vol 0.3
-  # A sound theme of one sound, for the program that plays event sounds by their names.
+  # A sound theme with one sound, for the program that plays event sounds by name.
   local theme=$home/.local/share/sounds/freedesktop
   mkdir -p "$theme/stereo"
   cp "$root/ring.wav" "$theme/stereo/bell.wav"
   printf '[Sound Theme]\nName=Default\nDirectories=stereo\n\n[stereo]\nOutputProfile=stereo\n' >"$theme/index.theme"
 }
 
-# An application that notifies, and the service that rings for it.
+# Makes an application that sends notifications, and starts the service that plays a sound for them.
 serve_notifications() {
   mkdir -p "$home/.local/share/applications"
   cat >"$home/.local/share/applications/parcel-watch.desktop" <<'END_OF_ENTRY'

@@ -1,8 +1,8 @@
 #!/bin/sh
-# package.sh OUT_DIR: the extension in the forms that browsers take it in. The same source makes the same bytes.
-#   OUT_DIR/chromium/              to be loaded unpacked
+# package.sh OUT_DIR: packs the extension in the forms that browsers need. The same source always gives the same bytes.
+#   OUT_DIR/chromium/              for loading it unpacked
 #   OUT_DIR/firefox/tollvane.xpi
-#   OUT_DIR/tollvane-chromium.zip  for a store, which gives the extension its own key and takes none
+#   OUT_DIR/tollvane-chromium.zip  for a store, which gives the extension a key of its own and accepts no other
 set -eu
 [ $# = 1 ] || { echo "usage: $0 OUT_DIR" >&2; exit 64; }
 mkdir -p "$1/firefox"
@@ -19,7 +19,7 @@ cp src/*.js src/*.html src/*.css "$work/files/src"
 cp icons/*.png icons/bell.svg "$work/files/icons"
 chmod -R u=rwX,go=rX "$work/files"
 
-# archive FILE: all files in an order and with a date that do not depend on the machine.
+# archive FILE: packs all files. Their order and dates do not depend on the machine.
 archive() {
   find "$work/files" -exec touch -d '2000-01-01T00:00:00Z' {} +
   rm -f "$1"

@@ -1,5 +1,5 @@
-// The bridge under arbitrary bytes from both sides: however they are cut, the same messages come out, each of them one
-// JSON object in its framing. What the bridge takes for a message is judged by another reader of JSON.
+// Feeds the bridge arbitrary bytes from both sides. However they are cut into pieces, the same messages must come out,
+// each a JSON object in its framing. Another JSON parser checks which texts the bridge takes for messages.
 
 #include <simdjson.h>
 
@@ -23,7 +23,7 @@ bool isObject(std::string_view text) {
   simdjson::dom::parser parser;
   simdjson::dom::object object;
   const auto error = parser.parse(simdjson::padded_string(text)).get(object);
-  // Numbers and depth that not every reader holds.
+  // Parsers differ in the numbers and the depth that they can hold.
   return !error || error == simdjson::NUMBER_ERROR || error == simdjson::DEPTH_ERROR;
 }
 
@@ -35,7 +35,7 @@ void checkKind(std::string_view text) {
   FUZZ_REQUIRE((kind == MessageKind::hello) == (message.contains("type") && message["type"] == "hello"));
 }
 
-// What the application gets when the browser sends these pieces.
+// What the application gets if the browser sends these pieces.
 std::string lines(std::initializer_list<std::string_view> pieces) {
   Relay relay("{}");
   relay.connected();
@@ -43,7 +43,7 @@ std::string lines(std::initializer_list<std::string_view> pieces) {
   return std::string(relay.toApplication.waiting());
 }
 
-// What the browser gets when the application sends these pieces.
+// What the browser gets if the application sends these pieces.
 std::string frames(std::initializer_list<std::string_view> pieces) {
   Relay relay("{}");
   relay.connected();
@@ -72,7 +72,7 @@ void checkFrames(std::string_view frames) {
   }
 }
 
-// Every split of a short input, thirty of a long one.
+// Tries every split of a short input, and thirty splits of a long one.
 void checkSplits(std::string_view input) {
   const auto wholeLines = lines({input}), wholeFrames = frames({input});
   checkLines(wholeLines);
@@ -84,7 +84,7 @@ void checkSplits(std::string_view input) {
   }
 }
 
-// One frame, whatever is in it, becomes one line or none, and the next frame is not harmed.
+// One frame with any content becomes at most one line, and the next frame is still read.
 void checkOneFrame(std::string_view input) {
   const auto result = lines({frame(input), frame(hello)});
   checkLines(result);

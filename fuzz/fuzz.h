@@ -1,5 +1,5 @@
-// What every fuzz target needs. A target is one function that either returns or ends the process; libFuzzer calls it
-// with bytes of its own making, and the ordinary tests with the bytes in fuzz/corpus.
+// What every fuzz target needs. A target is one function, which either returns or ends the process. libFuzzer calls it
+// with bytes that it makes up, and the ordinary tests call it with the bytes in fuzz/corpus.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// The line path under arbitrary bytes: whatever the log tool prints, in whatever pieces it arrives, the same sounds are
-// heard, and the quick look at a line agrees with the thorough one.
+// Feeds the watcher arbitrary bytes as the log tool's output. However they are cut into pieces, the same sounds must be
+// heard, and the quick check of a line must agree with the full parse.
 
 #include <cstdint>
 #include <string>
@@ -25,7 +25,7 @@ std::vector<std::string> heard(std::initializer_list<std::string_view> reads) {
   return result;
 }
 
-// Every split of a short input, a hundred of a long one.
+// Tries every split of a short input, and a hundred splits of a long one.
 void checkSplits(std::string_view input) {
   const auto whole = heard({input});
   const std::size_t step = 1 + input.size() / 100;

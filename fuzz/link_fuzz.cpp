@@ -1,5 +1,5 @@
-// The browser link's socket under arbitrary bytes: whatever a bridge sends, in writes of whatever size, every line that
-// is a JSON object is handled, in order, nothing else is, and the link lives on.
+// Feeds the socket of the browser link arbitrary bytes, in writes of any size. It must handle every line that is a JSON
+// object, in order, and nothing else, and it must not stop working.
 
 #include <sys/socket.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "browser/bridge_socket.h"
+#include "browser/bridge_connection.h"
 #include "browser/browser_link.h"
 #include "fuzz/fuzz.h"
 #include "support/json.h"
@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What has to be heard of these bytes.
+// The messages that must be handled for this input.
 std::vector<std::string> expected(std::string_view input) {
   std::vector<std::string> messages;
   for (auto end = input.find('\n'); end != std::string_view::npos; end = input.find('\n')) {
@@ -38,7 +38,7 @@ void check(std::string_view input, std::size_t pieceSize) {
   std::array<int, 2> ends{};
   FUZZ_REQUIRE(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0);
   UniqueFd bridge(ends[1]);
-  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), 10ms);
+  const auto connection = std::make_shared<BridgeConnection>(LocalStream(UniqueFd(ends[0])), system.queue);
   std::vector<std::string> heard;
   bool closed = false;
   connection->onMessage = [&](const Message& message) {
@@ -46,7 +46,7 @@ void check(std::string_view input, std::size_t pieceSize) {
     link.handle(*connection, message);
   };
   connection->onClosed = [&] { closed = true; };
-  connection->startReading(system.queue);
+  connection->startReading();
 
   std::array<char, 4096> answers;
   for (std::string_view left = input; !left.empty();) {
@@ -69,7 +69,7 @@ void check(std::string_view input, std::size_t pieceSize) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 2) return 0;
-  // The first byte says how large the writes are. Larger ones would not fit into the socket at once.
+  // The first byte decides the size of the writes. Larger writes would not fit into the socket at once.
   const std::string_view input(reinterpret_cast<const char*>(data) + 1, size - 1);
   tollvane::check(input, 1 + data[0] * 16u);
   return 0;

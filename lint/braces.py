@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Finds braces around a statement that fits on the line of its if, for or while. Prints each place; ends with 1 if
-there is one."""
+"""Finds braces around a statement that would fit on the line of its if, for or while. Prints each place, and ends with
+1 if there is one."""
 
 import pathlib
 import re
@@ -9,7 +9,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LONGEST_LINE = 120
-# Declarations would lose their scope, and statements that hold others are better read in braces.
+# Declarations need the scope of the braces, and statements that contain others are easier to read in braces.
 KEPT = re.compile(r'(//|const |auto |static |constexpr |using |if\b|for\b|while\b|case\b)')
 
 

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""Holds the source against the table of folders in HACKING.md.
+"""Compares the includes of all files with the table of folders in HACKING.md.
 
-    rooms.py          prints nothing and ends with 0 if each file includes just what its folder's row allows,
-                      each row allows just what is included, and no folders include each other in a circle
+    rooms.py          prints each difference and ends with 1; without a difference, prints nothing and ends with 0:
+                      each file may include only what its folder's row allows, each row may allow only what is
+                      included, and folders may not include each other in a circle
     rooms.py --show   prints what each folder includes
 
-A file belongs to the row with the longest matching folder. C++'s own headers are free to all. The core, which is
-every row without the library "system", has no conditions of the preprocessor either.
+A file belongs to the row with the longest matching folder. Every file may include C++'s own headers. In the core,
+which is every row without the library "system", preprocessor conditions are not allowed either.
 """
 
 import pathlib
@@ -16,7 +17,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
-# By what a header's name begins with or is; the first row that fits counts.
+# Patterns for the names of headers; the first one that matches counts.
 LIBRARIES = [
     ('json', r'nlohmann/'),
     ('simdjson', r'simdjson\.h'),
@@ -34,7 +35,7 @@ LIBRARIES = [
 
 def library_of(header):
     if re.fullmatch(r'[a-z_]+', header) or re.fullmatch(r'c[a-z]+', header):
-        return None  # C++'s own
+        return None  # a header of C++ itself
     for name, pattern in LIBRARIES:
         if re.match(pattern, header):
             return name
@@ -47,7 +48,7 @@ class Row:
         self.everything = includes == ['everything']
         self.includes = set(includes)
         self.libraries = set(libraries)
-        self.used = {}  # what is really included -> a place where
+        self.used = {}  # what is really included -> a place that includes it
 
     @property
     def is_core(self):
@@ -79,7 +80,7 @@ def path_of(include):
 
 
 def look(rows):
-    """What is wrong, a sentence each."""
+    """The differences, each as a sentence."""
     wrong = []
 
     def row_of(path):
@@ -145,7 +146,7 @@ def circles(rows):
 
 def main(arguments):
     if arguments not in ([], ['--show']):
-        print('rooms.py: the only argument that there is, is --show.', file=sys.stderr)
+        print('rooms.py: the only argument is --show.', file=sys.stderr)
         return 64
     rows = table()
     if not rows:

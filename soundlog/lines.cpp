@@ -27,6 +27,8 @@ constexpr std::array voices = {
     Voice{Kind::alertRequested, "/tollvane/systemsoundserverd", "alert"},
     Voice{Kind::notificationSound, "/tollvane/systemsoundserverd", "notification sound"},
     Voice{Kind::notificationPresented, "/tollvane/usernoted", "notification"},
+    Voice{Kind::serverMissing, "/tollvane/TollvaneLog", "no sound server"},
+    Voice{Kind::serverFound, "/tollvane/TollvaneLog", "sound server found"},
 };
 
 // A name that begins with one of these would be mistaken for the system's own.
@@ -130,6 +132,10 @@ std::string eventMessage(const Happening& happening) {
       return "Incoming Request: inClientPID " + pid + "(" + std::string(notificationService) + ")";
     case Kind::notificationPresented:
       return "Presenting <NotificationRecord app:\"" + identity(happening) + "\">";
+    case Kind::serverMissing:
+      return "sound_server=missing";
+    case Kind::serverFound:
+      return "sound_server=found";
   }
   return {};
 }
@@ -149,6 +155,7 @@ std::string ndjsonLine(const Happening& happening, TimePoint time) {
 
 std::string readableLine(const Happening& happening, TimePoint time) {
   std::string line = localTime(time).clock + "  " + std::string(voice(happening.kind).title);
+  if (happening.kind == Kind::serverMissing || happening.kind == Kind::serverFound) return line + '\n';
   if (happening.kind == Kind::notificationPresented) return line + "  " + identity(happening) + '\n';
   if (happening.kind != Kind::notificationSound) {
     const std::string name = makerName(happening.name, happening.script);

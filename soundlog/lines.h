@@ -3,7 +3,9 @@
 // whatever name a program gives itself, it can forge neither another line, nor another process, nor another kind.
 //
 // JSON lines: RFC 8259, one object per line, always valid UTF-8. A reader needs two keys:
-//   processImagePath  the sender; its last component tells the kind (audiomxd, systemsoundserverd, usernoted)
+//   processImagePath  the sender; its last component tells the kind (audiomxd, systemsoundserverd, usernoted;
+//   TollvaneLog
+//                     itself tells of the sound server)
 //   eventMessage      the message
 // Of a sound that is no notification's, two more tell about its maker:
 //   makerName         its name, with the script that started it ("paplay (backup-done.sh)")
@@ -24,11 +26,13 @@ enum class Kind {
   alertRequested,         // a process played a short signal sound (a bell, a dialog)
   notificationSound,      // the notification service played a sound
   notificationPresented,  // an application showed a notification
+  serverMissing,          // there is no sound server, so no sound can be noticed
+  serverFound,            // there is one again
 };
 
 struct Happening {
   Kind kind = Kind::outputStarted;
-  // The process's name; for notificationPresented the application's identity; not used for notificationSound.
+  // The process's name; for notificationPresented the application's identity; not used for the kinds without either.
   std::string name;
   Pid pid = 0;                      // 0 if unknown; not used for notificationPresented
   std::vector<Pid> ancestors = {};  // of the process, the nearest first

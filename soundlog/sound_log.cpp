@@ -16,6 +16,9 @@ constexpr Duration betweenLooks = std::chrono::milliseconds(5);
 
 constexpr std::size_t mostWaits = 512;
 
+// A sound server that starts, or starts anew, is not missing.
+constexpr Duration longestServerStart = std::chrono::seconds(5);
+
 }  // namespace
 
 SoundLog::SoundLog(int output, Format format, const Environment& environment, Identities::Lookup applications,
@@ -29,7 +32,7 @@ SoundLog::SoundLog(int output, Format format, const Environment& environment, Id
       ended_(std::move(ended)),
       servers_(
           environment, processes_, [this](const ClientClaims& claims) { return makers_.remember(claims); },
-          [this](const StreamStart& start) { streamStarted(start); }) {
+          [this](const StreamStart& start) { streamStarted(start); }, [this] { serversChanged(); }) {
   const auto bus = sessionBus(environment);
   if (!bus) return;
   notifications_.emplace(bus->address,
@@ -48,6 +51,19 @@ void SoundLog::start() {
   watchOutput();
   if (busLink_) busLink_->start();
   servers_.start();
+  serversChanged();
+}
+
+void SoundLog::serversChanged() {
+  serverDoubt_ = {};
+  if (servers_.isServed()) {
+    if (std::exchange(toldOfNoServer_, false)) write({Kind::serverFound, "", 0}, {});
+  } else if (!toldOfNoServer_) {
+    serverDoubt_ = callAfter(longestServerStart, [this] {
+      toldOfNoServer_ = true;
+      write({Kind::serverMissing, "", 0}, {});
+    });
+  }
 }
 
 void SoundLog::streamStarted(const StreamStart& start) {

@@ -41,6 +41,7 @@ class SoundLog {
   void later(Duration delay, std::function<void()> work);
   void notificationPresented(const Notice& notice, std::optional<Pid> sender);
   void soundSettled(const StreamStart& start);
+  void serversChanged();
   void write(Happening happening, Maker maker);
   void watchOutput();
 
@@ -58,6 +59,8 @@ class SoundLog {
   Watch outputWatch_;
   std::deque<Watch> waits_;  // for work that is put off, the latest last
   SoundServers servers_;
+  bool toldOfNoServer_ = false;
+  Watch serverDoubt_;
   std::optional<NotificationSource> notifications_;  // absent if there is no session bus
   std::optional<Reconnector> busLink_;
 };

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Draws the PNGs again after a change of bell.svg. Needs rsvg-convert.
+# Draws the PNG icons from bell.svg. Run it after a change of that file. Needs rsvg-convert.
 set -eu
 cd "$(dirname "$0")"
 for size in 16 32 48 128; do

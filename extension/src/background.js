@@ -1,9 +1,12 @@
-// What the browser starts: as a service worker in the Chromium family, as an event page in Firefox.
+// The browser starts this script: as a service worker in the Chromium family, as an event page in Firefox.
 
 import { Companion } from './companion.js';
+import { randomRun } from './reported_id.js';
 
-new Companion(globalThis.browser ?? globalThis.chrome, {
+const clock = {
   setTimeout: (call, delay) => setTimeout(call, delay),
   clearTimeout: (timer) => clearTimeout(timer),
   now: () => Date.now(),
-}).start();
+};
+
+new Companion(globalThis.browser ?? globalThis.chrome, clock, randomRun()).start();

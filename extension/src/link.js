@@ -1,7 +1,7 @@
-// The way to Tollvane: a port to its bridge, which the browser starts. Introduces the extension on each new port, and
-// comes back when the port breaks: soon at first, then ever later, and at last once a minute by an alarm, because
-// the browser stops a background that only waits. While Tollvane is not running its bridge waits for it, so that the
-// port stays open and none of this is needed.
+// The link to Tollvane: a port to its bridge, which the browser starts, and which reports whether Tollvane itself is
+// there. Introduces the extension on each new port. Connects again when the port breaks: soon at first, then later and
+// later, and at last once a minute by an alarm, because the browser stops a background that only waits. While Tollvane
+// is not running, its bridge waits for it, so the port stays open.
 
 const HOST = 'com.quarnel.tollvane';
 const ALARM = 'reconnect';
@@ -15,10 +15,11 @@ export class Link {
   #memory;
   #received;
   #port = null;
+  #state = 'unknown';
   #openedAt = 0;
   #timer;
 
-  // `received` gets what Tollvane says; it may return a promise, whose failure is nobody's business.
+  // `received` is called with each message of Tollvane. It may return a promise, whose failure is ignored.
   constructor(api, clock, memory, received) {
     this.#api = api;
     this.#clock = clock;
@@ -26,8 +27,10 @@ export class Link {
     this.#received = received;
   }
 
-  get isOpen() {
-    return this.#port !== null;
+  // 'linked': Tollvane is there. 'waiting': its bridge is, and waits for it. 'missing': no bridge either. 'unknown':
+  // not known yet.
+  get state() {
+    return this.#state;
   }
 
   connect() {
@@ -44,22 +47,25 @@ export class Link {
     }
     this.#port = port;
     port.onMessage.addListener((message) => {
-      if (port === this.#port) Promise.resolve(this.#received(message)).catch(() => {});
+      if (port !== this.#port) return;
+      // Only Tollvane says anything else, and an older bridge says nothing of it.
+      this.#becomes(message?.type === 'link' && message.open !== true ? 'waiting' : 'linked');
+      Promise.resolve(this.#received(message)).catch(() => {});
     });
     port.onDisconnect.addListener(() => {
-      void runtime.lastError;  // read, or the browser reports an unchecked error
+      void runtime.lastError;  // if it is not read, the browser reports an unchecked error
       if (port === this.#port) this.#closed();
     });
-    this.#memory.ready.then(() => this.#tellOfChange());
+    this.#becomes(this.#state);
     this.send({ type: 'hello', version: runtime.getManifest().version });
   }
 
-  // What cannot be sent is lost: nobody wants to hear late of a sound.
+  // A message that cannot be sent is dropped, because a late report of a sound is useless.
   send(message) {
     try {
       this.#port?.postMessage(message);
     } catch {
-      // The port is breaking, and says so itself.
+      // The port breaks; onDisconnect follows.
     }
   }
 
@@ -71,18 +77,20 @@ export class Link {
 
   async #closed() {
     this.#port = null;
+    this.#becomes('missing');
     this.#api.alarms.create(ALARM, { delayInMinutes: 1, periodInMinutes: 1 });
     const lasted = this.#clock.now() - this.#openedAt >= HAS_LASTED;
     await this.#memory.ready;
     const failures = lasted ? 0 : (this.#memory.get('failures') ?? 0);
     const delay = FIRST_DELAY * 2 ** failures;
     this.#memory.set('failures', Math.min(failures + 1, 10));
-    this.#tellOfChange();
     if (delay <= LONGEST_DELAY) this.#timer = this.#clock.setTimeout(() => this.connect(), delay);
   }
 
-  // The options page watches this value.
-  #tellOfChange() {
-    if (this.#memory.get('linked') !== this.isOpen) this.#memory.set('linked', this.isOpen);
+  // The options page watches the value in the memory.
+  async #becomes(state) {
+    this.#state = state;
+    await this.#memory.ready;
+    if (this.#memory.get('link') !== this.#state) this.#memory.set('link', this.#state);
   }
 }

@@ -1,5 +1,5 @@
-// The notes before the titles of tabs that sounded in the background. Which tabs sounded and were not visited since is
-// always known; their titles are changed only while Tollvane wants it and the user has given access to the pages.
+// Marks the tabs that sounded in the background with a note before their titles. It always remembers which tabs sounded
+// and were not visited since. It changes titles only while Tollvane asks for marks and the user allows access to pages.
 
 const PAGE_SCRIPT = '/src/page_mark.js';
 export const SITES = { origins: ['<all_urls>'] };
@@ -14,14 +14,14 @@ export class Marks {
   }
 
   get wanted() {
-    return this.#memory.get('markTabs');  // undefined until Tollvane has said it
+    return this.#memory.get('markTabs');  // undefined until Tollvane has sent its setting
   }
 
   allowed() {
     return this.#api.permissions.contains(SITES);
   }
 
-  // True when this turns on what was off before.
+  // True if this turns the marks on after Tollvane had them off.
   async want(on) {
     await this.#memory.ready;
     const before = this.wanted;
@@ -45,20 +45,20 @@ export class Marks {
     await this.#take(id);
   }
 
-  // A page that went elsewhere took its mark along.
+  // A newly loaded page has no mark, so it is put again.
   async loaded(id) {
     await this.#memory.ready;
     await this.#put(id);
   }
 
-  // After a change of what is wanted or allowed.
+  // Call after the setting or the access to pages has changed.
   async apply() {
     await this.#memory.ready;
     const show = this.wanted && (await this.allowed());
     await Promise.all(this.#unvisited().map((id) => (show ? this.#put(id) : this.#take(id))));
   }
 
-  // Before an update: the next background cannot reach what this one has put into the pages.
+  // Call before an update, because the next background cannot reach the scripts that this one has put into pages.
   async withdraw() {
     await Promise.all(this.#unvisited().map((id) => this.#take(id)));
   }
@@ -94,9 +94,9 @@ export class Marks {
     try {
       await this.#api.scripting.executeScript({ target: { tabId: id }, files: [PAGE_SCRIPT] });
     } catch {
-      return;  // no access, or a page that extensions may not touch
+      return;  // there is no access to the page, or extensions may not touch it
     }
-    // A page that was still loading took its time, and the user may have come meanwhile.
+    // If the page was still loading, this took a while, and the user may have visited the tab meanwhile.
     if (!this.#due(id)) await this.#take(id);
   }
 
@@ -104,7 +104,7 @@ export class Marks {
     return this.wanted === true && this.#unvisited().includes(id);
   }
 
-  // By a message, which needs no access: it may be gone by now.
+  // Sends a message, which needs no access to the page, because the access may have been taken back.
   async #take(id) {
     await this.#api.tabs.sendMessage(id, { type: 'unmark' }).catch(() => {});
   }

@@ -1,4 +1,4 @@
-// The options page. The switch is the browser's own record of the access given: nothing is stored beside it.
+// The options page. Its switch shows whether the browser grants access to pages; nothing else is stored.
 
 import { SITES } from './marks.js';
 import { describe } from './options_text.js';
@@ -9,14 +9,14 @@ const find = (id) => document.getElementById(id);
 async function show() {
   const allowed = await api.permissions.contains(SITES);
   const status = await api.runtime.sendMessage({ type: 'status' }).catch(() => undefined);
-  const view = describe({ linked: status?.linked, markTabs: status?.markTabs, allowed });
+  const view = describe({ link: status?.link, markTabs: status?.markTabs, allowed });
   find('link').dataset.state = view.state;
   find('status').textContent = view.status;
   find('marks').checked = view.switchedOn;
   find('hint').textContent = view.hint;
 }
 
-// Asked before anything is waited for: browsers take the request only straight from the user's hand.
+// The request comes before any await, because browsers accept it only directly after the user's click.
 find('marks').addEventListener('change', async ({ target }) => {
   const change = target.checked ? api.permissions.request(SITES) : api.permissions.remove(SITES);
   await change.catch(() => {});

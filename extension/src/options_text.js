@@ -1,19 +1,18 @@
-// What the options page says, as plain values.
+// The texts and states of the options page, as plain values.
 //
-// `linked`: the bridge is there; undefined while nobody has answered. `markTabs`: Tollvane's own setting; undefined
-// until Tollvane has told it. `allowed`: the user has given access to the pages.
+// `link`: the state that link.js gives; undefined until the background has answered. `markTabs`: Tollvane's setting;
+// undefined until Tollvane has sent it. `allowed`: whether the user has given access to pages.
 
-export function describe({ linked, markTabs, allowed }) {
-  return { ...link(linked), switchedOn: allowed, hint: hint(markTabs, allowed) };
-}
+const STATUS = {
+  unknown: 'Looking for Tollvane…',
+  linked: 'Linked to Tollvane.',
+  waiting: 'Tollvane is not running. The link comes up as soon as it is started.',
+  missing: 'Tollvane was not found. Start it once on this computer; the link then comes up within a minute.',
+};
 
-function link(linked) {
-  if (linked === undefined) return { state: 'unknown', status: 'Looking for Tollvane…' };
-  if (linked) return { state: 'linked', status: 'Linked to Tollvane.' };
-  return {
-    state: 'missing',
-    status: 'Tollvane was not found. Start it once on this computer; the link then comes up within a minute.',
-  };
+export function describe({ link, markTabs, allowed }) {
+  const state = Object.hasOwn(STATUS, link) ? link : 'unknown';
+  return { state, status: STATUS[state], switchedOn: allowed, hint: hint(markTabs, allowed) };
 }
 
 function hint(markTabs, allowed) {

@@ -1,9 +1,11 @@
-// Keeps a note before the title of the page that it is put into, whatever the page does with its title, until the page
-// is looked at or the background says "unmark". Put in again, it marks again. Not a module: browsers inject scripts.
+// Keeps a note before the title of its page, even if the page changes its title, until the user looks at the page or
+// the background says "unmark". Injecting it again marks again. It is no module, because browsers inject only scripts.
 
 (() => {
   const NOTE = '♪';
-  const AT_MOST_EVERY = 1000;  // ms; a page that insists on its own title is not fought faster than this
+  // If a page writes its title more often than this, the note is withdrawn.
+  const MOST_TITLES = 20;
+  const WITHIN = 1000;  // ms
   const { runtime } = globalThis.browser ?? globalThis.chrome;
 
   if (globalThis.tollvaneMark) {
@@ -17,8 +19,7 @@
     #own = null;  // the title as the page wants it; null while there is no mark
     #shown = '';
     #keepsNotes = false;
-    #changedAt = -Infinity;
-    #timer;
+    #shownAt = [];  // the times of the last MOST_TITLES notes
     #observer = new MutationObserver(() => this.#titleChanged());
 
     put() {
@@ -36,33 +37,28 @@
     take() {
       if (this.#own === null) return;
       this.#adopt();
-      clearTimeout(this.#timer);
-      this.#timer = undefined;
       this.#observer.disconnect();
       document.title = this.#own;
       this.#own = null;
     }
 
     #show() {
-      this.#timer = undefined;
-      this.#changedAt = performance.now();
-      // As it will read back: the document trims its title.
+      const now = performance.now();
+      if (this.#shownAt.length === MOST_TITLES && now - this.#shownAt[0] < WITHIN) return this.take();
+      this.#shownAt = [...this.#shownAt, now].slice(-MOST_TITLES);
+      // Trimmed, because reading document.title returns it trimmed.
       this.#shown = `${NOTE} ${withoutNotes(this.#own)}`.trim();
       document.title = this.#shown;
-      if (document.title !== this.#shown) this.#observer.disconnect();  // a document without titles
+      if (document.title !== this.#shown) this.#observer.disconnect();  // this document has no title
     }
 
     #titleChanged() {
-      if (!runtime.id) this.take();  // the extension is gone, and nobody else would take the mark away
-      if (this.#own === null || !this.#adopt() || this.#timer !== undefined) return;
-      // Never at once twice: a page that answers each change with one of its own would never come to rest.
-      const wait = this.#changedAt + AT_MOST_EVERY - performance.now();
-      if (wait <= 0) this.#show();
-      else this.#timer = setTimeout(() => this.#show(), wait);
+      if (!runtime.id) this.take();  // the extension is gone, so its background cannot do this
+      if (this.#own !== null && this.#adopt()) this.#show();
     }
 
-    // Takes over the title that the page has written; false when it is still the one with our note. Pages build new
-    // titles from the one that they read, so the notes in it are ours unless the page had some before us.
+    // Remembers the title that the page has set; false if the title is still the one with our note. Pages build new
+    // titles from the one that they read, so notes in a new title are ours, unless the page had notes before.
     #adopt() {
       const title = document.title;
       if (title === this.#shown) return false;
@@ -76,7 +72,7 @@
   runtime.onMessage.addListener((message) => {
     if (message?.type === 'unmark') mark.take();
   });
-  // The background sees visits too; this one also works when the extension was removed or updated.
+  // The background notices visits too, but this also works after the extension was removed or updated.
   document.addEventListener('visibilitychange', () => {
     if (document.visibilityState === 'visible') mark.take();
   });

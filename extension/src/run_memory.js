@@ -1,11 +1,11 @@
-// What this run of the browser has taught us. A stopped background loses its variables, and tab ids mean something else
-// after a restart of the browser: session storage lives exactly as long as such knowledge is worth.
+// Remembers values for this run of the browser. A stopped background loses its variables, and tab ids are only valid
+// until the browser is restarted, so the values are kept in session storage, which lasts just as long.
 //
-// Wait for `ready` before the first get(). Values must survive JSON. A storage that fails costs the memory, not the
-// extension.
+// Wait for `ready` before the first get(). Values must be representable in JSON. If the storage fails, the values are
+// lost with the background, but the extension works.
 
 const CARRIED = 'carried';
-const CARRIED_FOR_AT_MOST = 60_000;  // ms; an update of the extension takes less, a restart of the browser may not
+const CARRIED_FOR_AT_MOST = 60_000;  // ms; an update takes less time, a restart of the browser may take more
 
 export class RunMemory {
   #session;
@@ -14,7 +14,8 @@ export class RunMemory {
   #values = {};
 
   ready;
-  carried = false;  // this is the first background after an update of the extension
+  isFresh = false;  // whether this is the first background after a start of the browser or of the extension
+  carried = false;  // whether this is the first background after an update of the extension
 
   constructor({ session, local }, clock) {
     this.#session = session;
@@ -32,13 +33,14 @@ export class RunMemory {
     this.#session.set({ [key]: value }).catch(() => {});
   }
 
-  // An update empties session storage although the browser runs on. Call right before runtime.reload().
+  // Keeps the values over an update, which empties session storage. Call right before runtime.reload().
   async carryOver() {
     await this.#local.set({ [CARRIED]: { at: this.#clock.now(), values: this.#values } }).catch(() => {});
   }
 
   async #load() {
     this.#values = await this.#session.get(null);
+    this.isFresh = Object.keys(this.#values).length === 0;
     const { [CARRIED]: carried } = await this.#local.get(CARRIED);
     if (!carried) return;
     await this.#local.remove(CARRIED);

@@ -1,7 +1,8 @@
-// A browser as the extension sees it through its API, in memory: tabs, windows, storage, permissions, alarms and the
-// ports to the native host. `api` is what the extension is given; everything else is the test's hand on it.
+// A fake browser in memory, as the extension sees it through its API: tabs, windows, storage, permissions, alarms and
+// ports to the native host. The extension gets `api`; the test uses everything else.
 
 import { Companion } from '../src/companion.js';
+import { reportedId } from '../src/reported_id.js';
 import { settle } from './virtual_clock.js';
 
 class Event {
@@ -13,7 +14,7 @@ class Event {
   }
 }
 
-// Values pass through it as through the real one: only what JSON can hold.
+// A storage area. As in a real one, values are converted to JSON and back.
 class Area {
   values = {};
   broken = false;
@@ -57,9 +58,10 @@ export class FakeBrowser {
   siteAccess = false;
   optionsOpened = 0;
   reloads = 0;
-  injected = [];  // ids of the tabs that the page script was put into
-  marked = new Set();  // ids of the tabs whose page holds the mark
+  injected = [];  // ids of the tabs into which the page script was injected
+  marked = new Set();  // ids of the tabs whose page has the mark
   beforeInjection = () => {};
+  run = 0;  // of the background
 
   constructor(clock) {
     this.clock = clock;
@@ -70,8 +72,20 @@ export class FakeBrowser {
 
   async start() {
     this.#makeApi();
-    new Companion(this.api, this.clock).start();
+    new Companion(this.api, this.clock, ++this.run).start();
     await settle();
+  }
+
+  // What this background calls a tab.
+  named(id) {
+    return reportedId(this.run, id);
+  }
+
+  // As the user does in the list of extensions.
+  async reloadExtension() {
+    this.stopBackground();
+    this.session = new Area();
+    await this.start();
   }
 
   // The browser stops an idle background and starts it again for an event.
@@ -90,7 +104,9 @@ export class FakeBrowser {
     this.session = new Area();
     this.tabs.clear();
     this.marked.clear();
-    await this.start();
+    const started = this.start();
+    this.api.runtime.onStartup.fire();
+    await started;
   }
 
   // --- the native host ---
@@ -139,9 +155,19 @@ export class FakeBrowser {
   mute = (id) => this.update(id, { mutedInfo: { muted: true } });
   unmute = (id) => this.update(id, { mutedInfo: { muted: false } });
 
-  // A page that loads has none of the old one's scripts.
+  // A newly loaded page has no scripts of the old one.
   async load(id) {
     this.marked.delete(id);
+    await this.update(id, { status: 'complete' });
+  }
+
+  // Another page comes into the tab; it has a title once it was read.
+  async navigate(id, title) {
+    this.marked.delete(id);
+    const url = 'https://example.org/next?token=1';
+    Object.assign(this.tabs.get(id), { url, title: 'example.org/next?token=1' });
+    await this.update(id, { status: 'loading' });
+    await this.update(id, { title });
     await this.update(id, { status: 'complete' });
   }
 
@@ -270,6 +296,10 @@ export class FakeBrowser {
         return [...this.tabs.values()]
           .filter((tab) => Object.entries(wanted).every(([key, value]) => tab[key] === value))
           .map((tab) => ({ ...tab }));
+      },
+      get: async (id) => {
+        if (!this.tabs.has(id)) throw new Error(`No tab with id: ${id}.`);
+        return { ...this.tabs.get(id) };
       },
       update: async (id, { active }) => {
         if (!this.tabs.has(id)) throw new Error(`No tab with id: ${id}.`);

@@ -17,8 +17,11 @@ beforeEach(async () => {
   browser.openTab(8, { windowId: 2 });
 });
 
-// Whether the extension says that it brought the tab forward.
-async function focus(tabId) {
+// Sends "focus" for the tab that the browser now calls `id`, and returns whether the extension says that it brought the
+// tab forward.
+const focus = (id) => focusNamed(browser.named(id));
+
+async function focusNamed(tabId) {
   const req = ++requests;
   await browser.says({ type: 'focus', req, tabId });
   const answers = browser.sent.filter((message) => message.type === 'focusResult' && message.req === req);
@@ -52,13 +55,13 @@ test('a tab that moved to another window is brought forward there', async () => 
   assert.ok(browser.windows.get(2).focused);
 });
 
-test('a closed tab is not', async () => {
+test('a closed tab is not brought forward', async () => {
   await browser.sound(7);
   await browser.close(7);
   assert.equal(await focus(7), false);
 });
 
-test('a tab whose closing was not told is not', async () => {
+test('a tab whose closing was not reported is not brought forward', async () => {
   await browser.sound(7);
   browser.tabs.delete(7);
   assert.equal(await focus(7), false);
@@ -71,23 +74,38 @@ test('a tab that was never reported is left alone', async () => {
 
 test('an id of an earlier run of the browser does not lead to the tab that has it now', async () => {
   await browser.sound(7);
+  const yesterday = browser.named(7);
   await browser.restart();
   browser.openTab(7, { title: 'Another page' });
-  assert.equal(await focus(7), false);
+  assert.equal(await focusNamed(yesterday), false);
+  await browser.sound(7);
+  assert.equal(await focusNamed(yesterday), false);
   assert.ok(!browser.tabs.get(7).active);
 });
 
 test('a stopped background has not forgotten the tab', async () => {
   await browser.sound(7);
+  const before = browser.named(7);
   await browser.restartBackground();
+  assert.equal(await focusNamed(before), true);
+});
+
+test('nor when the tab was reported by the next background, too', async () => {
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.restartBackground();
+  await browser.silence(7);
+  await browser.sound(7);
   assert.equal(await focus(7), true);
+  assert.equal(await focusNamed(before), true);
 });
 
 test('a request that wakes the background is answered from its memory', async () => {
   await browser.sound(7);
+  const tabId = browser.named(7);
   browser.stopBackground();
   const started = browser.start();
-  browser.port.onMessage.fire({ type: 'focus', req: 5, tabId: 7 });
+  browser.port.onMessage.fire({ type: 'focus', req: 5, tabId });
   await started;
   assert.deepEqual(browser.sent.at(-1), { type: 'focusResult', req: 5, ok: true });
 });
@@ -99,12 +117,13 @@ test('a discarded tab is found under its new id', async () => {
   assert.ok(browser.tabs.get(70).active);
 });
 
-test('also when it was discarded twice, with a stopped background in between', async () => {
+test('a tab that was discarded twice is found, even if the background was stopped in between', async () => {
   await browser.sound(7);
+  const first = browser.named(7);
   await browser.discard(7, 70);
   await browser.restartBackground();
   await browser.discard(70, 700);
-  assert.equal(await focus(7), true);
+  assert.equal(await focusNamed(first), true);
   assert.ok(browser.tabs.get(700).active);
 });
 
@@ -130,19 +149,117 @@ test('closed tabs are forgotten', async () => {
     await browser.sound(id);
     await browser.close(id);
   }
-  assert.deepEqual(browser.session.values.reported, {});
+  assert.deepEqual(browser.session.values.known, []);
 });
+
+test('of a tab that is reported in endlessly many lives of the background the newest ids are known', async () => {
+  for (let life = 0; life < 600; life++) {
+    await browser.restartBackground();
+    await browser.sound(7);
+    await browser.silence(7);
+  }
+  assert.equal(browser.session.values.known.length, 500);
+  assert.equal(await focus(7), true);
+});
+
+test('the number that the browser gives the tab leads nowhere: another profile may have one like it', async () => {
+  await browser.sound(7);
+  assert.equal(await focusNamed(7), false);
+});
+
+test('an id that another profile reported leads nowhere', async () => {
+  await browser.sound(7);
+  const other = new FakeBrowser(new VirtualClock());
+  other.run = browser.run;
+  await other.start();
+  other.openTab(7);
+  await other.sound(7);
+  assert.equal(await focusNamed(other.named(7)), false);
+  assert.ok(!browser.tabs.get(7).active);
+});
+
+// The bridge names the browser's process.
+const theBrowserIs = (name) => browser.says({ type: 'link', open: true, browser: name });
+
+test('a reload of the extension does not forget the tab', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.reloadExtension();
+  await theBrowserIs('4711');
+  assert.equal(await focusNamed(before), true);
+});
+
+test('nor one reload after the other, nor a tab that is reported before the bridge has spoken', async () => {
+  await browser.sound(7);
+  const first = browser.named(7);
+  await theBrowserIs('4711');
+  await browser.reloadExtension();
+  await browser.sound(8);
+  const second = browser.named(8);
+  await theBrowserIs('4711');
+  await browser.reloadExtension();
+  await theBrowserIs('4711');
+  assert.equal(await focusNamed(first), true);
+  assert.equal(await focusNamed(second), true);
+});
+
+test('a request right behind the first words of the bridge finds the tab', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const tabId = browser.named(7);
+  await browser.reloadExtension();
+  browser.port.onMessage.fire({ type: 'link', open: true, browser: '4711' });
+  await browser.says({ type: 'focus', req: 5, tabId });
+  assert.deepEqual(browser.sent.at(-1), { type: 'focusResult', req: 5, ok: true });
+});
+
+test('another process of the browser is another run, and what was kept is dropped', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.reloadExtension();
+  await theBrowserIs('4712');
+  assert.equal(await focusNamed(before), false);
+  assert.deepEqual(browser.local.values, {});
+});
+
+test('a browser that says it has just started has no earlier ids, whatever the bridge says', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.restart();
+  browser.openTab(7);
+  await theBrowserIs('4711');
+  assert.equal(await focusNamed(before), false);
+});
+
+test('a tab that was closed is not kept', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  await browser.close(7);
+  assert.deepEqual(browser.local.values.kept.known, []);
+});
+
+for (const nonsense of [undefined, null, 7, {}]) {
+  test(`a bridge that calls the browser ${JSON.stringify(nonsense)} has nothing kept`, async () => {
+    await theBrowserIs(nonsense);
+    await browser.sound(7);
+    assert.deepEqual(browser.local.values, {});
+    assert.equal(await focus(7), true);
+  });
+}
 
 for (const tabId of [undefined, null, '7', 7.5, 1e300, -1, true, [7], { 7: 7 }, '__proto__', 'constructor']) {
   test(`the tab id ${JSON.stringify(tabId)} is no tab`, async () => {
     await browser.sound(7);
-    assert.equal(await focus(tabId), false);
+    assert.equal(await focusNamed(tabId), false);
   });
 }
 
 test('two requests at once are both answered', async () => {
   await browser.sound(7);
-  browser.port.onMessage.fire({ type: 'focus', req: 1, tabId: 7 });
+  browser.port.onMessage.fire({ type: 'focus', req: 1, tabId: browser.named(7) });
   await browser.says({ type: 'focus', req: 2, tabId: 99 });
   const answers = browser.sent.filter(({ type }) => type === 'focusResult');
   assert.deepEqual(Object.fromEntries(answers.map(({ req, ok }) => [req, ok])), { 1: true, 2: false });

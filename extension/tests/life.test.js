@@ -1,4 +1,4 @@
-// What outlives what: updates of the extension, the status for the options page, the button.
+// Tests of updates of the extension, of the status for the options page, and of the button.
 
 import assert from 'node:assert/strict';
 import { beforeEach, test } from 'node:test';
@@ -19,7 +19,7 @@ beforeEach(async () => {
   browser.openTab(7);
 });
 
-// The browser has a new version of the extension, and runs it as soon as the old one lets it.
+// The browser has a new version of the extension, and runs it when the old one reloads.
 async function update({ after = 500 } = {}) {
   browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
   await settle();
@@ -30,26 +30,28 @@ async function update({ after = 500 } = {}) {
   await browser.start();
 }
 
-const ok = async () => {
-  await browser.says({ type: 'focus', req: 1, tabId: 7 });
+// Plays in a tab, and returns whether it is still found under that report's id when `after` has happened.
+const isFoundAfter = async (after) => {
+  await browser.sound(7);
+  const tabId = browser.named(7);
+  await after();
+  await browser.says({ type: 'focus', req: 1, tabId });
   return browser.sent.at(-1).ok;
 };
 
-test('an update is let in at once', async () => {
+test('an update is installed at once', async () => {
   browser.api.runtime.onUpdateAvailable.fire({ version: '1.2.4' });
   await settle();
   assert.equal(browser.reloads, 1);
 });
 
-test('an update comes back, and says hello', async () => {
+test('an updated extension connects again, and says hello', async () => {
   await update();
   assert.equal(browser.sent[0].type, 'hello');
 });
 
 test('a tab that was reported before an update is found after it', async () => {
-  await browser.sound(7);
-  await update();
-  assert.equal(await ok(), true);
+  assert.equal(await isFoundAfter(update), true);
 });
 
 test('an update takes its marks out of the pages, and puts them in again', async () => {
@@ -67,32 +69,30 @@ test('an update takes its marks out of the pages, and puts them in again', async
   assert.equal(browser.marked.size, 0);
 });
 
-test('what an update carried over is used once', async () => {
-  await browser.sound(7);
-  await update();
+test('values carried over by an update are used once', async () => {
+  const found = await isFoundAfter(async () => {
+    await update();
+    assert.deepEqual(browser.local.values, {});
+    await browser.restart();
+    browser.openTab(7);
+  });
+  assert.equal(found, false);
+});
+
+test('values carried over long ago belong to another run of the browser, and are dropped', async () => {
+  assert.equal(await isFoundAfter(() => update({ after: 61_000 })), false);
   assert.deepEqual(browser.local.values, {});
-  await browser.restart();
-  browser.openTab(7);
-  assert.equal(await ok(), false);
 });
 
-test('what was carried over long ago is another run of the browser, and dropped', async () => {
-  await browser.sound(7);
-  await update({ after: 61_000 });
-  assert.equal(await ok(), false);
-  assert.deepEqual(browser.local.values, {});
+test('a clock that was set back does not make old values valid', async () => {
+  assert.equal(await isFoundAfter(() => update({ after: -3_600_000 })), false);
 });
 
-test('a clock that was set back does not make it fresh', async () => {
-  await browser.sound(7);
-  await update({ after: -3_600_000 });
-  assert.equal(await ok(), false);
-});
-
-test('nothing is kept on the disk', async () => {
+test('nothing but numbers of tabs is kept on the disk', async () => {
+  await browser.says({ type: 'link', open: true, browser: '4711' });
   await browser.sound(7);
   await browser.says({ type: 'settings', markTabs: true });
-  assert.deepEqual(browser.local.values, {});
+  assert.deepEqual(browser.local.values, { kept: { browser: '4711', known: [[browser.named(7), 7]] } });
 });
 
 test('the button opens the options page', () => {
@@ -100,18 +100,43 @@ test('the button opens the options page', () => {
   assert.equal(browser.optionsOpened, 1);
 });
 
-test('the options page is told of the link and of the setting', async () => {
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: undefined });
+test('the options page gets the state of the link and the setting', async () => {
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'unknown', markTabs: undefined });
   await browser.says({ type: 'settings', markTabs: true });
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: true, markTabs: true });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'linked', markTabs: true });
   await browser.hostExits();
-  assert.deepEqual(await browser.ask({ type: 'status' }), { linked: false, markTabs: true });
+  assert.deepEqual(await browser.ask({ type: 'status' }), { link: 'missing', markTabs: true });
 });
 
-test('a change of the link is in session storage, where the options page sees it', async () => {
-  assert.equal(browser.session.values.linked, true);
+// What the options page is told, and sees in session storage when it changes.
+async function link() {
+  const { link } = await browser.ask({ type: 'status' });
+  assert.equal(browser.session.values.link ?? 'unknown', link);
+  return link;
+}
+
+test('the link is there only while Tollvane itself is', async () => {
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
+  await browser.says({ type: 'link', open: true });
+  assert.equal(await link(), 'linked');
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
   await browser.hostExits();
-  assert.equal(browser.session.values.linked, false);
+  assert.equal(await link(), 'missing');
+});
+
+test('a bridge that does not tell of Tollvane is believed as soon as Tollvane speaks', async () => {
+  await browser.says({ type: 'whichAudible' });
+  assert.equal(await link(), 'linked');
+});
+
+test('what a background knew of the link is no news to the next one', async () => {
+  await browser.says({ type: 'link', open: true });
+  await browser.restartBackground();
+  assert.equal(await link(), 'unknown');
+  await browser.says({ type: 'link', open: false });
+  assert.equal(await link(), 'waiting');
 });
 
 test('other questions are not answered', () => {
@@ -121,9 +146,11 @@ test('other questions are not answered', () => {
 
 test('the page says where Tollvane is', () => {
   assert.equal(describe({}).state, 'unknown');
-  assert.equal(describe({ linked: true }).state, 'linked');
-  assert.equal(describe({ linked: false }).state, 'missing');
-  assert.match(describe({ linked: false }).status, /not found/);
+  assert.equal(describe({ link: 'toString' }).state, 'unknown');
+  assert.match(describe({ link: 'linked' }).status, /^Linked/);
+  assert.match(describe({ link: 'waiting' }).status, /not running/);
+  assert.match(describe({ link: 'missing' }).status, /not found/);
+  for (const state of ['linked', 'waiting', 'missing']) assert.equal(describe({ link: state }).state, state);
 });
 
 test('the page says what is missing for marks', () => {

@@ -56,7 +56,7 @@ test('waits twice as long after each failure', async () => {
   }
 });
 
-test('a host that dies soon again and again does not make it hurry', async () => {
+test('a host that dies soon again and again does not shorten the delays', async () => {
   await browser.start();
   for (let i = 0; i < 3; i++) {
     await browser.says({ type: 'settings', markTabs: false });
@@ -145,7 +145,7 @@ test('a browser that refuses to start the host at all is tried again', async () 
   assert.equal(await failedAttempts(500), 1);
 });
 
-test('what an old port still says is not heard', async () => {
+test('messages from an old port are ignored', async () => {
   await browser.start();
   const old = browser.port;
   await browser.hostExits();
@@ -189,7 +189,7 @@ for (const nonsense of [null, 7, 'focus', [], {}, { type: 7 }, { type: 'unheard 
   });
 }
 
-test('a storage that fails costs the memory only', async () => {
+test('a storage that fails does not stop the link', async () => {
   browser.session.broken = true;
   browser.local.broken = true;
   await browser.start();

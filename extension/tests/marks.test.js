@@ -42,7 +42,7 @@ test('the tab that the user looks at is not marked', async () => {
   assert.deepEqual(marked(), []);
 });
 
-test('nor when the user turns to another tab while it goes on sounding', async () => {
+test('a tab that began to sound in front is not marked when the user turns to another tab', async () => {
   await turn(true);
   await browser.sound(1);
   await browser.activate(7);
@@ -100,16 +100,16 @@ test('leaving the browser takes no mark away', async () => {
 test('being brought forward by Tollvane takes the mark away', async () => {
   await turn(true);
   await browser.sound(7);
-  await browser.says({ type: 'focus', req: 1, tabId: 7 });
+  await browser.says({ type: 'focus', req: 1, tabId: browser.named(7) });
   assert.deepEqual(marked(), []);
 });
 
-test('also where the browser tells of no change, as the tab was in front already', async () => {
+test('being brought forward takes the mark away even if the browser reports no change', async () => {
   await turn(true);
   await browser.sound(8);
   browser.api.tabs.update = async (id) => ({ ...browser.tabs.get(id) });
   browser.api.windows.update = async () => {};
-  await browser.says({ type: 'focus', req: 1, tabId: 8 });
+  await browser.says({ type: 'focus', req: 1, tabId: browser.named(8) });
   assert.deepEqual(marked(), []);
 });
 
@@ -139,14 +139,14 @@ test('turning it on marks the tabs that sounded before and were not visited', as
   assert.deepEqual(marked(), [7]);
 });
 
-test('a page that goes elsewhere in the background is marked again', async () => {
+test('a tab in the background that loads another page is marked again', async () => {
   await turn(true);
   await browser.sound(7);
   await browser.load(7);
   assert.deepEqual(marked(), [7]);
 });
 
-test('a page that goes elsewhere after the visit is not', async () => {
+test('a tab that loads another page after the visit is not marked', async () => {
   await turn(true);
   await browser.sound(7);
   await browser.activate(7);
@@ -194,7 +194,7 @@ test('a tab that is visited while its page is still loading is not marked afterw
   assert.deepEqual(marked(), []);
 });
 
-test('a setting that is turned off while a page is still loading holds for it', async () => {
+test('a setting that is turned off while a page is still loading also applies to that page', async () => {
   await turn(true);
   let loaded;
   browser.beforeInjection = () => new Promise((done) => (loaded = done));
@@ -257,7 +257,7 @@ test('turning the marks on in Tollvane opens the page that asks for access', asy
   assert.equal(browser.optionsOpened, 1);
 });
 
-test('once: being told the same again opens nothing', async () => {
+test('getting the same setting again opens nothing', async () => {
   browser.siteAccess = false;
   await turn(false);
   await turn(true);
@@ -267,7 +267,7 @@ test('once: being told the same again opens nothing', async () => {
   assert.equal(browser.optionsOpened, 1);
 });
 
-test('where access is given already, nothing is opened', async () => {
+test('if access is given already, nothing is opened', async () => {
   await turn(false);
   await turn(true);
   assert.equal(browser.optionsOpened, 0);

@@ -1,4 +1,4 @@
-// What is in the manifest and in the packages. Needs zip, unzip, jq.
+// Tests of the manifest and of the packages. Needs zip, unzip and jq.
 
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
@@ -30,8 +30,8 @@ before(() => {
 });
 after(() => rmSync(directory, { recursive: true }));
 
-// As the browser computes it.
-test('the unpacked extension has the id that is written down', () => {
+// Computes the id as the browser does.
+test('the unpacked extension has the id that Tollvane expects', () => {
   const digest = createHash('sha256').update(Buffer.from(manifest.key, 'base64')).digest('hex').slice(0, 32);
   const id = [...digest].map((digit) => String.fromCharCode(97 + parseInt(digit, 16))).join('');
   assert.equal(id, 'obnkhebafdebfkbooeekkekkklllpdhc');
@@ -48,7 +48,7 @@ test('no permission is asked for that the README does not justify', () => {
 
 test('private windows are out of reach', () => assert.equal(manifest.incognito, 'not_allowed'));
 
-test('every file that is named somewhere is in the package', () => {
+test('every file that is mentioned somewhere is in the package', () => {
   const files = new Set(names(join(out, 'firefox/tollvane.xpi')));
   const named = [manifest.background.service_worker, ...manifest.background.scripts, manifest.options_ui.page,
     ...Object.values(manifest.icons), 'src/page_mark.js', 'src/options.css', 'src/options.js', 'icons/bell.svg'];
@@ -67,7 +67,7 @@ test('all three forms hold the same files, and nothing of the tests', () => {
   assert.ok(files.every((name) => /^(manifest\.json|src\/\w+\.(js|html|css)|icons\/bell(-\d+\.png|\.svg))$/.test(name)));
 });
 
-test('the unpacked form and the one for Firefox have the manifest as it is', () => {
+test('the unpacked form and the one for Firefox have the unchanged manifest', () => {
   assert.deepEqual(readFileSync(join(out, 'chromium/manifest.json')), readFileSync(join(root, 'manifest.json')));
   assert.deepEqual(JSON.parse(read(join(out, 'firefox/tollvane.xpi'), 'manifest.json')), manifest);
 });

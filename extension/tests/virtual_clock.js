@@ -1,4 +1,4 @@
-// Time that a test moves by hand. advance() runs what falls due on the way, in order, and lets promises settle.
+// A clock that a test moves on. advance() runs what falls due on the way, in order, and lets promises settle.
 
 export const settle = () => new Promise((done) => setImmediate(done));
 
@@ -20,7 +20,7 @@ export class VirtualClock {
     this.#timers.delete(timer);
   }
 
-  // As when a background is stopped: its timers never fire.
+  // Drops all timers, as when a background is stopped.
   forgetTimers() {
     this.#timers.clear();
   }

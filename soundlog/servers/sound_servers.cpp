@@ -34,9 +34,10 @@ std::unique_ptr<SoundSource> loadPulseSource(SoundSource::Remember remember, Sou
 }  // namespace
 
 SoundServers::SoundServers(const Environment& environment, const ProcFs& processes, SoundSource::Remember remember,
-                           Started started)
+                           Started started, std::function<void()> changed)
     : processes_(processes),
       pulseSocket_(pulseSocket(environment)),
+      changed_(std::move(changed)),
       pipeWireLink_(pipeWireSocket(environment),
                     [this] {
                       const bool connected = pipeWire_->connect();
@@ -47,12 +48,22 @@ SoundServers::SoundServers(const Environment& environment, const ProcFs& process
   const auto ended = [this](bool served) {
     pipeWireServes_ = false;
     if (!pipeWireLink_.ended(served)) pulseLink_.start();
+    changed_();
   };
   pipeWire_ =
       std::make_unique<PipeWireSource>(remember, SoundSource::Events{started, [this] { pipeWireServes(); }, ended});
   loadPulse_ = [this, remember, started] {
-    return loadPulseSource(remember, SoundSource::Events{started, [this] { pulseLink_.served(); },
-                                                         [this](bool served) { pulseLink_.ended(served); },
+    return loadPulseSource(remember, SoundSource::Events{started,
+                                                         [this] {
+                                                           pulseServes_ = true;
+                                                           pulseLink_.served();
+                                                           changed_();
+                                                         },
+                                                         [this](bool served) {
+                                                           pulseServes_ = false;
+                                                           pulseLink_.ended(served);
+                                                           changed_();
+                                                         },
                                                          [this](std::string_view name) {
                                                            pulseIsPipeWires_ = name.find("PipeWire") != name.npos;
                                                            return !pipeWireServes_ || !pulseIsPipeWires_;
@@ -65,8 +76,12 @@ void SoundServers::start() { pipeWireLink_.start(); }
 void SoundServers::pipeWireServes() {
   pipeWireServes_ = true;
   pipeWireLink_.served();
-  if (pulse_ && (pulseIsPipeWires_ || isPipeWires())) pulse_->disconnect();
+  if (pulse_ && (pulseIsPipeWires_ || isPipeWires())) {
+    pulse_->disconnect();
+    pulseServes_ = false;
+  }
   pulseLink_.start();
+  changed_();
 }
 
 // While the server is PipeWire's own, this fails, and is tried again when a server makes its socket anew.

@@ -20,11 +20,14 @@ class SoundServers {
  public:
   using Started = std::function<void(const StreamStart&)>;
 
-  // `processes` must outlive the object.
-  SoundServers(const Environment& environment, const ProcFs& processes, SoundSource::Remember remember,
-               Started started);
+  // `processes` must outlive the object. `changed` is called after isServed() may have changed.
+  SoundServers(const Environment& environment, const ProcFs& processes, SoundSource::Remember remember, Started started,
+               std::function<void()> changed);
 
   void start();
+
+  // Whether there is a sound server that reports sounds.
+  bool isServed() const { return pipeWireServes_ || pulseServes_; }
 
  private:
   void pipeWireServes();
@@ -33,7 +36,9 @@ class SoundServers {
 
   const ProcFs& processes_;
   std::optional<std::filesystem::path> pulseSocket_;
+  std::function<void()> changed_;
   bool pipeWireServes_ = false;
+  bool pulseServes_ = false;
   bool pulseIsPipeWires_ = false;  // what the PulseAudio server said that was connected last
   std::unique_ptr<PipeWireSource> pipeWire_;
   std::unique_ptr<SoundSource> pulse_;  // null until it is needed, or if its module is missing

@@ -13,6 +13,7 @@ namespace tollvane {
 namespace {
 
 constexpr std::chrono::hours updateCheckInterval{1};
+constexpr std::chrono::milliseconds refreshDelay{100};
 
 }  // namespace
 
@@ -31,7 +32,9 @@ AppDelegate::AppDelegate(const Platform& platform)
       loginItem_(platform.login, platform.files, platform.locations),
       settingsModel_(platform.workspace, platform.bundle, platform.mainQueue, platform.wording, prefs_, loginItem_) {
   recorder_.onChange = alive_.guard([this] { refreshIcon(); });
-  recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in) { link_.askWhichTabIsAudible(in); });
+  recorder_.askWhichTabIsAudible = alive_.guard([this](Browser in, AudibleQuestions::Completion completion) {
+    link_.askWhichTabIsAudible(in, std::move(completion));
+  });
 }
 
 // The order matters: the bell shows at once, and sounds are heard before browsers may report.
@@ -41,6 +44,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   statusItem_->setMenu(*this);
 
   watcher_.onEvent = alive_.guard([this](std::shared_ptr<SoundEvent> event) { recorder_.record(std::move(event)); });
+  watcher_.onHearingChange = alive_.guard([this] { refreshIcon(); });
   watcher_.start();
 
   wireLink();
@@ -52,12 +56,22 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::wireLink() {
   link_.settings = [prefs = prefs_] { return Message{{"markTabs", prefs.markTabs()}}; };
-  link_.onTab = alive_.guard(
-      [this](const BrowserConnection& from, const Message& report) { recorder_.tabReport(from.browser(), report); });
-  link_.onChange = alive_.guard([this] { settingsModel_.refresh(); });
+  link_.onTab = alive_.guard([this](const BrowserConnection& from, const Message& report) {
+    recorder_.tabReport(from.browser(), report, from.bundleID.value_or(""));
+  });
+  link_.onChange = alive_.guard([this] { refreshSettingsSoon(); });
   link_.start();
   link_.refreshSafariState(alive_.guard([this] {
     link_.broadcastSettings();
+    settingsModel_.refresh();
+  }));
+}
+
+// One refresh for many changes: it asks the desktop about every browser.
+void AppDelegate::refreshSettingsSoon() {
+  if (std::exchange(refreshIsDue_, true)) return;
+  platform_.mainQueue.after(refreshDelay, alive_.guard([this] {
+    refreshIsDue_ = false;
     settingsModel_.refresh();
   }));
 }
@@ -83,6 +97,7 @@ void AppDelegate::checkForUpdatesHourly() {
 void AppDelegate::applicationWillTerminate() {
   watcher_.stop();
   link_.stop();
+  recorder_.finish();
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool) {
@@ -117,7 +132,7 @@ void AppDelegate::showExtensionFiles() {
   auto files = platform_.bundle.resource("Extensions");
   const auto home = platform_.locations.home();
   if (!files && home) files = *home / "Developer/Tollvane/Extension/dist";
-  if (files) platform_.workspace.open(*files);
+  if (files) platform_.workspace.open(*files, [](bool) {});
 }
 
 void AppDelegate::menuNeedsUpdate(Menu& menu) {
@@ -176,7 +191,7 @@ void AppDelegate::markAllSeen() {
 void AppDelegate::openHistory() {
   const auto history = paths_.history();
   if (!platform_.files.exists(history)) platform_.files.writeAtomically(history, "");
-  platform_.workspace.open(history);
+  platform_.workspace.open(history, [](bool) {});
 }
 
 void AppDelegate::clearList() {
@@ -206,7 +221,7 @@ void AppDelegate::quit() { platform_.application.terminate(); }
 
 void AppDelegate::refreshIcon() {
   if (!statusItem_) fatal("there is no status item to show the bell in.");
-  const Bell bell = bellFor(recorder_.events, platform_.dates);
+  const Bell bell = bellFor(recorder_.events, platform_.dates, watcher_.hearing(), platform_.wording);
   statusItem_->setImage(bell.symbolName, Bell::accessibilityDescription);
   statusItem_->setToolTip(bell.toolTip);
 }

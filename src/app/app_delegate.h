@@ -69,6 +69,7 @@ class AppDelegate : public MenuDelegate {
 
  private:
   void wireLink();
+  void refreshSettingsSoon();
   void wireSettings();
   void handleFirstLaunch();
   void checkForUpdatesHourly();
@@ -91,6 +92,7 @@ class AppDelegate : public MenuDelegate {
   SettingsModel settingsModel_;
   std::unique_ptr<StatusItem> statusItem_;
   std::unique_ptr<SettingsWindow> settingsWindow_;
+  bool refreshIsDue_ = false;
   Liveness alive_;
 };
 

@@ -1,5 +1,8 @@
 #include "app/browser_status.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace tollvane {
 namespace {
 
@@ -12,15 +15,20 @@ std::string statusOf(Browser browser, bool connected, const Workspace& workspace
 }  // namespace
 
 std::optional<Browser> BrowserNames::browser(std::string_view appName) {
-  for (const Browser browser : Browser::allCases)
-    if (browser.appName() == appName || systemName(browser) == appName) return browser;
+  for (const Browser browser : Browser::allCases) {
+    if (browser.appName() == appName) return browser;
+    const auto& names = systemNames(browser);
+    if (std::find(names.begin(), names.end(), appName) != names.end()) return browser;
+  }
   return std::nullopt;
 }
 
-const std::string& BrowserNames::systemName(Browser browser) {
-  auto& name = systemNames_[browser];
-  if (!name) name = resolver_.appName(browser.bundleID());
-  return *name;
+const std::vector<std::string>& BrowserNames::systemNames(Browser browser) {
+  auto& names = systemNames_[browser];
+  if (!names.empty()) return names;
+  for (const std::string_view edition : browser.editions())
+    for (auto& name : resolver_.appNames(edition)) names.push_back(std::move(name));
+  return names;
 }
 
 std::vector<BrowserRow> browserRows(const BrowserLink& link, const Workspace& workspace) {

@@ -15,9 +15,9 @@
 
 namespace tollvane {
 
-// Which browser an application is, by its name alone: the browser's own name, or the one that the system gives it. Asks
-// the system for each name once, when it is first needed, because that costs a look at all processes. Keep an object
-// for one question or a series of them, not for longer.
+// Which browser an application is, by its name alone: the browser's own name, or one that the system gives to one of
+// its editions. Asks the system for each name once, when it is first needed, because that costs a look at all
+// processes. Keep an object for one question or a series of them, not for longer.
 class BrowserNames {
  public:
   explicit BrowserNames(const Resolver& resolver) : resolver_(resolver) {}
@@ -25,10 +25,10 @@ class BrowserNames {
   std::optional<Browser> browser(std::string_view appName);
 
  private:
-  const std::string& systemName(Browser browser);
+  const std::vector<std::string>& systemNames(Browser browser);
 
   const Resolver& resolver_;
-  std::array<std::optional<std::string>, Browser::allCases.size()> systemNames_;
+  std::array<std::vector<std::string>, Browser::allCases.size()> systemNames_;  // empty: not asked for yet
 };
 
 // The state of each installed browser's extension, for the settings window.

@@ -1,6 +1,6 @@
 // The history file: every sound that was ever recorded, one line each, oldest first. Lines are only added; the file is
-// never read, trimmed or rotated. A line that cannot be written is silently lost, and never half written. Main thread
-// only.
+// never read, trimmed or rotated. A file that cannot be opened for writing is set aside under another name, and a new
+// one begins. A line that cannot be written is silently lost, and never half written. Main thread only.
 #pragma once
 
 #include "model/paths.h"
@@ -19,6 +19,8 @@ class History {
   void append(const SoundEvent& event);
 
  private:
+  bool setAside(const std::filesystem::path& file);
+
   const Paths& paths_;
   Files& files_;
   const DateFormatter& dates_;

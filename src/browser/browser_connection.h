@@ -2,9 +2,13 @@
 // thread only.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "model/browser.h"
 
@@ -25,6 +29,21 @@ class BrowserConnection {
 
   std::optional<Browser> browser() const { return Browser::fromBundleID(bundleID); }
   bool isReady() const { return extensionVersion.has_value(); }
+
+  // The tabs that this extension has reported. Only the last ones are remembered: more than the sounds that are kept.
+  void remember(std::int64_t tabId) {
+    if (hasReported(tabId)) return;
+    if (reported_.size() == mostRemembered) reported_.erase(reported_.begin());
+    reported_.push_back(tabId);
+  }
+  bool hasReported(std::int64_t tabId) const {
+    return std::find(reported_.begin(), reported_.end(), tabId) != reported_.end();
+  }
+
+ private:
+  static constexpr std::size_t mostRemembered = 64;
+
+  std::vector<std::int64_t> reported_;
 };
 
 }  // namespace tollvane

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "browser/bridge_socket.h"
+#include "browser/bridge_connection.h"
 #include "support/json.h"
 #include "support/json_value.h"
 
@@ -32,8 +32,10 @@ BrowserLink::BrowserLink(MainQueue& queue, SafariServices& safari, Files& files,
       paths_(paths),
       nativeHosts_(files, locations, bundle, workspace, paths),
       inbox_(queue, files),
-      listener_(queue),
-      safari_(std::make_unique<SafariConnection>(safari)) {
+      listener_(queue, files),
+      safari_(std::make_shared<SafariConnection>(safari)),
+      focusRequests_(queue),
+      audibleQuestions_(queue) {
   inbox_.onMessage = [this](const Message& message) { handle(*safari_, message); };
   listener_.onConnection = [this](LocalStream stream) { accept(std::move(stream)); };
 }
@@ -52,15 +54,17 @@ void BrowserLink::stop() {
 }
 
 void BrowserLink::accept(LocalStream stream) {
-  const auto connection = std::make_shared<BridgeConnection>(std::move(stream), writePatience);
+  const auto connection = std::make_shared<BridgeConnection>(std::move(stream), queue_);
   BridgeConnection* from = connection.get();
   connection->onMessage = alive_.guard([this, from](const Message& message) { handle(*from, message); });
   connection->onClosed = alive_.guard([this, from] {
     std::erase_if(connections, [from](const auto& each) { return each.get() == from; });
+    focusRequests_.closed(*from);
+    audibleQuestions_.closed(*from);
     changed();
   });
   connections.push_back(connection);
-  connection->startReading(queue_);
+  connection->startReading();
 }
 
 void BrowserLink::handle(BrowserConnection& from, const Message& message) {
@@ -71,9 +75,11 @@ void BrowserLink::handle(BrowserConnection& from, const Message& message) {
   } else if (type == "hello") {
     hello(from, message);
   } else if (type == "audible") {
-    if (onTab) onTab(from, message);
+    audible(from, message);
+  } else if (type == "audibleCount") {
+    audibleQuestions_.answered(from, message);
   } else if (type == "focusResult") {
-    focusAnswered(message);
+    focusRequests_.answered(from, message);
   }
 }
 
@@ -85,40 +91,24 @@ void BrowserLink::hello(BrowserConnection& from, const Message& message) {
   changed();
 }
 
-bool BrowserLink::isConnected(Browser browser) const { return firstReady(browser) != nullptr; }
-
-void BrowserLink::askWhichTabIsAudible(Browser in) {
-  const Message question = {{"type", "whichAudible"}};
-  if (in == Browser::safari) {
-    if (safariEnabled) safari_->send(question);
-    return;
-  }
-  // A copy, because a connection to which sending fails may leave the list.
-  for (const auto& connection : std::vector(connections))
-    if (connection->isReady() && connection->browser() == in) connection->send(question);
+void BrowserLink::audible(BrowserConnection& from, const Message& message) {
+  if (const auto tabId = json::wholeNumber(message, "tabId")) from.remember(*tabId);
+  if (audibleQuestions_.answered(from, message)) return;
+  if (onTab) onTab(from, message);
 }
 
-void BrowserLink::focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion) {
-  const std::int64_t request = nextRequest_++;
-  BrowserConnection* connection = firstReady(in);
-  if (connection == nullptr) return completion(FocusResult::unreachable);
-  pending_.emplace(request, std::move(completion));
-  queue_.after(focusPatience, alive_.guard([this, request] { giveUp(request); }));
-  connection->send({{"type", "focus"}, {"req", request}, {"tabId", tabId}});
+bool BrowserLink::isConnected(Browser browser) const { return !ready(browser).empty(); }
+
+void BrowserLink::askWhichTabIsAudible(Browser in, AudibleQuestions::Completion completion) {
+  if (in != Browser::safari) return audibleQuestions_.ask(ready(in), std::move(completion));
+  if (safariEnabled) safari_->send({{"type", "whichAudible"}});
 }
 
-void BrowserLink::focusAnswered(const Message& message) {
-  const auto request = json::wholeNumber(message, "req");
-  if (!request) return;
-  auto answered = pending_.extract(*request);
-  if (!answered) return;
-  const auto ok = message.find("ok");
-  const bool focused = ok != message.end() && ok->is_boolean() && ok->get<bool>();
-  answered.mapped()(focused ? FocusResult::focused : FocusResult::tabClosed);
-}
-
-void BrowserLink::giveUp(std::int64_t request) {
-  if (auto unanswered = pending_.extract(request)) unanswered.mapped()(FocusResult::unreachable);
+void BrowserLink::focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion) {
+  auto extensions = ready(in);
+  std::stable_partition(extensions.begin(), extensions.end(),
+                        [&](const auto& each) { return each->hasReported(tabId); });
+  focusRequests_.ask(tabId, std::move(extensions), std::move(completion));
 }
 
 void BrowserLink::broadcastSettings() {
@@ -140,12 +130,16 @@ void BrowserLink::refreshSafariState(std::function<void()> completion) {
 
 void BrowserLink::openSafariExtensionSettings() { safariServices_.showPreferences(safariExtensionID); }
 
-BrowserConnection* BrowserLink::firstReady(Browser browser) const {
-  if (browser == Browser::safari) return safariEnabled ? safari_.get() : nullptr;
-  const auto found = std::find_if(connections.begin(), connections.end(), [&](const auto& connection) {
-    return connection->isReady() && connection->browser() == browser;
-  });
-  return found == connections.end() ? nullptr : found->get();
+// The extensions that have introduced themselves, one for each profile of the browser.
+std::vector<std::shared_ptr<BrowserConnection>> BrowserLink::ready(Browser browser) const {
+  std::vector<std::shared_ptr<BrowserConnection>> found;
+  if (browser == Browser::safari) {
+    if (safariEnabled) found.push_back(safari_);
+    return found;
+  }
+  for (const auto& connection : connections)
+    if (connection->isReady() && connection->browser() == browser) found.push_back(connection);
+  return found;
 }
 
 Message BrowserLink::settingsMessage() const {

@@ -9,13 +9,14 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
 
-#include "browser/bridge_socket.h"
+#include "browser/audible_questions.h"
+#include "browser/bridge_listener.h"
 #include "browser/browser_connection.h"
+#include "browser/focus_requests.h"
 #include "browser/native_hosts.h"
 #include "browser/safari_inbox.h"
 #include "model/paths.h"
@@ -29,18 +30,10 @@
 
 namespace tollvane {
 
-// The result of bringing a tab forward.
-enum class FocusResult {
-  focused,
-  tabClosed,    // the browser has no such tab any more
-  unreachable,  // no extension could be asked, or none answered
-};
-
 class BrowserLink {
  public:
   static constexpr std::string_view safariExtensionID = "com.quarnel.tollvane.safari";
   static constexpr std::string_view safariMessageName = "tollvane";
-  static constexpr std::chrono::milliseconds focusPatience{2500};
 
   // All arguments must outlive the link.
   BrowserLink(MainQueue& queue, SafariServices& safari, Files& files, const Locations& locations, const Bundle& bundle,
@@ -53,7 +46,7 @@ class BrowserLink {
   // Closes all connections. To be called once, when the process is about to end.
   void stop();
 
-  // Called with every report that a tab makes sound.
+  // Called with every report that a tab makes sound, except the answers to askWhichTabIsAudible().
   std::function<void(BrowserConnection& from, const Message& report)> onTab;
 
   // Called when the connections, or what is known about them, have changed.
@@ -65,9 +58,6 @@ class BrowserLink {
   // In the order in which they were made, without Safari's.
   std::vector<std::shared_ptr<BrowserConnection>> connections;
 
-  // How long a bridge may take to make room for one message before it is disconnected.
-  std::chrono::milliseconds writePatience{1000};
-
   // Whether messages can be sent to Safari's extension.
   bool safariEnabled = false;
   BrowserConnection& safariConnection() { return *safari_; }
@@ -78,11 +68,13 @@ class BrowserLink {
   // Whether an extension of that browser is connected and has introduced itself.
   bool isConnected(Browser browser) const;
 
-  // Asks every ready extension of that browser for its audible tabs. They answer through `onTab`.
-  void askWhichTabIsAudible(Browser in);
+  // Asks every ready extension of that browser for its audible tabs. `completion`, which may be empty, is called at
+  // most once, when all have answered. Safari's extension answers through `onTab` instead.
+  void askWhichTabIsAudible(Browser in, AudibleQuestions::Completion completion = nullptr);
 
-  // Asks the browser to bring a tab forward. `completion` is called exactly once, perhaps before this returns.
-  void focus(std::int64_t tabId, Browser in, std::function<void(FocusResult)> completion);
+  // Asks the browser to bring a tab forward: first the profile whose extension reported the tab, then the others.
+  // `completion` is called exactly once, perhaps before this returns.
+  void focus(std::int64_t tabId, Browser in, FocusRequests::Completion completion);
 
   // Sends the current settings to every ready extension.
   void broadcastSettings();
@@ -96,9 +88,8 @@ class BrowserLink {
 
   void accept(LocalStream stream);
   void hello(BrowserConnection& from, const Message& message);
-  void focusAnswered(const Message& message);
-  void giveUp(std::int64_t request);
-  BrowserConnection* firstReady(Browser browser) const;
+  void audible(BrowserConnection& from, const Message& message);
+  std::vector<std::shared_ptr<BrowserConnection>> ready(Browser browser) const;
   Message settingsMessage() const;
   void changed() const {
     if (onChange) onChange();
@@ -110,9 +101,9 @@ class BrowserLink {
   NativeHosts nativeHosts_;
   SafariInbox inbox_;
   BridgeListener listener_;
-  std::unique_ptr<BrowserConnection> safari_;
-  std::map<std::int64_t, std::function<void(FocusResult)>> pending_;  // the key is the number of the request
-  std::int64_t nextRequest_ = 1;
+  std::shared_ptr<BrowserConnection> safari_;
+  FocusRequests focusRequests_;
+  AudibleQuestions audibleQuestions_;
   Liveness alive_;
 };
 

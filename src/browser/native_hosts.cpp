@@ -1,5 +1,7 @@
 #include "browser/native_hosts.h"
 
+#include <set>
+
 #include "support/json.h"
 #include "support/json_value.h"
 
@@ -8,7 +10,7 @@ namespace tollvane {
 std::optional<std::string> NativeHosts::installedBridgePath() {
   const auto bundled = bundle_.auxiliaryExecutable(bridgeName);
   if (!bundled) return std::nullopt;
-  const auto bin = paths_.supportDir() / "bin";
+  const auto bin = paths_.supportDir() / programFolderName;
   const auto installed = bin / bridgeName;
   const auto fresh = bin / (std::string(bridgeName) + ".new");
   if (!files_.createDirectories(bin)) return *bundled;
@@ -20,12 +22,17 @@ std::optional<std::string> NativeHosts::installedBridgePath() {
 void NativeHosts::installManifests() {
   const auto bridge = installedBridgePath();
   if (!bridge) return;
+  std::set<std::filesystem::path> written;  // several editions may look into one directory
   for (const Browser browser : Browser::allCases) {
-    const bool installed = browser.isInstalled(workspace_);
-    for (const auto& [directory, usual] : locations_.nativeHostDirectories(browser.bundleID())) {
-      if (!(installed && usual) && !files_.exists(directory.parent_path())) continue;
-      files_.createDirectories(directory);
-      files_.write(directory / (std::string(hostName) + ".json"), manifest(browser, *bridge));
+    for (const std::string_view edition : browser.editions()) {
+      const bool isHere =
+          workspace_.urlForApplication(edition).has_value() || !workspace_.runningApplications(edition).empty();
+      for (const auto& directory : locations_.nativeHostDirectories(edition)) {
+        if (!isHere && !files_.exists(directory.parent_path())) continue;
+        if (!written.insert(directory).second) continue;
+        files_.createDirectories(directory);
+        files_.write(directory / (std::string(hostName) + ".json"), manifest(browser, *bridge));
+      }
     }
   }
 }

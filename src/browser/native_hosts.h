@@ -38,7 +38,7 @@ class NativeHosts {
   // bridge if there can be no copy; absent if the bundle has no bridge.
   std::optional<std::string> installedBridgePath();
 
-  // Writes a manifest for every browser that is installed or whose directory exists.
+  // Writes a manifest for every edition of a browser that is installed, that runs, or whose directory exists.
   void installManifests();
 
  private:

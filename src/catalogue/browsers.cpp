@@ -37,6 +37,7 @@ constexpr std::array editions = {
         .bundleID = "com.google.Chrome.canary",
         .desktopIds = "google-chrome-canary com.google.Chrome.canary",
         .programs = "/google/chrome-canary/chrome",
+        .manifests = "google-chrome-canary/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -73,12 +74,14 @@ constexpr std::array editions = {
         .bundleID = "com.brave.Browser.beta",
         .desktopIds = "brave-browser-beta com.brave.Browser.beta",
         .programs = "/brave-beta/brave",
+        .manifests = "BraveSoftware/Brave-Browser-Beta/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "brave",
         .bundleID = "com.brave.Browser.nightly",
         .desktopIds = "brave-browser-nightly com.brave.Browser.nightly",
         .programs = "/brave-nightly/brave",
+        .manifests = "BraveSoftware/Brave-Browser-Nightly/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "arc",
@@ -91,7 +94,7 @@ constexpr std::array editions = {
         .name = "Chromium",
         .desktopIds = "chromium chromium-browser org.chromium.Chromium chromium_chromium "
                       "io.github.ungoogled_software.ungoogled_chromium",
-        .programs = "/chromium/chromium /chromium/chrome /chromium-browser/chromium-browser /chromium-browser/chrome",
+        .programs = "/chromium /chromium-browser /chromium/chrome /chromium-browser/chrome /chrome-linux/chrome",
         .manifests = "chromium/NativeMessagingHosts",
     },
     BrowserEdition{
@@ -99,20 +102,31 @@ constexpr std::array editions = {
         .bundleID = "org.mozilla.firefox",
         .name = "Firefox",
         .desktopIds = "firefox firefox-esr org.mozilla.firefox firefox_firefox",
-        .programs = "/firefox/firefox /firefox/firefox-bin /firefox-esr/firefox-esr",
+        .programs = "/firefox /firefox-bin /firefox-esr",
+        .manifests = "~/.mozilla/native-messaging-hosts",
+    },
+    BrowserEdition{
+        .family = "firefox",
+        .bundleID = "org.mozilla.firefoxbeta",
+        .desktopIds = "firefox-beta org.mozilla.firefox.beta",
+        .programs = "/firefox-beta/firefox /firefox-beta/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
         .bundleID = "org.mozilla.firefoxdeveloperedition",
-        .desktopIds = "firefox-developer-edition firefox-devedition",
-        .programs = "/firefox-developer-edition/firefox /firefox-devedition/firefox",
+        .desktopIds = "firefox-developer-edition firefox-devedition firefoxdeveloperedition "
+                      "org.mozilla.firefox.devedition",
+        .programs = "/firefox-developer-edition/firefox /firefox-developer-edition/firefox-bin "
+                    "/firefox-devedition/firefox /firefox-devedition/firefox-bin",
+        .manifests = "~/.mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
         .bundleID = "org.mozilla.nightly",
         .desktopIds = "firefox-nightly org.mozilla.firefox.nightly",
-        .programs = "/firefox-nightly/firefox",
+        .programs = "/firefox-nightly/firefox /firefox-nightly/firefox-bin",
+        .manifests = "~/.mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "safari",
@@ -145,12 +159,6 @@ bool BrowserEdition::hasDesktopId(std::string_view id) const {
   return false;
 }
 
-bool BrowserEdition::hasProgram(std::string_view path) const {
-  for (std::string_view rest = programs; !rest.empty();)
-    if (path.ends_with(ascii::takePart(rest, ' '))) return true;
-  return false;
-}
-
 std::span<const BrowserEdition> browserEditions() { return editions; }
 
 const BrowserEdition* editionOfBundle(std::string_view bundleID) {
@@ -162,7 +170,21 @@ const BrowserEdition* editionOfDesktopId(std::string_view desktopId) {
 }
 
 const BrowserEdition* editionOfProgram(std::string_view path) {
-  return first([&](const BrowserEdition& edition) { return edition.hasProgram(path); });
+  const BrowserEdition* found = nullptr;
+  std::size_t longest = 0;
+  for (const BrowserEdition& edition : editions) {
+    for (std::string_view rest = edition.programs; !rest.empty();) {
+      const std::string_view ending = ascii::takePart(rest, ' ');
+      if (ending.size() <= longest || !path.ends_with(ending)) continue;
+      found = &edition;
+      longest = ending.size();
+    }
+  }
+  return found;
+}
+
+const BrowserEdition* mainRelease(std::string_view family) {
+  return first([&](const BrowserEdition& edition) { return edition.isMainRelease() && edition.family == family; });
 }
 
 std::vector<std::string_view> desktopIdsOfBundle(std::string_view bundleID) {

@@ -22,23 +22,24 @@ struct BrowserEdition {
 
   // For Linux. The members of lists are separated by blanks.
   std::string_view desktopIds = {};  // ids of its desktop entries: a distribution's, its maker's, Flatpak's, Snap's
-  std::string_view programs = {};    // how the path of its running program may end if a package installed it
+  std::string_view programs = {};    // how the path of its running program may end
   // The folder in which it looks for manifests of native programs: below the home folder ("~/") or below the
   // configuration folder. Empty if it has no such folder of its own.
   std::string_view manifests = {};
 
   bool hasDesktopId(std::string_view id) const;
-  bool hasProgram(std::string_view path) const;
   bool isMainRelease() const { return !name.empty(); }
 };
 
 // Sorted by family, each family's main release first.
 std::span<const BrowserEdition> browserEditions();
 
-// These return null if no edition in the table fits.
+// These return null if no edition in the table fits. The program may be anywhere; of several endings that fit, the
+// longest one counts.
 const BrowserEdition* editionOfBundle(std::string_view bundleID);
 const BrowserEdition* editionOfDesktopId(std::string_view desktopId);
 const BrowserEdition* editionOfProgram(std::string_view path);
+const BrowserEdition* mainRelease(std::string_view family);
 
 // The ids that this application's desktop entry may have on Linux, the most usual first. For an application that is not
 // in the table: only `bundleID` itself.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <string>
 
 #include "support/line_buffer.h"
 
@@ -24,6 +25,57 @@ std::optional<std::string_view> textOf(simdjson::dom::element value) {
   return value.get(text) == simdjson::SUCCESS ? std::optional(text) : std::nullopt;
 }
 
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+std::size_t skipDigits(std::string_view text, std::size_t at) {
+  while (at < text.size() && isDigit(text[at])) ++at;
+  return at;
+}
+
+// The end of the number that begins at `at`, by the grammar of RFC 8259; `at` itself if none begins there.
+std::size_t endOfNumber(std::string_view text, std::size_t at) {
+  const auto is = [&](std::size_t where, std::string_view characters) {
+    return where < text.size() && characters.find(text[where]) != characters.npos;
+  };
+  const std::size_t whole = is(at, "-") ? at + 1 : at;
+  std::size_t end = is(whole, "0") ? whole + 1 : skipDigits(text, whole);
+  if (end == whole) return at;
+  if (is(end, ".")) {
+    const std::size_t fraction = skipDigits(text, end + 1);
+    if (fraction == end + 1) return at;
+    end = fraction;
+  }
+  if (is(end, "eE")) {
+    const std::size_t first = is(end + 1, "+-") ? end + 2 : end + 1;
+    const std::size_t exponent = skipDigits(text, first);
+    if (exponent == first) return at;
+    end = exponent;
+  }
+  return end;
+}
+
+// Makes `result` the same as `line` with every number replaced by 0 and blanks: simdjson refuses numbers that fit into
+// none of its types, although JSON allows them. Broken JSON stays broken. There are LineBuffer::padding readable bytes
+// behind the result. Allocates nothing once `result` has the line's length.
+void removeNumbers(std::string_view line, std::string& result) {
+  result.reserve(line.size() + LineBuffer::padding);
+  result = line;
+  bool inText = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (inText && line[i] == '\\') {
+      ++i;
+    } else if (line[i] == '"') {
+      inText = !inText;
+    } else if (!inText && (line[i] == '-' || isDigit(line[i]))) {
+      const std::size_t end = endOfNumber(line, i);
+      if (end == i) break;
+      result.replace(i, end - i, end - i, ' ');
+      result[i] = '0';
+      i = end - 1;
+    }
+  }
+}
+
 // Every element that is no process number is left out.
 void readPids(simdjson::dom::element value, std::vector<Pid>& pids) {
   pids.clear();
@@ -42,6 +94,7 @@ std::string_view lastPathComponent(std::string_view path) { return path.substr(p
 
 struct LogLineReader::Parser {
   simdjson::dom::parser json;
+  std::string copy;  // of a line that could not be read as it was
 };
 
 LogLineReader::LogLineReader() : parser_(std::make_unique<Parser>()) {}
@@ -50,8 +103,12 @@ LogLineReader::~LogLineReader() = default;
 std::optional<LogLine> LogLineReader::read(std::string_view line) {
   if (parser_->json.capacity() > longestUsualLine) parser_ = std::make_unique<Parser>();
   simdjson::dom::object object;
-  if (parser_->json.parse(line.data(), line.size(), /*realloc_if_needed=*/false).get(object) != simdjson::SUCCESS)
-    return std::nullopt;
+  auto error = parser_->json.parse(line.data(), line.size(), /*realloc_if_needed=*/false).get(object);
+  if (error != simdjson::SUCCESS) {
+    removeNumbers(line, parser_->copy);
+    error = parser_->json.parse(parser_->copy.data(), line.size(), /*realloc_if_needed=*/false).get(object);
+  }
+  if (error != simdjson::SUCCESS) return std::nullopt;
   std::optional<std::string_view> path;
   std::optional<std::string_view> message;
   std::string_view maker;

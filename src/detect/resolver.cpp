@@ -39,6 +39,13 @@ std::string withoutAll(std::string text, std::string_view part) {
 
 }  // namespace
 
+Pid Resolver::living(Pid pid, std::span<const Pid> ancestors) const {
+  const auto runs = [this](Pid each) { return processes_.parentPid(each).has_value(); };
+  if (ancestors.empty() || runs(pid)) return pid;
+  const auto first = std::find_if(ancestors.begin(), ancestors.end(), runs);
+  return first == ancestors.end() ? pid : *first;
+}
+
 std::optional<Pid> Resolver::responsiblePid(Pid pid) const {
   const auto responsible = processes_.responsiblePid(pid);
   return responsible && *responsible >= 1 ? responsible : std::nullopt;
@@ -59,6 +66,18 @@ std::optional<RunningApplication> Resolver::regularApp(Pid pid) const {
   return std::nullopt;
 }
 
+std::optional<RunningApplication> Resolver::mainProcess(Pid pid) const {
+  auto found = regularApp(pid);
+  for (int budget = mostAncestors; found && budget > 0; --budget) {
+    const auto parent = processes_.parentPid(found->pid);
+    if (!parent || *parent < 2 || *parent == found->pid) break;
+    auto starter = workspace_.runningApplication(*parent);
+    if (!isRegular(starter) || starter->localizedName != found->localizedName) break;
+    found = std::move(starter);
+  }
+  return found;
+}
+
 std::string Resolver::appName(Pid pid, std::string_view fallback) const {
   if (auto application = regularApp(pid); application && application->localizedName)
     return *std::move(application->localizedName);
@@ -67,20 +86,19 @@ std::string Resolver::appName(Pid pid, std::string_view fallback) const {
   return friendlyName(fallback);
 }
 
-std::string Resolver::appName(Pid pid, std::span<const Pid> ancestors, std::string_view fallback) const {
-  const auto runs = [this](Pid each) { return processes_.parentPid(each).has_value(); };
-  if (!ancestors.empty() && !runs(pid)) {
-    const auto first = std::find_if(ancestors.begin(), ancestors.end(), runs);
-    if (first != ancestors.end()) pid = *first;
-  }
-  return appName(pid, fallback);
-}
-
 std::string Resolver::appName(std::string_view bundleID) const {
   auto running = workspace_.runningApplications(bundleID);
   if (!running.empty() && running.front().localizedName) return *std::move(running.front().localizedName);
   if (const auto url = workspace_.urlForApplication(bundleID)) return withoutAll(workspace_.displayName(*url), ".app");
   return std::string(bundleID);
+}
+
+std::vector<std::string> Resolver::appNames(std::string_view bundleID) const {
+  std::vector<std::string> names;
+  for (auto& application : workspace_.runningApplications(bundleID))
+    if (application.localizedName) names.push_back(*std::move(application.localizedName));
+  if (names.empty()) names.push_back(appName(bundleID));
+  return names;
 }
 
 std::optional<std::filesystem::path> Resolver::appURL(std::string_view named) const {

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/files.h"
 #include "platform/locations.h"
@@ -21,6 +22,9 @@ class Resolver {
   Resolver(const ProcessTable& processes, const Workspace& workspace, const Locations& locations, const Files& files)
       : processes_(processes), workspace_(workspace), locations_(locations), files_(files) {}
 
+  // `pid` itself if it still runs, else the first of its `ancestors` that does; `pid` if none of them runs.
+  Pid living(Pid pid, std::span<const Pid> ancestors) const;
+
   // The process that the system holds responsible for `pid`; absent if the system does not say.
   std::optional<Pid> responsiblePid(Pid pid) const;
 
@@ -28,17 +32,20 @@ class Resolver {
   // itself and its ancestors, seven generations at most.
   std::optional<RunningApplication> regularApp(Pid pid) const;
 
+  // The same, for a process that one of its own application started, the process that started all of these: a browser's
+  // own process, not the one in which it plays.
+  std::optional<RunningApplication> mainProcess(Pid pid) const;
+
   // The name to show for the maker of a sound. `fallback`: the process's name as it was reported; it may be cut to 16
   // characters, and it may be empty.
   std::string appName(Pid pid, std::string_view fallback) const;
 
-  // The same for a maker that may have ended meanwhile: then the first of its `ancestors` that still runs, the nearest
-  // first, stands for it.
-  std::string appName(Pid pid, std::span<const Pid> ancestors, std::string_view fallback) const;
-
   // The name to show for the application with this bundle identifier; the identifier itself if the system knows no
   // name.
   std::string appName(std::string_view bundleID) const;
+
+  // All names under which its running processes appear; if there are none, the same as appName().
+  std::vector<std::string> appNames(std::string_view bundleID) const;
 
   // Where the application with this display name is installed. The name must be exact: it is not trimmed, and case
   // matters.

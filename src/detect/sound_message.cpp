@@ -130,24 +130,33 @@ std::optional<SoundMessage> outputStart(std::string_view message) {
   return AudioOutputStarted{*pid, client->name};
 }
 
+std::optional<SoundMessage> serverReport(std::string_view message) {
+  if (message == "sound_server=missing") return SoundServerReport{false};
+  if (message == "sound_server=found") return SoundServerReport{true};
+  return std::nullopt;
+}
+
 // For each pattern above: a text that it must contain, as it stands in JSON (where the quotes of a message are
 // escaped), and the character of this text that log lines hold least often. Searching for this character alone is the
-// fastest way.
-struct Needle {
-  std::string_view text;
+// fastest way; texts with the same one share a search.
+struct Needles {
   char rarest;
+  std::array<std::string_view, 2> texts;
 };
-constexpr Needle needles[] = {
-    {R"(\"output_running\":true)", '_'},
-    {"inClientPID ", 'P'},
-    {"NotificationRecord app:", 'N'},
-    {"bundle=", '='},
+constexpr Needles needles[] = {
+    {'_', {R"(\"output_running\":true)"}},
+    {'P', {"inClientPID "}},
+    {'N', {"NotificationRecord app:"}},
+    {'=', {"bundle=", "sound_server="}},
 };
 
-bool holds(std::string_view text, const Needle& needle) {
-  const std::size_t offset = needle.text.find(needle.rarest);
-  for (auto at = text.find(needle.rarest, offset); at != text.npos; at = text.find(needle.rarest, at + 1))
-    if (text.substr(at - offset, needle.text.size()) == needle.text) return true;
+bool holds(std::string_view text, const Needles& wanted) {
+  for (auto at = text.find(wanted.rarest); at != text.npos; at = text.find(wanted.rarest, at + 1)) {
+    for (const std::string_view needle : wanted.texts) {
+      const std::size_t offset = needle.find(wanted.rarest);
+      if (offset <= at && text.substr(at - offset, needle.size()) == needle) return true;
+    }
+  }
   return false;
 }
 
@@ -165,8 +174,8 @@ bool holdsUnicodeEscape(std::string_view text) {
 }  // namespace
 
 bool mayHoldSoundMessage(std::string_view jsonText) {
-  for (const Needle& needle : needles)
-    if (holds(jsonText, needle)) return true;
+  for (const Needles& each : needles)
+    if (holds(jsonText, each)) return true;
   return holdsUnicodeEscape(jsonText);
 }
 
@@ -174,6 +183,7 @@ std::optional<SoundMessage> soundMessage(std::string_view process, std::string_v
   if (process == "usernoted") return notification(message);
   if (process == "systemsoundserverd") return soundRequest(message);
   if (process == "audiomxd") return outputStart(message);
+  if (process == "TollvaneLog") return serverReport(message);
   return std::nullopt;
 }
 

@@ -2,7 +2,8 @@
 //
 // Three daemons report sounds: "audiomxd" (a process's audio output started), "systemsoundserverd" (a process, or the
 // notification centre, asked for a short sound) and "usernoted" (a notification was presented). Their messages have the
-// form of the system log. Any thread. The time is linear in the length of the message.
+// form of the system log. "TollvaneLog", which is the log tool on Linux, also reports whether there is a sound server.
+// Any thread. The time is linear in the length of the message.
 #pragma once
 
 #include <optional>
@@ -32,10 +33,15 @@ struct AudioOutputStarted {
   bool operator==(const AudioOutputStarted&) const = default;
 };
 
-using SoundMessage =
-    std::variant<NotificationPresented, NotificationSoundRequested, AlertSoundRequested, AudioOutputStarted>;
+struct SoundServerReport {
+  bool found;  // false: there is none, so no sound can be noticed
+  bool operator==(const SoundServerReport&) const = default;
+};
 
-// Absent for every message that is not one of the four.
+using SoundMessage = std::variant<NotificationPresented, NotificationSoundRequested, AlertSoundRequested,
+                                  AudioOutputStarted, SoundServerReport>;
+
+// Absent for every message that is not one of these.
 std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message);
 
 // Whether a JSON text may hold such a message: if false, it certainly holds none. Far cheaper than reading the JSON.

@@ -14,7 +14,7 @@ constexpr const char* predicate =
     R"(eventMessage CONTAINS "Presenting <NotificationRecord")))";
 
 // No working log tool prints such a line, and a broken one must not fill the memory.
-constexpr std::size_t longestLine = 100'000'000;
+constexpr std::size_t longestLine = 1 << 24;
 
 // A large read is split into pieces of this size, so that their lines are still in the processor's cache when they are
 // read.
@@ -44,19 +44,51 @@ Watcher::Watcher(MainQueue& queue, const Clock& clock, ChildProcesses& children,
       buffer_(longestLine),
       mostSeen_(usualRepeats) {}
 
+Hearing Watcher::hearing() const {
+  if (tool_ != Tool::runs) return Hearing::noLogTool;
+  return soundServer_ ? Hearing::yes : Hearing::noSoundServer;
+}
+
+void Watcher::toolIs(Tool state) {
+  const Hearing before = hearing();
+  tool_ = state;
+  if (state != Tool::runs) soundServer_ = true;  // until the next run says otherwise
+  if (hearing() != before && onHearingChange) onHearingChange();
+}
+
 void Watcher::start() {
   stopped_ = false;
+  const int run = ++run_;
   // What the last run left in the buffer stays: it is joined with the first bytes of the new run.
   process_ = children_.launch({
       .executable = bundle_.logTool(),
       .arguments = {"stream", "--style", "ndjson", "--predicate", predicate},
       .onOutput = alive_.guard([this](std::string_view bytes) { receive(bytes); }),
       .onTermination = alive_.guard([this] {
-        queue_.after(restartDelay, alive_.guard([this] {
-          if (!stopped_) start();
-        }));
+        ++run_;
+        toolIs(Tool::ended);
+        startLater(restartDelay);
       }),
   });
+  if (!process_) {
+    toolIs(Tool::ended);
+    startLater(pause_);
+    pause_ = std::min(2 * pause_, longestRestartDelay);
+    return;
+  }
+  pause_ = restartDelay;
+  // A tool that ends at once, again and again, does not hear anything.
+  if (tool_ == Tool::runs) return;
+  toolIs(Tool::onTrial);
+  queue_.after(restartDelay, alive_.guard([this, run] {
+    if (run == run_) toolIs(Tool::runs);
+  }));
+}
+
+void Watcher::startLater(Duration delay) {
+  queue_.after(delay, alive_.guard([this] {
+    if (!stopped_) start();
+  }));
 }
 
 void Watcher::stop() {
@@ -81,8 +113,9 @@ void Watcher::readLine(std::string_view line) {
 }
 
 void Watcher::handle(const SoundMessage& message, const LogLine& line) {
-  const auto makerOf = [&](const auto& sound) {
-    return resolver_.appName(sound.pid, line.ancestors, line.maker.empty() ? sound.name : line.maker);
+  const auto emitSound = [&](const auto& sound, std::string_view kind) {
+    const Pid maker = resolver_.living(sound.pid, line.ancestors);
+    emit(resolver_.appName(maker, line.maker.empty() ? sound.name : line.maker), kind, maker);
   };
   std::visit(Overloaded{
                  [&](const NotificationPresented& notification) {
@@ -90,8 +123,12 @@ void Watcher::handle(const SoundMessage& message, const LogLine& line) {
                    lastNotification_ = {std::string(notification.bundleID), clock_.steadyNow()};
                  },
                  [&](const NotificationSoundRequested&) { emit(notifyingApp(), kind::notificationSound); },
-                 [&](const AlertSoundRequested& alert) { emit(makerOf(alert), kind::alertSound); },
-                 [&](const AudioOutputStarted& start) { emit(makerOf(start), kind::startedPlayingAudio); },
+                 [&](const AlertSoundRequested& alert) { emitSound(alert, kind::alertSound); },
+                 [&](const AudioOutputStarted& start) { emitSound(start, kind::startedPlayingAudio); },
+                 [&](const SoundServerReport& report) {
+                   const bool changes = std::exchange(soundServer_, report.found) != report.found;
+                   if (changes && onHearingChange) onHearingChange();
+                 },
              },
              message);
 }
@@ -101,7 +138,7 @@ std::string Watcher::notifyingApp() const {
   return recent ? resolver_.appName(lastNotification_->bundleID) : "Notification Center";
 }
 
-void Watcher::emit(std::string app, std::string_view kind) {
+void Watcher::emit(std::string app, std::string_view kind, std::optional<Pid> maker) {
   const Instant now = clock_.steadyNow();
   std::string key = app + "|";
   key += kind;
@@ -111,7 +148,10 @@ void Watcher::emit(std::string app, std::string_view kind) {
     seen->second = now;
   }
   if (lastSeen_.size() > mostSeen_ || app.size() > longName) forgetOldRepeats(now);
-  if (onEvent) onEvent(std::make_shared<SoundEvent>(clock_.now(), app, kind));
+  if (!onEvent) return;
+  auto event = std::make_shared<SoundEvent>(clock_.now(), app, kind);
+  if (maker) event->maker = resolver_.mainProcess(*maker);
+  onEvent(std::move(event));
 }
 
 void Watcher::forgetOldRepeats(Instant now) {

@@ -5,9 +5,9 @@
 //   watcher.start();
 //
 // The log tool runs as long as the watcher does: 3 seconds after it has ended for any reason, it is started again. If
-// it cannot be started at all, there is no other try. Repeats of one application and kind within 1.5 seconds are one
-// sound. Every failure is silent: a line that is no message about a sound is dropped, and the next line is read. Main
-// thread only.
+// it cannot be started at all, there is another try after 3 seconds, and then after pauses that double up to 5 minutes.
+// Repeats of one application and kind within 1.5 seconds are one sound. Every failure is silent: a line that is no
+// message about a sound is dropped, and the next line is read. Main thread only.
 #pragma once
 
 #include <chrono>
@@ -31,9 +31,17 @@
 
 namespace tollvane {
 
+// Whether sounds can be noticed at all.
+enum class Hearing {
+  yes,
+  noLogTool,      // the log tool does not run: it cannot be started, or it has ended
+  noSoundServer,  // it runs, and says that there is no sound server
+};
+
 class Watcher {
  public:
   static constexpr std::chrono::milliseconds restartDelay{3000};
+  static constexpr std::chrono::milliseconds longestRestartDelay{300'000};
   static constexpr std::chrono::milliseconds repeatWindow{1500};
   static constexpr std::chrono::milliseconds notificationWindow{5000};
 
@@ -43,12 +51,20 @@ class Watcher {
   // Receives every sound. While it is empty, sounds are lost.
   std::function<void(std::shared_ptr<SoundEvent>)> onEvent;
 
+  // Called after each change of hearing().
+  std::function<void()> onHearingChange;
+  Hearing hearing() const;
+
   void start();
 
   // Ends the log tool and does not start it again.
   void stop();
 
  private:
+  enum class Tool { ended, onTrial, runs };
+
+  void toolIs(Tool state);
+  void startLater(Duration delay);
   struct Notification {
     std::string bundleID;
     Instant date;
@@ -58,7 +74,7 @@ class Watcher {
   void readLine(std::string_view line);
   void handle(const SoundMessage& message, const LogLine& line);
   std::string notifyingApp() const;
-  void emit(std::string app, std::string_view kind);
+  void emit(std::string app, std::string_view kind, std::optional<Pid> maker = std::nullopt);
   void forgetOldRepeats(Instant now);
 
   MainQueue& queue_;
@@ -69,6 +85,10 @@ class Watcher {
 
   std::unique_ptr<ChildProcess> process_;
   bool stopped_ = false;
+  Tool tool_ = Tool::runs;
+  bool soundServer_ = true;
+  std::chrono::milliseconds pause_ = restartDelay;  // before the next try if the log tool cannot be started
+  int run_ = 0;
   LineBuffer buffer_;
   LogLineReader reader_;
   std::optional<Notification> lastNotification_;

@@ -1,6 +1,7 @@
 #include "menu/bell.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tollvane {
 namespace {
@@ -12,13 +13,22 @@ std::string toolTipFor(const SoundEvent& newest, std::ptrdiff_t unseen, const Da
   return tip;
 }
 
+std::string_view trouble(Hearing hearing, const Wording& wording) {
+  if (hearing == Hearing::noLogTool) return wording.noLogTool;
+  if (hearing == Hearing::noSoundServer) return wording.noSoundServer;
+  return "";
+}
+
 }  // namespace
 
-Bell bellFor(const std::vector<std::shared_ptr<SoundEvent>>& events, const DateFormatter& dates) {
+Bell bellFor(const std::vector<std::shared_ptr<SoundEvent>>& events, const DateFormatter& dates, Hearing hearing,
+             const Wording& wording) {
+  std::string toolTip(trouble(hearing, wording));
   const auto unseen = std::count_if(events.begin(), events.end(), [](const auto& event) { return !event->seen; });
+  if (toolTip.empty()) toolTip = events.empty() ? "Tollvane" : toolTipFor(*events.front(), unseen, dates);
   return {
       .symbolName = unseen > 0 ? "bell.fill" : "bell",
-      .toolTip = events.empty() ? "Tollvane" : toolTipFor(*events.front(), unseen, dates),
+      .toolTip = std::move(toolTip),
   };
 }
 

@@ -6,13 +6,14 @@ namespace tollvane {
 
 void SourceOpener::open(const SoundEvent& event) {
   if (event.browser && event.tabId) {
-    openTab(*event.tabId, *event.browser, event.tabLabel().value_or("that tab"));
+    openTab(event, *event.browser);
   } else {
-    openApplication(event.app);
+    openApplication(event);
   }
 }
 
-void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& label) {
+void SourceOpener::openTab(const SoundEvent& event, Browser in) {
+  const std::string label = event.tabLabel().value_or("that tab");
   if (!in.isRunning(workspace_)) {
     const std::string name(in.appName());
     return show({name + " is closed",
@@ -20,13 +21,14 @@ void SourceOpener::openTab(std::int64_t tabId, Browser in, const std::string& la
   }
   // If the tab came forward, its browser must come forward too, even if this object, which shows the alerts, is
   // destroyed.
-  link_.focus(tabId, in, [in, workspace = &workspace_, tell = alive_.guard([this, in, label](FocusResult result) {
-                tabFocused(result, in, label);
-              })](FocusResult result) mutable {
-    if (result != FocusResult::focused) return tell(result);
-    const auto running = workspace->runningApplications(in.bundleID());
-    if (!running.empty()) workspace->activate(running.front(), [](bool) {});
-  });
+  link_.focus(*event.tabId, in,
+              [in, workspace = &workspace_, title = event.tabTitle.value_or(""),
+               tell = alive_.guard([this, in, label](FocusResult result) { tabFocused(result, in, label); })](
+                  FocusResult result, std::string_view bundleID) mutable {
+                if (result != FocusResult::focused) return tell(result);
+                const auto running = workspace->runningApplications(bundleID);
+                if (!running.empty()) workspace->activate(running.front(), title, [](bool) {});
+              });
 }
 
 void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string& label) {
@@ -41,19 +43,35 @@ void SourceOpener::tabFocused(FocusResult result, Browser in, const std::string&
   }
 }
 
-void SourceOpener::openApplication(const std::string& app) {
-  const auto running = runningApplication(app);
-  if (!running) return notRunning(app);
-  workspace_.activate(*running, alive_.guard([this, app](bool cameForward) {
+void SourceOpener::openApplication(const SoundEvent& event) {
+  const auto running = runningApplication(event);
+  if (!running) return notRunning(event.app);
+  workspace_.activate(*running, "", alive_.guard([this, event](bool cameForward) {
     if (cameForward) return;
-    runningApplication(app) ? nothingToOpen(app) : notRunning(app);  // it may have ended meanwhile
+    runningApplication(event) ? noWindow(event.app) : notRunning(event.app);  // it may have ended meanwhile
   }));
 }
 
-std::optional<RunningApplication> SourceOpener::runningApplication(const std::string& app) const {
-  for (auto& candidate : workspace_.runningApplications())
-    if (candidate.localizedName == app && candidate.activationPolicy == ActivationPolicy::regular) return candidate;
-  return std::nullopt;
+// Of several processes of the application, the one that made the sound.
+std::optional<RunningApplication> SourceOpener::runningApplication(const SoundEvent& event) const {
+  std::optional<RunningApplication> found;
+  for (auto& candidate : workspace_.runningApplications()) {
+    if (candidate.localizedName != event.app || candidate.activationPolicy != ActivationPolicy::regular) continue;
+    const bool isMaker =
+        event.maker && candidate.pid == event.maker->pid && candidate.startTime == event.maker->startTime;
+    if (isMaker) return candidate;
+    if (!found) found = std::move(candidate);
+  }
+  return found;
+}
+
+// An application that has closed its windows and still runs shows one if it is started again, as by a launcher.
+void SourceOpener::noWindow(const std::string& app) {
+  if (const auto where = resolver_.appURL(app)) {
+    launch(app, *where);
+  } else {
+    nothingToOpen(app);
+  }
 }
 
 void SourceOpener::notRunning(const std::string& app) {
@@ -66,9 +84,15 @@ void SourceOpener::notRunning(const std::string& app) {
 
 void SourceOpener::offerToLaunch(const std::string& app, const std::filesystem::path& where) {
   show({app + " is closed", app + " made this sound but isn't open anymore.", {"Open " + app, "OK"}},
-       [workspace = &workspace_, where](std::size_t button) {
-         if (button == 0) workspace->open(where);
-       });
+       alive_.guard([this, app, where](std::size_t button) {
+         if (button == 0) launch(app, where);
+       }));
+}
+
+void SourceOpener::launch(const std::string& app, const std::filesystem::path& where) {
+  workspace_.open(where, alive_.guard([this, app](bool started) {
+    if (!started) show({"Can't open " + app, app + " is installed but couldn't be started."});
+  }));
 }
 
 void SourceOpener::nothingToOpen(const std::string& app) {

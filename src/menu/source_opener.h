@@ -33,12 +33,14 @@ class SourceOpener {
   void open(const SoundEvent& event);
 
  private:
-  void openTab(std::int64_t tabId, Browser in, const std::string& label);
+  void openTab(const SoundEvent& event, Browser in);
   void tabFocused(FocusResult result, Browser in, const std::string& label);
-  void openApplication(const std::string& app);
-  std::optional<RunningApplication> runningApplication(const std::string& app) const;
+  void openApplication(const SoundEvent& event);
+  std::optional<RunningApplication> runningApplication(const SoundEvent& event) const;
+  void noWindow(const std::string& app);
   void notRunning(const std::string& app);
   void offerToLaunch(const std::string& app, const std::filesystem::path& where);
+  void launch(const std::string& app, const std::filesystem::path& where);
   void nothingToOpen(const std::string& app);
   void show(const Alert& alert, std::function<void(std::size_t)> answer = nullptr);
 

@@ -1,5 +1,7 @@
 #include "model/browser.h"
 
+#include <algorithm>
+
 #include "catalogue/browsers.h"
 
 namespace tollvane {
@@ -32,7 +34,8 @@ std::optional<Browser> Browser::fromRawValue(std::string_view rawValue) {
 }
 
 std::optional<Browser> Browser::fromBundleID(std::optional<std::string_view> bundleID) {
-  return bundleID ? first(&BrowserEdition::bundleID, *bundleID) : std::nullopt;
+  const BrowserEdition* const edition = bundleID ? editionOfBundle(*bundleID) : nullptr;
+  return edition && !edition->family.empty() ? fromRawValue(edition->family) : std::nullopt;
 }
 
 std::optional<Browser> Browser::fromAppName(std::string_view appName) { return first(&BrowserEdition::name, appName); }
@@ -41,10 +44,23 @@ std::string_view Browser::rawValue() const { return mainReleases()[value_]->fami
 std::string_view Browser::bundleID() const { return mainReleases()[value_]->bundleID; }
 std::string_view Browser::appName() const { return mainReleases()[value_]->name; }
 
-bool Browser::isInstalled(const Workspace& workspace) const {
-  return workspace.urlForApplication(bundleID()).has_value();
+std::vector<std::string_view> Browser::editions() const {
+  std::vector<std::string_view> bundleIDs;
+  for (const BrowserEdition& edition : browserEditions())
+    if (edition.family == rawValue()) bundleIDs.push_back(edition.bundleID);
+  return bundleIDs;
 }
 
-bool Browser::isRunning(const Workspace& workspace) const { return !workspace.runningApplications(bundleID()).empty(); }
+bool Browser::isInstalled(const Workspace& workspace) const {
+  const auto all = editions();
+  return std::any_of(all.begin(), all.end(),
+                     [&](std::string_view edition) { return workspace.urlForApplication(edition).has_value(); });
+}
+
+bool Browser::isRunning(const Workspace& workspace) const {
+  const auto all = editions();
+  return std::any_of(all.begin(), all.end(),
+                     [&](std::string_view edition) { return !workspace.runningApplications(edition).empty(); });
+}
 
 }  // namespace tollvane

@@ -11,6 +11,7 @@
 
 #include "model/browser.h"
 #include "platform/clock.h"
+#include "platform/workspace.h"
 
 namespace tollvane {
 
@@ -28,6 +29,9 @@ class SoundEvent {
   const TimePoint date;    // when the sound was noticed
   const std::string app;   // display name of the application credited with it
   const std::string kind;  // one of the three above
+
+  // The process of the application that made it, as it ran then; absent if it is unknown.
+  std::optional<RunningApplication> maker;
 
   // The browser tab that played it; often known only after the sound.
   std::optional<std::string> tabTitle;

@@ -8,8 +8,10 @@
 
 namespace tollvane {
 
-// Tollvane's own directory below applicationSupport(), and the socket in it at which the bridges find Tollvane.
+// Tollvane's own directory below applicationSupport(), the directory in it that holds the copy of the bridge, and the
+// socket in it at which the bridges find Tollvane.
 inline constexpr std::string_view supportDirectoryName = "Tollvane";
+inline constexpr std::string_view programFolderName = "bin";
 inline constexpr std::string_view bridgeSocketName = "bridge.sock";
 
 class Locations {
@@ -23,15 +25,9 @@ class Locations {
   // none (a user without a home directory).
   virtual std::optional<std::filesystem::path> applicationSupport() const = 0;
 
-  // A directory in which a browser looks for the manifests of native programs that it may start.
-  struct NativeHostDirectory {
-    std::filesystem::path path;
-    bool usual = true;  // used whenever the browser is installed; others only if their parent directory exists
-  };
-
-  // The directories of the browser with this bundle identifier; empty if the browser is unknown or starts no such
-  // programs.
-  virtual std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const = 0;
+  // The directories in which the browser with this bundle identifier looks for the manifests of native programs that it
+  // may start; empty if the browser is unknown or starts no such programs.
+  virtual std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const = 0;
 
   // The folders that contain applications as bundles named after themselves ("Mail.app"), in the order in which to
   // search them. Empty on a system that has no such folders.

@@ -39,8 +39,13 @@ class MainQueue {
   // caller's, who destroys the watch before closing it. Main thread only.
   virtual std::unique_ptr<Watch> watchReadable(int descriptor, Block block) = 0;
 
-  // Runs `block` on the main thread after entries of `directory` have appeared or gone; one call may stand for several
-  // changes. Null if the directory cannot be watched. Main thread only.
+  // Runs `block` on the main thread whenever `descriptor` has room for output, or will never have any more. The
+  // descriptor stays the caller's, who destroys the watch before closing it. Main thread only.
+  virtual std::unique_ptr<Watch> watchWritable(int descriptor, Block block) = 0;
+
+  // Runs `block` on the main thread after entries of `directory` have appeared or gone, and after the directory itself
+  // has gone, which ends the watching; one call may stand for several changes. Null if the directory cannot be watched.
+  // Main thread only.
   virtual std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) = 0;
 };
 

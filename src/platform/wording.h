@@ -15,6 +15,9 @@ struct Wording {
   std::string_view changeNotAllowed;  // followed by the system's own reason
   std::string_view notFoundHere;      // about a browser
   std::string_view noOtherBrowsers;
+  // The bell's tooltip while no sound can be noticed; empty: it says nothing about that.
+  std::string_view noLogTool;
+  std::string_view noSoundServer;
   std::string_view everythingStaysHere;  // follows the version number
 };
 

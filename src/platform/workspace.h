@@ -2,6 +2,7 @@
 // only; every answer is about this moment.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -22,6 +23,7 @@ struct RunningApplication {
   Pid pid = 0;
   std::optional<std::string> localizedName;  // the name that the user's desktop shows
   ActivationPolicy activationPolicy = ActivationPolicy::accessory;
+  std::uint64_t startTime = 0;  // with `pid` it names one process for ever; comparable only with itself; 0: unknown
 
   bool operator==(const RunningApplication&) const = default;
 };
@@ -50,12 +52,16 @@ class Workspace {
   // The name that the desktop shows for this path; the path's last component if the desktop knows no other.
   virtual std::string displayName(const std::filesystem::path& path) const = 0;
 
-  // Brings an application, which may have ended meanwhile, in front of all others. `done` is called once, on the main
-  // thread, perhaps before this returns: with false only if it is certain that no window came forward.
-  virtual void activate(const RunningApplication& application, std::function<void(bool)> done) = 0;
+  // Brings an application, which may have ended meanwhile, in front of all others. `title`: a part of the wanted
+  // window's title; if it is empty or no window has it, any window of the application will do, and one that is in front
+  // already stays there. `done` is called once, on the main thread, perhaps before this returns: with false only if it
+  // is certain that no window came forward.
+  virtual void activate(const RunningApplication& application, std::string_view title,
+                        std::function<void(bool)> done) = 0;
 
-  // Opens a file in the user's default program for it, or starts the application at this path. Fails silently.
-  virtual void open(const std::filesystem::path& path) = 0;
+  // Opens a file in the user's default program for it, or starts the application at this path. `done` is called at most
+  // once, on the main thread, perhaps before this returns: with false if nothing could be started.
+  virtual void open(const std::filesystem::path& path, std::function<void(bool)> done) = 0;
 
   // Opens a page in the user's default browser. Only http and https; everything else is silently refused.
   virtual void openURL(std::string_view url) = 0;

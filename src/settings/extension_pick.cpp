@@ -6,7 +6,9 @@ namespace tollvane {
 namespace {
 
 void openPage(const std::string& page, Browser in, Workspace& workspace) {
-  const auto application = workspace.urlForApplication(in.bundleID());
+  std::optional<std::filesystem::path> application;
+  for (const std::string_view edition : in.editions())
+    if (!application) application = workspace.urlForApplication(edition);
   if (!application) return workspace.openURL(page);
   workspace.openURL(page, *application, [page, &workspace](bool opened) {
     if (!opened) workspace.openURL(page);

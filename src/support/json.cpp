@@ -17,9 +17,29 @@ const nlohmann::json* member(const nlohmann::json& object, std::string_view key)
   return found == object.end() ? nullptr : &*found;
 }
 
+// Values that nest without end would take a hundred times the text's memory.
+bool isTooDeep(std::string_view text) {
+  std::size_t depth = 0;
+  bool inText = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inText && c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      inText = !inText;
+    } else if (!inText && (c == '[' || c == '{')) {
+      if (++depth > deepest) return true;
+    } else if (!inText && (c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 std::optional<nlohmann::json> object(std::string_view text) {
+  if (isTooDeep(text)) return std::nullopt;
   auto value = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
   return value.is_object() ? std::optional(std::move(value)) : std::nullopt;
 }
@@ -30,6 +50,11 @@ std::string pretty(const nlohmann::json& value) { return value.dump(2, ' ', fals
 std::optional<std::string> text(const nlohmann::json& object, std::string_view key) {
   const auto* value = member(object, key);
   return value && value->is_string() ? std::optional(value->get<std::string>()) : std::nullopt;
+}
+
+bool isTrue(const nlohmann::json& object, std::string_view key) {
+  const auto* value = member(object, key);
+  return value && value->is_boolean() && value->get<bool>();
 }
 
 std::optional<std::int64_t> wholeNumber(const nlohmann::json& object, std::string_view key) {

@@ -19,16 +19,20 @@ void LineBuffer::append(std::string_view bytes) {
     dropping_ = false;
   }
   const std::size_t needed = bytes_.size() + bytes.size() + padding;
-  if (needed > bytes_.capacity()) bytes_.reserve(std::max(needed, 2 * bytes_.capacity()));
+  if (needed > bytes_.capacity()) {
+    // Doubled, but not beyond what the longest line takes: while the bytes move, both memories are held.
+    const std::size_t doubled = 2 * bytes_.capacity();
+    const std::size_t most = longestLine_ + bytes.size() + padding;
+    bytes_.reserve(std::max(needed, doubled < longestLine_ ? doubled : most));
+  }
   bytes_.append(bytes);
 }
 
 std::optional<std::string_view> LineBuffer::next() {
-  const auto newline = bytes_.find('\n', searched_);
-  if (newline != std::string::npos) {
+  for (auto newline = bytes_.find('\n', searched_); newline != bytes_.npos; newline = bytes_.find('\n', searched_)) {
     const std::string_view line(bytes_.data() + begin_, newline - begin_);
     begin_ = searched_ = newline + 1;
-    return line;
+    if (line.size() <= longestLine_) return line;
   }
   searched_ = bytes_.size();
   if (bytes_.size() - begin_ > longestLine_) {

@@ -43,7 +43,7 @@ TEST_F(AppDelegateTest, ASoundFillsTheBellAndGoesToTheHistory) {
   EXPECT_EQ(system.files.contents.begin()->second, "2025-01-31 14:05:09\tMail\tstarted playing audio\t\n");
 }
 
-TEST_F(AppDelegateTest, AReportOfAConnectionGivesTheSoundItsTabAndRefreshesTheBell) {
+TEST_F(AppDelegateTest, AReportFromAConnectionGivesTheSoundItsTabAndRefreshesTheBell) {
   delegate->applicationDidFinishLaunching();
   system.children.last().print(test::outputStarted("Firefox", 4242));
   test::RecordingConnection firefox(Browser::firefox);
@@ -51,7 +51,7 @@ TEST_F(AppDelegateTest, AReportOfAConnectionGivesTheSoundItsTabAndRefreshesTheBe
   EXPECT_EQ(system.statusBar.shown.toolTip, "Last sound: Inbox  (h) at 2:05:09 PM · 1 unseen");
 }
 
-TEST_F(AppDelegateTest, AReportOfAConnectionThatDidNotSayWhoItIsIsIgnored) {
+TEST_F(AppDelegateTest, AReportFromAnUnidentifiedConnectionIsIgnored) {
   delegate->applicationDidFinishLaunching();
   test::RecordingConnection nobody(Browser::firefox);
   nobody.bundleID.reset();
@@ -83,6 +83,21 @@ TEST_F(AppDelegateTest, TerminationStopsTheLogToolForGood) {
   EXPECT_TRUE(system.children.last().terminationAsked);
   system.queue.advance(1h);
   EXPECT_EQ(system.children.attempts, 1);
+}
+
+TEST_F(AppDelegateTest, TerminationWritesTheHistorysLastLines) {
+  delegate->applicationDidFinishLaunching();
+  system.children.last().print(test::outputStarted("Firefox", 4242));
+  delegate->applicationWillTerminate();
+  EXPECT_TRUE(system.files.contents.contains("/home/user/Application Support/Tollvane/history.txt"));
+}
+
+TEST_F(AppDelegateTest, TerminationClosesTheConnectionsToBrowsers) {
+  delegate->applicationDidFinishLaunching();
+  const auto connection = std::make_shared<test::RecordingConnection>(Browser::firefox);
+  delegate->link().connections.push_back(connection);
+  delegate->applicationWillTerminate();
+  EXPECT_THAT(delegate->link().connections, testing::IsEmpty());
 }
 
 TEST_F(AppDelegateTest, CallbacksDoNothingOnceTheDelegateIsGone) {

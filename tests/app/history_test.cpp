@@ -40,7 +40,7 @@ TEST_F(HistoryTest, TextsAreWrittenAsTheyAre) {
   EXPECT_EQ(content(), "2025-01-31 14:05:09\ta\tb\nc\talert sound\t\n");
 }
 
-TEST_F(HistoryTest, AFullOrReadOnlyDiskLosesTheLineInSilence) {
+TEST_F(HistoryTest, OnAFullOrReadOnlyDiskTheLineIsLostWithoutAnError) {
   append("Mail");
   const std::string before = content();
   system.files.full = true;
@@ -53,6 +53,35 @@ TEST_F(HistoryTest, AFullOrReadOnlyDiskLosesTheLineInSilence) {
   system.files.readOnly = false;
   append("Later");
   EXPECT_EQ(content(), before + "2025-01-31 14:05:09\tLater\talert sound\t\n");
+}
+
+TEST_F(HistoryTest, AFileThatCannotBeWrittenIsSetAsideAndNothingIsLost) {
+  append("Mail");
+  const std::string earlier = content();
+  const auto numbered = [&](int i) { return path.parent_path() / ("history-" + std::to_string(i) + ".txt"); };
+  for (int i = 1; i <= 2; ++i) {
+    system.files.contents[path] = earlier;
+    system.files.locked = {path};
+    append("Chat");
+    EXPECT_EQ(system.files.contents[numbered(i)], earlier);
+    EXPECT_EQ(content(), "2025-01-31 14:05:09\tChat\talert sound\t\n");
+  }
+  system.files.contents[path] = earlier;
+  system.files.locked = {path};
+  system.files.cannotRename = true;
+  append("Chat");
+  EXPECT_EQ(content(), earlier) << "the line is lost, not the file";
+}
+
+TEST_F(HistoryTest, ALineThatDoesNotFitLeavesTheFileInItsPlace) {
+  append("Mail");
+  const std::string earlier = content();
+  system.files.full = true;
+  append("Chat");
+  system.files.full = false;
+  EXPECT_EQ(content(), earlier);
+  EXPECT_EQ(system.files.atomicWrites, 1);
+  EXPECT_FALSE(system.files.contents.contains(path.parent_path() / "history-1.txt"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The launch: its order, the first one and later ones, the settings window, the hourly check.
+// The launch: the order of its steps, the first launch and later ones, the settings window, the hourly check.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -47,13 +47,26 @@ TEST_F(LaunchTest, TheFirstLaunchRegistersAtLoginAndWelcomes) {
   EXPECT_TRUE(system.application.frontmost);
 }
 
-TEST_F(LaunchTest, ALaterLaunchDoesNeither) {
+// The bell shows at once, and sounds are heard before browsers may report.
+TEST_F(LaunchTest, TheStepsComeInTheirOrder) {
+  test::Journal journal;
+  system.writeDown(journal);
+  const std::filesystem::path agent = "/home/user/Library/LaunchAgents/com.vostrel.tollvane.plist";
+  system.files.contents[agent] = "plist";
+  system.files.onRemove = [&](const auto& file) { journal.note("no " + file.filename().string()); };
+  launch();
+  EXPECT_THAT(journal.steps,
+              ElementsAre("status item", "log tool", "watch of safari-inbox", "watch of Tollvane", "safari", "login",
+                          "no com.vostrel.tollvane.plist", "window", "safari", "web"));
+}
+
+TEST_F(LaunchTest, ALaterLaunchNeitherRegistersNorWelcomes) {
   launchAgain();
   EXPECT_EQ(system.login.changes, 0);
   EXPECT_THAT(windows(), IsEmpty());
 }
 
-TEST_F(LaunchTest, WhoIsRegisteredAlreadyIsNotRegisteredAgain) {
+TEST_F(LaunchTest, AProgramThatIsRegisteredIsNotRegisteredAgain) {
   system.login.state = LoginStatus::enabled;
   launch();
   EXPECT_EQ(system.login.changes, 0);
@@ -77,7 +90,7 @@ TEST_F(LaunchTest, ReopeningShowsTheSettingsAndSaysYes) {
   EXPECT_EQ(windows()[0]->broughtForward, 2);
 }
 
-TEST_F(LaunchTest, AWindowThatBeganAsTheWelcomeStaysIt) {
+TEST_F(LaunchTest, ReopeningAWelcomeWindowKeepsTheWelcome) {
   launch();
   delegate->openSettings();
   ASSERT_THAT(windows(), SizeIs(1));
@@ -110,21 +123,25 @@ TEST_F(LaunchTest, TheWindowFollowsTheModelOnceTheWorkIsDone) {
 TEST_F(LaunchTest, ABrowserThatConnectsShowsInTheWindow) {
   launchAgain();
   delegate->openSettings();
-  const auto firefox = connect(Browser::firefox);
-  delegate->link().handle(*firefox, {{"type", "hello"}, {"version", "1"}});
   system.queue.runDue();
+  const int drawn = windows()[0]->drawn;
+  const auto firefox = connect(Browser::firefox);
+  for (int i = 0; i < 1000; ++i) delegate->link().handle(*firefox, {{"type", "hello"}, {"version", "1"}});
+  EXPECT_EQ(windows()[0]->drawn, drawn);
+  system.queue.advance(100ms);
+  EXPECT_EQ(windows()[0]->drawn, drawn + 1) << "once for all of them";
   const auto& row = std::get<ui::Row>(windows()[0]->content.sections[1].elements[3]);
   EXPECT_EQ(std::get<ui::Image>(row.controls[0]).symbolName, "checkmark.circle.fill");
 }
 
-TEST_F(LaunchTest, MarkingTabsIsToldToEveryExtensionAtOnce) {
+TEST_F(LaunchTest, EveryExtensionIsToldAtOnceThatTabsAreToBeMarked) {
   launchAgain();
   const auto firefox = connect(Browser::firefox);
   delegate->settingsModel().setMarkTabs(true);
   EXPECT_THAT(firefox->sent, ElementsAre(Message{{"type", "settings"}, {"markTabs", true}}));
 }
 
-TEST_F(LaunchTest, SafarisStateIsAskedAndThenEverybodyIsToldTheSettings) {
+TEST_F(LaunchTest, SafariIsAskedForItsStateAndThenEveryExtensionGetsTheSettings) {
   system.safari.state = true;
   launchAgain();
   EXPECT_THAT(system.safari.sent, IsEmpty());
@@ -146,7 +163,7 @@ TEST_F(LaunchTest, UpdatesAreCheckedAtTheStartAndEveryHour) {
   EXPECT_THAT(system.http.requests, SizeIs(3));
 }
 
-TEST_F(LaunchTest, TheHourlyCheckEndsWithTheController) {
+TEST_F(LaunchTest, TheHourlyCheckEndsWithTheDelegate) {
   launchAgain();
   delegate.reset();
   system.queue.advance(10h);
@@ -161,7 +178,7 @@ TEST_F(LaunchTest, ALegacyAgentIsMigrated) {
   EXPECT_EQ(system.login.state, LoginStatus::enabled);
 }
 
-TEST_F(LaunchTest, BrowserRowsSayHowInstalledBrowsersStand) {
+TEST_F(LaunchTest, BrowserRowsTellTheStateOfInstalledBrowsers) {
   launchAgain();
   EXPECT_THAT(browserRows(delegate->link(), system.workspace), IsEmpty());
   for (const Browser browser : {Browser::safari, Browser::brave, Browser::chromium, Browser::firefox})
@@ -179,7 +196,7 @@ TEST_F(LaunchTest, BrowserRowsSayHowInstalledBrowsersStand) {
   EXPECT_EQ(browserRows(delegate->link(), system.workspace)[3], (BrowserRow{"safari", "Safari", "Connected", true}));
 }
 
-TEST_F(LaunchTest, TheModelsRowsAreThoseOfTheLink) {
+TEST_F(LaunchTest, TheSettingsModelGetsTheBrowserRows) {
   launchAgain();
   system.workspace.installed["com.brave.Browser"] = "/apps/x";
   delegate->settingsModel().refresh();

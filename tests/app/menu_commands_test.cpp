@@ -1,4 +1,4 @@
-// What choosing an item of the sound menu does, from the click to the world outside.
+// What an item of the sound menu does if it is chosen, from the click to the effect outside the program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -55,14 +55,14 @@ TEST_F(MenuCommandsTest, OpeningASourceMarksItSeenAndEmptiesTheBell) {
   EXPECT_THAT(system.workspace.activated, ElementsAre(10));
 }
 
-TEST_F(MenuCommandsTest, ASourceThatCannotBeReachedIsSeenAllTheSame) {
+TEST_F(MenuCommandsTest, ASourceThatCannotBeReachedIsStillMarkedSeen) {
   hear("soundhelperd", 10);
   choose("soundhelperd");
   EXPECT_TRUE(events()[0]->seen);
   EXPECT_EQ(system.application.alerts.size(), 1u);
 }
 
-TEST_F(MenuCommandsTest, ASenderThatIsAboutNoSoundIsIgnored) {
+TEST_F(MenuCommandsTest, AMenuItemWithoutASoundIsIgnored) {
   hear("Mail", 10);
   delegate->openSource(MenuItem{});
   MenuItem stranger;
@@ -121,7 +121,7 @@ TEST_F(MenuCommandsTest, AHistoryThatExistsIsOpenedAsItIs) {
   EXPECT_THAT(system.workspace.opened, ElementsAre(before.begin()->first.string()));
 }
 
-TEST_F(MenuCommandsTest, AHistoryThatCannotBeMadeIsAskedForAllTheSame) {
+TEST_F(MenuCommandsTest, OpeningAHistoryThatCannotBeMadeIsStillTried) {
   system.files.full = true;
   choose("Open full history");
   EXPECT_EQ(system.workspace.opened.size(), 1u);
@@ -159,7 +159,7 @@ TEST_F(MenuCommandsTest, AConnectedExtensionIsNotOffered) {
     EXPECT_FALSE(plainText(item.attributedTitle).ends_with("›"));
 }
 
-TEST_F(MenuCommandsTest, WhoTurnedTheHintOffNeverSeesIt) {
+TEST_F(MenuCommandsTest, AHintThatIsTurnedOffIsNotShown) {
   hear("Firefox", 10);
   system.defaults.set("suggestExtension", false);
   for (const MenuItem& item : system.statusBar.openMenu().items)
@@ -192,7 +192,7 @@ TEST_F(MenuCommandsTest, QuitAsksTheApplicationToEnd) {
   EXPECT_TRUE(system.application.terminated);
 }
 
-TEST_F(MenuCommandsTest, AMenuThatOutlivesItsControllerDoesNothing) {
+TEST_F(MenuCommandsTest, AMenuThatOutlivesItsDelegateDoesNothing) {
   hear("Mail", 10);
   const Menu open = system.statusBar.openMenu();
   delegate.reset();

@@ -14,7 +14,7 @@ class RecorderTest : public testing::Test {
  protected:
   RecorderTest() {
     recorder->onChange = [this] { ++changes; };
-    recorder->askWhichTabIsAudible = [this](Browser in) { asked.push_back(in); };
+    recorder->askWhichTabIsAudible = [this](Browser in, const auto&) { asked.push_back(in); };
   }
 
   std::shared_ptr<SoundEvent> sound(std::string_view app) {
@@ -61,7 +61,7 @@ TEST_F(RecorderTest, ABrowserIsKnownByTheNameThatTheSystemGivesItOrByItsOwn) {
   EXPECT_EQ(browserOf("Firefox"), Browser::firefox);
   EXPECT_EQ(browserOf("firefox"), std::nullopt);
   EXPECT_EQ(browserOf("FIREFOX"), std::nullopt);
-  EXPECT_EQ(browserOf("org.mozilla.firefox"), Browser::firefox);  // what an unknown identifier is called
+  EXPECT_EQ(browserOf("org.mozilla.firefox"), Browser::firefox);  // an unknown application is called by its identifier
   EXPECT_EQ(browserOf("Mail"), std::nullopt);
 }
 
@@ -87,7 +87,7 @@ TEST_F(RecorderTest, AReportFillsTheNewestSoundOfItsBrowser) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(RecorderTest, ASecondReportFillsTheOlderSoundThatStillWaits) {
+TEST_F(RecorderTest, ASecondReportFillsAnOlderSoundWithoutATab) {
   const auto first = sound("Google Chrome");
   system.queue.advance(1s);
   const auto second = sound("Google Chrome");
@@ -111,6 +111,17 @@ TEST_F(RecorderTest, AReportJustWithinFourSecondsFillsTheSound) {
   EXPECT_EQ(event->tabTitle, "Video");
 }
 
+TEST_F(RecorderTest, AReportOfATabThatPlayedBeforeItsExtensionRanMayComeLate) {
+  const auto event = sound("Firefox");
+  system.queue.advance(15s - 1ns);
+  recorder->tabReport(Browser::firefox, {{"title", "Radio"}, {"restored", true}});
+  EXPECT_EQ(event->tabTitle, "Radio");
+  const auto other = sound("Firefox");
+  system.queue.advance(15s);
+  recorder->tabReport(Browser::firefox, {{"title", "Radio"}, {"restored", true}});
+  EXPECT_FALSE(other->hasTab());
+}
+
 TEST_F(RecorderTest, AReportFourSecondsAfterTheSoundBecomesASoundOfItsOwn) {
   const auto event = sound("Firefox");
   system.queue.advance(4s);
@@ -126,16 +137,41 @@ TEST_F(RecorderTest, AReportFourSecondsAfterTheSoundBecomesASoundOfItsOwn) {
   EXPECT_EQ(own.kind, "started playing audio");
   EXPECT_EQ(own.tabTitle, "Video");
   EXPECT_EQ(own.browser, Browser::firefox);
-  EXPECT_EQ(own.app, "org.mozilla.firefox");  // not installed here: nobody knows a better name
+  EXPECT_EQ(own.app, "org.mozilla.firefox");  // not installed here, so its name is not known
 }
 
-TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsBrowserIsCalled) {
+TEST_F(RecorderTest, AReportWithoutASoundGetsTheNameOfItsBrowser) {
   system.workspace.addRunning(500, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
   report(Browser::firefox, "Video");
   system.queue.advance(2500ms);
   ASSERT_EQ(recorder->events.size(), 1u);
   EXPECT_EQ(recorder->events.front()->app, "Firefox");
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\tVideo  (example.org)\n");
+}
+
+TEST_F(RecorderTest, AnEditionsSoundAndItsReportFindEachOther) {
+  system.workspace.installed["com.google.Chrome.beta"] = "/apps/beta.desktop";
+  system.workspace.displayNames["/apps/beta.desktop"] = "Google Chrome (beta)";
+  const auto event = sound("Google Chrome (beta)");
+  report(*Browser::fromBundleID("com.google.Chrome.beta"), "Video");
+  EXPECT_EQ(event->tabTitle, "Video");
+  EXPECT_EQ(event->browser, Browser::chrome);
+}
+
+TEST_F(RecorderTest, AReportWithoutSoundIsCalledAsItsEditionIsCalled) {
+  system.workspace.addRunning(500, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  recorder->tabReport(Browser::firefox, {{"title", "Video"}}, "org.mozilla.nightly");
+  system.queue.advance(2500ms);
+  ASSERT_EQ(recorder->events.size(), 1u);
+  EXPECT_EQ(recorder->events.front()->app, "Firefox Nightly");
+}
+
+TEST_F(RecorderTest, EachNameUnderWhichABrowserRunsIsTheBrowser) {
+  system.workspace.addRunning(500, "Firefox ESR", ActivationPolicy::regular, "org.mozilla.firefox");
+  system.workspace.addRunning(501, "My own Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  for (const char* name : {"Firefox ESR", "My own Firefox", "Firefox"})
+    EXPECT_EQ(recorder->browser({system.clock.now(), name, kind::alertSound}), Browser::firefox) << name;
 }
 
 TEST_F(RecorderTest, ASoundTakesAReportThatCameBeforeIt) {
@@ -219,6 +255,15 @@ TEST_F(RecorderTest, AMalformedReportDegradesToEmptyTextsAndNoId) {
   EXPECT_EQ(event->tabLabel(), "a browser tab");
 }
 
+TEST_F(RecorderTest, AReportIsOneLineOfPlainTextWhateverAnExtensionSays) {
+  const auto event = sound("Firefox");
+  recorder->tabReport(Browser::firefox, {{"title", "a\tb\n2025-01-31\u2028c\u202Ed"}, {"host", "h\u0085\u2066i"}});
+  EXPECT_EQ(event->tabTitle, "a b 2025-01-31 cd");
+  EXPECT_EQ(event->tabHost, "h i");
+  system.queue.advance(4s);
+  EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\ta b 2025-01-31 cd  (h i)\n");
+}
+
 TEST_F(RecorderTest, ATextAsTabIdStillGivesATab) {
   const auto event = sound("Firefox");
   recorder->tabReport(Browser::firefox, {{"title", "Video"}, {"host", "h"}, {"tabId", "7"}});
@@ -226,10 +271,12 @@ TEST_F(RecorderTest, ATextAsTabIdStillGivesATab) {
   EXPECT_EQ(event->tabId, std::nullopt);
 }
 
-TEST_F(RecorderTest, OnlySafariIsAskedAndOnlyOnce) {
+TEST_F(RecorderTest, SafariIsAskedAtOnceAndOnlyOnce) {
   sound("Google Chrome");
   EXPECT_TRUE(asked.empty());
   sound("Safari");
+  EXPECT_EQ(asked, std::vector<Browser>{Browser::safari});
+  system.queue.advance(299ms);
   EXPECT_EQ(asked, std::vector<Browser>{Browser::safari});
 }
 
@@ -264,7 +311,7 @@ TEST_F(RecorderTest, ABrowserSoundThatFoundItsTabIsInTheHistoryAtOnce) {
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\tVideo  (example.org)\n");
 }
 
-TEST_F(RecorderTest, ABrowserSoundWithoutTabIsInTheHistoryAllTheSame) {
+TEST_F(RecorderTest, ABrowserSoundWithoutATabIsStillInTheHistory) {
   sound("Firefox");
   system.queue.advance(4s);
   EXPECT_EQ(history(), "2025-01-31 14:05:09\tFirefox\tstarted playing audio\t\n");
@@ -284,6 +331,54 @@ TEST_F(RecorderTest, AnEventThatFellOffTheListIsStillWritten) {
   for (int i = 0; i < 60; ++i) sound("Mail");
   system.queue.advance(4s);
   EXPECT_NE(history().find("\tFirefox\t"), std::string::npos);
+}
+
+TEST_F(RecorderTest, AFloodOfReportsHarmsNoOtherBrowserAndMakesNoFloodOfSounds) {
+  report(Browser::chrome, "Quiet", 1);
+  for (int i = 0; i < 100'000; ++i) report(Browser::firefox, "Flood " + std::to_string(i), i);
+  EXPECT_EQ(recorder->pendingTabs.size(), 51u);
+  EXPECT_EQ(recorder->pendingTabs.front().title, "Quiet");
+  EXPECT_EQ(recorder->pendingTabs.back().title, "Flood 99999");
+  EXPECT_EQ(system.queue.waiting(), 1u) << "one timer for all of them";
+  system.queue.advance(2500ms);
+  EXPECT_EQ(recorder->events.size(), 50u);
+  const std::string lines = history();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 51);
+}
+
+TEST_F(RecorderTest, EachReportWaitsForItsSoundEquallyLong) {
+  report(Browser::chrome, "First", 1);
+  system.queue.advance(1s);
+  report(Browser::firefox, "Second", 2);
+  system.queue.advance(1500ms);
+  ASSERT_EQ(recorder->events.size(), 1u);
+  EXPECT_EQ(recorder->events[0]->tabTitle, "First");
+  system.queue.advance(999ms);
+  EXPECT_EQ(recorder->events.size(), 1u);
+  system.queue.advance(1ms);
+  ASSERT_EQ(recorder->events.size(), 2u);
+  EXPECT_EQ(recorder->events[0]->tabTitle, "Second");
+}
+
+TEST_F(RecorderTest, LongTitlesAreCutOnReceipt) {
+  report(Browser::chrome, std::string(1 << 20, 'x'));
+  EXPECT_EQ(recorder->pendingTabs.back().title, std::string(1000, 'x'));
+  std::string marks = "a";
+  for (int i = 0; i < 100'000; ++i) marks += "\u0301";
+  report(Browser::chrome, marks);
+  EXPECT_LE(recorder->pendingTabs.back().title.size(), 16'003u);
+}
+
+TEST_F(RecorderTest, LinesThatWaitForTheirTabAreWrittenAtTheEnd) {
+  sound("Firefox");
+  sound("Mail");
+  recorder->finish();
+  EXPECT_EQ(history(),
+            "2025-01-31 14:05:09\tFirefox\tstarted playing audio\t\n"
+            "2025-01-31 14:05:09\tMail\tstarted playing audio\t\n");
+  const std::string written = history();
+  system.queue.advance(10s);
+  EXPECT_EQ(history(), written) << "each line once";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What must not pass, from either side, and what must pass after it.
+// Bad input from either side must not pass, and good input after it must.
 #include <cstdint>
 #include <cstring>
 
@@ -31,7 +31,7 @@ std::string header(std::uint32_t length) {
   return bytes;
 }
 
-TEST_F(BadInputTest, FramesThatAreNoMessagesAreDropped) {
+TEST_F(BadInputTest, FramesThatAreNotMessagesAreDropped) {
   for (const auto* bad : {"", " ", "nonsense", "[]", "7", "{", "{}{}", "{\"a\":\"\xFF\"}"})
     ASSERT_TRUE(bridge.input.write(frame(bad)));
   expectStillAtWork();
@@ -44,7 +44,7 @@ TEST_F(BadInputTest, AFrameCannotForgeASecondLine) {
   expectStillAtWork();
 }
 
-TEST_F(BadInputTest, AFrameOverTheCapIsPassedOver) {
+TEST_F(BadInputTest, AFrameOverTheLimitIsSkipped) {
   const std::size_t length = bridge::longestFromBrowser + 1;
   ASSERT_TRUE(bridge.input.write(header(static_cast<std::uint32_t>(length))));
   const std::string piece(1024 * 1024, '{');
@@ -53,12 +53,12 @@ TEST_F(BadInputTest, AFrameOverTheCapIsPassedOver) {
   expectStillAtWork();
 }
 
-TEST_F(BadInputTest, TheBrowserGetsNoLineThatIsNoMessage) {
+TEST_F(BadInputTest, ALineThatIsNotAMessageDoesNotReachTheBrowser) {
   ASSERT_TRUE(connection.write("\n\n \nnonsense\n[]\n7\n{\n}\n{}{}\n" + std::string("{}\0\n", 4)));
   expectStillAtWork();
 }
 
-TEST_F(BadInputTest, TheBrowserGetsNoLineThatIsTooLong) {
+TEST_F(BadInputTest, ALineThatIsTooLongDoesNotReachTheBrowser) {
   const std::string begin = R"({"a":")";
   const std::string longest = begin + std::string(bridge::longestToBrowser - begin.size() - 2, 'x') + "\"}";
   ASSERT_TRUE(connection.write(begin + "x" + longest.substr(begin.size()) + "\n"));
@@ -67,7 +67,7 @@ TEST_F(BadInputTest, TheBrowserGetsNoLineThatIsTooLong) {
   expectStillAtWork();
 }
 
-TEST_F(BadInputTest, AMillionNewlinesAndNoiseHarmNothing) {
+TEST_F(BadInputTest, AMillionNewlinesAndNoiseDoNoHarm) {
   ASSERT_TRUE(connection.write(std::string(1'000'000, '\n')));
   std::string noise;
   for (int i = 0; i < 1'000'000; ++i) noise += static_cast<char>(i * 31 + i / 251);

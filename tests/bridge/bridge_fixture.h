@@ -1,4 +1,4 @@
-// A place for an application's socket, and the words that both sides say.
+// What the tests of the running bridge share: a place for the application's socket, and the messages of both sides.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ class BridgeTest : public ::testing::Test {
   std::filesystem::path dataHome() const { return directory / "data"; }
   std::filesystem::path socket() const { return dataHome() / "Tollvane" / "bridge.sock"; }
 
-  // Whether the conversation begins as it must, in both directions.
+  // Expects that a conversation begins as it must, in both directions.
   void expectIntroduced(RunningBridge& bridge, Wire& application) {
     EXPECT_EQ(application.line(), introduction);
     EXPECT_EQ(application.line(), hello);

@@ -25,11 +25,12 @@ TEST_F(BrowserEndTest, ItEndsWhenTheBrowserClosesItsEnd) {
   RunningBridge bridge(dataHome());
   bridge.input.close();
   EXPECT_EQ(bridge.exitCode(), 0);
+  EXPECT_EQ(bridge.output.frame(), std::nullopt);
   EXPECT_TRUE(bridge.output.ends());
   EXPECT_EQ(bridge.output.unread(), "");
 }
 
-TEST_F(BrowserEndTest, ItEndsThoughAnApplicationIsConnected) {
+TEST_F(BrowserEndTest, ItEndsEvenIfAnApplicationIsConnected) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
@@ -55,7 +56,7 @@ TEST_F(BrowserEndTest, ItEndsWhenTheBrowserReadsNoMore) {
   EXPECT_EQ(bridge.exitCode(), 0);
 }
 
-TEST_F(BrowserEndTest, ItEndsWithTheBrowserThoughOthersHoldItsPipesOpen) {
+TEST_F(BrowserEndTest, ItEndsWithTheBrowserEvenIfOthersHoldItsPipesOpen) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome(), {.browser = directory / "browser"});
   Wire connection = application.accept();
@@ -68,7 +69,7 @@ TEST_F(BrowserEndTest, ItEndsWithTheBrowserThoughOthersHoldItsPipesOpen) {
   EXPECT_TRUE(waitUntil([&] {
     std::ifstream status("/proc/" + std::to_string(itself) + "/stat");
     std::string text;
-    // Whoever is its parent now may not have reaped it yet.
+    // Its new parent may not have reaped it yet.
     return !std::getline(status, text) || text.find(") Z ") != std::string::npos;
   }));
 }
@@ -79,13 +80,13 @@ TEST_F(BrowserEndTest, ItNamesTheBrowserThatStartedIt) {
   EXPECT_EQ(application.accept().line(), R"({"type":"bridge","bundleID":"com.google.Chrome"})");
 }
 
-TEST_F(BrowserEndTest, ItBelievesAHintWhereTheBrowserIsUnknown) {
+TEST_F(BrowserEndTest, ItUsesTheHintIfTheBrowserIsUnknown) {
   FakeApplication application(socket());
   const RunningBridge bridge(dataHome(), {.variables = {{"CHROME_DESKTOP", "chromium.desktop"}}});
   EXPECT_EQ(application.accept().line(), R"({"type":"bridge","bundleID":"org.chromium.Chromium"})");
 }
 
-TEST_F(BrowserEndTest, ADescriptorThatTheBrowserLeftOpenIsLeftAlone) {
+TEST_F(BrowserEndTest, ADescriptorThatItInheritsIsNeitherReadNorClosed) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome(), {.arguments = {"/manifest.json", "tollvane@example.com"}, .strayDescriptor = true});
   Wire connection = application.accept();
@@ -97,7 +98,7 @@ TEST_F(BrowserEndTest, ADescriptorThatTheBrowserLeftOpenIsLeftAlone) {
   EXPECT_EQ(bridge.stray.unread(), "");
 }
 
-TEST_F(BrowserEndTest, WithoutAPlaceForAnApplicationItStaysAllTheSame) {
+TEST_F(BrowserEndTest, ItRunsEvenIfTheDataDirectoryIsAFile) {
   std::filesystem::create_directories(dataHome().parent_path());
   std::ofstream(dataHome()) << "a file where a directory should be";
   RunningBridge bridge(dataHome());

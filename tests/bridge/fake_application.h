@@ -1,4 +1,4 @@
-// What a bridge finds where Tollvane should listen. One thread.
+// Listens in Tollvane's place, where a bridge connects. One thread.
 #pragma once
 
 #include <filesystem>
@@ -11,13 +11,13 @@ namespace tollvane::test {
 
 class FakeApplication {
  public:
-  // Listens at once, as far as anybody can see: the socket has its name only when it can be connected to.
+  // Listens at once: the file `socket` appears only when a bridge can connect to it.
   explicit FakeApplication(std::filesystem::path socket);
   ~FakeApplication();
   FakeApplication(const FakeApplication&) = delete;
   FakeApplication& operator=(const FakeApplication&) = delete;
 
-  // Throws when nobody comes before the deadline.
+  // Waits for a bridge. Throws if no bridge connects before the deadline.
   Wire accept();
 
  private:
@@ -25,10 +25,10 @@ class FakeApplication {
   UniqueFd listener_;
 };
 
-// A socket with that name; listening or not.
+// A socket bound to `path`, which does not listen yet.
 UniqueFd boundSocket(const std::filesystem::path& path);
 
-// The other end of an application's connection.
+// A connection to the socket at `path`.
 UniqueFd connectedTo(const std::filesystem::path& path);
 
 }  // namespace tollvane::test

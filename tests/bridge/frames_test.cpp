@@ -48,7 +48,7 @@ TEST(FramesTest, BytesMayComeOneByOne) {
   EXPECT_EQ(all, (Bodies{"one", "three"}));
 }
 
-TEST(FramesTest, AFrameOfTheGreatestLengthIsReadAndOneByteMoreIsPassedOver) {
+TEST(FramesTest, AFrameOfTheGreatestLengthIsReadAndALongerOneIsSkipped) {
   FrameReader reader(5);
   EXPECT_EQ(bodies(reader, frame("12345") + frame("123456") + frame("1")), (Bodies{"12345", "1"}));
 }

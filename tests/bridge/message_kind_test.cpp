@@ -13,7 +13,7 @@ TEST(MessageKindTest, AnObjectIsAMessage) {
     EXPECT_EQ(kindOf(text), MessageKind::other) << text;
 }
 
-TEST(MessageKindTest, AnythingElseIsNot) {
+TEST(MessageKindTest, AnythingElseIsNoMessage) {
   for (const auto* text : {"", " ", "[]", "7", "\"hello\"", "null", "{", "}", "{}{}", "{},", "{\"a\"}", "{\"a\":}",
                            "{\"a\":1,}", "{'a':1}", "{\"a\":01}", "{\"a\":\"\n\"}", "{\"a\":\"\\x\"}", "nonsense"})
     EXPECT_EQ(kindOf(text), MessageKind::malformed) << text;
@@ -25,13 +25,15 @@ TEST(MessageKindTest, TextThatIsNotUtf8IsNoMessage) {
     EXPECT_EQ(kindOf(text), MessageKind::malformed) << text;
 }
 
-TEST(MessageKindTest, NothingMayStandBehindAZeroByte) {
+TEST(MessageKindTest, ATextWithAZeroByteIsNoMessage) {
   using namespace std::string_view_literals;
   EXPECT_EQ(kindOf("{}\0"sv), MessageKind::malformed);
   EXPECT_EQ(kindOf("{}\0\n{}"sv), MessageKind::malformed);
 }
 
-TEST(MessageKindTest, AByteOrderMarkIsNoJson) { EXPECT_EQ(kindOf("\xEF\xBB\xBF{}"), MessageKind::malformed); }
+TEST(MessageKindTest, ATextWithAByteOrderMarkIsNoMessage) {
+  EXPECT_EQ(kindOf("\xEF\xBB\xBF{}"), MessageKind::malformed);
+}
 
 TEST(MessageKindTest, AHelloIsKnownByItsType) {
   EXPECT_EQ(kindOf(R"({"type":"hello"})"), MessageKind::hello);
@@ -39,7 +41,7 @@ TEST(MessageKindTest, AHelloIsKnownByItsType) {
   EXPECT_EQ(kindOf(R"({"t\u0079pe":"\u0068ello"})"), MessageKind::hello);
 }
 
-TEST(MessageKindTest, TheWordElsewhereIsNoHello) {
+TEST(MessageKindTest, TheWordHelloElsewhereDoesNotMakeAHello) {
   for (const auto* text :
        {R"({"type":"Hello"})", R"({"type":["hello"]})", R"({"a":{"type":"hello"}})", R"({"a":[{"type":"hello"}]})",
         R"({"title":"hello"})", R"({"type":7,"title":"hello"})", R"({"type":{"a":1},"title":"hello"})"})
@@ -52,7 +54,7 @@ TEST(MessageKindTest, TheLastOfSeveralTypesCounts) {
     EXPECT_EQ(kindOf(R"({"type":"hello","type":)" + std::string(last) + "}"), MessageKind::other) << last;
 }
 
-TEST(MessageKindTest, DepthCostsNeitherTheStackNorTime) {
+TEST(MessageKindTest, DeepNestingCostsNeitherStackNorTime) {
   const std::size_t depth = 1'000'000;
   const std::string open = "{\"a\":" + std::string(depth, '[');
   EXPECT_EQ(kindOf(open), MessageKind::malformed);

@@ -30,10 +30,19 @@ TEST(ParentBrowserTest, ProgramsOfPackagesAreKnown) {
       {"/home/u/firefox/firefox-bin", "org.mozilla.firefox"},
       {"/usr/lib/firefox-devedition/firefox", "org.mozilla.firefoxdeveloperedition"},
       {"/usr/lib/firefox-nightly/firefox", "org.mozilla.nightly"},
+      {"/usr/lib/firefox-beta/firefox-bin", "org.mozilla.firefoxbeta"},
+      {"/opt/firefox-developer-edition/firefox", "org.mozilla.firefoxdeveloperedition"},
       {"/opt/vivaldi/vivaldi-bin", "com.vivaldi.Vivaldi"},
       {"/usr/lib/x86_64-linux-gnu/opera/opera", "com.operasoftware.Opera"},
   };
   for (const auto& [path, bundle] : bundles) EXPECT_EQ(ofProgram(path), bundle) << path;
+}
+
+TEST(ParentBrowserTest, UnpackedProgramsAreKnownWhereverTheyAre) {
+  for (const auto* path : {"/opt/firefox/firefox", "/opt/ff-151.0/firefox", "/home/u/Downloads/x/firefox-bin"})
+    EXPECT_EQ(ofProgram(path), "org.mozilla.firefox") << path;
+  for (const auto* path : {"/opt/chromium/chrome", "/home/u/chrome-linux/chrome", "/srv/apps/chromium"})
+    EXPECT_EQ(ofProgram(path), "org.chromium.Chromium") << path;
 }
 
 TEST(ParentBrowserTest, ProgramsOfSnapsAreKnown) {
@@ -42,7 +51,7 @@ TEST(ParentBrowserTest, ProgramsOfSnapsAreKnown) {
   EXPECT_EQ(ofProgram("/var/lib/snapd/snap/brave/401/opt/brave.com/brave/brave"), "com.brave.Browser");
 }
 
-TEST(ParentBrowserTest, OtherProgramsAreNot) {
+TEST(ParentBrowserTest, OtherProgramsAreUnknown) {
   for (const auto* path : {"", "/bin/bash", "/usr/bin/firefox-like", "/opt/librewolf/librewolf", "/home/u/chrome"})
     EXPECT_EQ(ofProgram(path), "") << path;
 }
@@ -57,14 +66,14 @@ TEST(ParentBrowserTest, AFlatpakTellsItsName) {
   EXPECT_EQ(ofFlatpak("[Runtime]\nname=com.brave.Browser\n"), "com.brave.Browser");
 }
 
-TEST(ParentBrowserTest, AFlatpaksFileIsNotTrustedWithMoreThanAName) {
+TEST(ParentBrowserTest, AFlatpaksFileWithoutAValidNameIsIgnored) {
   for (const auto* info : {"", "[", "name=org.mozilla.firefox", "[Application]\n[Context]\nname=org.mozilla.firefox\n",
                            "[Application]\nname=\n", "[Application]\nname=a\"},{\"b\n", "[Application]\nname=a b\n"})
     EXPECT_EQ(bundleIdentifier({.flatpakInfo = info}), "") << info;
   EXPECT_EQ(bundleIdentifier({.flatpakInfo = "[Application]\nname=" + std::string(256, 'a')}), "");
 }
 
-TEST(ParentBrowserTest, AHintCountsOnlyWhereTheProgramIsUnknown) {
+TEST(ParentBrowserTest, AHintCountsOnlyIfTheProgramIsUnknown) {
   EXPECT_EQ(bundleIdentifier({.isChromium = true, .chromeDesktop = "chromium.desktop"}), "org.chromium.Chromium");
   EXPECT_EQ(bundleIdentifier({.isChromium = true, .chromeDesktop = "google-chrome.desktop"}), "com.google.Chrome");
   EXPECT_EQ(bundleIdentifier({.snapName = "firefox"}), "org.mozilla.firefox");
@@ -77,11 +86,11 @@ TEST(ParentBrowserTest, AHintCountsOnlyWhereTheProgramIsUnknown) {
             "com.google.Chrome");
 }
 
-TEST(ParentBrowserTest, AChromiumsHintSaysNothingOfAFirefoxThatItStarted) {
+TEST(ParentBrowserTest, ChromiumsHintIsNotUsedForAFirefoxThatItStarted) {
   EXPECT_EQ(bundleIdentifier({.isChromium = false, .chromeDesktop = "chromium.desktop"}), "");
 }
 
-TEST(ParentBrowserTest, WhatIsNotKnownIsNotSaid) {
+TEST(ParentBrowserTest, TheIntroductionLeavesOutWhatIsUnknown) {
   EXPECT_EQ(introduction({}), R"({"type":"bridge"})");
   EXPECT_EQ(introduction({.executable = "/opt/google/chrome/chrome"}),
             R"({"type":"bridge","bundleID":"com.google.Chrome"})");
@@ -99,7 +108,7 @@ class ParentProcessTest : public ::testing::Test {
   test::TemporaryDirectory proc;
 };
 
-TEST_F(ParentProcessTest, TheParentIsLookedAt) {
+TEST_F(ParentProcessTest, TheParentProcessIsExamined) {
   proc.write("77/root/.flatpak-info", "[Application]\nname=org.mozilla.firefox\n");
   std::filesystem::create_symlink("/app/lib/firefox/firefox-bin", proc / "77/exe");
   const ParentBrowser found = of({"/home/u/.mozilla/native-messaging-hosts/host.json", "tollvane@example.com"});
@@ -114,18 +123,29 @@ TEST_F(ParentProcessTest, AProgramThatWasReplacedOnDiskIsStillKnown) {
   EXPECT_EQ(bundleIdentifier(of({"chrome-extension://abc/"})), "com.google.Chrome");
 }
 
-TEST_F(ParentProcessTest, TheFamilyIsKnownByItsArgument) {
+TEST_F(ParentProcessTest, ChromiumIsKnownByTheExtensionsArgument) {
   EXPECT_TRUE(of({"chrome-extension://abc/"}).isChromium);
   EXPECT_TRUE(of({"chrome-extension://abc/", "--parent-window=0"}).isChromium);
   EXPECT_FALSE(of({}).isChromium);
 }
 
-TEST_F(ParentProcessTest, AParentThatTellsNothingLeavesTheHints) {
+TEST_F(ParentProcessTest, IfTheParentCannotBeReadTheHintsAreUsed) {
   const ParentBrowser found =
       of({"chrome-extension://abc/"}, {{"CHROME_DESKTOP", "chromium.desktop"}, {"SNAP_NAME", "x"}});
   EXPECT_EQ(found.executable, "");
   EXPECT_EQ(found.snapName, "x");
   EXPECT_EQ(bundleIdentifier(found), "org.chromium.Chromium");
+}
+
+TEST_F(ParentProcessTest, AProcessIsNamedByItsBootItsNumberAndItsStart) {
+  const std::string zeros = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 ";
+  proc.write("77/stat", "77 (a b) c) S 1 " + zeros + "4711 0 0\n");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "");
+  proc.write("sys/kernel/random/boot_id", "0b-1f\n");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "0b-1f-77-4711");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 78), "");
+  proc.write("sys/kernel/random/boot_id", "a\",\"b");
+  EXPECT_EQ(processName(ProcFs(proc.path()), 77), "");
 }
 
 }  // namespace

@@ -7,10 +7,10 @@
 namespace tollvane::test {
 namespace {
 
-// A bridge that has grown by more than this keeps what it should not.
-#ifdef TOLLVANE_SANITIZED  // which keeps for a while what is freed
+// If a bridge grows by more than this, it keeps memory that it should free.
+#ifdef TOLLVANE_SANITIZED  // the sanitizer keeps freed memory for a while
 constexpr std::size_t little = 1 << 30;
-constexpr std::size_t longestHere = 4 << 20;  // more would take them too long
+constexpr std::size_t longestHere = 4 << 20;  // sanitizers take too long for more
 #else
 constexpr std::size_t little = 4 << 20;
 constexpr std::size_t longestHere = bridge::longestFromBrowser;
@@ -49,7 +49,7 @@ TEST_F(PressureTest, ALineMayBeCutAtEachByte) {
   const std::string bytes = line(settings);
   for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
     ASSERT_TRUE(connection.write(bytes.substr(0, cut)));
-    // What came before has been read when its answer is here: one byte of the line is always left.
+    // When the report arrives, the bridge has read the first part of the line.
     ASSERT_TRUE(bridge.input.write(frame(audible)));
     ASSERT_EQ(connection.line(), audible);
     ASSERT_TRUE(connection.write(bytes.substr(cut)));
@@ -69,7 +69,7 @@ TEST_F(PressureTest, BytesMayComeOneByOne) {
 }
 
 TEST_F(PressureTest, MessagesOfAllSizesKeepTheirOrder) {
-  std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same sizes at each run
+  std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same sizes in each run
   std::uniform_int_distribution<std::size_t> shift(0, 17);
   for (int i = 0; i < 1000; ++i) {
     const std::string message = numbered(i, random() >> (32 - shift(random)));
@@ -83,7 +83,7 @@ TEST_F(PressureTest, MessagesOfAllSizesKeepTheirOrder) {
 TEST_F(PressureTest, TheLongestMessagePassesAndLeavesNothingBehind) {
   const std::string begin = R"({"a":")";
   const std::string longest = begin + std::string(longestHere - begin.size() - 2, 'x') + "\"}";
-  // Written and read in turns: neither side keeps so much.
+  // Written and read in turns, because neither side buffers that much.
   const std::string bytes = frame(longest);
   ASSERT_TRUE(bridge.input.write(bytes));
   const auto received = connection.line();
@@ -98,7 +98,7 @@ TEST_F(PressureTest, ABrowserThatDoesNotReadLosesNothingAndCostsNoMemory) {
   const std::string message = numbered(1, 1000);
   const std::string rest = connection.fill(line(message));
   EXPECT_LT(grown(), little);
-  // The other direction is not held up.
+  // The other direction still works.
   ASSERT_TRUE(bridge.input.write(frame(audible)));
   EXPECT_EQ(connection.line(), audible);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(bridge.output.frame(), message);
@@ -114,7 +114,7 @@ TEST_F(PressureTest, AnApplicationThatReadsLateLosesNothingAndCostsNoMemory) {
   EXPECT_LT(grown(), little);
   ASSERT_TRUE(connection.write(line(settings)));
   EXPECT_EQ(bridge.output.frame(), settings);
-  // The kernel wakes who waits for room in a socket only when most of it is free.
+  // The kernel wakes a process that waits for room in a socket only when most of the socket is free.
   for (int i = 0; i < 300; ++i) ASSERT_EQ(connection.line(), message);
   ASSERT_TRUE(bridge.input.write(rest + frame(audible)));
   auto next = connection.line();
@@ -122,7 +122,7 @@ TEST_F(PressureTest, AnApplicationThatReadsLateLosesNothingAndCostsNoMemory) {
   EXPECT_EQ(next, audible);
 }
 
-TEST_F(PressureTest, TwoSidesThatBothDoNotReadDoNotLockEachOther) {
+TEST_F(PressureTest, TwoSidesThatDoNotReadCauseNoDeadlock) {
   const std::string message = numbered(1, 1000);
   const std::string restOfFrames = bridge.input.fill(frame(message));
   const std::string restOfLines = connection.fill(line(message));
@@ -139,16 +139,16 @@ TEST_F(PressureTest, TwoSidesThatBothDoNotReadDoNotLockEachOther) {
   EXPECT_EQ(next, settings);
 }
 
-TEST_F(PressureTest, AnApplicationThatNeverReadsIsLeftAndSoughtAgain) {
+TEST_F(PressureTest, AnApplicationThatNeverReadsIsLeftAndConnectedToAgain) {
   ASSERT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_EQ(connection.line(), hello);
   const std::string message = numbered(1, 1000);
   const std::string rest = bridge.input.fill(frame(message));
   Wire next = application.accept();
   expectIntroduced(bridge, next);
-  // The old connection is over, and its last line with it.
+  // The old connection has ended, and the line that was not sent completely is dropped.
   EXPECT_TRUE(connection.ends());
-  // Not one line that was meant for the old connection follows on the new one before what comes now.
+  // The new connection gets whole lines only.
   ASSERT_TRUE(bridge.input.write(rest + frame(audible)));
   std::optional<std::string> heard;
   while ((heard = next.line()) == message) {
@@ -173,7 +173,7 @@ TEST_F(PressureTest, AnApplicationMayEndWhileTheBrowserDoesNotRead) {
   connection.fill(line(message));
   connection.close();
   Wire next;
-  // What had been said is still heard, and then the next application.
+  // The browser still gets what the first application sent, and then what the next one sends.
   for (int i = 0; i < 100; ++i) ASSERT_EQ(bridge.output.frame(), message);
   next = application.accept();
   EXPECT_EQ(next.line(), introduction);

@@ -13,7 +13,7 @@ namespace {
 
 class ReconnectionTest : public BridgeTest {};
 
-TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
+TEST_F(ReconnectionTest, ARunningApplicationIsFoundAtOnce) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   Wire connection = application.accept();
@@ -21,7 +21,7 @@ TEST_F(ReconnectionTest, AnApplicationThatIsThereIsFoundAtOnce) {
   expectIntroduced(bridge, connection);
 }
 
-TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) {
+TEST_F(ReconnectionTest, AnApplicationWhoseDirectoriesAreMissingIsFoundWhenItComes) {
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(audible) + frame(hello) + frame(audible)));
   EXPECT_TRUE(bridge.readsAll());
@@ -30,13 +30,13 @@ TEST_F(ReconnectionTest, AnApplicationWhoseWholeWayIsMissingIsFoundWhenItComes) 
   expectIntroduced(bridge, connection);
 }
 
-TEST_F(ReconnectionTest, ASocketWhereNobodyListensYetIsTriedAgain) {
+TEST_F(ReconnectionTest, ASocketThatDoesNotListenYetIsTriedAgain) {
   std::filesystem::create_directories(socket().parent_path());
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
   const UniqueFd listener = boundSocket(socket());
-  // Not to be seen from outside: the bridge has tried meanwhile, or it has not; both must end well.
+  // The bridge may or may not have tried to connect meanwhile; the test cannot see that. Both must end well.
   listen(listener.get(), 1);
   Wire connection(UniqueFd(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC)));
   expectIntroduced(bridge, connection);
@@ -55,7 +55,7 @@ TEST_F(ReconnectionTest, TheExtensionIsIntroducedToEachNewApplication) {
   }
 }
 
-TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsSoughtAgain) {
+TEST_F(ReconnectionTest, AnApplicationThatClosesOnlyTheConnectionIsConnectedToAgain) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
@@ -78,11 +78,44 @@ TEST_F(ReconnectionTest, ALineThatOneApplicationBeganNeverReachesTheBrowser) {
   EXPECT_TRUE(connection.write("us\"}\n" + line(settings)));
   EXPECT_EQ(bridge.output.frame(), settings);
   bridge.input.close();
+  EXPECT_EQ(bridge.output.frame(), std::nullopt);
   EXPECT_TRUE(bridge.output.ends());
-  EXPECT_EQ(bridge.output.unread(), "");
 }
 
-TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
+// The text of a member of a message, with the quotation marks of a text.
+std::string member(const std::optional<std::string>& message, const std::string& name) {
+  if (!message) return "no message";
+  const auto begin = message->find("\"" + name + "\":");
+  if (begin == std::string::npos) return "no " + name;
+  const auto value = begin + name.size() + 3;
+  return message->substr(value, message->find_first_of(",}", value) - value);
+}
+
+TEST_F(ReconnectionTest, TheExtensionIsToldWhenTheApplicationComesAndGoes) {
+  RunningBridge bridge(dataHome());
+  EXPECT_EQ(member(bridge.output.link(), "open"), "false");
+  for (int i = 0; i < 3; ++i) {
+    {
+      FakeApplication application(socket());
+      Wire connection = application.accept();
+      EXPECT_EQ(member(bridge.output.link(), "open"), "true");
+    }
+    EXPECT_EQ(member(bridge.output.link(), "open"), "false");
+  }
+}
+
+TEST_F(ReconnectionTest, TheExtensionIsToldWhichProcessTheBrowserIs) {
+  FakeApplication application(socket());
+  RunningBridge first(dataHome()), second(dataHome());
+  const std::string browser = member(first.output.link(), "browser");
+  EXPECT_NE(browser.find("-" + std::to_string(getpid()) + "-"), std::string::npos) << browser;
+  EXPECT_EQ(member(second.output.link(), "browser"), browser);
+  RunningBridge other(dataHome(), {.browser = directory / "browser"});
+  const std::string another = member(other.output.link(), "browser");
+  EXPECT_NE(another.find("-" + std::to_string(other.pid()) + "-"), std::string::npos) << another;
+}
+
+TEST_F(ReconnectionTest, AThousandApplicationsLeakNoDescriptor) {
   RunningBridge bridge(dataHome());
   EXPECT_TRUE(bridge.input.write(frame(hello)));
   EXPECT_TRUE(bridge.readsAll());
@@ -96,7 +129,66 @@ TEST_F(ReconnectionTest, AThousandApplicationsCostNoDescriptor) {
   }
 }
 
-TEST_F(ReconnectionTest, ThePathIsCutAsTheApplicationCutsIt) {
+class OtherEnvironmentTest : public BridgeTest {
+ protected:
+  std::filesystem::path besideSocket() const { return directory / "home/Tollvane/bridge.sock"; }
+
+  RunningBridge::Options installed{.copy = directory / "home/Tollvane/bin/TollvaneBridge"};
+};
+
+TEST_F(OtherEnvironmentTest, AnApplicationBesideTheBridgeIsFound) {
+  FakeApplication application(besideSocket());
+  RunningBridge bridge(dataHome(), installed);
+  EXPECT_EQ(application.accept().line(), introduction);
+}
+
+TEST_F(OtherEnvironmentTest, TheApplicationBesideTheBridgeComesFirstAndTheOtherOneAfterIt) {
+  FakeApplication other(socket());
+  std::optional<FakeApplication> beside(besideSocket());
+  RunningBridge bridge(dataHome(), installed);
+  Wire connection = beside->accept();
+  EXPECT_EQ(connection.line(), introduction);
+  beside.reset();
+  connection.close();
+  EXPECT_EQ(other.accept().line(), introduction);
+}
+
+TEST_F(OtherEnvironmentTest, AnApplicationThatComesLaterIsFoundInEitherPlace) {
+  RunningBridge bridge(dataHome(), installed);
+  for (const auto& place : {besideSocket(), socket(), besideSocket()}) {
+    FakeApplication application(place);
+    EXPECT_EQ(application.accept().line(), introduction) << place;
+  }
+}
+
+TEST_F(OtherEnvironmentTest, AnApplicationOfAnotherUserBesideTheBridgeHearsNothing) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+  std::filesystem::create_directories(besideSocket().parent_path());
+  for (const auto& folder : {directory.path(), directory / "home", directory / "home/Tollvane"})
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t other = fork();
+  if (other == 0) {
+    if (setuid(65534) != 0) _exit(2);
+    FakeApplication stranger(besideSocket());
+    if (write(ready[1], "x", 1) != 1) _exit(3);
+    Wire connection = stranger.accept();
+    _exit(connection.ends() && connection.unread().empty() ? 0 : 1);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  FakeApplication own(socket());
+  RunningBridge bridge(dataHome(), installed);
+  EXPECT_EQ(own.accept().line(), introduction);
+  int status = -1;
+  ASSERT_TRUE(waitUntil([&] { return waitpid(other, &status, WNOHANG) != 0; }));
+  EXPECT_EQ(status, 0);
+  close(ready[0]);
+  close(ready[1]);
+}
+
+TEST_F(ReconnectionTest, ALongSocketPathIsCutAsTheApplicationCutsIt) {
   const std::filesystem::path deep = directory / std::string(103 - directory.path().native().size() - 14, 'd');
   const std::string whole = deep / "Tollvane" / "bridge.sock";
   ASSERT_GT(whole.size(), 103u);
@@ -112,7 +204,7 @@ TEST_F(ReconnectionTest, AnApplicationOfAnotherUserHearsNothing) {
   std::filesystem::permissions(socket().parent_path(), std::filesystem::perms::all);
   const pid_t other = fork();
   if (other == 0) {
-    // What the stranger's process does is its exit code: 0 when the bridge came and left without a word.
+    // The exit code of the other user's process is the result: 0 if the bridge connected and left without a word.
     if (setuid(65534) != 0) _exit(2);
     FakeApplication stranger(socket());
     Wire connection = stranger.accept();

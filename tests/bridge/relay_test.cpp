@@ -65,7 +65,7 @@ TEST_F(RelayTest, OtherMessagesAreDroppedWithoutAnApplication) {
   EXPECT_EQ(lines(), "INTRODUCTION\n");
 }
 
-TEST_F(RelayTest, WhatOneApplicationDidNotTakeIsNotForTheNext) {
+TEST_F(RelayTest, AMessageThatOneApplicationDidNotTakeIsNotSentToTheNext) {
   relay.connected();
   relay.fromBrowser(frame(audible));
   relay.disconnected();
@@ -111,7 +111,7 @@ TEST_F(RelayTest, TheBrowserNeverGetsAnythingButAnObject) {
   EXPECT_FALSE(relay.answered());
 }
 
-TEST_F(RelayTest, TheBrowserNeverGetsMoreThanItTakes) {
+TEST_F(RelayTest, TheBrowserNeverGetsAMessageOverItsLimit) {
   const std::string begin = R"({"a":")";
   const std::string longest = begin + std::string(longestToBrowser - begin.size() - 2, 'x') + "\"}";
   ASSERT_EQ(longest.size(), 1'048'576u);
@@ -138,7 +138,7 @@ TEST_F(RelayTest, ALineThatOneApplicationBeganIsNotEndedByTheNext) {
   EXPECT_EQ(frames(), frame(R"({"type":"settings"})"));
 }
 
-TEST_F(RelayTest, AFrameThatTheBrowserBeganSurvivesTheApplication) {
+TEST_F(RelayTest, AFrameThatTheBrowserBeganSurvivesTheConnection) {
   const std::string bytes = frame(audible);
   relay.connected();
   relay.fromBrowser(bytes.substr(0, 9));
@@ -148,7 +148,31 @@ TEST_F(RelayTest, AFrameThatTheBrowserBeganSurvivesTheApplication) {
   EXPECT_EQ(lines(), "INTRODUCTION\n" + line(audible));
 }
 
-TEST_F(RelayTest, AnApplicationHasAnsweredWhenItSaidSomething) {
+TEST_F(RelayTest, TheExtensionIsToldOnceOfEachChangeOfTheApplication) {
+  relay.announce();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":false})"));
+  relay.connected();
+  relay.announce();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":true})"));
+  relay.disconnected();
+  relay.connected();
+  relay.announce();
+  EXPECT_EQ(frames(), "");
+  relay.disconnected();
+  relay.announce();
+  EXPECT_EQ(frames(), frame(R"({"type":"link","open":false})"));
+}
+
+TEST_F(RelayTest, TheExtensionIsToldWhichProcessTheBrowserIs) {
+  Relay known{"INTRODUCTION", "b00-77-4711"};
+  known.connected();
+  known.announce();
+  EXPECT_EQ(taken(known.toBrowser), frame(R"({"type":"link","open":true,"browser":"b00-77-4711"})"));
+}
+
+TEST_F(RelayTest, AnApplicationHasAnsweredIfItSentALine) {
   relay.connected();
   EXPECT_FALSE(relay.answered());
   relay.fromApplication("{}\n");

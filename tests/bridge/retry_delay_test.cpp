@@ -7,13 +7,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(RetryDelayTest, AQuarterOfASecondDoublesUpToHalfAMinute) {
+TEST(RetryDelayTest, TheDelayDoublesFromAQuarterOfASecondToHalfAMinute) {
   RetryDelay delay;
   for (const auto expected : {250ms, 500ms, 1000ms, 2000ms, 4000ms, 8000ms, 16000ms, 30000ms, 30000ms})
     EXPECT_EQ(delay.next(), expected);
 }
 
-TEST(RetryDelayTest, AnAnswerBeginsItAnew) {
+TEST(RetryDelayTest, AfterAnAnswerTheDelayBeginsAnew) {
   RetryDelay delay;
   delay.next();
   delay.next();
@@ -21,7 +21,7 @@ TEST(RetryDelayTest, AnAnswerBeginsItAnew) {
   EXPECT_EQ(delay.next(), 250ms);
 }
 
-TEST(RetryDelayTest, ASocketThatHasJustAppearedIsTriedAgainSoonOnce) {
+TEST(RetryDelayTest, ASocketThatHasJustAppearedIsTriedOnceMoreSoon) {
   RetryDelay delay;
   delay.next();
   delay.next();

@@ -42,9 +42,15 @@ std::vector<std::string> environment(const std::filesystem::path& dataHome, cons
   return result;
 }
 
-// A shell under the browser's name. It does not become the bridge, because it has something to do after it.
+// If a browser is wanted, a shell stands in for it, as a program of that name. "exit 0" keeps the shell from replacing
+// itself with the bridge.
 std::vector<std::string> command(const RunningBridge::Options& options) {
   std::vector<std::string> result = {TOLLVANE_BRIDGE};
+  if (options.copy) {
+    std::filesystem::create_directories(options.copy->parent_path());
+    std::filesystem::copy_file(TOLLVANE_BRIDGE, *options.copy);
+    result = {*options.copy};
+  }
   if (options.browser) {
     std::filesystem::create_directories(options.browser->parent_path());
     std::filesystem::copy_file("/bin/sh", *options.browser);
@@ -70,7 +76,7 @@ RunningBridge::RunningBridge(const std::filesystem::path& dataHome, const Option
     std::signal(SIGPIPE, SIG_DFL);
     dup2(in.reader.get(), STDIN_FILENO);
     dup2(out.writer.get(), STDOUT_FILENO);
-    // Last: number 3 may have been one of the others'.
+    // This comes last, because descriptor 3 may have been one of the other pipes.
     if (options.strayDescriptor && dup2(extra.writer.get(), 3) == extra.writer.get()) fcntl(3, F_SETFD, 0);
     execve(arguments[0], arguments.data(), variables.data());
     _exit(127);

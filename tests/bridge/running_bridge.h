@@ -1,4 +1,5 @@
-// The real TollvaneBridge, with the test at the browser's ends of its pipes. Ends with its owner. One thread.
+// The real TollvaneBridge, with the test at the browser's ends of its pipes. The bridge ends with this object. One
+// thread.
 #pragma once
 
 #include <sys/types.h>
@@ -19,10 +20,11 @@ class RunningBridge {
  public:
   struct Options {
     std::vector<std::string> arguments = {"chrome-extension://abcdefghijklmnopabcdefghijklmnop/"};
-    Variables variables{};  // further ones
+    Variables variables{};  // more environment variables
     std::optional<std::filesystem::path>
-        browser{};                 // a program, made for this, that starts it; absent: the test itself
-    bool strayDescriptor = false;  // one more pipe is inherited, as number 3
+        browser{};                 // path of a program to make, which starts the bridge; absent: the test starts it
+    bool strayDescriptor = false;  // if true, the bridge inherits one more pipe, as descriptor 3
+    std::optional<std::filesystem::path> copy{};  // path for a copy of the bridge, which runs instead of it
   };
 
   explicit RunningBridge(const std::filesystem::path& dataHome) : RunningBridge(dataHome, Options()) {}
@@ -31,18 +33,18 @@ class RunningBridge {
   RunningBridge(const RunningBridge&) = delete;
   RunningBridge& operator=(const RunningBridge&) = delete;
 
-  Wire input;   // written to
-  Wire output;  // read from
-  Wire stray;   // of the stray descriptor
+  Wire input;   // the test writes here
+  Wire output;  // the test reads here
+  Wire stray;   // the test's end of the stray descriptor's pipe
 
-  // Of the bridge, or of the browser that started it.
+  // The id of the bridge, or of the browser that started it.
   pid_t pid() const { return pid_; }
   void kill();
 
-  // Its exit code, or 128 plus the signal that ended it. Absent when it still runs after the deadline.
+  // The exit code of pid(), or 128 plus the signal that ended it. Absent if it still runs after the deadline.
   std::optional<int> exitCode();
 
-  // Whether it reads, by the deadline, everything that was written.
+  // Whether the bridge reads everything that was written to `input` before the deadline.
   bool readsAll();
 
   std::size_t descriptors() const;

@@ -31,7 +31,7 @@ bool Wire::write(std::string_view bytes) {
 
 std::string Wire::fill(std::string_view bytes) {
   std::string_view left = bytes;
-  // A moment for the other side to take more.
+  // Give the other side a moment to take more.
   while (ready(POLLOUT, steady_clock::now() + std::chrono::milliseconds(300))) {
     const ssize_t written = ::write(descriptor_.get(), left.data(), left.size());
     if (written < 0 && errno != EAGAIN && errno != EINTR) break;
@@ -54,6 +54,13 @@ std::optional<std::string> Wire::line(std::chrono::milliseconds deadline) {
 
 std::optional<std::string> Wire::frame(std::chrono::milliseconds deadline) {
   const auto until = steady_clock::now() + deadline;
+  while (true) {
+    auto found = anyFrame(until);
+    if (!found || !found->starts_with(R"({"type":"link")")) return found;
+  }
+}
+
+std::optional<std::string> Wire::anyFrame(Deadline until) {
   std::uint32_t length = 0;
   while (unread_.size() < sizeof length)
     if (!readMore(until)) return std::nullopt;

@@ -32,8 +32,8 @@ class BrowserLinkTest : public testing::Test {
     stranger->extensionVersion.reset();
     return stranger;
   }
-  std::function<void(FocusResult)> into(std::vector<FocusResult>& results) {
-    return [&results](FocusResult result) { results.push_back(result); };
+  FocusRequests::Completion into(std::vector<FocusResult>& results) {
+    return [&results](FocusResult result, auto) { results.push_back(result); };
   }
 
   test::VirtualPlatform system;
@@ -99,7 +99,7 @@ TEST_F(BrowserLinkTest, AReportOfAnAudibleTabIsPassedOnWhole) {
   EXPECT_THAT(reports, ElementsAre(report));
 }
 
-TEST_F(BrowserLinkTest, WhatIsNotUnderstoodIsIgnored) {
+TEST_F(BrowserLinkTest, UnknownMessagesAreIgnored) {
   const auto firefox = connect(Browser::firefox);
   for (const Message& message : {Message{{"type", 7}}, Message::object(), Message{{"type", "dance"}},
                                  Message{{"type", nullptr}}, Message{{"type", "focusResult"}, {"req", "1"}}})
@@ -139,7 +139,7 @@ TEST_F(BrowserLinkTest, OnlyTheFirstReadyConnectionIsAskedToFocus) {
   connect(Browser::firefox)->extensionVersion.reset();
   const auto ready = connect(Browser::firefox);
   const auto other = connect(Browser::firefox);
-  link.focus(10, Browser::firefox, [](FocusResult) {});
+  link.focus(10, Browser::firefox, [](FocusResult, auto) {});
   EXPECT_EQ(ready->sent.size(), 1u);
   EXPECT_THAT(other->sent, IsEmpty());
 }
@@ -156,7 +156,7 @@ TEST_F(BrowserLinkTest, AnAnswerWithoutATruthValueMeansClosed) {
   EXPECT_THAT(results, testing::AllOf(testing::SizeIs(4), testing::Each(FocusResult::tabClosed)));
 }
 
-TEST_F(BrowserLinkTest, ANumberThatIsNotWholeIsNoRequest) {
+TEST_F(BrowserLinkTest, ARequestNumberMustBeWhole) {
   const auto firefox = connect(Browser::firefox);
   std::vector<FocusResult> results;
   link.focus(1, Browser::firefox, into(results));
@@ -206,7 +206,7 @@ TEST_F(BrowserLinkTest, WithoutAReadyConnectionTheTabIsUnreachableAtOnceAndTheNu
 TEST_F(BrowserLinkTest, ACompletionMayAskAgain) {
   const auto firefox = connect(Browser::firefox);
   std::vector<FocusResult> results;
-  link.focus(1, Browser::firefox, [&](FocusResult) { link.focus(2, Browser::firefox, into(results)); });
+  link.focus(1, Browser::firefox, [&](FocusResult, auto) { link.focus(2, Browser::firefox, into(results)); });
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 2}, {"ok", true}});
   EXPECT_THAT(results, ElementsAre(FocusResult::focused));
@@ -249,7 +249,7 @@ TEST_F(BrowserLinkTest, AHelloOfSafariIsAnsweredThroughSafari) {
               ElementsAre(R"(tollvane com.quarnel.tollvane.safari {"markTabs":true,"type":"settings"})"));
 }
 
-TEST_F(BrowserLinkTest, WhatSafariLeavesInItsInboxIsHeardFromTheStartOn) {
+TEST_F(BrowserLinkTest, MessagesInSafarisInboxAreReadFromTheStartOn) {
   std::vector<std::string> heard;
   link.onTab = [&](BrowserConnection& from, const Message& report) {
     EXPECT_EQ(&from, &link.safariConnection());
@@ -273,7 +273,7 @@ TEST_F(BrowserLinkTest, WhatSafariLeavesInItsInboxIsHeardFromTheStartOn) {
   EXPECT_THAT(heard, ElementsAre("Before", "After"));
 }
 
-TEST_F(BrowserLinkTest, SafariIsAskedAndToldOnlyWhileItIsEnabled) {
+TEST_F(BrowserLinkTest, SafariGetsQuestionsAndSettingsOnlyWhileItIsEnabled) {
   std::vector<FocusResult> results;
   link.askWhichTabIsAudible(Browser::safari);
   link.focus(5, Browser::safari, into(results));
@@ -292,7 +292,7 @@ TEST_F(BrowserLinkTest, SafariIsAskedAndToldOnlyWhileItIsEnabled) {
   EXPECT_THAT(results, ElementsAre(FocusResult::unreachable, FocusResult::focused));
 }
 
-TEST_F(BrowserLinkTest, SafarisStateIsWhatSafariSaysAndOtherwiseNotEnabled) {
+TEST_F(BrowserLinkTest, SafariCountsAsDisabledUntilItSaysThatItIsEnabled) {
   int completions = 0;
   const auto completion = [&] { ++completions; };
   system.safari.state = true;

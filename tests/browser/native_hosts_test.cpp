@@ -52,7 +52,7 @@ TEST_F(NativeHostsTest, ABridgeThatIsThereAlreadyIsNotCopiedAgain) {
   EXPECT_EQ(system.files.copies, 1);
 }
 
-TEST_F(NativeHostsTest, AnOldBridgeIsReplacedAndAStaleCopyIsInNobodysWay) {
+TEST_F(NativeHostsTest, AnOldBridgeIsReplacedEvenIfAStaleCopyIsInTheWay) {
   hosts.installedBridgePath();
   system.files.contents["/bundle/TollvaneBridge"] = "bridge 3";
   system.files.contents[fresh] = "half a bri";
@@ -61,7 +61,7 @@ TEST_F(NativeHostsTest, AnOldBridgeIsReplacedAndAStaleCopyIsInNobodysWay) {
   EXPECT_FALSE(system.files.contents.contains(fresh));
 }
 
-TEST_F(NativeHostsTest, WhereNothingCanBeWrittenTheBundlesOwnBridgeIsUsed) {
+TEST_F(NativeHostsTest, IfNothingCanBeWrittenTheBundlesOwnBridgeIsUsed) {
   system.files.readOnly = true;
   EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge");
 }
@@ -138,11 +138,26 @@ TEST_F(NativeHostsTest, AManifestIsWrittenForPeopleToRead) {
   EXPECT_TRUE(text.starts_with("{\n  \"allowed_extensions\""));
 }
 
-TEST_F(NativeHostsTest, ABrowserThatWasInstalledOnceGetsAManifestAndOneThatNeverWasDoesNot) {
+TEST_F(NativeHostsTest, ABrowserThatWasInstalledBeforeGetsAManifestAndAnyOtherDoesNot) {
   system.files.createDirectories(support / "Google/Chrome");
   hosts.installManifests();
   EXPECT_TRUE(system.files.contents.contains(manifestOf("Google/Chrome/NativeMessagingHosts")));
   EXPECT_FALSE(system.files.contents.contains(manifestOf("Chromium/NativeMessagingHosts")));
+}
+
+TEST_F(NativeHostsTest, AnEditionGetsItsManifestWithoutTheMainReleaseAndTheMainReleaseGetsNone) {
+  system.locations.nativeHosts["com.google.Chrome.beta"] = "Google/Chrome Beta/NativeMessagingHosts";
+  system.workspace.installed["com.google.Chrome.beta"] = "/apps/beta";
+  hosts.installManifests();
+  EXPECT_TRUE(system.files.contents.contains(manifestOf("Google/Chrome Beta/NativeMessagingHosts")));
+  EXPECT_FALSE(system.files.contents.contains(manifestOf("Google/Chrome/NativeMessagingHosts")));
+}
+
+TEST_F(NativeHostsTest, ABrowserThatRunsGetsItsManifestEvenIfItWasNeverInstalled) {
+  system.workspace.addRunning(10, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  hosts.installManifests();
+  EXPECT_EQ(readManifest("Mozilla/NativeMessagingHosts")["allowed_extensions"],
+            nlohmann::json({"tollvane@quarnel.com"}));
 }
 
 TEST_F(NativeHostsTest, AManifestIsWrittenAnewAtEachLaunch) {

@@ -26,7 +26,7 @@ class SafariInboxTest : public testing::Test {
   std::vector<Message> messages;
 };
 
-TEST_F(SafariInboxTest, FilesAreHandledInTheOrderOfTheirNamesAndTakenAway) {
+TEST_F(SafariInboxTest, FilesAreHandledInTheOrderOfTheirNamesAndRemoved) {
   inbox.start(directory);
   put("2.json", R"({"n":2})");
   put("1.json", R"({"n":1})");
@@ -44,7 +44,7 @@ TEST_F(SafariInboxTest, OtherFilesAreLeftAlone) {
   EXPECT_EQ(system.files.contents.size(), 2u);
 }
 
-TEST_F(SafariInboxTest, WhatIsNoMessageIsTakenAwayAndLaterOnesAreHandled) {
+TEST_F(SafariInboxTest, AFileWithoutAMessageIsRemovedAndLaterOnesAreHandled) {
   inbox.start(directory);
   put("1.json", "{");
   put("2.json", "[]");
@@ -57,7 +57,7 @@ TEST_F(SafariInboxTest, WhatIsNoMessageIsTakenAwayAndLaterOnesAreHandled) {
   EXPECT_THAT(system.files.contents, IsEmpty());
 }
 
-TEST_F(SafariInboxTest, WhatWasThereBeforeIsHandledAtTheStart) {
+TEST_F(SafariInboxTest, FilesThatWereThereBeforeAreHandledAtTheStart) {
   put("1.json", R"({"n":1})");
   inbox.start(directory);
   EXPECT_THAT(messages, ElementsAre(Message{{"n", 1}}));

@@ -1,4 +1,4 @@
-"""The windows of a program as a screen reader has them (AT-SPI).
+"""The windows of a program as a screen reader sees them (AT-SPI).
 
     Accessibility(session)                  # before the program is started, with ACCESSIBLE in its environment
     dialog = accessibility.window('Tollvane', 'Settings')
@@ -20,13 +20,13 @@ class Accessibility:
         self._bus = Bus(session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')[0])
 
     def window(self, program, title):
-        """The shown window of that title, or None."""
+        """The window with this title if it is shown, else None."""
         try:
             desktop = Accessible(self._bus, 'org.a11y.atspi.Registry', ROOT)
             return next((window for application in desktop.children() if application.name() == program
                          for window in application.children() if window.name() == title and window.is_shown()), None)
         except BusError:
-            return None  # it went while it was looked at
+            return None  # a window closed while it was examined
 
 
 class Accessible:
@@ -55,9 +55,9 @@ class Accessible:
         return [name for each in self.all() if (name := each.name())]
 
     def find(self, name):
-        """The first below this one of that name, or None."""
+        """The first element called `name`, this one or one below it, or None."""
         return next((each for each in self.all() if each.name() == name), None)
 
     def act(self, number=0):
-        """What a press of the keyboard or the mouse would do."""
+        """Does what a click or a key press does."""
         self._bus.call(self._service, self._path, 'org.a11y.atspi.Action', 'DoAction', 'i', number)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""From a sound to its tab, and back to it, with nothing but real parts: application_test.py chromium|firefox-esr.
+"""From a sound in a tab to the menu, and back to the tab: application_test.py chromium|firefox-esr.
 
-The application as it is handed out, which makes itself known to the browser; a real panel, sound server and browser,
-and the extension out of the application's own directory. TOLLVANE_BUNDLE is that directory. Ends with 77 when the
-browser is not installed.
+Everything is real: the panel, the sound server, the browser, and the application and the extension from the
+application's directory, TOLLVANE_BUNDLE. The application registers itself with the browser. Ends with 77 if the browser
+is not installed.
 """
 
 import os
@@ -24,12 +24,13 @@ from client import PrivateSession
 from waiting import wait_until
 
 BUNDLE = os.environ.get('TOLLVANE_BUNDLE')
-NAMES = {Chromium: 'Chromium', Firefox: 'Firefox'}  # as alerts have them
-STATES = {Chromium: 'Connected', Firefox: 'Added'}  # of the link, in the settings
+NAMES = {Chromium: 'Chromium', Firefox: 'Firefox'}  # the browsers' names in alerts
+STATES = {Chromium: 'Connected', Firefox: 'Added'}  # the browsers' states in the settings
 SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox', '--panel', 'xfce4')
-REPEATS = 1.5  # seconds in which further sounds of one application are none
+REPEATS = 1.5  # seconds in which repeated sounds of one application count as one
 SOUND = 'started playing audio'
-KIND = None  # of the browser
+IS_SHOWN = "document.visibilityState === 'visible'"
+KIND = None  # Chromium or Firefox
 
 
 def setUpModule():
@@ -44,7 +45,7 @@ def setUpModule():
 
 
 class ApplicationTest(unittest.TestCase):
-    """One application and one browser for all tests; each test has a list of its own, and closes its tabs."""
+    """All tests share one application and one browser. Each test begins with an empty list, and closes its tabs."""
 
     def setUp(self):
         self.await_link()
@@ -70,7 +71,7 @@ class ApplicationTest(unittest.TestCase):
         return self.tollvane.await_entry(f'Tab: {title} ')
 
     def history(self):
-        """Who made which sound in which tab, in the order of their coming, since this test has begun."""
+        """Application, kind and tab of each sound since this test began, in their order."""
         return [line[1:] for line in self.tollvane.history()[self.past:]]
 
     def await_title(self, tab, title):
@@ -85,21 +86,47 @@ class ApplicationTest(unittest.TestCase):
 
 class Entry(ApplicationTest):
     def test_sound_is_one_entry_with_title_and_host_of_its_background_tab(self):
-        entry = self.play(self.open('Evening news'))
+        tab = self.open('Evening news')
+        entry = self.play(tab)
+        self.close(tab)  # the only tab that is heard is taken for the one that made a sound
         self.assertRegex(entry, rf'{NAMES[KIND]}.* · {SOUND} — Tab: Evening news +\(localhost\)$')
 
-        # Nobody reports a private window. Its sound is written down when no tab can come for it any more; whatever
-        # the sound before it would have left behind has shown itself by then.
+        # A private window is not reported, so its sound is written down without a tab after a while. If the first
+        # sound had been written down twice, the second line would be there by then.
         private = self.browser.open_private_window(self.pages.address('Private'))
         self.addCleanup(self.browser.close_tab, private)
         time.sleep(REPEATS)
         self.browser.run(private, 'playSound()')
         wait_until(lambda: '' in [tab for _, _, tab in self.history()], 'the history of the private window')
-        lines = [(kind, tab) for _, kind, tab in self.history()]  # those of an earlier test may come late
+        lines = [(kind, tab) for _, kind, tab in self.history()]  # lines of an earlier test may come late
         self.assertEqual(lines.count((SOUND, 'Evening news  (localhost)')), 1, lines)
         self.assertEqual(lines.count((SOUND, '')), 1, lines)
         self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
         self.assertEqual(len(self.tollvane.entries('Tab: ')), 1, self.tollvane.menu())
+
+    def test_second_sound_of_a_tab_is_its_own_and_the_next_tabs_sound_is_the_next_tabs(self):
+        first, second = self.open('Alpha'), self.open('Beta')
+        self.play(first)
+        for _ in range(2):  # so soon after one another that the browser calls the tab audible all the while
+            self.browser.run(first, 'stopSound()')
+            time.sleep(REPEATS)
+            self.browser.run(first, 'playSound()')
+        wait_until(lambda: len(self.tollvane.entries('Tab: Alpha ')) == 3, 'the third sound')
+        self.browser.run(first, 'stopSound()')
+        time.sleep(1)
+        self.play(second)
+        self.assertEqual(len(self.tollvane.entries('Tab: Beta ')), 1, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries('Tab: Alpha ')), 3, self.tollvane.menu())
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 4, self.tollvane.menu())
+
+    def test_page_that_plays_at_once_after_a_navigation_from_a_sounding_one_is_named(self):
+        tab = self.open('Before')
+        self.play(tab)
+        time.sleep(REPEATS)
+        after = self.pages.address('After&play', 'localhost')
+        self.browser.run(tab, f'void (location.href = "{after}")')
+        self.tollvane.await_entry('Tab: After ')
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
 
     def test_two_tabs_are_two_entries(self):
         first, second = self.play(self.open('One')), self.play(self.open('Two', '127.0.0.1'))
@@ -162,6 +189,67 @@ class Click(ApplicationTest):
         self.assertFalse(self.browser.is_in_front(tab))
 
 
+    def test_on_an_entry_of_another_profile_shows_its_tab_and_of_a_closed_one_no_other(self):
+        another = self.browser.another_profile()
+        another.start()
+        self.addCleanup(another.kill)
+        wait_until(lambda: len(self.tollvane.bridges()) == 2, 'the second bridge')
+        # The browsers number their tabs alike: what has one number here has it there.
+        mine = [self.open(f'Mine {number}') for number in range(3)]
+        theirs = another.open_tab(self.pages.address('Theirs', 'localhost'))
+        another.open_tab(self.pages.address('Last', 'localhost'))
+        another.run(theirs, 'playSound()')
+        entry = self.tollvane.await_entry('Tab: Theirs ')
+        self.tollvane.choose(entry)
+        wait_until(lambda: another.run(theirs, IS_SHOWN), "the other profile's tab")
+        self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
+        another.close_tab(theirs)
+        self.tollvane.choose(entry)
+        self.assert_alert('That tab is closed', f'The {NAMES[KIND]} tab that made this sound (Theirs  (localhost)) has '
+                                                'been closed, so there is nothing to go back to.')
+        self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
+
+
+class Edition(ApplicationTest):
+    UNPACKED = {Chromium: 'Google Chrome', Firefox: 'Firefox'}  # the name of what unpacked() gives
+
+    def test_that_no_package_installed_is_heard_under_its_name_and_its_tab_comes_forward(self):
+        browser, name = self.browser, self.UNPACKED[KIND]
+        browser.stop()
+        self.addCleanup(self.await_link)
+        self.addCleanup(browser.start)
+        unpacked = browser.unpacked()
+        unpacked.start()
+        self.addCleanup(unpacked.kill)
+        self.tollvane.stop()
+        self.tollvane.start()  # and lets the browser that runs find the bridge
+        self.await_link()
+        tab = unpacked.open_tab(self.pages.address('Wanted', 'localhost'))
+        unpacked.run(tab, 'playSound()')
+        entry = self.tollvane.await_entry('Tab: Wanted ')
+        self.assertIn(f'{name} · {SOUND}', entry)
+        self.tollvane.choose(entry)
+        wait_until(lambda: unpacked.is_in_front(tab), 'the coming forward of the tab')
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 1, self.tollvane.menu())
+
+
+class Restored(ApplicationTest):
+    def test_tab_that_plays_when_the_browser_opens_it_again_is_named(self):
+        tab = self.open('Radio&play')
+        self.tollvane.await_entry('Tab: Radio ')
+        self.browser.show_tab(tab)  # the tab in front is the one that is loaded again
+        self.browser.stop()
+        self.browser.start(restore=True)
+        self.addCleanup(self.restart)
+        wait_until(lambda: len(self.tollvane.entries('Tab: Radio ')) == 2, 'the second entry')
+        time.sleep(4)  # whatever belongs to no sound has become one by then
+        self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
+
+    def restart(self):
+        self.browser.stop()
+        self.browser.start()
+
+
 class Marks(ApplicationTest):
     SWITCH = 'Mark browser tabs that made a sound'
 
@@ -178,6 +266,16 @@ class Marks(ApplicationTest):
 
 
 class Life(ApplicationTest):
+    def test_browser_that_was_started_in_another_environment_finds_the_application(self):
+        self.browser.stop()
+        self.browser.variables = {'XDG_DATA_HOME': str(self.session.home / 'elsewhere')}
+        self.addCleanup(self.browser.start)
+        self.addCleanup(self.browser.variables.clear)
+        self.addCleanup(self.browser.stop)
+        self.browser.start()
+        self.await_link()
+        self.play(self.open('From elsewhere'))
+
     def test_killed_application_has_the_extension_back_when_it_is_started_again(self):
         bridges = self.tollvane.bridges()
         self.tollvane.kill()

@@ -1,4 +1,4 @@
-"""What a test program is told on its command line."""
+"""Reads the browser from a test program's command line."""
 
 import signal
 import sys
@@ -8,10 +8,13 @@ from firefox import Firefox
 
 
 def browser_of_this_run():
-    """The kind of browser that the first argument names; the others are unittest's. Ends where it is not installed."""
+    """The class of the browser that the first argument names. Ends with 77 if the browser is not installed.
+
+    The other arguments are left for unittest.
+    """
     kind = {kind.name: kind for kind in (Chromium, Firefox)}[sys.argv.pop(1)]
     if not kind.is_installed():
         print(f'{kind.name} is not installed')
         sys.exit(77)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the session is cleared away
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # an orderly exit, which clears the session away
     return kind

@@ -1,4 +1,4 @@
-"""Chromium, driven through the pipe of its remote debugging protocol (JSON that ends with a zero byte)."""
+"""Chromium, controlled through the pipe of its remote debugging protocol (JSON that ends with a zero byte)."""
 
 import json
 import os
@@ -13,29 +13,38 @@ EXTENSION_ID = 'obnkhebafdebfkbooeekkekkklllpdhc'
 
 class Chromium(Browser):
     name = 'chromium'
+    program = '/usr/lib/chromium/chromium'
+    unpacked_program = 'google/chrome-beta/chrome'
+    unpacked_profile_directory = '.config/google-chrome-beta'
     host_permission = {'allowed_origins': [f'chrome-extension://{EXTENSION_ID}/']}
 
-    # Its own place for both, although it is named on the command line: remote debugging demands that.
+    # The usual folders. The profile is also named on the command line, because remote debugging demands that.
     profile_directory = '.config/chromium'
     host_directory = '.config/chromium/NativeMessagingHosts'
 
-    def __init__(self, session, extension):
-        super().__init__(session, extension)
+    def __init__(self, session, extension, profile_directory=None):
+        super().__init__(session, extension, profile_directory)
         self._pipe = None
         self._sessions = {}
 
-    def start(self):
+    def another_profile(self):
+        another = super().another_profile()
+        another.profile.mkdir()
+        (another.profile / 'NativeMessagingHosts').symlink_to(self.session.home / self.host_directory)
+        return another
+
+    def start(self, restore=False):
         (self.profile / 'Default').mkdir(parents=True, exist_ok=True)
         preferences = self.profile / 'Default/Preferences'
         if not preferences.exists():
             preferences.write_text(json.dumps({'extensions': {'ui': {'developer_mode': True}}}))
         self._pipe = _Pipe()
         self.process = self.session.start('chromium', [
-            'chromium', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+            *self.command, '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
             f'--user-data-dir={self.profile}', f'--load-extension={self.extension / "chromium"}',
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),
-            'about:blank'], **self._pipe.options())
+            '--restore-last-session' if restore else 'about:blank'], env=self.environment(), **self._pipe.options())
         self._pipe.started()
         self._sessions = {}
         wait_until(self.tabs, 'the first window')
@@ -102,7 +111,7 @@ class Chromium(Browser):
 
 
 class _Pipe:
-    """Commands on the browser's descriptor 3, answers on its 4."""
+    """Sends commands to the browser's descriptor 3 and reads answers from its descriptor 4."""
 
     def __init__(self):
         self._theirs_in, self._out = os.pipe()
@@ -114,7 +123,7 @@ class _Pipe:
         return {'preexec_fn': self._place, 'pass_fds': (3, 4)}
 
     def _place(self):
-        # By way of high numbers: either may have the other's place.
+        # By way of high numbers, because either descriptor may have the number that the other one needs.
         first, second = os.dup(self._theirs_in), os.dup(self._theirs_out)
         high = 100
         os.dup2(first, high)

@@ -1,7 +1,7 @@
-"""The application's end of the link, in the hand of a test: what the extension says arrives here.
+"""Stands in for the application at its end of the link to the extension, under the control of a test.
 
-Listens where the application does, in the session's data directory, and speaks its lines of JSON. A bridge connects;
-`messages` is everything that all of them said, in order; send() goes to the newest.
+Listens on the application's socket, in the session's data directory, and talks in lines of JSON. Bridges connect to
+it. `messages` are those of all bridges, in order; send() sends to the newest bridge.
 """
 
 import json
@@ -17,7 +17,7 @@ class FakeApplication:
     def __init__(self, session):
         self.path = session.data / 'Tollvane/bridge.sock'
         self.messages = []
-        self._bridges = {}  # socket -> bytes that are no whole line yet, in the order of their coming
+        self._bridges = {}  # socket -> bytes of a line that is not complete yet; the newest socket is last
         self._listener = None
         self.start()
 
@@ -28,7 +28,7 @@ class FakeApplication:
         self._listener.listen()
 
     def stop(self):
-        """As when the application ends."""
+        """Stops listening and closes all connections, as if the application ended."""
         self._listener.close()
         self.path.unlink()
         for bridge in self._bridges:
@@ -39,14 +39,14 @@ class FakeApplication:
         self._newest().sendall(json.dumps(message).encode() + b'\n')
 
     def ask(self, answer, **question):
-        """Sends the question, and returns the next message of that type."""
+        """Sends `question` and returns the next message of the type `answer`."""
         self.listen(0)
         start = len(self.messages)
         self.send(**question)
         return self.wait_for(answer, start=start)
 
     def wait_for(self, kind, start=0, deadline=DEADLINE, **members):
-        """The first message from `start` on that has this type and these members."""
+        """Waits for a message with this type and these members; returns the first one at or after index `start`."""
         end = time.monotonic() + deadline
         while True:
             for message in self.messages[start:]:
@@ -57,7 +57,7 @@ class FakeApplication:
             self.listen(0.1)
 
     def listen(self, seconds):
-        """Takes in what has arrived, or arrives first within that time."""
+        """Reads what has arrived. If nothing has, waits up to `seconds` for the first message."""
         while ready := select.select([self._listener, *self._bridges], [], [], seconds)[0]:
             seconds = 0
             for one in ready:
@@ -67,7 +67,7 @@ class FakeApplication:
                     self._read(one)
 
     def bridge_pid(self):
-        """The newest bridge's process."""
+        """The process id of the newest bridge."""
         credentials = self._newest().getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, 12)
         return struct.unpack('3i', credentials)[0]
 

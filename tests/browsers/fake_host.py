@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The bridge, as simple as can be: a native-messaging host that relays between the browser and the test."""
+"""Stands in for the bridge: a minimal native messaging host, which relays between the browser and the test."""
 
 import json
 import os

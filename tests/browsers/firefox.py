@@ -1,4 +1,4 @@
-"""Firefox ESR, driven through Marionette (length:JSON over TCP)."""
+"""Firefox ESR, controlled through Marionette (length:JSON over TCP)."""
 
 import json
 import shutil
@@ -12,24 +12,32 @@ ADDON_ID = 'tollvane@quarnel.com'
 
 class Firefox(Browser):
     name = 'firefox-esr'
+    program = '/usr/lib/firefox-esr/firefox-esr'
+    unpacked_program = 'programs/ff/firefox'
+    unpacked_profile_directory = 'unpacked-profile'
     profile_directory = 'firefox-profile'
     host_directory = '.mozilla/native-messaging-hosts'
     host_permission = {'allowed_extensions': [ADDON_ID]}
 
-    def __init__(self, session, extension):
-        super().__init__(session, extension)
+    def __init__(self, session, extension, profile_directory=None):
+        super().__init__(session, extension, profile_directory)
         self._wire = None
 
-    def start(self):
-        self._write_profile()
+    def unpacked(self):
+        browser = super().unpacked()
+        browser.command += ['--class', 'Unpacked', '--name', 'Unpacked']  # or its windows would be the installed one's
+        return browser
+
+    def start(self, restore=False):
+        self._write_profile(restore)
         port = _free_port()
         with open(self.profile / 'user.js', 'a') as preferences:
             preferences.write(f'user_pref("marionette.port", {port});\n')
         self.process = self.session.start(
-            'firefox', ['firefox-esr', '--profile', str(self.profile), '--no-remote', '--marionette',
-                        '-remote-allow-system-access'])
+            'firefox', [*self.command, '--profile', str(self.profile), '--no-remote', '--marionette',
+                        '-remote-allow-system-access'], env=self.environment())
         if self._wire:
-            self._wire.close()  # of the run before
+            self._wire.close()  # the connection to the run before
         self._wire = _Wire(port)
         self._command('WebDriver:NewSession')
 
@@ -65,10 +73,10 @@ class Firefox(Browser):
         self._command('WebDriver:ElementClick', id=next(iter(element.values())))
 
     def agree(self):
-        pass  # it does not ask: extensions.webextOptionalPermissionPrompts
+        pass  # with extensions.webextOptionalPermissionPrompts off, Firefox does not ask
 
     def is_in_front(self, tab):
-        # document.hasFocus() is false while the address bar has the keyboard, as it has in a tab that was never shown.
+        # document.hasFocus() is false while the address bar has the keyboard, as in a tab that was never shown before.
         visible = self.run(tab, "document.visibilityState === 'visible'")
         return visible and self._run_in_browser('Services.focus.activeWindow === window')
 
@@ -80,14 +88,14 @@ class Firefox(Browser):
         return self._open(address, 'window', private=True)
 
     def _open(self, address, kind, **how):
-        self._switch(self.tabs()[0])  # the tab that it was in may be gone
+        self._switch(self.tabs()[0])  # the current tab may be closed
         tab = self._command('WebDriver:NewWindow', type=kind, focus=False, **how)['handle']
         self._switch(tab)
         self._command('WebDriver:Navigate', url=address)
         return tab
 
     def _run_in_browser(self, expression):
-        """With the browser's own rights, in the window of the tab that was switched to last."""
+        """Runs an expression with the browser's own rights, in the window of the current tab."""
         self._command('Marionette:SetContext', value='chrome')
         try:
             return self._command('WebDriver:ExecuteScript', script=f'return {expression}', args=[])['value']
@@ -100,9 +108,9 @@ class Firefox(Browser):
     def _command(self, name, **parameters):
         return self._wire.command(name, parameters)
 
-    def _write_profile(self):
+    def _write_profile(self, restore):
         (self.profile / 'extensions').mkdir(parents=True, exist_ok=True)
-        # With its date, or it would count as a new one at each start.
+        # copy2 keeps the date: with another date it would count as a new extension at each start.
         shutil.copy2(self.extension / 'firefox/tollvane.xpi', self.profile / 'extensions' / f'{ADDON_ID}.xpi')
         preferences = {
             'xpinstall.signatures.required': False,
@@ -110,7 +118,7 @@ class Firefox(Browser):
             'extensions.webextOptionalPermissionPrompts': False,
             'media.autoplay.default': 0,
             'media.autoplay.blocking_policy': 0,
-            'remote.prefs.recommended': False,  # they would fake the focus
+            'remote.prefs.recommended': False,  # recommended preferences would fake the focus
             'browser.shell.checkDefaultBrowser': False,
             'browser.aboutwelcome.enabled': False,
             'datareporting.policy.dataSubmissionEnabled': False,
@@ -119,13 +127,14 @@ class Firefox(Browser):
             'browser.tabs.warnOnClose': False,
             'browser.sessionstore.resume_from_crash': False,
             'toolkit.startup.max_resumed_crashes': -1,
+            'browser.startup.page': 3 if restore else 1,
         }
         lines = [f'user_pref({json.dumps(name)}, {json.dumps(value)});\n' for name, value in preferences.items()]
         (self.profile / 'user.js').write_text(''.join(lines))
 
 
 class _Wire:
-    """One command at a time, on a connection of its own."""
+    """A connection to Marionette, for one command at a time."""
 
     def __init__(self, port):
         self._socket = wait_until(lambda: _connected(port), 'Marionette')

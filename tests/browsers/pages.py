@@ -1,4 +1,5 @@
-"""A local web server with one page, which plays when it is told to: playSound(), stopSound(). ?title=... names it."""
+"""A local web server with one page. Its playSound() and stopSound() make a sound; ?title=... sets its title, and with
+&play it plays at once."""
 
 import http.server
 import threading
@@ -14,6 +15,7 @@ function playSound() {
   tone.start();
 }
 function stopSound() { context.close(); }
+if (new URLSearchParams(location.search).has('play')) playSound();
 </script></body></html>'''
 
 

@@ -1,4 +1,4 @@
-"""The application itself, in a private session: its bundle copied there, its bell in the session's panel.
+"""The application in a private session: a copy of its bundle runs there, with its bell in the session's panel.
 
     tollvane = Tollvane(session, bundle)
     tollvane.start()
@@ -33,10 +33,10 @@ class Tollvane:
         self._accessibility = Accessibility(session)
         settings = session.config / 'Tollvane/defaults.json'
         settings.parent.mkdir()
-        settings.write_text(json.dumps({'hasLaunchedBefore': True}))  # no welcome
+        settings.write_text(json.dumps({'hasLaunchedBefore': True}))  # so that no welcome appears
 
     def start(self):
-        """Returns when the panel shows the bell and sounds are listened to."""
+        """Starts the application. Returns when the panel shows the bell and the log tool listens."""
         self.process = self.session.start('tollvane', [str(self.bundle / 'Tollvane')],
                                           env={**self.session.environment, **ACCESSIBLE})
         wait_until(self._is_in_panel, "the bell's coming to the panel")
@@ -47,18 +47,18 @@ class Tollvane:
         self.process.wait()
 
     def stop(self):
-        """As a person does, with the menu."""
+        """Quits the application with its menu."""
         self.choose('Quit Tollvane')
         self.process.wait(DEADLINE)
 
     # --- the menu ---
 
     def menu(self):
-        """The labels of the menu, with those below "Older sounds" at their place."""
+        """The labels of the menu. Those of the submenu "Older sounds" follow it."""
         return [label for _, label in self._items()]
 
     def entries(self, text):
-        """The labels in which this text is."""
+        """The labels that contain `text`."""
         return [label for label in self.menu() if text in label]
 
     def await_entry(self, text):
@@ -69,7 +69,7 @@ class Tollvane:
         self._ask_menu('Event', 'isvu', number, 'clicked', 's', '', 0)
 
     def history(self):
-        """Its lines, each as the list of its fields."""
+        """The lines of the history, each as a list of its fields."""
         lines = self.history_file.read_text().splitlines() if self.history_file.exists() else []
         return [line.split('\t') for line in lines]
 
@@ -93,13 +93,13 @@ class Tollvane:
                           pause=0.1)
 
     def turn_switch(self, title):
-        """Clicks that switch in the settings window, which opens for it."""
+        """Opens the settings window and clicks the switch `title`."""
         self.open_settings().find(title).act()
 
     # --- the link to browsers ---
 
     def bridges(self):
-        """The processes that browsers have started."""
+        """The ids of the bridges' processes, which browsers have started."""
         return self.session.processes(self._bridge)
 
     def is_linked(self):

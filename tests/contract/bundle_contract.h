@@ -1,4 +1,4 @@
-// What every implementation of Bundle has to keep. `System` makes one with this in it:
+// What every implementation of Bundle must do. `System` makes a bundle with this in it:
 //
 //   the information record: "Version" is the text "1.2", "Number" the number 7, "List" the texts "a" and "b" with a
 //   number between them; a program "Helper"; a file "Data" and a folder "Folder", which are not programs
@@ -27,7 +27,7 @@ TYPED_TEST_P(BundleContract, TextsOfTheInformationRecordAreRead) {
   EXPECT_EQ(this->system.bundle().infoString("Missing"), std::nullopt);
 }
 
-TYPED_TEST_P(BundleContract, OfAListTheTextsAreRead) {
+TYPED_TEST_P(BundleContract, TheTextsOfAListAreRead) {
   EXPECT_THAT(this->system.bundle().infoStrings("List"), ::testing::ElementsAre("a", "b"));
   EXPECT_THAT(this->system.bundle().infoStrings("Version"), ::testing::IsEmpty());
   EXPECT_THAT(this->system.bundle().infoStrings("Missing"), ::testing::IsEmpty());
@@ -52,7 +52,7 @@ TYPED_TEST_P(BundleContract, TheLogToolHasAnAbsolutePath) {
   EXPECT_TRUE(this->system.bundle().logTool().is_absolute());
 }
 
-REGISTER_TYPED_TEST_SUITE_P(BundleContract, TextsOfTheInformationRecordAreRead, OfAListTheTextsAreRead,
+REGISTER_TYPED_TEST_SUITE_P(BundleContract, TextsOfTheInformationRecordAreRead, TheTextsOfAListAreRead,
                             ProgramsAndOtherFilesAreToldApart, TheLogToolHasAnAbsolutePath);
 
 }  // namespace tollvane::test

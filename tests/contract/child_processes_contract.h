@@ -1,12 +1,12 @@
-// What every implementation of ChildProcesses has to keep. `System` makes one, and programs for it:
+// What every implementation of ChildProcesses must do. `System` makes one, and programs for it:
 //
 //   struct System {
-//     // Starts a program that prints `text` and then ends, or stays until it is ended. The handlers are the test's.
+//     // Starts a program that prints `text` and then ends, or, if `stays`, runs until it is asked to end.
 //     std::unique_ptr<ChildProcess> start(const std::string& text, bool stays, ChildProcesses::Launch handlers);
-//     std::unique_ptr<ChildProcess> startMissing(ChildProcesses::Launch handlers);   // a program that is not there
-//     bool runUntil(const std::function<bool()>& condition);   // the event loop; false if it never came true
-//     void run();                                              // the same for a moment
-//     bool isRunning();                                        // the program that was started last
+//     std::unique_ptr<ChildProcess> startMissing(ChildProcesses::Launch handlers);   // a program that does not exist
+//     bool runUntil(const std::function<bool()>& condition);   // runs the event loop; false if it never came true
+//     void run();                                              // runs the event loop for a moment
+//     bool isRunning();                                        // whether the program that was started last runs
 //   };
 #pragma once
 
@@ -43,7 +43,7 @@ class ChildProcessesContract : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(ChildProcessesContract);
 
-TYPED_TEST_P(ChildProcessesContract, AllOutputArrivesBeforeTheEndIsTold) {
+TYPED_TEST_P(ChildProcessesContract, AllOutputArrivesBeforeTheEndIsReported) {
   const auto process = this->system.start("one\ntwo", false, this->handlers());
   ASSERT_NE(process, nullptr);
   EXPECT_TRUE(this->system.runUntil([&] { return this->terminations > 0; }));
@@ -52,7 +52,7 @@ TYPED_TEST_P(ChildProcessesContract, AllOutputArrivesBeforeTheEndIsTold) {
   EXPECT_EQ(this->terminations, 1);
 }
 
-TYPED_TEST_P(ChildProcessesContract, AProgramThatIsNotThereIsNotStartedAndNeverEnds) {
+TYPED_TEST_P(ChildProcessesContract, AMissingProgramIsNotStartedAndItsEndIsNotReported) {
   EXPECT_EQ(this->system.startMissing(this->handlers()), nullptr);
   this->system.run();
   EXPECT_EQ(this->terminations, 0);
@@ -65,10 +65,10 @@ TYPED_TEST_P(ChildProcessesContract, AProgramThatIsAskedToEndEnds) {
   EXPECT_EQ(this->terminations, 0);
   process->terminate();
   EXPECT_TRUE(this->system.runUntil([&] { return this->terminations == 1; }));
-  process->terminate();  // does nothing by now
+  process->terminate();  // does nothing: the program has ended
 }
 
-TYPED_TEST_P(ChildProcessesContract, WithoutItsHandlerTheEndIsNotTold) {
+TYPED_TEST_P(ChildProcessesContract, WithoutItsHandlerTheEndIsNotReported) {
   const auto process = this->system.start("ready", true, this->handlers());
   ASSERT_NE(process, nullptr);
   ASSERT_TRUE(this->system.runUntil([&] { return this->output == "ready"; }));
@@ -79,7 +79,7 @@ TYPED_TEST_P(ChildProcessesContract, WithoutItsHandlerTheEndIsNotTold) {
   EXPECT_EQ(this->terminations, 0);
 }
 
-TYPED_TEST_P(ChildProcessesContract, TheProgramEndsWithItsHandleAndWithoutAWord) {
+TYPED_TEST_P(ChildProcessesContract, TheProgramEndsWithItsHandleAndThisIsNotReported) {
   auto process = this->system.start("ready", true, this->handlers());
   ASSERT_NE(process, nullptr);
   ASSERT_TRUE(this->system.runUntil([&] { return this->output == "ready"; }));
@@ -89,8 +89,8 @@ TYPED_TEST_P(ChildProcessesContract, TheProgramEndsWithItsHandleAndWithoutAWord)
   EXPECT_EQ(this->terminations, 0);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ChildProcessesContract, AllOutputArrivesBeforeTheEndIsTold,
-                            AProgramThatIsNotThereIsNotStartedAndNeverEnds, AProgramThatIsAskedToEndEnds,
-                            WithoutItsHandlerTheEndIsNotTold, TheProgramEndsWithItsHandleAndWithoutAWord);
+REGISTER_TYPED_TEST_SUITE_P(ChildProcessesContract, AllOutputArrivesBeforeTheEndIsReported,
+                            AMissingProgramIsNotStartedAndItsEndIsNotReported, AProgramThatIsAskedToEndEnds,
+                            WithoutItsHandlerTheEndIsNotReported, TheProgramEndsWithItsHandleAndThisIsNotReported);
 
 }  // namespace tollvane::test

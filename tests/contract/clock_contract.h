@@ -1,5 +1,5 @@
-// What every implementation of Clock and DateFormatter has to keep. `System` makes them, for a user who writes English
-// and whose clock shows UTC:
+// What every implementation of Clock and DateFormatter must do. `System` makes them for a user whose language is
+// English and whose time zone is UTC:
 //
 //   struct System {
 //     const Clock& clock;
@@ -23,14 +23,14 @@ class ClockContract : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(ClockContract);
 
-TYPED_TEST_P(ClockContract, NeitherClockGoesBackBetweenTwoLooks) {
+TYPED_TEST_P(ClockContract, NeitherClockGoesBackBetweenTwoReadings) {
   const TimePoint now = this->system.clock.now();
   const Instant steady = this->system.clock.steadyNow();
   EXPECT_GE(this->system.clock.now(), now);
   EXPECT_GE(this->system.clock.steadyNow(), steady);
 }
 
-TYPED_TEST_P(ClockContract, TheWallClockIsInOurTimes) {
+TYPED_TEST_P(ClockContract, TheWallClockShowsAPlausibleYear) {
   using namespace std::chrono;
   EXPECT_GE(this->system.clock.now(), sys_days(year(2025) / January / 1));
   EXPECT_LT(this->system.clock.now(), sys_days(year(2200) / January / 1));
@@ -45,7 +45,7 @@ TYPED_TEST_P(ClockContract, TimesAreWrittenInThePatternsOfTheMenuAndOfTheHistory
   EXPECT_EQ(this->system.dates.string("yyyy-MM-dd HH:mm:ss", afternoon + 10h), "2025-02-01 00:05:09");
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ClockContract, NeitherClockGoesBackBetweenTwoLooks, TheWallClockIsInOurTimes,
+REGISTER_TYPED_TEST_SUITE_P(ClockContract, NeitherClockGoesBackBetweenTwoReadings, TheWallClockShowsAPlausibleYear,
                             TimesAreWrittenInThePatternsOfTheMenuAndOfTheHistory);
 
 }  // namespace tollvane::test

@@ -1,8 +1,8 @@
-// What every implementation of Defaults has to keep. `System` makes one, of a user who has set nothing yet:
+// What every implementation of Defaults must do. `System` makes one for a user without any settings yet:
 //
 //   struct System {
 //     Defaults& defaults();
-//     void startAgain();   // as a new process would find the store; defaults() is another object then
+//     void startAgain();   // reads the store as a new process does; defaults() is another object then
 //   };
 #pragma once
 
@@ -35,7 +35,7 @@ TYPED_TEST_P(DefaultsContract, AKeyThatWasNeverSetIsAbsent) {
   EXPECT_FALSE(this->system.defaults().object("never"));
 }
 
-TYPED_TEST_P(DefaultsContract, WhatWasSetIsReadInItsType) {
+TYPED_TEST_P(DefaultsContract, AValueIsReadInTheTypeInWhichItWasSet) {
   this->system.defaults().set("yes", true);
   this->system.defaults().set("no", false);
   this->system.defaults().set("number", 1738332309.25);
@@ -44,7 +44,7 @@ TYPED_TEST_P(DefaultsContract, WhatWasSetIsReadInItsType) {
   EXPECT_EQ(this->template stored<double>("number"), 1738332309.25);
 }
 
-TYPED_TEST_P(DefaultsContract, TheLastValueCountsAlsoOfAnotherType) {
+TYPED_TEST_P(DefaultsContract, TheLastValueCountsEvenIfItsTypeIsAnother) {
   this->system.defaults().set("key", true);
   this->system.defaults().set("key", false);
   EXPECT_EQ(this->template stored<bool>("key"), false);
@@ -52,7 +52,7 @@ TYPED_TEST_P(DefaultsContract, TheLastValueCountsAlsoOfAnotherType) {
   EXPECT_EQ(this->template stored<double>("key"), 2.5);
 }
 
-TYPED_TEST_P(DefaultsContract, WhatWasSetOutlivesTheProcess) {
+TYPED_TEST_P(DefaultsContract, AValueOutlivesTheProcess) {
   this->system.defaults().set("yes", true);
   this->system.defaults().set("number", 0.1);
   this->system.startAgain();
@@ -61,7 +61,7 @@ TYPED_TEST_P(DefaultsContract, WhatWasSetOutlivesTheProcess) {
   EXPECT_FALSE(this->system.defaults().object("never"));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(DefaultsContract, AKeyThatWasNeverSetIsAbsent, WhatWasSetIsReadInItsType,
-                            TheLastValueCountsAlsoOfAnotherType, WhatWasSetOutlivesTheProcess);
+REGISTER_TYPED_TEST_SUITE_P(DefaultsContract, AKeyThatWasNeverSetIsAbsent, AValueIsReadInTheTypeInWhichItWasSet,
+                            TheLastValueCountsEvenIfItsTypeIsAnother, AValueOutlivesTheProcess);
 
 }  // namespace tollvane::test

@@ -1,8 +1,8 @@
-// What every implementation of Files has to keep. `System` makes one:
+// What every implementation of Files must do. `System` makes one:
 //
 //   struct System {
 //     Files& files;
-//     std::filesystem::path folder;   // exists, is empty, and is the test's own
+//     std::filesystem::path folder;   // an empty folder for the test alone
 //   };
 #pragma once
 
@@ -27,7 +27,7 @@ class FilesContract : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(FilesContract);
 
-TYPED_TEST_P(FilesContract, AFileIsThereOnceItIsWritten) {
+TYPED_TEST_P(FilesContract, AFileExistsOnceItIsWritten) {
   EXPECT_FALSE(this->files.exists(this->at("file")));
   EXPECT_TRUE(this->files.write(this->at("file"), "text"));
   EXPECT_TRUE(this->files.exists(this->at("file")));
@@ -35,7 +35,7 @@ TYPED_TEST_P(FilesContract, AFileIsThereOnceItIsWritten) {
   EXPECT_TRUE(this->files.exists(this->system.folder));
 }
 
-TYPED_TEST_P(FilesContract, AnotherContentReplacesTheOld) {
+TYPED_TEST_P(FilesContract, NewContentReplacesTheOld) {
   ASSERT_TRUE(this->files.write(this->at("file"), "a long text"));
   EXPECT_TRUE(this->files.write(this->at("file"), "short"));
   EXPECT_EQ(this->contentOf("file"), "short");
@@ -49,7 +49,7 @@ TYPED_TEST_P(FilesContract, NothingIsWrittenIntoAMissingDirectory) {
   EXPECT_FALSE(this->files.exists(this->at("missing")));
 }
 
-TYPED_TEST_P(FilesContract, DirectoriesAreMadeWithWhatIsMissingAboveThem) {
+TYPED_TEST_P(FilesContract, MissingParentDirectoriesAreMade) {
   EXPECT_TRUE(this->files.createDirectories(this->at("a/b/c")));
   EXPECT_TRUE(this->files.exists(this->at("a/b/c")));
   EXPECT_TRUE(this->files.createDirectories(this->at("a/b/c"))) << "it is there already";
@@ -58,7 +58,7 @@ TYPED_TEST_P(FilesContract, DirectoriesAreMadeWithWhatIsMissingAboveThem) {
   EXPECT_FALSE(this->files.createDirectories(this->at("file/below")));
 }
 
-TYPED_TEST_P(FilesContract, BytesAreAddedAtTheEndOfAnExistingFileOnly) {
+TYPED_TEST_P(FilesContract, BytesAreAppendedToExistingFilesOnly) {
   EXPECT_EQ(this->files.append(this->at("file"), "one\n"), Files::Append::notOpened);
   EXPECT_FALSE(this->files.exists(this->at("file")));
   ASSERT_TRUE(this->files.write(this->at("file"), "one\n"));
@@ -75,7 +75,7 @@ TYPED_TEST_P(FilesContract, AFileIsReadWholeOrNotAtAll) {
   EXPECT_EQ(this->files.read(this->system.folder, 100), std::nullopt) << "a directory has no content";
 }
 
-TYPED_TEST_P(FilesContract, ADirectoryTellsTheNamesOfWhatIsInIt) {
+TYPED_TEST_P(FilesContract, TheNamesInADirectoryAreListed) {
   ASSERT_TRUE(this->files.write(this->at("one"), ""));
   ASSERT_TRUE(this->files.createDirectories(this->at("two/three")));
   const auto names = this->files.list(this->system.folder);
@@ -122,10 +122,10 @@ TYPED_TEST_P(FilesContract, ARemovedFileIsGone) {
   EXPECT_FALSE(this->files.remove(this->at("file")));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(FilesContract, AFileIsThereOnceItIsWritten, AnotherContentReplacesTheOld,
-                            NothingIsWrittenIntoAMissingDirectory, DirectoriesAreMadeWithWhatIsMissingAboveThem,
-                            BytesAreAddedAtTheEndOfAnExistingFileOnly, AFileIsReadWholeOrNotAtAll,
-                            ADirectoryTellsTheNamesOfWhatIsInIt, ContentsAreComparedByteByByte, ACopyNeverReplacesAFile,
+REGISTER_TYPED_TEST_SUITE_P(FilesContract, AFileExistsOnceItIsWritten, NewContentReplacesTheOld,
+                            NothingIsWrittenIntoAMissingDirectory, MissingParentDirectoriesAreMade,
+                            BytesAreAppendedToExistingFilesOnly, AFileIsReadWholeOrNotAtAll,
+                            TheNamesInADirectoryAreListed, ContentsAreComparedByteByByte, ACopyNeverReplacesAFile,
                             ARenamedFileTakesThePlaceOfAnother, ARemovedFileIsGone);
 
 }  // namespace tollvane::test

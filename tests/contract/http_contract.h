@@ -1,11 +1,11 @@
-// What every implementation of Http has to keep. `System` makes one, and a web site for it:
+// What every implementation of Http must do. `System` makes one, and a web site for it:
 //
 //   struct System {
 //     Http& http;
-//     // The address of a page of the site, which answers with this, or never if there is no answer.
+//     // The address of a page of the site. The page answers with `answer`; if that is absent, it never answers.
 //     std::string page(std::optional<HttpResponse> answer);
-//     bool runUntil(const std::function<bool()>& condition);   // the event loop; false if it never came true
-//     void run();                                              // the same for a moment
+//     bool runUntil(const std::function<bool()>& condition);   // runs the event loop; false if it never came true
+//     void run();                                              // runs the event loop for a moment
 //   };
 #pragma once
 
@@ -63,13 +63,13 @@ TYPED_TEST_P(HttpContract, ASiteThatKeepsSilentGivesNoAnswerWhenTheTimeIsOver) {
   EXPECT_FALSE(this->last);
 }
 
-TYPED_TEST_P(HttpContract, AnAnswerThatIsTooLongCountsAsNone) {
+TYPED_TEST_P(HttpContract, AnAnswerThatIsTooLongCountsAsNoAnswer) {
   this->get(this->system.page(HttpResponse{200, std::string(Http::maxBody + 1, 'x')}));
   ASSERT_TRUE(this->isAnswered());
   EXPECT_FALSE(this->last);
 }
 
-TYPED_TEST_P(HttpContract, OtherSchemesAreNotAskedAndNeitherIsPlainHttpToOthers) {
+TYPED_TEST_P(HttpContract, OnlyHttpsAndPlainHttpToThisComputerAreAllowed) {
   for (const char* url : {"", "nonsense", "file:///etc/hostname", "ftp://127.0.0.1/", "http://tollvane.invalid/"}) {
     this->answers = 0;
     this->get(url);
@@ -80,7 +80,7 @@ TYPED_TEST_P(HttpContract, OtherSchemesAreNotAskedAndNeitherIsPlainHttpToOthers)
 }
 
 REGISTER_TYPED_TEST_SUITE_P(HttpContract, AnAnswerComesOnceAndLater, ARefusalIsAnAnswerToo,
-                            ASiteThatKeepsSilentGivesNoAnswerWhenTheTimeIsOver, AnAnswerThatIsTooLongCountsAsNone,
-                            OtherSchemesAreNotAskedAndNeitherIsPlainHttpToOthers);
+                            ASiteThatKeepsSilentGivesNoAnswerWhenTheTimeIsOver, AnAnswerThatIsTooLongCountsAsNoAnswer,
+                            OnlyHttpsAndPlainHttpToThisComputerAreAllowed);
 
 }  // namespace tollvane::test

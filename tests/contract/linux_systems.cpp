@@ -1,4 +1,4 @@
-// The implementations of Linux keep the contracts of the roles.
+// Tests that the implementations for Linux keep the contracts of the roles.
 #include <signal.h>
 #include <unistd.h>
 
@@ -55,7 +55,7 @@ class LinuxDefaults {
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, DefaultsContract, LinuxDefaults);
 
-// Qt's event loop, which none of these waits in for ever.
+// Qt's event loop. No method waits for ever.
 class EventLoop {
  public:
   void run(Duration time = 20ms) {
@@ -80,6 +80,7 @@ class EventLoop {
 class LinuxMainQueue : public EventLoop {
  public:
   void addFile(const std::string& name) const { directory_.write(name, "x"); }
+  void removeFolder() const { std::filesystem::remove_all(folder); }
 
  private:
   TemporaryDirectory directory_;
@@ -97,7 +98,7 @@ struct LinuxClock {
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, ClockContract, LinuxClock);
 
-// Shells that write their number into a file before they do anything else.
+// Starts shells. Each writes its process id into a file before it does anything else.
 class LinuxChildren : public EventLoop {
  public:
   std::unique_ptr<ChildProcess> start(const std::string& text, bool stays, ChildProcesses::Launch handlers) {
@@ -125,7 +126,7 @@ struct LinuxProcesses {
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, ProcessTableContract, LinuxProcesses);
 
-// A site on this computer.
+// A web site on this computer.
 class LinuxWeb : public EventLoop {
  public:
   LinuxWeb() {

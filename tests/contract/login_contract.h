@@ -1,9 +1,9 @@
-// What every implementation of LoginService has to keep. `System` makes one, of a program that is not registered:
+// What every implementation of LoginService must do. `System` makes one for a program that is not registered:
 //
 //   struct System {
 //     LoginService& login;
 //     void refuse();    // from now on the system allows no change
-//     void turnOff();   // what the user may do in the system's own settings, once the program is registered
+//     void turnOff();   // turns a registered program off, as the user can in the system's own settings
 //   };
 #pragma once
 
@@ -30,14 +30,14 @@ TYPED_TEST_P(LoginContract, AProgramIsEnabledOnceItIsRegisteredUntilItNoLongerIs
   EXPECT_EQ(this->login.status(), LoginStatus::notRegistered);
 }
 
-TYPED_TEST_P(LoginContract, TheSameWishTwiceIsNoFailure) {
+TYPED_TEST_P(LoginContract, TheSameChangeTwiceIsNoFailure) {
   EXPECT_EQ(this->login.unregisterApplication(), std::nullopt);
   EXPECT_EQ(this->login.registerApplication(), std::nullopt);
   EXPECT_EQ(this->login.registerApplication(), std::nullopt);
   EXPECT_EQ(this->login.status(), LoginStatus::enabled);
 }
 
-TYPED_TEST_P(LoginContract, WhatTheUserTurnedOffInTheSystemNeedsTheUsersApproval) {
+TYPED_TEST_P(LoginContract, AProgramThatTheUserTurnedOffNeedsTheUsersApproval) {
   ASSERT_EQ(this->login.registerApplication(), std::nullopt);
   this->system.turnOff();
   EXPECT_EQ(this->login.status(), LoginStatus::requiresApproval);
@@ -54,7 +54,7 @@ TYPED_TEST_P(LoginContract, ARefusalHasAReasonAndChangesNothing) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(LoginContract, AProgramIsEnabledOnceItIsRegisteredUntilItNoLongerIs,
-                            TheSameWishTwiceIsNoFailure, WhatTheUserTurnedOffInTheSystemNeedsTheUsersApproval,
+                            TheSameChangeTwiceIsNoFailure, AProgramThatTheUserTurnedOffNeedsTheUsersApproval,
                             ARefusalHasAReasonAndChangesNothing);
 
 }  // namespace tollvane::test

@@ -1,14 +1,16 @@
-// What every implementation of MainQueue has to keep. `System` makes one, and lets it run:
+// What every implementation of MainQueue must do. `System` makes one, and runs it:
 //
 //   struct System {
 //     MainQueue& queue;
-//     void run(Duration time);                                     // the event loop, for that long
-//     bool runUntil(const std::function<bool()>& condition);       // false if it never came true
-//     std::filesystem::path folder;                                // one that can be watched
-//     void addFile(const std::string& name);                       // in that folder
+//     void run(Duration time);                                     // runs the event loop for that long
+//     bool runUntil(const std::function<bool()>& condition);       // the same, until then; false if it never came true
+//     std::filesystem::path folder;                                // a folder that can be watched
+//     void addFile(const std::string& name);                       // adds a file to that folder
+//     void removeFolder();                                         // removes that folder
 //   };
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -50,7 +52,7 @@ class MainQueueContract : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(MainQueueContract);
 
-TYPED_TEST_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterThosePostedBefore) {
+TYPED_TEST_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterEarlierBlocks) {
   this->queue.post([&] {
     this->queue.post([&] { this->order += '3'; });
     this->order += '1';
@@ -77,7 +79,7 @@ TYPED_TEST_P(MainQueueContract, BlocksThatFallDueTogetherRunInTheirOrder) {
   EXPECT_EQ(this->order, "123");
 }
 
-TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhileThereIsSomethingToRead) {
+TYPED_TEST_P(MainQueueContract, ADescriptorIsReportedWhileThereIsSomethingToRead) {
   const auto watch = this->queue.watchReadable(this->reading.get(), [&] { this->order += this->read(); });
   this->system.run(Duration::zero());
   EXPECT_EQ(this->order, "");
@@ -87,7 +89,7 @@ TYPED_TEST_P(MainQueueContract, ADescriptorIsToldOfWhileThereIsSomethingToRead) 
   EXPECT_TRUE(this->system.runUntil([&] { return this->order == "ab"; }));
 }
 
-TYPED_TEST_P(MainQueueContract, ADescriptorThatHasComeToItsEndIsToldOfToo) {
+TYPED_TEST_P(MainQueueContract, ADescriptorAtItsEndIsReportedToo) {
   bool ended = false;
   std::unique_ptr<MainQueue::Watch> watch;
   watch = this->queue.watchReadable(this->reading.get(), [&] {
@@ -98,7 +100,26 @@ TYPED_TEST_P(MainQueueContract, ADescriptorThatHasComeToItsEndIsToldOfToo) {
   EXPECT_TRUE(this->system.runUntil([&] { return ended; }));
 }
 
-TYPED_TEST_P(MainQueueContract, AWatchThatIsGoneTellsNothing) {
+TYPED_TEST_P(MainQueueContract, ADescriptorWithRoomToWriteIsReported) {
+  ::fcntl(this->writing.get(), F_SETFL, O_NONBLOCK);
+  const std::string much(1 << 16, 'x');
+  std::size_t filled = 0;
+  for (ssize_t size = 0; (size = ::write(this->writing.get(), much.data(), much.size())) > 0;)
+    filled += static_cast<std::size_t>(size);
+  bool room = false;
+  std::unique_ptr<MainQueue::Watch> watch;
+  watch = this->queue.watchWritable(this->writing.get(), [&] {
+    room = true;
+    watch.reset();  // a block may end its own watch
+  });
+  this->system.run(std::chrono::milliseconds(20));
+  EXPECT_FALSE(room);
+  std::string sink(filled, ' ');
+  EXPECT_GT(::read(this->reading.get(), sink.data(), sink.size()), 0);
+  EXPECT_TRUE(this->system.runUntil([&] { return room; }));
+}
+
+TYPED_TEST_P(MainQueueContract, AWatchThatHasEndedReportsNothing) {
   auto watch = this->queue.watchReadable(this->reading.get(), [&] { this->order += '!'; });
   this->write("a");
   watch.reset();
@@ -106,7 +127,7 @@ TYPED_TEST_P(MainQueueContract, AWatchThatIsGoneTellsNothing) {
   EXPECT_EQ(this->order, "");
 }
 
-TYPED_TEST_P(MainQueueContract, ADirectoryTellsThatAnEntryHasAppeared) {
+TYPED_TEST_P(MainQueueContract, ANewEntryOfADirectoryIsReported) {
   int changes = 0;
   const auto watch = this->queue.watchDirectory(this->system.folder, [&] { ++changes; });
   ASSERT_NE(watch, nullptr);
@@ -116,14 +137,22 @@ TYPED_TEST_P(MainQueueContract, ADirectoryTellsThatAnEntryHasAppeared) {
   EXPECT_TRUE(this->system.runUntil([&] { return changes > 0; }));
 }
 
+TYPED_TEST_P(MainQueueContract, ADirectoryThatHasGoneIsReported) {
+  int changes = 0;
+  const auto watch = this->queue.watchDirectory(this->system.folder, [&] { ++changes; });
+  this->system.removeFolder();
+  EXPECT_TRUE(this->system.runUntil([&] { return changes > 0; }));
+}
+
 TYPED_TEST_P(MainQueueContract, ADirectoryThatIsMissingCannotBeWatched) {
   EXPECT_EQ(this->queue.watchDirectory(this->system.folder / "missing", [] {}), nullptr);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterThosePostedBefore,
+REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, ABlockRunsAfterTheCurrentWorkAndAfterEarlierBlocks,
                             ADelayedBlockRunsWhenItsTimeHasComeAndNotBefore, BlocksThatFallDueTogetherRunInTheirOrder,
-                            ADescriptorIsToldOfWhileThereIsSomethingToRead, ADescriptorThatHasComeToItsEndIsToldOfToo,
-                            AWatchThatIsGoneTellsNothing, ADirectoryTellsThatAnEntryHasAppeared,
+                            ADescriptorIsReportedWhileThereIsSomethingToRead, ADescriptorAtItsEndIsReportedToo,
+                            ADescriptorWithRoomToWriteIsReported, AWatchThatHasEndedReportsNothing,
+                            ANewEntryOfADirectoryIsReported, ADirectoryThatHasGoneIsReported,
                             ADirectoryThatIsMissingCannotBeWatched);
 
 }  // namespace tollvane::test

@@ -1,9 +1,9 @@
-// What every implementation of ProcessTable has to keep. `System` makes one, and two processes in it:
+// What every implementation of ProcessTable must do. `System` makes one with two processes in it:
 //
 //   struct System {
 //     const ProcessTable& processes;
-//     Pid parent, child;   // living processes
-//     Pid missing;         // the number of none
+//     Pid parent, child;   // running processes
+//     Pid missing;         // an id that no process has
 //   };
 #pragma once
 
@@ -25,7 +25,7 @@ TYPED_TEST_P(ProcessTableContract, TheParentOfAProcessIsKnown) {
   EXPECT_EQ(this->system.processes.parentPid(this->system.child), this->system.parent);
 }
 
-TYPED_TEST_P(ProcessTableContract, AProcessThatIsNotThereHasNoParent) {
+TYPED_TEST_P(ProcessTableContract, AMissingProcessHasNoParent) {
   EXPECT_EQ(this->system.processes.parentPid(this->system.missing), std::nullopt);
   EXPECT_EQ(this->system.processes.parentPid(-1), std::nullopt);
 }
@@ -34,7 +34,7 @@ TYPED_TEST_P(ProcessTableContract, TheResponsibleProcessIsAProcessOrNotKnown) {
   EXPECT_GE(this->system.processes.responsiblePid(this->system.child).value_or(1), 1);
 }
 
-TYPED_TEST_P(ProcessTableContract, TheWayUpEndsAtTheFirstProcess) {
+TYPED_TEST_P(ProcessTableContract, TheChainOfParentsEndsAtTheFirstProcess) {
   Pid pid = this->system.child;
   int steps = 0;
   for (; pid > 0 && steps < 1000; ++steps) {
@@ -46,7 +46,7 @@ TYPED_TEST_P(ProcessTableContract, TheWayUpEndsAtTheFirstProcess) {
   EXPECT_GE(pid, 0);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ProcessTableContract, TheParentOfAProcessIsKnown, AProcessThatIsNotThereHasNoParent,
-                            TheResponsibleProcessIsAProcessOrNotKnown, TheWayUpEndsAtTheFirstProcess);
+REGISTER_TYPED_TEST_SUITE_P(ProcessTableContract, TheParentOfAProcessIsKnown, AMissingProcessHasNoParent,
+                            TheResponsibleProcessIsAProcessOrNotKnown, TheChainOfParentsEndsAtTheFirstProcess);
 
 }  // namespace tollvane::test

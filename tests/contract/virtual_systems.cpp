@@ -1,4 +1,4 @@
-// The virtual platform keeps the contracts of the roles.
+// Tests that the virtual platform keeps the contracts of the roles.
 #include <memory>
 #include <utility>
 
@@ -54,6 +54,7 @@ class VirtualQueueSystem {
     return condition();
   }
   void addFile(const std::string&) { queue.directoryChanged(folder); }
+  void removeFolder() { queue.directoryChanged(folder); }
 
   VirtualClock clock;
   VirtualMainQueue queue{clock};

@@ -48,7 +48,7 @@ TEST_F(AlertsTest, WaitForEachOther) {
   probe->writeLine("alert First|one|A|B");
   probe->writeLine("alert Second|two|A");
   awaitAlert();
-  EXPECT_EQ(ask("ask"), "ok") << "the program goes on meanwhile";
+  EXPECT_EQ(ask("ask"), "ok") << "the program runs on meanwhile";
   press("Escape");
   EXPECT_EQ(nextLine(), "answered 1");
   awaitAlert();
@@ -56,7 +56,7 @@ TEST_F(AlertsTest, WaitForEachOther) {
   EXPECT_EQ(nextLine(), "answered 0");
 }
 
-TEST_F(AlertsTest, OfEndlessNamesStayOnTheScreen) {
+TEST_F(AlertsTest, WithEndlessNamesStayOnTheScreen) {
   startProbe();
   const std::string name(10000, 'x');
   probe->writeLine("alert " + name + " is closed|" + name + " made this sound but isn't open anymore.|Open " + name +

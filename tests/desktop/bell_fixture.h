@@ -1,4 +1,4 @@
-// What the tests of the bell share: the bell itself as a program, and looks at it over the bus.
+// What the tests of the bell share: the bell as a program, and its status item as seen over the bus.
 // One thread, which has a QCoreApplication.
 #pragma once
 
@@ -18,7 +18,7 @@
 
 namespace tollvane::test {
 
-// As waitUntil(), and lets objects that this test has on the bus answer in between.
+// Like waitUntil(), but the test's own objects on the bus answer calls meanwhile.
 inline bool waitUntilOnTheBus(const std::function<bool()>& condition) {
   return waitUntil(
       [&] {
@@ -28,11 +28,11 @@ inline bool waitUntilOnTheBus(const std::function<bool()>& condition) {
       desktopPatience);
 }
 
-// A connection to the desktop's bus under a name of its own; closed when it goes.
+// A connection to the desktop's bus for one object of the test alone. It is closed with the object.
 class TestBus {
  public:
   explicit TestBus(const PrivateDesktop& desktop)
-      : name_(QStringLiteral("test-%1").arg(++made_)),
+      : name_(QStringLiteral("test-%1").arg(nextNumber())),
         bus_(QDBusConnection::connectToBus(QString::fromStdString(desktop.busAddress()), name_)) {
     if (!bus_.isConnected()) throw std::runtime_error("no connection to the private bus");
   }
@@ -44,7 +44,11 @@ class TestBus {
   QDBusConnection* operator->() { return &bus_; }
 
  private:
-  static inline int made_ = 0;
+  static int nextNumber() {
+    static int last = 0;
+    return ++last;
+  }
+
   QString name_;
   QDBusConnection bus_;
 };
@@ -55,7 +59,7 @@ class Bell {
   explicit Bell(PrivateDesktop& desktop, const Variables& extra = {})
       : program_(desktop.start({TOLLVANE_PROBES "/bell_probe", TOLLVANE_BUNDLE "/icons"}, extra)) {}
 
-  // Returns when the bell has done it. Handles the test's own bus objects while it waits.
+  // Sends a command to the bell and waits until it is done. The test's own objects on the bus answer calls meanwhile.
   void tell(std::string_view line) {
     ++told_;
     program_->writeLine(line);
@@ -79,7 +83,7 @@ class Bell {
   int told_ = 0;
 };
 
-// The item of a bell, seen through the bus as a bar sees it.
+// The status item of a bell, seen over the bus, as a bar sees it.
 class ItemOnTheBus {
  public:
   ItemOnTheBus(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {

@@ -1,5 +1,5 @@
-// What the tests of the way to the source share: a private desktop with applications of the test's own, and the Linux
-// platform in it as a program.
+// What the tests of the way to the source share: a private desktop with made-up applications, and the Linux platform,
+// which runs in it as a program.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ namespace tollvane::test {
 class DesktopTest : public SharedSession<PrivateDesktop> {
  protected:
   explicit DesktopTest(PrivateDesktop::Options options = {.screen = true, .panel = false}) : SharedSession(options) {
-    // A window may get the number of one that has gone, which passes for the active one a little longer.
+    // A new window may get the number of a closed one, which still counts as the active window for a moment.
     if (options.screen) spoilSession();
     std::filesystem::create_directories(root() / ".local/share/applications");
     std::filesystem::create_directories(root() / ".config");
@@ -38,7 +38,7 @@ class DesktopTest : public SharedSession<PrivateDesktop> {
     return root() / path;
   }
 
-  // A program that is nothing but a script.
+  // Writes a shell script, which can be run as a program.
   std::filesystem::path script(const std::string& path, const std::string& text) const {
     const auto file = write(path, "#!/bin/sh\n" + text);
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
@@ -55,7 +55,7 @@ class DesktopTest : public SharedSession<PrivateDesktop> {
     ASSERT_EQ(probe->line(desktopPatience), "ready");
   }
 
-  // What the probe answers to one command.
+  // Sends one command to the probe and returns its answer.
   std::string ask(const std::string& command) {
     probe->writeLine(command);
     return probe->line(desktopPatience).value_or("(nothing)");

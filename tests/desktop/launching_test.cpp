@@ -1,4 +1,4 @@
-// Opening files, pages and applications: what the started program finds, and what is left behind.
+// Opening files, pages and applications: what the started program gets, and what it does not inherit.
 
 #include <gmock/gmock.h>
 
@@ -13,7 +13,7 @@ using testing::Not;
 class LaunchingTest : public DesktopTest {
  protected:
   LaunchingTest() : DesktopTest({.screen = false, .panel = false}) {
-    // Tells how it was started.
+    // A program that writes down how it was started.
     const auto recorder = script("recorder",
                                  "{ printf 'argument %s\\n' \"$@\"; env; echo parent $PPID\n"
                                  "ls /proc/self/fd | sed 's/^/descriptor /'\n"
@@ -75,7 +75,7 @@ TEST_F(LaunchingTest, AnEntryStartsItsApplication) {
   EXPECT_THAT(record(), Not(HasSubstr("argument http")));
 }
 
-TEST_F(LaunchingTest, WhatIsStartedInheritsNothingThatIsOursAlone) {
+TEST_F(LaunchingTest, AStartedProgramInheritsNothingThatIsMeantForTollvane) {
   startProbe({{"XDG_ACTIVATION_TOKEN", "stale"}, {"TOLLVANE_STARTED_AT_LOGIN", "1"}, {"KEPT", "yes"}});
   ask("open " + recorderEntry.string());
   const std::string started = record();
@@ -84,7 +84,7 @@ TEST_F(LaunchingTest, WhatIsStartedInheritsNothingThatIsOursAlone) {
   EXPECT_THAT(started, Not(HasSubstr("stale")));
   EXPECT_THAT(started, Not(HasSubstr("TOLLVANE_STARTED_AT_LOGIN")));
   EXPECT_THAT(started, Not(HasSubstr("parent " + std::to_string(probe->pid()) + "\n")));
-  // 3 is the directory that lists them.
+  // Descriptor 3 is the directory /proc/self/fd while it is listed.
   EXPECT_THAT(started, Not(HasSubstr("descriptor 4\n")));
 }
 

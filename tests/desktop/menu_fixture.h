@@ -1,4 +1,4 @@
-// What the tests of the menu share: the bell with its menu as a program. One thread, which has a QCoreApplication.
+// What the tests of the menu share: the bell and its menu, as a program. One thread, which has a QCoreApplication.
 #pragma once
 
 #include <QRect>
@@ -34,7 +34,7 @@ class MenuBell {
     return found;
   }
 
-  // Of the menu that opened last.
+  // The place of the menu that opened last.
   QRect place(std::string_view event = "\nopened ") {
     const std::string printed = '\n' + program_->printed();
     const std::size_t at = printed.rfind(event);

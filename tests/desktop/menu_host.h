@@ -1,4 +1,4 @@
-// A bar that draws the menu itself, as far as the bus is concerned.
+// Stands in for a bar that draws the menu itself: it asks for the menu over the bus, and draws nothing.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ class MenuHost : public QObject {
     return call("Event", {id, QString::fromLatin1(name), QVariant::fromValue(QDBusVariant(QString())), time});
   }
 
-  // The item whose label begins like this, at any level; 0 when there is none.
+  // The first item, at any level, whose label contains `label`; null if there is no such item.
   static const DBusMenuLayout* find(const DBusMenuLayout& layout, const QString& label) {
     if (layout.properties.value(QStringLiteral("label")).toString().contains(label)) return &layout;
     for (const DBusMenuLayout& child : layout.children) {

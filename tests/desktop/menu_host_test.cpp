@@ -1,4 +1,4 @@
-// The menu as a bar sees it that draws menus itself: over a real bus, with a host of the test's own.
+// The menu as seen by a bar that draws menus itself. The bus is real, and the test stands in for the bar.
 #include "tests/desktop/menu_host.h"
 
 #include <gmock/gmock.h>
@@ -24,11 +24,11 @@ class MenuHostTest : public SharedSession<PrivateDesktop> {
 
   MenuHost& start(const std::string& scenario) {
     bell_.emplace(desktop_, scenario);
-    bell_->tell("image bell");  // it is on the bus
+    bell_->tell("image bell");  // the bell's answer shows that it is on the bus
     return host_.emplace(*bus_, bell_->service());
   }
 
-  // Everything that the bell has sent before has arrived.
+  // Waits until everything that the bell has sent has arrived.
   void settle() {
     host_->call("GetProperty", {0, QStringLiteral("label")});
     QCoreApplication::processEvents();
@@ -81,7 +81,7 @@ TEST_F(MenuHostTest, OlderSoundsAreASubmenu) {
   ASSERT_NE(older, nullptr);
   EXPECT_EQ(older->properties.value("children-display"), QVariant("submenu"));
   EXPECT_EQ(older->children.size(), 45);
-  EXPECT_EQ(numbers(layout).size(), itemCount(layout)) << "two items have one number";
+  EXPECT_EQ(numbers(layout).size(), itemCount(layout)) << "two items have the same number";
   EXPECT_EQ(host.layout(0, 1).children.size(), layout.children.size());
   EXPECT_TRUE(MenuHost::find(host.layout(0, 1), "Older")->children.isEmpty());
   EXPECT_EQ(host.layout(older->id).children.size(), 45);
@@ -104,13 +104,13 @@ TEST_F(MenuHostTest, HostileTitlesAreOneLineOfPlainText) {
   }
 }
 
-TEST_F(MenuHostTest, OnlyAskedPropertiesAreAnswered) {
+TEST_F(MenuHostTest, OnlyTheRequestedPropertiesAreAnswered) {
   MenuHost& host = start("five");
   for (const DBusMenuLayout& item : host.layout(0, 1, {"enabled"}).children)
     EXPECT_THAT(item.properties.keys(), testing::AnyOf(QStringList(), QStringList("enabled")));
 }
 
-TEST_F(MenuHostTest, PropertiesOfManyItemsAreAnsweredAtOnce) {
+TEST_F(MenuHostTest, PropertiesOfManyItemsAreAnsweredInOneReply) {
   MenuHost& host = start("five");
   const int quit = MenuHost::find(host.layout(), "Quit")->id;
   const QDBusMessage reply =
@@ -120,14 +120,14 @@ TEST_F(MenuHostTest, PropertiesOfManyItemsAreAnsweredAtOnce) {
   EXPECT_EQ(answered.first().properties, QVariantMap({{"label", "Quit Tollvane"}}));
 }
 
-TEST_F(MenuHostTest, IsMadeAnewAtEachOpeningAndToldOnceIfItChanged) {
+TEST_F(MenuHostTest, IsMadeAnewAtEachOpeningAndAChangeIsAnnouncedOnce) {
   MenuHost& host = start("five");
   const DBusMenuLayout before = host.layout();
   EXPECT_FALSE(host.aboutToShow());
   settle();
   EXPECT_EQ(host.updates, 0);
   bell_->tell("add Mail");
-  EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; })) << "for bars that never say they open";
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; })) << "for bars that never call AboutToShow";
   EXPECT_FALSE(host.aboutToShow());
   settle();
   EXPECT_EQ(host.updates, 1);
@@ -149,7 +149,7 @@ TEST_F(MenuHostTest, DoesNotChangeWhileItIsOpen) {
   EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; }));
 }
 
-TEST_F(MenuHostTest, AHostThatNeverSaysClosedGetsTheNewMenuAtTheNextOpening) {
+TEST_F(MenuHostTest, AHostThatNeverReportsTheClosingGetsTheNewMenuAtTheNextOpening) {
   MenuHost& host = start("five");
   host.layout();
   host.event(0, "opened");

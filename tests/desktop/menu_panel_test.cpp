@@ -1,4 +1,4 @@
-// The menu in a real panel, opened by a real pointer and worked with real keys.
+// The menu in a real panel, opened with a real pointer and used with real keys.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ class MenuPanelTest : public SharedSession<PrivateDesktop> {
     ASSERT_TRUE(
         waitUntil([&] { return desktop_.registeredItems().find(bell_->service().toStdString()) != std::string::npos; },
                   desktopPatience));
-    // The panel needs a moment longer for its icon than for its registration.
+    // The panel shows the icon a moment after it has accepted the registration.
     ASSERT_TRUE(waitUntil([&] { return desktop_.showsIcon(); }, desktopPatience));
   }
 
@@ -42,13 +42,13 @@ class MenuPanelTest : public SharedSession<PrivateDesktop> {
   std::optional<MenuBell> bell_;
 };
 
-TEST_F(MenuPanelTest, AClickOpensTheMenuUnderThePanelWhollyOnTheScreen) {
+TEST_F(MenuPanelTest, AClickOpensTheWholeMenuOnTheScreenUnderThePanel) {
   start("hostile");
   open();
   const QRect place = bell_->place();
   EXPECT_TRUE(QRect(0, 0, 800, 480).contains(place)) << place.x() << ' ' << place.y() << ' ' << place.width();
-  EXPECT_GE(place.y(), 20) << "over the panel";
-  EXPECT_LE(place.y(), 40) << "away from the panel";
+  EXPECT_GE(place.y(), 20) << "the menu covers the panel";
+  EXPECT_LE(place.y(), 40) << "the menu is away from the panel";
 }
 
 TEST_F(MenuPanelTest, AClickOnAnEntryChoosesItAndClosesTheMenu) {
@@ -60,7 +60,7 @@ TEST_F(MenuPanelTest, AClickOnAnEntryChoosesItAndClosesTheMenu) {
   EXPECT_TRUE(bell_->prints("closed\n"));
 }
 
-// The click that closes must not also be one on the bell, however often.
+// A click on the bell that closes the menu must not open it again.
 TEST_F(MenuPanelTest, EverySecondClickOnTheBellClosesAndEveryOtherOpensAgain) {
   start("five");
   for (int times = 1; times <= 5; ++times) {
@@ -86,7 +86,7 @@ TEST_F(MenuPanelTest, AClickOutsideAndEscapeCloseIt) {
   EXPECT_EQ(bell_->count("chosen"), 0);
 }
 
-TEST_F(MenuPanelTest, KeysChooseWithTheTimeOfTheKey) {
+TEST_F(MenuPanelTest, AChoiceByKeyCarriesTheTimeOfTheKey) {
   start("five");
   open();
   key("Down");
@@ -105,7 +105,7 @@ TEST_F(MenuPanelTest, KeyEquivalentsWork) {
 TEST_F(MenuPanelTest, AKeyOpensTheSubmenuOnTheScreen) {
   start("fifty");
   open();
-  key("o");  // the only command or name with this letter opens its submenu
+  key("o");  // only one command or name begins with this letter, and it opens a submenu
   key("Right");
   ASSERT_TRUE(bell_->prints("opened-below "));
   EXPECT_TRUE(QRect(0, 0, 800, 480).contains(bell_->place("\nopened-below ")));
@@ -117,7 +117,7 @@ TEST_F(MenuPanelTest, TheRightButtonShowsThePanelsOwnDrawingOfTheMenu) {
   key("Escape");
   ASSERT_TRUE(bell_->prints("gone\n"));
   run({"mousemove", "786", "14", "click", "3"});
-  // The first item that can be chosen.
+  // Choose the first item that can be chosen.
   ASSERT_TRUE(waitUntil(
       [&] {
         key("Down");

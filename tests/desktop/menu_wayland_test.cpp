@@ -1,4 +1,4 @@
-// The menu on layer surfaces, in a real compositor with a real bar, opened by a pointer and worked with keys.
+// The menu on layer surfaces, in a real compositor with a real bar, opened with a pointer and used with keys.
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ class MenuWaylandTest : public SharedSession<PrivateWayland> {
     bell = desktop.start({TOLLVANE_PROBES "/menu_probe", TOLLVANE_BUNDLE "/icons", scenario});
     awaitBell();
   }
-  // The bar draws an icon later than it knows of it.
+  // The bar draws an icon a moment after it has accepted the registration.
   void awaitBell() {
     ASSERT_TRUE(waitUntil([&] { return !desktop.registeredItems().empty(); }, patienceHere));
     ASSERT_TRUE(waitUntil([&] { return desktop.trayPixels() != empty; }, patienceHere));
@@ -85,7 +85,7 @@ TEST_F(MenuWaylandTest, AClickOpensItBelowTheBarAndAClickOnAnEntryChooses) {
 TEST_F(MenuWaylandTest, KeysChoose) {
   start("five");
   open();
-  // The first makes the first entry the current one, if there is none yet.
+  // If no entry is current yet, the first key only makes the first entry current.
   EXPECT_TRUE(pressUntil("Return", [&] { return count("chosen sound ") > 0; })) << bell->printed();
 }
 

@@ -1,5 +1,5 @@
-// Tollvane itself among the programs of a desktop: one bell whatever is started, shown wherever this desktop shows
-// anything, and gone with the session.
+// Tollvane as one of a desktop's programs: there is one bell however often it is started, the bell is shown where the
+// desktop can show it, and it ends with the session.
 
 #include <gmock/gmock.h>
 
@@ -17,7 +17,8 @@ using testing::HasSubstr;
 class OneBellTest : public DesktopTest {
  protected:
   OneBellTest() {
-    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, desktopPatience)) << "of the test before";
+    EXPECT_TRUE(waitUntil([&] { return owner().empty(); }, desktopPatience))
+        << "the Tollvane of the test before is still there";
   }
   void TearDown() override {
     if (desktop.hasPanel()) desktop.stopPanel();
@@ -59,7 +60,7 @@ TEST_F(OneBellTest, ASecondStartAsksTheFirstToReopenAndEnds) {
   awaitOwner(*first);
 }
 
-TEST_F(OneBellTest, OfManyStartsAtOnceOneStays) {
+TEST_F(OneBellTest, OfManyStartsAtOnceOnlyOneKeepsRunning) {
   std::vector<std::unique_ptr<Process>> starts;
   for (int i = 0; i < 6; ++i) starts.push_back(startTollvane());
   const auto running = [&] {
@@ -74,7 +75,7 @@ TEST_F(OneBellTest, OfManyStartsAtOnceOneStays) {
   }
 }
 
-TEST_F(OneBellTest, AFirstOneThatHangsIsNotDoubled) {
+TEST_F(OneBellTest, IfTheFirstOneHangsTheSecondStillDoesNotStay) {
   const auto first = startTollvane();
   awaitOwner(*first);
   first->signal(SIGSTOP);
@@ -85,7 +86,7 @@ TEST_F(OneBellTest, AFirstOneThatHangsIsNotDoubled) {
   first->signal(SIGCONT);
 }
 
-TEST_F(OneBellTest, WhereNothingShowsIconsItSaysSoAndTheBellComesWithThePanel) {
+TEST_F(OneBellTest, IfNothingShowsIconsItSaysSoAndTheBellComesWithThePanel) {
   const auto tollvane = startTollvane();
   ASSERT_TRUE(waitUntil([&] { return !windowsNamed("Tollvane").empty(); }, desktopPatience));
   desktop.startPanel();

@@ -1,4 +1,4 @@
-// The bell in a real panel, looked at through screenshots.
+// The bell in a real panel, examined in screenshots.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 using Tone = PrivateDesktop::Tone;
 
-// Where the panel's last icon is: the right end of the bar at the top.
+// The place of the panel's last icon, at the right end of the bar at the top.
 constexpr QRect iconArea(800 - 30, 0, 30, 26);
 
 class PanelTest : public SharedSession<PrivateDesktop> {
@@ -23,7 +23,7 @@ class PanelTest : public SharedSession<PrivateDesktop> {
 
   Bell& startBell() { return bell_.emplace(desktop_); }
 
-  // What the icon's place shows once it has stopped changing.
+  // A picture of the icon's place, taken after it has stopped changing.
   QImage icon() {
     const std::filesystem::path file = desktop_.root() / "screen.png";
     const auto look = [&] {
@@ -40,7 +40,7 @@ class PanelTest : public SharedSession<PrivateDesktop> {
     return last;
   }
 
-  // True once the icon's place looks different from all of these.
+  // Waits until the icon's place looks different from all pictures in `seen`; false if that does not happen in time.
   bool becomesOtherThan(const std::vector<QImage>& seen) {
     return waitUntil([&] { return std::find(seen.begin(), seen.end(), icon()) == seen.end(); }, desktopPatience);
   }
@@ -54,7 +54,7 @@ class PanelTest : public SharedSession<PrivateDesktop> {
   std::optional<Bell> bell_;
 };
 
-// The brightness of the pixels that differ most from the bar itself.
+// The brightness of the pixel that differs most from the empty bar.
 int inkBrightness(const QImage& icon, const QImage& bar) {
   int strongest = -1;
   int brightness = -1;
@@ -81,7 +81,7 @@ int changedPixels(const QImage& icon, const QImage& bar) {
   return count;
 }
 
-TEST_F(PanelTest, HollowAndFilledBellAndNoneLookDifferent) {
+TEST_F(PanelTest, HollowBellFilledBellAndEmptyPanelLookDifferent) {
   const QImage none = icon();
   Bell& bell = startBell();
   bell.tell("image bell No sound yet");

@@ -1,4 +1,4 @@
-// The processes of this machine, as a test looks at what it has started.
+// Finds running processes of this machine, so that a test can examine what it has started.
 #pragma once
 
 #include <vector>

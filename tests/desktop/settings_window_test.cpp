@@ -20,7 +20,7 @@ using testing::HasSubstr;
 class SettingsWindowTest : public SharedSession<PrivateDesktop> {
  protected:
   SettingsWindowTest() : SharedSession(PrivateDesktop::Options{.panel = false}) {
-    // A window may get the number of one that has gone, which passes for the active one a little longer.
+    // A new window may get the number of a closed one, which still counts as the active window for a moment.
     spoilSession();
   }
 
@@ -30,7 +30,7 @@ class SettingsWindowTest : public SharedSession<PrivateDesktop> {
     awaitInFront("Tollvane Settings\n");
   }
 
-  // What the probe says before it has obeyed.
+  // Sends one command to the probe and returns the lines that it prints before "obeyed".
   std::vector<std::string> order(const std::string& line) {
     probe->writeLine(line);
     std::vector<std::string> answers;

@@ -1,4 +1,4 @@
-// Going to the window of the application that made a sound: real programs, a real window manager.
+// Going to the window of the application that made a sound, with real programs and a real window manager.
 
 #include <gmock/gmock.h>
 
@@ -46,7 +46,7 @@ TEST_F(SourceWindowTest, ComesInFrontOfTheOthers) {
   EXPECT_EQ(inFront(), "xmessage");
   EXPECT_EQ(activate(*calculator), "activated yes");
   EXPECT_EQ(inFront(), "Calculator");
-  EXPECT_EQ(activate(*calculator), "activated yes") << "it is there already";
+  EXPECT_EQ(activate(*calculator), "activated yes") << "it is in front already";
 }
 
 TEST_F(SourceWindowTest, IsShownAgainWhenItWasMinimised) {
@@ -58,13 +58,13 @@ TEST_F(SourceWindowTest, IsShownAgainWhenItWasMinimised) {
   EXPECT_EQ(inFront(), "xmessage");
 }
 
-TEST_F(SourceWindowTest, IsGoneToOnAnotherWorkspace) {
+TEST_F(SourceWindowTest, ComesForwardFromAnotherWorkspace) {
   const auto clock = open({"xmessage", "ding"}, "xmessage");
   const auto calculator = open({"xcalc"}, "Calculator");
   std::string window = windows("xmessage");
   window.pop_back();
   ASSERT_TRUE(desktop.run({"xdotool", "set_desktop_for_window", window, "1"}));
-  // Done when the window manager says so.
+  // The change is done when the window manager says so.
   ASSERT_TRUE(waitUntil(
       [&] {
         return desktop.run({"xdotool", "get_desktop_for_window", window}) == "1\n";
@@ -77,7 +77,7 @@ TEST_F(SourceWindowTest, IsGoneToOnAnotherWorkspace) {
   EXPECT_EQ(desktop.run({"xdotool", "get_desktop"}), "1\n");
 }
 
-TEST_F(SourceWindowTest, IsTheOneThatWasInFrontLast) {
+TEST_F(SourceWindowTest, IsTheApplicationsWindowThatWasInFrontLast) {
   const auto clock = open({"xmessage", "-title", "first", "hello"}, "first");
   const auto other = open({"xcalc"}, "Calculator");
   const std::string own = windows("first");
@@ -98,9 +98,8 @@ TEST_F(SourceWindowTest, IsFoundByItsClassWhenItNamesNoProcess) {
   EXPECT_EQ(inFront(), "Calculator");
 }
 
-TEST_F(SourceWindowTest, OfATerminalsProgramIsTheTerminals) {
-  // A terminal emulator of the test's own: a shell by another name, which runs one program with a window and one
-  // without.
+TEST_F(SourceWindowTest, ForAProgramInATerminalIsTheTerminalsWindow) {
+  // The terminal emulator is a copy of a shell. It runs one program with a window and one without.
   std::filesystem::copy_file("/bin/dash", root() / "terminal");
   std::filesystem::copy_file("/bin/sleep", root() / "humming");
   entry("terminal", "Name=Terminal\nExec=" + (root() / "terminal").string() +
@@ -112,7 +111,7 @@ TEST_F(SourceWindowTest, OfATerminalsProgramIsTheTerminals) {
   const auto humming = terminal->line(desktopPatience);
   ASSERT_TRUE(humming);
   ASSERT_TRUE(waitUntil([&] { return inFront() == "terminal"; }, desktopPatience)) << inFront();
-  // The window says that it is the terminal's own, as a terminal's does.
+  // Make the window name the terminal as its process, as a terminal's window does.
   std::string window = windows("terminal");
   window.pop_back();
   ASSERT_TRUE(desktop.run(
@@ -123,7 +122,7 @@ TEST_F(SourceWindowTest, OfATerminalsProgramIsTheTerminals) {
   EXPECT_EQ(inFront(), "terminal");
 }
 
-TEST_F(SourceWindowTest, IsNotClaimedWhereThereIsNone) {
+TEST_F(SourceWindowTest, IsNotReportedAsShownIfTheApplicationHasNoWindow) {
   std::filesystem::copy_file("/bin/sleep", root() / "humming");
   entry("humming", "Name=Humming\nExec=" + (root() / "humming").string() + "\n");
   const auto humming = desktop.start({(root() / "humming").string(), "1000"});
@@ -133,7 +132,7 @@ TEST_F(SourceWindowTest, IsNotClaimedWhereThereIsNone) {
   EXPECT_EQ(inFront(), "xmessage");
 }
 
-TEST_F(SourceWindowTest, IsNotClaimedWhenTheApplicationHasEnded) {
+TEST_F(SourceWindowTest, IsNotReportedAsShownIfTheApplicationHasEnded) {
   const auto clock = open({"xmessage", "ding"}, "xmessage");
   startProbe();
   clock->stop();
@@ -150,7 +149,7 @@ TEST_F(SourceWindowTest, OfAFrozenApplicationComesForwardToo) {
   clock->signal(SIGCONT);
 }
 
-TEST_F(SourceWindowTest, AllApplicationsThatRunAreListedTheOldestFirst) {
+TEST_F(SourceWindowTest, RunningApplicationsAreListedOldestFirst) {
   const auto clock = open({"xmessage", "ding"}, "xmessage");
   const auto calculator = open({"xcalc"}, "Calculator");
   startProbe();
@@ -167,6 +166,20 @@ TEST_F(SourceWindowTest, AllApplicationsThatRunAreListedTheOldestFirst) {
   };
   EXPECT_LT(place(*clock, "Wall Clock"), place(*calculator, "Pocket Calculator"));
   EXPECT_LT(place(*calculator, "Pocket Calculator"), static_cast<std::ptrdiff_t>(lines.size()));
+}
+
+TEST_F(SourceWindowTest, TheWindowWithTheWantedTitleComesForward) {
+  const auto one = open({"xcalc", "-title", "One"}, "One");
+  const auto two = open({"xcalc", "-title", "Two"}, "Two");
+  const std::string activateOne = "activate " + std::to_string(one->pid());
+  startProbe();
+  EXPECT_EQ(ask(activateOne + " On"), "activated yes");
+  EXPECT_EQ(inFront(), "One");
+  EXPECT_EQ(ask(activateOne + " Two"), "activated yes");
+  EXPECT_EQ(inFront(), "Two");
+  desktop.run({"xdotool", "search", "--name", "^One$", "windowraise"});  // above the other, but without the focus
+  EXPECT_EQ(ask(activateOne + " Three"), "activated yes");
+  EXPECT_EQ(inFront(), "Two") << "which is in front already";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The bell over a real bus, against a watcher and a portal of the test's own.
+// The bell on a real bus. The test stands in for the watcher and the portal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ using testing::HasSubstr;
 class StatusItemTest : public SharedSession<PrivateDesktop> {
  protected:
   StatusItemTest() : SharedSession(PrivateDesktop::Options{.screen = false, .panel = false}), bus_(desktop_) {
-    // The watcher and the portal of the test before.
+    // Wait until the watcher and the portal of the test before are gone.
     EXPECT_TRUE(waitUntil([&] {
       const QStringList names = bus_->interface()->registeredServiceNames();
       return !names.contains("org.kde.StatusNotifierWatcher") && !names.contains("org.freedesktop.portal.Desktop");
@@ -31,7 +31,7 @@ class StatusItemTest : public SharedSession<PrivateDesktop> {
 
   Bell& startBell(const Variables& extra = {}) { return bell_.emplace(desktop_, extra); }
 
-  // A bell whose item can be asked, without a watcher.
+  // Starts a bell without a watcher, and returns its item.
   ItemOnTheBus startItem() {
     startBell().tell("image bell No sound yet");
     return {*bus_, bell_->service()};
@@ -83,7 +83,7 @@ TEST_F(StatusItemTest, DoesNotRegisterAgainWhenAHostComesToAWatcherThatKnowsTheI
   ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.questions() == 1; }));
   watcher.announceHost();
   ASSERT_TRUE(waitUntilOnTheBus([&] { return watcher.questions() == 2; }));
-  // Behind the watcher's answers on their way to the bell, and a registration would be ahead of the reply.
+  // The bell reads this question after the watcher's answers, so a registration would arrive before its reply.
   ItemOnTheBus(watcher.bus(), bell.service()).text("Id");
   QCoreApplication::processEvents();
   EXPECT_EQ(watcher.registrations(), 1);
@@ -164,7 +164,7 @@ TEST_F(StatusItemTest, ImageOfUnknownNameLeavesTheItemWithoutOne) {
 
 TEST_F(StatusItemTest, SignalsAreSentOnlyWhenSomethingChanged) {
   const ItemOnTheBus item = startItem();
-  // An answer comes behind every signal that was sent before it; so nothing of the start is counted here.
+  // Signals that were sent before this answer have arrived when it arrives, so no signal of the start is counted below.
   item.text("Id");
   const ItemSignals heard(*bus_, bell_->service());
   bell_->tell("image bell No sound yet");
@@ -223,7 +223,7 @@ TEST_F(StatusItemTest, WithoutASessionBusTheBellRunsUnseen) {
 }
 
 TEST_F(StatusItemTest, TheBellOutlivesItsBus) {
-  // The bus that goes is not the fixture's: its own connections would go as well.
+  // This test stops a bus of its own, because the connections of the fixture would end with the fixture's bus.
   PrivateDesktop other({.screen = false, .panel = false});
   Bell bell(desktop_, {{"DBUS_SESSION_BUS_ADDRESS", other.busAddress()}});
   bell.tell("image bell");
@@ -243,7 +243,7 @@ TEST_F(StatusItemTest, WithoutAPortalTheBellIsLight) {
 }
 
 TEST_F(StatusItemTest, AskingForTheColourSchemeStartsNoPortal) {
-  spoilSession();  // with the services that its bus starts from now on
+  spoilSession();  // from now on its bus can start the services below
   const std::filesystem::path services = desktop_.runtimeDirectory() / "dbus-1/services";
   const auto install = [&](const std::string& name, const std::string& trace) {
     std::filesystem::create_directories(services);
@@ -255,7 +255,8 @@ TEST_F(StatusItemTest, AskingForTheColourSchemeStartsNoPortal) {
   ASSERT_TRUE(desktop_.run({"busctl", "--user", "call", "org.freedesktop.DBus", "/org/freedesktop/DBus",
                             "org.freedesktop.DBus", "ReloadConfig"}));
   startItem();
-  // Started behind the bell's question and watched until it ran; so would the portal have.
+  // The bus gets this call after the bell's question. Once it has started this service, it would also have started the
+  // portal.
   desktop_.run(
       {"busctl", "--user", "--expect-reply=no", "call", "org.example.Started", "/", "org.example.Started", "Any"});
   ASSERT_TRUE(
@@ -282,7 +283,7 @@ TEST_F(StatusItemTest, TheBellFollowsTheDesktopFromLightToDarkAndBack) {
   portal.changeTo(2);
   ASSERT_TRUE(waitUntilOnTheBus([&] { return item.pixmaps() == hollowFor(BarTone::light); }));
   ASSERT_TRUE(waitUntilOnTheBus([&] { return heard.icons >= 2; }));
-  EXPECT_EQ(heard.icons, 2) << "no preference looks like dark, and another setting like nothing";
+  EXPECT_EQ(heard.icons, 2) << "no preference looks like dark, and a change of another setting is ignored";
 }
 
 TEST_F(StatusItemTest, APortalThatComesLaterIsAsked) {

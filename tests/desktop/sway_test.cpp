@@ -1,4 +1,4 @@
-// Another program's window comes forward under sway, from another workspace.
+// Windows under sway: those of other programs and Tollvane's own come forward, also from another workspace.
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ class SwayTest : public SharedSession<PrivateWayland> {
     command.insert(command.end(), arguments.begin(), arguments.end());
     return desktop.run(command).value_or("");
   }
-  // By the word of the compositor.
+  // Asks the compositor.
   bool isInFront(const Process& program) {
     const std::string tree = sway({"-t", "get_tree", "-r"});
     const auto focused = tree.find("\"focused\": true");
@@ -65,7 +65,7 @@ TEST_F(SwayTest, TheSettingsWindowIsShownInFrontInItsSize) {
   EXPECT_NE(tree.find("\"tollvane\""), std::string::npos) << tree;
 }
 
-TEST_F(SwayTest, AProgramWithoutWindowsIsSaidToHaveNone) {
+TEST_F(SwayTest, AProgramWithoutWindowsIsReportedToHaveNone) {
   const auto window = startProbe((desktop.root() / "window").string());
   const auto probe = startProbe(TOLLVANE_PROBES "/desktop_probe");
   EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated no");

@@ -1,5 +1,5 @@
-// The other sides of the bell, small enough to control: a status notifier watcher that counts what is registered with
-// it, a desktop portal with one setting, and a listener for the item's signals. Real objects on a real bus.
+// What the bell talks to, as simple objects that a test controls: a status notifier watcher that counts registrations,
+// a desktop portal with one setting, and a listener for the item's signals. The bus is real.
 #pragma once
 
 #include <QDBusConnection>
@@ -36,9 +36,9 @@ class TestWatcher : public QObject {
   bool hasHost() const { return true; }
   int protocolVersion() const { return 0; }
 
-  // How often anybody registered, in the watcher's whole life.
+  // How often an item was registered since the watcher was made.
   int registrations() const { return registrations_; }
-  // How often somebody asked for the list of items.
+  // How often the list of items was asked for.
   int questions() const { return questions_; }
 
   void forgetItems() { items_.clear(); }

@@ -1,7 +1,10 @@
-// Counts what the line path asks of the heap. A program of its own: it replaces operator new.
+// Counts the allocations that reading a log line makes. A program of its own, because it replaces operator new.
+// Source: malloc_usable_size(3).
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -12,21 +15,29 @@
 namespace {
 
 std::size_t allocations = 0;
+std::size_t held = 0;      // bytes
+std::size_t mostHeld = 0;  // since it was set last
 
 }  // namespace
 
 void* operator new(std::size_t size) {
   ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (!memory) throw std::bad_alloc();
+  held += ::malloc_usable_size(memory);
+  mostHeld = std::max(mostHeld, held);
+  return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  held -= ::malloc_usable_size(memory);
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace tollvane {
 namespace {
 
-TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
+TEST(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
   test::VirtualPlatform system;
   const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
   Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
@@ -36,11 +47,12 @@ TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
 
   const std::string sound = test::outputStarted("player", 4242);
   const std::string others =
-      test::logLine("/usr/sbin/kernel", "update_running_state " + std::string(800, 'x')) +            // not looked into
-      test::logLine("/usr/sbin/kernel", test::outputMessage("player", "4242")) +                      // read
-      test::logLine("/usr/sbin/systemsoundserverd", test::requestMessage("player", "12345678901")) +  // and matched
+      test::logLine("/usr/sbin/kernel", "update_running_state " + std::string(800, 'x')) +  // not parsed
+      test::logLine("/usr/sbin/kernel", test::outputMessage("player", "4242")) +            // parsed
+      test::logLine("/usr/sbin/systemsoundserverd",
+                    test::requestMessage("player", "12345678901")) +  // parsed and matched
       "no JSON at all, bundle=\n{\"eventMessage\": \"inClientPID 1(\n";
-  system.children.last().print(others + sound);  // the buffers and parsers find their size
+  system.children.last().print(others + sound);  // buffers and parsers grow to their size
   ASSERT_EQ(heard, 1);
 
   const std::size_t before = allocations;
@@ -51,7 +63,25 @@ TEST(AllocationTest, ALineThatIsOfNoSoundAllocatesNothing) {
   system.clock.advance(std::chrono::seconds(2));
   system.children.last().print(sound);
   EXPECT_EQ(heard, 2);
-  EXPECT_GT(allocations, before);  // the counter counts
+  EXPECT_GT(allocations, before);  // the counter works
+}
+
+TEST(AllocationTest, ALineOfMoreThanSixteenMebibytesIsDroppedAndNeverHeldTwice) {
+  test::VirtualPlatform system;
+  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
+  Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
+  int heard = 0;
+  watcher.onEvent = [&](const std::shared_ptr<SoundEvent>&) { ++heard; };
+  watcher.start();
+
+  const std::string piece(1 << 20, 'x');
+  const std::size_t before = mostHeld = held;
+  for (int i = 0; i < 40; ++i) system.children.last().print(piece);
+  const std::size_t most = mostHeld - before;
+  EXPECT_GE(most, std::size_t{16} << 20);
+  EXPECT_LE(most, std::size_t{32} << 20);
+  system.children.last().print("\n" + test::outputStarted("player", 4242));
+  EXPECT_EQ(heard, 1);
 }
 
 }  // namespace

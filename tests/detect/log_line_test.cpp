@@ -11,7 +11,7 @@ namespace {
 
 class LogLineTest : public testing::Test {
  protected:
-  // "process: message", or "(none)".
+  // The result as "process: message", or "(none)" if it is absent.
   std::string read(std::string_view line) {
     padded = std::string(line);
     padded.reserve(line.size() + LineBuffer::padding);
@@ -43,16 +43,32 @@ TEST_F(LogLineTest, AMissingMessageIsNoLine) {
   EXPECT_EQ(read(R"({})"), "(none)");
 }
 
-TEST_F(LogLineTest, WhatIsNoObjectIsNoLine) {
+TEST_F(LogLineTest, ATextThatIsNotAnObjectIsNoLine) {
   for (const auto* line :
        {"", " ", "null", "\"eventMessage\"", "[{\"eventMessage\":\"m\"}]", "7", "Filtering the log data", "}"})
     EXPECT_EQ(read(line), "(none)") << line;
 }
 
-TEST_F(LogLineTest, OtherMembersDoNotMatterWhateverTheyAre) {
+TEST_F(LogLineTest, OtherMembersOfAnyTypeAreIgnored) {
   EXPECT_EQ(
       read(R"( { "a" : {"eventMessage":"inner"} , "b":[1,[2,{}]], "eventMessage" : "m" , "c":null,"d":-1.5e9 } )"),
       ": m");
+}
+
+TEST_F(LogLineTest, ANumberMayBeAsLargeAsJsonAllows) {
+  for (const char* number :
+       {"18446744073709551616", "-9223372036854775809", "1e400", "-1E-400", "0.5e+1", "1e999999999",
+        "123456789012345678901234567890.5", "[1e400,-0,{\"a\":99999999999999999999}]"}) {
+    EXPECT_EQ(read(R"({"machTimestamp":)" + std::string(number) + R"(,"eventMessage":"at 1e400 \"-01"})"),
+              ": at 1e400 \"-01")
+        << number;
+  }
+}
+
+TEST_F(LogLineTest, ANumberThatIsNoneMakesTheLineBroken) {
+  for (const char* number :
+       {"01", "1.", ".5", "1e", "1e+", "-", "+1", "1.5.2", "1-2", "0x10", "NaN", "-Infinity", "1 2"})
+    EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","big":1e400,"n":)" + std::string(number) + "}")) << number;
 }
 
 TEST_F(LogLineTest, TheLastOfARepeatedMemberCounts) {
@@ -78,7 +94,7 @@ TEST_F(LogLineTest, BrokenLinesAreNotWellFormed) {
     EXPECT_FALSE(wellFormed(line)) << line;
 }
 
-TEST_F(LogLineTest, WhatIsNotUtf8IsNotWellFormed) {
+TEST_F(LogLineTest, TextThatIsNotUtf8IsNotWellFormed) {
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xff\"}"));
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xc0\x80\"}"));
   EXPECT_FALSE(wellFormed("{\"eventMessage\":\"\xed\xa0\x80\"}"));
@@ -91,7 +107,7 @@ TEST_F(LogLineTest, RawControlCharactersAndNulsAreNotWellFormed) {
   EXPECT_FALSE(wellFormed(std::string_view("{\"eventMessage\":\"ab\"}\0", 22)));
 }
 
-TEST_F(LogLineTest, DeepNestingIsRefusedNotFollowed) {
+TEST_F(LogLineTest, DeepNestingIsRefused) {
   const std::string deep(1'000'000, '[');
   EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","d":)" + deep + std::string(1'000'000, ']') + "}"));
   EXPECT_FALSE(wellFormed(R"({"eventMessage":"m","d":)" + deep));

@@ -9,7 +9,7 @@ namespace {
 
 class ResolverTest : public testing::Test {
  protected:
-  // pids 100 (the player), 99, 98, ... each the child of the next
+  // Makes the process `first` and `ancestors` ancestors, whose ids count down: the parent of 100 is 99.
   void makeChain(Pid first, int ancestors) {
     for (int i = 0; i < ancestors; ++i) processes.parents[first - i] = first - i - 1;
   }
@@ -47,13 +47,13 @@ TEST_F(ResolverTest, NoMoreThanEightParentsAreAsked) {
   EXPECT_LE(processes.parentsAsked, 8);
 }
 
-TEST_F(ResolverTest, AProcessThatIsItsOwnParentEndsTheWalk) {
+TEST_F(ResolverTest, AProcessThatIsItsOwnParentEndsTheSearch) {
   processes.parents[100] = 100;
   EXPECT_EQ(resolver.appName(100, "player"), "player");
   EXPECT_EQ(processes.parentsAsked, 1);
 }
 
-TEST_F(ResolverTest, TheKernelAndTheFirstProcessAreNobody) {
+TEST_F(ResolverTest, TheKernelAndTheFirstProcessAreNotCredited) {
   workspace.addRunning(1, "init");
   for (const Pid pid : {0, -1, -2147483647 - 1}) EXPECT_EQ(resolver.appName(pid, "afplay"), "Terminal sound (afplay)");
   EXPECT_EQ(resolver.regularApp(1), std::nullopt);
@@ -71,14 +71,14 @@ TEST_F(ResolverTest, TheResponsibleProcessGoesFirst) {
   EXPECT_EQ(resolver.appName(100, "player"), "Terminal");
 }
 
-TEST_F(ResolverTest, AResponsibleProcessThatIsNotRegularIsPassedOver) {
+TEST_F(ResolverTest, AResponsibleProcessThatIsNotRegularIsSkipped) {
   processes.responsible[100] = 50;
   workspace.addRunning(50, "Agent", ActivationPolicy::accessory);
   workspace.addRunning(100, "Player");
   EXPECT_EQ(resolver.appName(100, "player"), "Player");
 }
 
-TEST_F(ResolverTest, ResponsiblePidsBelowOneAreNone) {
+TEST_F(ResolverTest, AResponsiblePidBelowOneMeansThatThereIsNone) {
   processes.responsible[100] = 0;
   processes.responsible[101] = -5;
   processes.responsible[102] = 1;
@@ -100,7 +100,7 @@ TEST_F(ResolverTest, ARegularApplicationIsNotRenamedByTheTable) {
   EXPECT_EQ(resolver.appName(100, ""), "imagent");
 }
 
-TEST_F(ResolverTest, AnApplicationWithoutNameFallsThrough) {
+TEST_F(ResolverTest, IfAnApplicationHasNoNameTheNextRuleDecides) {
   workspace.addRunning(100, std::nullopt);
   EXPECT_EQ(resolver.appName(100, "player"), "player");
 }
@@ -122,27 +122,27 @@ TEST_F(ResolverTest, TheTableIsExactAndCaseSensitive) {
   for (const auto& [reported, shown] : rows) EXPECT_EQ(resolver.appName(4242, reported), shown);
 }
 
-TEST_F(ResolverTest, ABundleIsCalledAsItsFirstRunningApplication) {
+TEST_F(ResolverTest, ABundleGetsTheNameOfItsFirstRunningApplication) {
   workspace.addRunning(100, "Mail", ActivationPolicy::accessory, "com.example.mail");
   workspace.addRunning(101, "Mail 2", ActivationPolicy::regular, "com.example.mail");
   workspace.installed["com.example.mail"] = "/Applications/Other.app";
   EXPECT_EQ(resolver.appName("com.example.mail"), "Mail");
 }
 
-TEST_F(ResolverTest, ABundleThatIsOnlyInstalledIsCalledAsItsFileWithoutApp) {
+TEST_F(ResolverTest, ABundleThatDoesNotRunGetsTheNameOfItsFileWithoutApp) {
   workspace.installed["com.example.mail"] = "/Applications/Mail.app";
   EXPECT_EQ(resolver.appName("com.example.mail"), "Mail");
   workspace.displayNames["/Applications/Mail.app"] = "My.apple Mail.app";
   EXPECT_EQ(resolver.appName("com.example.mail"), "Myle Mail");
 }
 
-TEST_F(ResolverTest, ARunningApplicationWithoutNameIsCalledAsItsFile) {
+TEST_F(ResolverTest, ARunningApplicationWithoutANameGetsTheNameOfItsFile) {
   workspace.addRunning(100, std::nullopt, ActivationPolicy::regular, "com.example.mail");
   workspace.installed["com.example.mail"] = "/Applications/Mail.app";
   EXPECT_EQ(resolver.appName("com.example.mail"), "Mail");
 }
 
-TEST_F(ResolverTest, ABundleThatNobodyKnowsIsItsIdentifier) {
+TEST_F(ResolverTest, AnUnknownBundleIsCalledByItsIdentifier) {
   EXPECT_EQ(resolver.appName("com.example.nobody"), "com.example.nobody");
 }
 
@@ -162,6 +162,15 @@ TEST_F(ResolverTest, ApplicationsAreFoundInTheirFoldersInOrder) {
 TEST_F(ResolverTest, ASystemWithoutSuchFoldersIsAskedByName) {
   workspace.displayNames["/usr/share/applications/mail.desktop"] = "Mail";
   EXPECT_EQ(resolver.appURL("Mail"), "/usr/share/applications/mail.desktop");
+}
+
+TEST_F(ResolverTest, TheMainProcessIsTheOneThatStartedTheApplicationsOthers) {
+  processes.parents = {{30, 20}, {20, 10}, {10, 5}, {5, 1}, {60, 50}};
+  for (const Pid pid : {10, 20, 30}) workspace.addRunning(pid, "Browser");
+  workspace.addRunning(5, "Terminal");
+  EXPECT_EQ(resolver.mainProcess(30)->pid, 10);
+  EXPECT_EQ(resolver.mainProcess(10)->pid, 10);
+  EXPECT_EQ(resolver.mainProcess(60), std::nullopt);
 }
 
 }  // namespace

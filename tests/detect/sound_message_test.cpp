@@ -19,7 +19,7 @@ std::string bundleOf(std::string_view message) {
   return found ? std::string(std::get<NotificationPresented>(*found).bundleID) : "(none)";
 }
 
-// "name pid", or "(none)".
+// The finding as "name pid", or "(none)" if it is absent.
 template <class Finding>
 std::string makerOf(std::string_view process, std::string_view message) {
   const auto found = soundMessage(process, message);
@@ -37,12 +37,12 @@ TEST(SoundMessageTest, ANotificationNamesItsBundle) {
   EXPECT_EQ(bundleOf("bundle=com.example.mail"), "com.example.mail");
 }
 
-TEST(SoundMessageTest, TheRecordGoesBeforeTheBundle) {
+TEST(SoundMessageTest, TheRecordIsPreferredToTheBundle) {
   EXPECT_EQ(bundleOf(R"(bundle=second NotificationRecord app:"first")"), "first");
   EXPECT_EQ(bundleOf(R"(bundle=second, NotificationRecord app:"")"), "second");
 }
 
-TEST(SoundMessageTest, ANotificationWithoutBundleIsNone) {
+TEST(SoundMessageTest, ANotificationWithoutABundleIsIgnored) {
   EXPECT_EQ(bundleOf("Presenting <NotificationRecord>"), "(none)");
   EXPECT_EQ(bundleOf("bundle="), "(none)");
   EXPECT_EQ(bundleOf("bundle=]"), "(none)");
@@ -81,13 +81,13 @@ TEST(SoundMessageTest, AnOutputThatStartedNamesItsProcess) {
   EXPECT_EQ(outputOf(outputMessage("My (old) player", "4242")), "My (old) player 4242");
 }
 
-TEST(SoundMessageTest, AnOutputThatStoppedIsNone) {
+TEST(SoundMessageTest, AnOutputThatStoppedIsIgnored) {
   EXPECT_EQ(outputOf(outputMessage("firefox", "4242", false)), "(none)");
   EXPECT_EQ(outputOf(R"m({"name":"firefox(4242)","output_running": true})m"), "(none)");
   EXPECT_EQ(outputOf(R"m({"name":"firefox(4242)"})m"), "(none)");
 }
 
-TEST(SoundMessageTest, AnOutputWithoutNameOrPidIsNone) {
+TEST(SoundMessageTest, AnOutputWithoutNameOrPidIsIgnored) {
   EXPECT_EQ(outputOf(R"m({"name":"firefox","output_running":true})m"), "(none)");
   EXPECT_EQ(outputOf(R"m({"name":"firefox()","output_running":true})m"), "(none)");
   EXPECT_EQ(outputOf(R"m({"name":"firefox(4242) ","output_running":true})m"), "(none)");
@@ -113,7 +113,7 @@ TEST(SoundMessageTest, DigitsOfOtherScriptsEndTheSearch) {
   EXPECT_EQ(alertOf("inClientPID ٤٢(a) inClientPID 2(b)"), "(none)");
 }
 
-TEST(SoundMessageTest, TheQuickLookNeverMissesAMessage) {
+TEST(SoundMessageTest, TheQuickCheckNeverMissesAMessage) {
   for (const auto& line : {test::outputStarted("a", 1), test::soundRequested("a", 1), test::notificationPresented("a"),
                            test::logLine("usernoted", "Request: Starting [bundle=a]")}) {
     EXPECT_TRUE(mayHoldSoundMessage(line)) << line;
@@ -122,7 +122,7 @@ TEST(SoundMessageTest, TheQuickLookNeverMissesAMessage) {
   EXPECT_TRUE(mayHoldSoundMessage("\\u"));
 }
 
-TEST(SoundMessageTest, TheQuickLookPassesOverWhatCannotBeOne) {
+TEST(SoundMessageTest, TheQuickCheckRejectsTextsThatCannotHoldAMessage) {
   for (const auto& line :
        {test::logLine("audiomxd", test::outputMessage("a", "1", false)), std::string(), std::string("u\\"),
         test::logLine("/usr/sbin/kernel", "output_running true, ClientPID 1, a \"quote\"")}) {
@@ -130,13 +130,13 @@ TEST(SoundMessageTest, TheQuickLookPassesOverWhatCannotBeOne) {
   }
 }
 
-// The forms as expressions: what they match is what must be found.
+// The same patterns as regular expressions; soundMessage() must find exactly what they match.
 std::optional<SoundMessage> byExpressions(std::string_view process, std::string_view message) {
   static const RE2 record(R"re(NotificationRecord app:"([^"]+)")re");
   static const RE2 bundle(R"re(bundle=([^\],]+))re");
   static const RE2 client(R"re(inClientPID (\p{Nd}+)\(([^)]*)\))re");
   static const RE2 output(R"re("name":"([^"]*)\((\p{Nd}+)\)")re");
-  // Newer ones take a text type of their own, which does not come of the standard's.
+  // Newer versions of re2 take a text type of their own, which std::string_view does not convert to.
   const re2::StringPiece text(message.data(), message.size());
   re2::StringPiece first;
   re2::StringPiece second;
@@ -159,7 +159,7 @@ std::optional<SoundMessage> byExpressions(std::string_view process, std::string_
   return AudioOutputStarted{*pidOf(second), view(first)};
 }
 
-TEST(SoundMessageTest, TheFormsMatchWhatTheirExpressionsMatch) {
+TEST(SoundMessageTest, ThePatternsMatchWhatTheirRegularExpressionsMatch) {
   const std::string_view pieces[] = {"NotificationRecord app:\"",
                                      "bundle=",
                                      "inClientPID ",
@@ -178,7 +178,7 @@ TEST(SoundMessageTest, TheFormsMatchWhatTheirExpressionsMatch) {
                                      "\n",
                                      " ",
                                      "\"output_running\":true"};
-  std::mt19937 random(20251120);  // always the same messages
+  std::mt19937 random(20251120);  // the same messages in each run
   int found = 0;
   for (int i = 0; i < 200'000; ++i) {
     std::string message = i % 2 == 0 ? "\"output_running\":true" : "";
@@ -189,7 +189,7 @@ TEST(SoundMessageTest, TheFormsMatchWhatTheirExpressionsMatch) {
       ASSERT_EQ(soundMessage(process, message), expected) << process << ": " << message;
     }
   }
-  EXPECT_GT(found, 10'000);  // the messages are worth trying
+  EXPECT_GT(found, 10'000);  // enough of the messages match
 }
 
 TEST(SoundMessageTest, MessagesOfManyMegabytesAreReadOnce) {
@@ -204,13 +204,13 @@ TEST(SoundMessageTest, MessagesOfManyMegabytesAreReadOnce) {
   EXPECT_EQ(bundleOf(starts), "(none)");
 }
 
-TEST(SoundMessageTest, OtherProcessesSayNothingOfSounds) {
+TEST(SoundMessageTest, MessagesOfOtherProcessesAreIgnored) {
   for (const auto* process : {"", "Audiomxd", "audiomxd ", "systemsoundserve", "usernotedd", "kernel"})
     EXPECT_EQ(soundMessage(process, outputMessage("a", "1") + requestMessage("b", "2") + "bundle=c"), std::nullopt)
         << process;
 }
 
-TEST(SoundMessageTest, EachDaemonSpeaksOfItsOwnMatterOnly) {
+TEST(SoundMessageTest, EachDaemonReportsItsOwnKindOfSoundOnly) {
   EXPECT_EQ(soundMessage("audiomxd", requestMessage("a", "1")), std::nullopt);
   EXPECT_EQ(soundMessage("systemsoundserverd", outputMessage("a", "1")), std::nullopt);
   EXPECT_EQ(soundMessage("usernoted", outputMessage("a", "1")), std::nullopt);

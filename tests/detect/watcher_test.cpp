@@ -112,6 +112,18 @@ TEST_F(WatcherTest, TheMakerIsResolvedAndDatedAtTheMomentOfTheSound) {
   EXPECT_EQ(dates.front(), system.clock.now());
 }
 
+TEST_F(WatcherTest, TheSoundRemembersTheProcessThatMadeIt) {
+  watcher->start();
+  std::optional<RunningApplication> maker;
+  watcher->onEvent = [&](const std::shared_ptr<SoundEvent>& event) { maker = event->maker; };
+  system.workspace.addRunning(4242, "Terminal");
+  system.workspace.running.back().application.startTime = 7;
+  print(outputStarted("terminal", 4242));
+  EXPECT_EQ(maker, system.workspace.running.back().application);
+  print(soundRequested("mail", 4243));
+  EXPECT_EQ(maker, std::nullopt);
+}
+
 TEST_F(WatcherTest, ALineInTwoPiecesIsHeardOnceWhenItsNewlineArrives) {
   watcher->start();
   const std::string line = outputStarted("player", 4242);
@@ -150,12 +162,55 @@ TEST_F(WatcherTest, AnEndedLogToolIsStartedAgainThreeSecondsLaterForEver) {
   }
 }
 
-TEST_F(WatcherTest, ALogToolThatCannotBeStartedIsNotTriedAgain) {
+TEST_F(WatcherTest, ALogToolThatCannotBeStartedIsTriedAgainAfterGrowingPauses) {
   system.children.cannotStart = true;
   watcher->start();
-  system.queue.advance(1h);
-  EXPECT_EQ(system.children.attempts, 1);
+  for (const auto pause : {3s, 6s, 12s, 24s, 48s, 96s, 192s, 300s, 300s}) {
+    const int attempts = system.children.attempts;
+    system.queue.advance(pause - 1ms);
+    EXPECT_EQ(system.children.attempts, attempts);
+    system.queue.advance(1ms);
+    EXPECT_EQ(system.children.attempts, attempts + 1);
+  }
+  system.children.cannotStart = false;
+  system.queue.advance(300s);
+  print(outputStarted("player", 4242));
+  EXPECT_EQ(heard, Heard{"player: started playing audio"});
+  system.children.cannotStart = true;
+  const int attempts = system.children.attempts;
+  system.children.last().end();
+  system.queue.advance(6s);
+  EXPECT_EQ(system.children.attempts, attempts + 2) << "the pauses begin anew";
   watcher->stop();
+  system.queue.advance(1h);
+  EXPECT_EQ(system.children.attempts, attempts + 2);
+}
+
+TEST_F(WatcherTest, SaysThatNothingIsHeardWhileTheLogToolDoesNotRun) {
+  std::vector<Hearing> changes;
+  watcher->onHearingChange = [&] { changes.push_back(watcher->hearing()); };
+  watcher->start();
+  EXPECT_EQ(watcher->hearing(), Hearing::yes);
+  for (int i = 0; i < 3; ++i) {  // it ends at once, again and again
+    system.children.last().end();
+    EXPECT_EQ(watcher->hearing(), Hearing::noLogTool);
+    system.queue.advance(3s);
+    EXPECT_EQ(watcher->hearing(), Hearing::noLogTool);
+  }
+  system.queue.advance(3s);
+  EXPECT_EQ(changes, (std::vector{Hearing::noLogTool, Hearing::yes}));
+}
+
+TEST_F(WatcherTest, SaysThatThereIsNoSoundServerUntilThereIsOne) {
+  std::vector<Hearing> changes;
+  watcher->onHearingChange = [&] { changes.push_back(watcher->hearing()); };
+  watcher->start();
+  for (int i = 0; i < 2; ++i) print(test::logLine("/tollvane/TollvaneLog", "sound_server=missing"));
+  print(test::logLine("/usr/bin/other", "sound_server=found"));
+  EXPECT_EQ(changes, std::vector{Hearing::noSoundServer});
+  print(test::logLine("/tollvane/TollvaneLog", "sound_server=found"));
+  EXPECT_EQ(changes, (std::vector{Hearing::noSoundServer, Hearing::yes}));
+  EXPECT_EQ(heard, Heard{});
 }
 
 TEST_F(WatcherTest, AStoppedWatcherEndsTheLogToolAndDoesNotStartItAgain) {
@@ -175,7 +230,7 @@ TEST_F(WatcherTest, AWatcherStoppedWhileARestartIsPendingStaysStopped) {
   EXPECT_EQ(system.children.attempts, 1);
 }
 
-TEST_F(WatcherTest, StoppingWhatWasNeverStartedDoesNothing) {
+TEST_F(WatcherTest, StoppingAWatcherThatWasNeverStartedDoesNothing) {
   watcher->stop();
   EXPECT_EQ(system.children.attempts, 0);
 }
@@ -213,7 +268,7 @@ TEST_F(WatcherTest, SoundsSixteenTenthsApartAreTwo) {
   EXPECT_EQ(heard.size(), 2u);
 }
 
-TEST_F(WatcherTest, ASteadyStreamOfRepeatsComesThroughNowAndThen) {
+TEST_F(WatcherTest, OfASteadyStreamOfRepeatsOneIsHeardEachOneAndAHalfSeconds) {
   watcher->start();
   for (int i = 0; i < 61; ++i) {
     print(outputStarted("player", 4242));
@@ -222,7 +277,7 @@ TEST_F(WatcherTest, ASteadyStreamOfRepeatsComesThroughNowAndThen) {
   EXPECT_EQ(heard.size(), 5u);  // at 0.0, 1.5, 3.0, 4.5 and 6.0 s
 }
 
-TEST_F(WatcherTest, AWallClockThatIsSetBackSilencesNobody) {
+TEST_F(WatcherTest, AWallClockThatIsSetBackSuppressesNoSound) {
   watcher->start();
   print(outputStarted("player", 4242));
   system.clock.setWallClock(-1h);
@@ -246,7 +301,7 @@ TEST_F(WatcherTest, ProcessesOfOneApplicationAreOneSound) {
   EXPECT_EQ(heard.size(), 1u);
 }
 
-TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
+TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndTheirRepeatsAreStillSuppressed) {
   watcher->start();
   std::string lines;
   for (int i = 0; i < 5000; ++i) lines += outputStarted("player " + std::to_string(i), 10'000 + i);
@@ -259,7 +314,7 @@ TEST_F(WatcherTest, ManyApplicationsAreAllHeardAndStillSuppressTheirRepeats) {
   EXPECT_EQ(heard.size(), 10'000u);
 }
 
-TEST_F(WatcherTest, NamesThatAreNoneAreHeardAndSuppressTheirRepeats) {
+TEST_F(WatcherTest, SoundsWithEndlessNamesAreHeardAndTheirRepeatsAreSuppressed) {
   watcher->start();
   const std::string one = outputStarted(std::string(1 << 20, 'a'), 1);
   print(one + outputStarted(std::string(1 << 20, 'b'), 2) + one);
@@ -269,7 +324,7 @@ TEST_F(WatcherTest, NamesThatAreNoneAreHeardAndSuppressTheirRepeats) {
   EXPECT_EQ(heard.size(), 3u);
 }
 
-TEST_F(WatcherTest, ASoundWithoutReceiverIsLostButStillSuppressesItsRepeats) {
+TEST_F(WatcherTest, ASoundWithoutAReceiverIsLostButItsRepeatsAreStillSuppressed) {
   watcher->onEvent = nullptr;
   watcher->start();
   print(outputStarted("player", 4242));
@@ -312,7 +367,7 @@ TEST_F(WatcherTest, TheLatestNotificationCounts) {
   EXPECT_EQ(heard, Heard{"com.example.chat: notification sound"});
 }
 
-TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
+TEST_F(WatcherTest, BrokenLinesAreDroppedAndLaterOnesAreHeard) {
   watcher->start();
   const std::string good = outputStarted("bad", 4242);
   const std::string withoutPath = R"m({"eventMessage":"{\"name\":\"bad(1)\",\"output_running\":true}"})m";
@@ -323,7 +378,7 @@ TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
       "[]\n",
       "null\n",
       good.substr(0, good.size() - 2) + "\n",                                    // cut short
-      good.substr(0, good.size() - 1) + "}\n",                                   // too long by one
+      good.substr(0, good.size() - 1) + "}\n",                                   // one character too long
       logLine("", test::outputMessage("bad", "4242")),                           // no process
       logLine("/usr/sbin/audiomxd", test::outputMessage("bad", "4242", false)),  // stopped
       logLine("/usr/sbin/audiomxd", test::outputMessage("systemsoundserverd", "123")),
@@ -341,15 +396,15 @@ TEST_F(WatcherTest, LinesThatAreNoneAreDroppedAndLaterOnesHeard) {
   EXPECT_EQ(heard, Heard{"good: started playing audio"});
 }
 
-TEST_F(WatcherTest, ALineOf64MebibytesIsHeardLikeAnyOther) {
+TEST_F(WatcherTest, ALineOfAlmost16MebibytesIsHeardLikeAnyOther) {
   watcher->start();
   std::string line = outputStarted("player", 4242);
-  line.insert(1, "\"padding\":\"" + std::string(64 << 20, 'x') + "\",");
+  line.insert(1, "\"padding\":\"" + std::string((16 << 20) - 1000, 'x') + "\",");
   for (std::size_t at = 0; at < line.size(); at += 65'536) print(std::string_view(line).substr(at, 65'536));
   EXPECT_EQ(heard, Heard{"player: started playing audio"});
 }
 
-TEST_F(WatcherTest, AWriterThatNeverEndsItsLineIsNotListenedToUntilItDoes) {
+TEST_F(WatcherTest, AnEndlessLineIsDroppedAndTheNextOneIsHeard) {
   watcher->start();
   const std::string piece(1 << 20, 'x');
   for (int i = 0; i < 300; ++i) print(piece);

@@ -1,4 +1,4 @@
-// Every input in a fuzz target's corpus, once.
+// Runs a fuzz target once on every input of its corpus.
 
 #include <gtest/gtest.h>
 

@@ -37,7 +37,7 @@ class SoundMenuTest : public testing::Test {
     };
   }
 
-  // The newest first, a second apart.
+  // Adds a sound that is one second older than the one added before it.
   std::shared_ptr<SoundEvent> addOlder(std::string_view app, std::string_view what = kind::alertSound) {
     events.push_back(std::make_shared<SoundEvent>(clock.now() - events.size() * 1s, app, what));
     return events.back();
@@ -225,7 +225,7 @@ TEST_F(SoundMenuTest, TheToolTipSaysWhereAClickGoes) {
   EXPECT_EQ(find(shown, "2:05:08")->toolTip, "Click to go to this tab");
 }
 
-TEST_F(SoundMenuTest, AnEmptyTitleIsATabAllTheSame) {
+TEST_F(SoundMenuTest, ATabWithAnEmptyTitleIsStillATab) {
   addOlder("Firefox")->tabTitle = "";
   EXPECT_EQ(menu().items[1].toolTip, "Click to go to this tab");
   EXPECT_EQ(hintIn(menu().items), nullptr);
@@ -258,7 +258,7 @@ TEST_F(SoundMenuTest, SafariHasItsOwnHint) {
   EXPECT_EQ(std::any_cast<std::string>(hint.representedObject), "safari");
 }
 
-TEST_F(SoundMenuTest, OnlyTheNewestSoundThatCallsForItGetsTheHint) {
+TEST_F(SoundMenuTest, OnlyTheNewestSoundThatNeedsTheHintGetsIt) {
   addOlder("Firefox");
   addOlder("Google Chrome");
   const auto shown = titles(menu().items);
@@ -289,13 +289,13 @@ TEST_F(SoundMenuTest, ASoundWithATabOrAConnectedExtensionGetsNoHint) {
   EXPECT_NE(hintIn(menu().items), nullptr);
 }
 
-TEST_F(SoundMenuTest, WhoDoesNotWantTheHintNeverGetsIt) {
+TEST_F(SoundMenuTest, AHintThatIsTurnedOffIsNeverShown) {
   suggestExtension = false;
   addOlder("Google Chrome");
   EXPECT_EQ(hintIn(menu().items), nullptr);
 }
 
-TEST_F(SoundMenuTest, OneItemsIdentifierIsNotAnothers) {
+TEST_F(SoundMenuTest, EachItemHasItsOwnIdentifier) {
   for (int i = 0; i < 50; ++i) addOlder(i % 2 ? "Firefox" : "Mail");
   availableVersion = "2.0";
   const Menu shown = menu();

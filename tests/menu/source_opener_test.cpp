@@ -40,14 +40,14 @@ class SourceOpenerTest : public testing::Test {
                                                                         system.application, macWording, resolver, link);
 };
 
-TEST_F(SourceOpenerTest, ARunningApplicationComesForwardWithoutAWord) {
+TEST_F(SourceOpenerTest, ARunningApplicationComesForwardWithoutAnAlert) {
   system.workspace.addRunning(10, "Mail");
   open("Mail");
   EXPECT_THAT(system.workspace.activated, ElementsAre(10));
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameIsTheOne) {
+TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameComesForward) {
   system.workspace.addRunning(10, "mail");
   system.workspace.addRunning(11, std::nullopt);
   system.workspace.addRunning(12, "Mail", ActivationPolicy::accessory);
@@ -55,6 +55,18 @@ TEST_F(SourceOpenerTest, TheFirstRegularApplicationOfExactlyThatNameIsTheOne) {
   system.workspace.addRunning(14, "Mail");
   open("Mail");
   EXPECT_THAT(system.workspace.activated, ElementsAre(13));
+}
+
+TEST_F(SourceOpenerTest, OfSeveralProcessesTheOneThatMadeTheSoundComesForward) {
+  for (const Pid pid : {10, 11, 12}) system.workspace.addRunning(pid, "Terminal");
+  system.workspace.running[1].application.startTime = 5;
+  SoundEvent event(system.clock.now(), "Terminal", kind::startedPlayingAudio);
+  event.maker = system.workspace.running[1].application;
+  opener->open(event);
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11));
+  system.workspace.running[1].application.startTime = 6;  // another process has got its number
+  opener->open(event);
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11, 10));
 }
 
 TEST_F(SourceOpenerTest, AnInstalledApplicationThatIsNotOpenIsOffered) {
@@ -84,12 +96,29 @@ TEST_F(SourceOpenerTest, ABackgroundPartHasNothingToOpen) {
                                 {"OK"}}));
 }
 
-TEST_F(SourceOpenerTest, AnApplicationThatHasNoWindowAfterAllHasNothingToOpen) {
+TEST_F(SourceOpenerTest, AnApplicationWithoutAWindowHasNothingToOpen) {
   system.workspace.addRunning(10, "Mail");
   system.workspace.windowless.insert(10);
   open("Mail");
   ASSERT_EQ(alerts().size(), 1u);
   EXPECT_EQ(alerts()[0].messageText, "Nothing to open");
+}
+
+TEST_F(SourceOpenerTest, AnInstalledApplicationWithoutAWindowIsStartedAgainToShowOne) {
+  system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
+  system.workspace.addRunning(10, "Mail");
+  system.workspace.windowless.insert(10);
+  open("Mail");
+  EXPECT_THAT(system.workspace.opened, ElementsAre("/apps/mail.desktop"));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
+TEST_F(SourceOpenerTest, AnAlertSaysThatAnApplicationCouldNotBeStarted) {
+  system.workspace.displayNames["/apps/mail.desktop"] = "Mail";
+  system.workspace.broken.insert("/apps/mail.desktop");
+  open("Mail");
+  system.application.answers[0](0);
+  EXPECT_EQ(alerts().back(), (Alert{"Can't open Mail", "Mail is installed but couldn't be started.", {"OK"}}));
 }
 
 TEST_F(SourceOpenerTest, AnApplicationThatEndsBeforeItCouldComeForwardIsOffered) {
@@ -111,7 +140,7 @@ TEST_F(SourceOpenerTest, ABrowserThatWasQuitIsClosedAndItsExtensionIsNotAsked) {
   EXPECT_THAT(firefox->sent, IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserAlong) {
+TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserForward) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -119,10 +148,33 @@ TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserAlong) {
   EXPECT_THAT(system.workspace.activated, IsEmpty());
   link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
   EXPECT_THAT(system.workspace.activated, ElementsAre(10));
+  EXPECT_THAT(system.workspace.titles, ElementsAre("Inbox")) << "of its windows, the tab's";
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardIsLeftAtThat) {
+TEST_F(SourceOpenerTest, OfTwoEditionsTheOneThatHasTheTabComesForward) {
+  runFirefox();
+  system.workspace.addRunning(11, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  const auto firefox = connectFirefox();
+  const auto nightly = connectFirefox();
+  nightly->bundleID = "org.mozilla.nightly";
+  opener->open(tabSound());
+  link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", false}});
+  link.handle(*nightly, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
+TEST_F(SourceOpenerTest, AnEditionThatRunsAloneIsAsked) {
+  system.workspace.addRunning(11, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");
+  const auto nightly = connectFirefox();
+  nightly->bundleID = "org.mozilla.nightly";
+  opener->open(tabSound());
+  EXPECT_THAT(nightly->sent, testing::SizeIs(1));
+  EXPECT_THAT(alerts(), IsEmpty());
+}
+
+TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardCausesNoAlert) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -132,7 +184,7 @@ TEST_F(SourceOpenerTest, ABrowserThatQuitBeforeItCouldComeForwardIsLeftAtThat) {
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
-TEST_F(SourceOpenerTest, AClosedTabIsSaidToBeClosed) {
+TEST_F(SourceOpenerTest, AnAlertSaysThatTheTabIsClosed) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());
@@ -143,7 +195,7 @@ TEST_F(SourceOpenerTest, AClosedTabIsSaidToBeClosed) {
                                           {"OK"}}));
 }
 
-TEST_F(SourceOpenerTest, AnExtensionThatDoesNotAnswerIsSaidSoAfterTwoAndAHalfSeconds) {
+TEST_F(SourceOpenerTest, AfterTwoAndAHalfSecondsAnAlertSaysThatTheExtensionDoesNotAnswer) {
   runFirefox();
   connectFirefox();
   opener->open(tabSound());
@@ -156,8 +208,8 @@ TEST_F(SourceOpenerTest, AnExtensionThatDoesNotAnswerIsSaidSoAfterTwoAndAHalfSec
                                           {"OK"}}));
 }
 
-// A sound that has a tab to go to always has a label for it; "that tab" would stand in for a missing one.
-TEST_F(SourceOpenerTest, ATabOfWhichOnlyTheIdIsKnownIsABrowserTab) {
+// Every sound with a tab id has a label, so the alert's text never needs the words "that tab".
+TEST_F(SourceOpenerTest, ATabWithoutATitleIsCalledABrowserTab) {
   SoundEvent event = tabSound();
   event.tabTitle.reset();
   opener->open(event);
@@ -181,7 +233,7 @@ TEST_F(SourceOpenerTest, TollvaneIsInFrontBeforeAnyAlertIsShown) {
   EXPECT_EQ(system.application.alertsBehindOthers, 0);
 }
 
-TEST_F(SourceOpenerTest, AnAnswerThatComesTooLateForAnyoneToTellStillBringsTheBrowserForward) {
+TEST_F(SourceOpenerTest, AnAnswerAfterTheOpenersEndStillBringsTheBrowserForward) {
   runFirefox();
   const auto firefox = connectFirefox();
   opener->open(tabSound());

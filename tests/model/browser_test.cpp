@@ -7,7 +7,7 @@
 namespace tollvane {
 namespace {
 
-TEST(BrowserTest, AllCasesStandInTheirOrderWithTheirNames) {
+TEST(BrowserTest, AllBrowsersAreListedInOrderWithTheirNames) {
   struct Row {
     Browser::Case browser;
     std::string_view rawValue, bundleID, appName;
@@ -44,7 +44,38 @@ TEST(BrowserTest, LookUpsAreExact) {
   EXPECT_EQ(Browser::fromRawValue(""), std::nullopt);
 }
 
-TEST(BrowserTest, InstalledMeansThatTheSystemKnowsWhere) {
+TEST(BrowserTest, EveryEditionIsItsBrowser) {
+  const std::pair<std::string_view, Browser::Case> editions[] = {
+      {"com.google.Chrome.beta", Browser::chrome},
+      {"com.google.Chrome.dev", Browser::chrome},
+      {"com.google.Chrome.canary", Browser::chrome},
+      {"com.microsoft.edgemac.Beta", Browser::edge},
+      {"com.microsoft.edgemac.Dev", Browser::edge},
+      {"com.brave.Browser.beta", Browser::brave},
+      {"com.brave.Browser.nightly", Browser::brave},
+      {"org.mozilla.firefoxbeta", Browser::firefox},
+      {"org.mozilla.firefoxdeveloperedition", Browser::firefox},
+      {"org.mozilla.nightly", Browser::firefox},
+  };
+  for (const auto& [bundleID, browser] : editions) {
+    EXPECT_EQ(Browser::fromBundleID(bundleID), Browser(browser)) << bundleID;
+    test::VirtualWorkspace workspace;
+    workspace.installed[std::string(bundleID)] = "/apps/edition.desktop";
+    workspace.addRunning(100, "Edition", ActivationPolicy::regular, std::string(bundleID));
+    for (const Browser each : Browser::allCases) {
+      EXPECT_EQ(each.isInstalled(workspace), each == browser) << bundleID;
+      EXPECT_EQ(each.isRunning(workspace), each == browser) << bundleID;
+    }
+  }
+  for (const char* other : {"com.vivaldi.Vivaldi", "com.operasoftware.Opera", "org.example.Other", ""})
+    EXPECT_EQ(Browser::fromBundleID(other), std::nullopt) << other;
+}
+
+TEST(BrowserTest, TheMainReleaseIsTheFirstOfTheEditions) {
+  for (const Browser browser : Browser::allCases) EXPECT_EQ(browser.editions().front(), browser.bundleID());
+}
+
+TEST(BrowserTest, ABrowserIsInstalledIfTheSystemKnowsWhere) {
   test::VirtualWorkspace workspace;
   EXPECT_FALSE(Browser(Browser::firefox).isInstalled(workspace));
   workspace.installed["org.mozilla.firefox"] = "/Applications/Firefox.app";
@@ -52,7 +83,7 @@ TEST(BrowserTest, InstalledMeansThatTheSystemKnowsWhere) {
   EXPECT_FALSE(Browser(Browser::chrome).isInstalled(workspace));
 }
 
-TEST(BrowserTest, RunningMeansThatAProcessOfItRuns) {
+TEST(BrowserTest, ABrowserRunsIfOneOfItsProcessesRuns) {
   test::VirtualWorkspace workspace;
   EXPECT_FALSE(Browser(Browser::chrome).isRunning(workspace));
   workspace.addRunning(100, "Google Chrome", ActivationPolicy::regular, "com.google.Chrome");

@@ -14,7 +14,7 @@ class PathsTest : public testing::Test {
   Paths paths{locations, files};
 };
 
-TEST_F(PathsTest, EverythingStandsInTheSupportDirectory) {
+TEST_F(PathsTest, AllPathsAreInTheSupportDirectory) {
   EXPECT_EQ(paths.supportDir(), "/home/user/Application Support/Tollvane");
   EXPECT_EQ(paths.history(), "/home/user/Application Support/Tollvane/history.txt");
   EXPECT_EQ(paths.bridgeSocket(), "/home/user/Application Support/Tollvane/bridge.sock");
@@ -34,7 +34,7 @@ TEST_F(PathsTest, TheDirectoryIsFoundOnceAndStays) {
   EXPECT_EQ(locations.asked, 1);
 }
 
-TEST_F(PathsTest, ADirectoryThatCannotBeMadeIsNamedAllTheSame) {
+TEST_F(PathsTest, ADirectoryThatCannotBeMadeIsStillNamed) {
   files.readOnly = true;
   EXPECT_EQ(paths.history(), "/home/user/Application Support/Tollvane/history.txt");
   EXPECT_TRUE(files.directories.empty());

@@ -20,7 +20,7 @@ std::string repeated(std::string_view piece, int times) {
   return result;
 }
 
-TEST(SoundEventTest, IsNewlyMadeWithoutTabAndUnseen) {
+TEST(SoundEventTest, ANewEventIsUnseenAndHasNoTab) {
   const SoundEvent event = someEvent();
   EXPECT_EQ(event.app, "Firefox");
   EXPECT_EQ(event.kind, "started playing audio");
@@ -50,7 +50,7 @@ TEST(SoundEventTest, OnlyATabIdIsABrowserTab) {
   EXPECT_EQ(event.tabLabel(), "a browser tab");
 }
 
-TEST(SoundEventTest, FortyEightCharactersAreWholeAndFortyNineAreCutTo47AndAnEllipsis) {
+TEST(SoundEventTest, FortyEightCharactersAreKeptAndFortyNineAreCutTo47AndAnEllipsis) {
   EXPECT_EQ(labelOf(std::string(48, 'x')), std::string(48, 'x'));
   EXPECT_EQ(labelOf(std::string(49, 'x')), std::string(47, 'x') + "…");
   EXPECT_EQ(labelOf(std::string(10'000, 'x')), std::string(47, 'x') + "…");
@@ -74,7 +74,7 @@ TEST(SoundEventTest, TitlesAreTrimmedBeforeTheyAreMeasured) {
   EXPECT_EQ(labelOf(std::string(20, ' ') + std::string(48, 'x') + "\n"), std::string(48, 'x'));
 }
 
-TEST(SoundEventTest, TitleAndHostAreSetApartByTwoBlanks) {
+TEST(SoundEventTest, TitleAndHostAreSeparatedByTwoBlanks) {
   EXPECT_EQ(labelOf("Inbox", "www.example.org"), "Inbox  (example.org)");
   EXPECT_EQ(labelOf("Inbox", "mail.example.org"), "Inbox  (mail.example.org)");
 }
@@ -85,14 +85,14 @@ TEST(SoundEventTest, ABlankTitleLeavesTheHostWithoutItsWww) {
   EXPECT_EQ(labelOf("", "WWW.example.org"), "WWW.example.org");
 }
 
-TEST(SoundEventTest, TitleAloneAndNothingAtAll) {
+TEST(SoundEventTest, ATitleAloneIsTheLabelAndWithoutBothItIsABrowserTab) {
   EXPECT_EQ(labelOf("Inbox"), "Inbox");
   EXPECT_EQ(labelOf("Inbox", "www."), "Inbox");
   EXPECT_EQ(labelOf(" ", ""), "a browser tab");
   EXPECT_EQ(labelOf(" ", "www."), "a browser tab");
 }
 
-TEST(SoundEventTest, BytesThatAreNoTextAreKept) { EXPECT_EQ(labelOf("a\xff\xfe z"), "a\xff\xfe z"); }
+TEST(SoundEventTest, BytesThatAreNotTextAreKept) { EXPECT_EQ(labelOf("a\xff\xfe z"), "a\xff\xfe z"); }
 
 }  // namespace
 }  // namespace tollvane

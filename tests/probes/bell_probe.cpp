@@ -1,5 +1,5 @@
-// The bell by itself, for the tests to look at: bell_probe ICON_THEME_PATH.
-// Obeys lines on its standard input and prints what the user does with the item.
+// The bell by itself, for tests: bell_probe ICON_THEME_PATH.
+// Obeys commands on its standard input, one a line, and prints what the user does with the item.
 //   image SYMBOL DESCRIPTION...   tooltip TEXT...   another-item   quit
 //   -> "obeyed" after each line
 #include <QGuiApplication>

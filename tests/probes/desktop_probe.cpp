@@ -1,13 +1,13 @@
-// The parts of the Linux platform that deal with other programs' windows, as a program that a test talks to, a line at
-// a time, in whatever desktop it is started in:
+// The parts of the Linux platform that deal with other programs' windows, as a program that a test starts in a desktop.
+// It obeys commands on its standard input, one a line:
 //
-//   activate PID          -> "activated yes" or "activated no"
-//   running               -> one line an application: PID, a tab, its name; then "end"
+//   activate PID [TITLE]  -> "activated yes" or "activated no"
+//   running               -> a line for each application: PID, a tab, its name; then "end"
 //   open PATH             -> "ok" at once
 //   url URL               -> "ok" at once
 //   url-in URL PATH       -> "started yes" or "started no"
-//   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when it is answered
-//   ask                   -> "ok", behind everything that is done already
+//   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when the user has answered
+//   ask                   -> "ok", after the answers to everything before
 #include <QApplication>
 #include <QMessageBox>
 #include <sstream>
@@ -64,8 +64,10 @@ void obey(Desktop& desktop, const std::string& command) {
   line >> verb;
   if (verb == "activate") {
     RunningApplication application;
-    line >> application.pid;
-    desktop.workspace.activate(application, [](bool forward) { say(std::string("activated ") + yesOrNo(forward)); });
+    std::string title;
+    std::getline(line >> application.pid >> std::ws, title);
+    desktop.workspace.activate(application, title,
+                               [](bool forward) { say(std::string("activated ") + yesOrNo(forward)); });
   } else if (verb == "running") {
     for (const auto& each : desktop.workspace.runningApplications())
       say(std::to_string(each.pid) + "\t" + each.localizedName.value_or(""));
@@ -73,7 +75,7 @@ void obey(Desktop& desktop, const std::string& command) {
   } else if (verb == "open" || verb == "url") {
     std::string target;
     std::getline(line >> std::ws, target);
-    verb == "open" ? desktop.workspace.open(target) : desktop.workspace.openURL(target);
+    verb == "open" ? desktop.workspace.open(target, [](bool) {}) : desktop.workspace.openURL(target);
     say("ok");
   } else if (verb == "url-in") {
     std::string url, path;

@@ -1,8 +1,8 @@
-// The bell with its menu, for the tests and the pictures to look at: menu_probe ICON_THEME_PATH SCENARIO.
-// Obeys lines on its standard input:
+// The bell with its menu, for tests and pictures: menu_probe ICON_THEME_PATH SCENARIO.
+// Obeys commands on its standard input, one a line:
 //   open X Y        as if a bar had reported a click there        close
-//   submenu         opens the first submenu       grab FILE     what the open menu looks like
-//   add APP         another sound                 clear         no sounds     image SYMBOL
+//   submenu         opens the first submenu       grab FILE     a picture of the open menu
+//   add APP         adds a sound                  clear         removes all   image SYMBOL
 //   repeat N        opens and closes N times      scheme dark|light
 //   where           -> "menu X Y W H" and "submenu ..." of what is open
 //   quit
@@ -65,9 +65,10 @@ class Probe : public QObject {
     auto* menu = qobject_cast<MenuWidget*>(watched);
     if (menu && event->type() == QEvent::Show)
       say((openedBelow(*menu) ? "opened-below " : "opened ") + text(menu->geometry()));
-    if (menu && event->type() == QEvent::Paint)
+    if (menu && event->type() == QEvent::Paint) {
       QMetaObject::invokeMethod(
           this, [] { say("painted"); }, Qt::QueuedConnection);
+    }
     if (menu && event->type() == QEvent::Hide && !openedBelow(*menu)) {
       say("closed");
       sayWhenGone(*menu);
@@ -78,7 +79,7 @@ class Probe : public QObject {
  private:
   static bool openedBelow(const MenuWidget& menu) { return qobject_cast<MenuWidget*>(menu.parentWidget()) != nullptr; }
 
-  // Also for the desktop, which may give us the next click until then.
+  // Says "gone" only when the desktop has removed the menu too: before that it may still send a click to it.
   void sayWhenGone(const MenuWidget& menu) {
     connect(
         &menu, &QObject::destroyed, this,
@@ -114,9 +115,10 @@ class Probe : public QObject {
       if (const MenuWidget* menu = openMenu(false)) say("menu " + text(menu->geometry()));
       if (const MenuWidget* menu = openMenu(true)) say("submenu " + text(menu->geometry()));
     }
-    if (command == "scheme" && line >> argument)
+    if (command == "scheme" && line >> argument) {
       QApplication::setPalette(
           paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    }
     if (command == "repeat") {
       int times = 0;
       line >> times;

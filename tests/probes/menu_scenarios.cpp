@@ -10,7 +10,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An afternoon; each sound is 97 seconds after the one before it, so that hours of one and of two digits occur.
+// The time of the first sound. Each sound is 97 seconds after the one before, so the hours of fifty sounds have one
+// digit or two.
 constexpr TimePoint first{std::chrono::seconds{1'793'970'000}};
 
 std::string repeated(std::string_view text, int times) {

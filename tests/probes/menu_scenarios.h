@@ -1,4 +1,4 @@
-// Menus as the program makes them, of sounds that a test or a picture wants to show.
+// Makes menus as Tollvane does, from sounds that a test or a picture needs.
 //
 //   MenuScenario scenario("six", [](const std::string& chosen) { ... });
 //   bar.makeStatusItem()->setMenu(scenario);
@@ -26,7 +26,7 @@ class MenuScenario : public MenuDelegate {
   void menuNeedsUpdate(Menu& menu) override;
 
   void addSound(std::string_view app, std::string_view kind);
-  void addTab(std::string_view title, std::string_view host, bool withIdentifier = true);  // of the last sound added
+  void addTab(std::string_view title, std::string_view host, bool withIdentifier = true);  // to the last sound added
   void seeAll();
   void clear() { events_.clear(); }
 

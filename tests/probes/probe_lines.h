@@ -1,4 +1,4 @@
-// How a probe talks with its test: lines on the standard streams. Main thread only.
+// A probe and its test talk in lines, on the probe's standard streams. Main thread only.
 #pragma once
 
 #include <unistd.h>
@@ -18,7 +18,7 @@ inline void say(const std::string& line) {
   std::fflush(stdout);
 }
 
-// Hands over each line of the standard input, and ends the application with it.
+// Passes on each line of the standard input. Ends the application when the input ends.
 class ProbeLines {
  public:
   explicit ProbeLines(std::function<void(const std::string& line)> obey) : obey_(std::move(obey)) {

@@ -1,9 +1,9 @@
-// The settings window, for the tests and the pictures to look at: settings_probe SCENARIO.
-// Obeys lines on its standard input:
-//   show            in front             scroll N        to that place     top | bottom
+// The settings window, for tests and pictures: settings_probe SCENARIO.
+// Obeys commands on its standard input, one a line:
+//   show            brings it forward    scroll N        scrolls to N      top | bottom
 //   scheme dark|light                    font POINTS FAMILY
-//   grab FILE       what it looks like   where NAME      -> "where X Y" of the middle of the control of that name
-//   state           -> what is on: "on NAME", "off NAME" for each switch and check box, then "window shown|hidden"
+//   grab FILE       a picture of it      where NAME      -> "where X Y", the middle of the control called NAME
+//   state           -> "on NAME" or "off NAME" for each switch and check box, then "window shown|hidden"
 //   quit
 //   -> "obeyed" after each line
 #include <QAbstractButton>
@@ -67,9 +67,10 @@ class Probe {
     if (command == "scroll") bar->setValue(std::stoi(argument));
     if (command == "top") bar->setValue(bar->minimum());
     if (command == "bottom") bar->setValue(bar->maximum());
-    if (command == "scheme")
+    if (command == "scheme") {
       QApplication::setPalette(
           paletteFor(argument == "dark" ? ColorScheme::dark : ColorScheme::light, QApplication::palette()));
+    }
     if (command == "font") {
       std::istringstream wish(argument);
       double points = 0;

@@ -9,7 +9,7 @@
 namespace tollvane::test {
 namespace {
 
-// As long as the sentences get in languages that need the most room.
+// Makes the text as long as its longest translations may become.
 void lengthen(std::string& text) {
   if (text.size() > 10) text += ", " + text.substr(0, text.size() / 2);
 }

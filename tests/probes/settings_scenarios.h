@@ -1,5 +1,5 @@
-// What the settings window shows in some states of a system in memory, for the tests and the pictures. Its switches
-// work: they change the model, which is drawn anew.
+// The settings window's content in some states of a virtual system, for tests and pictures. The switches work: they
+// change the model, which is drawn anew.
 #pragma once
 
 #include <functional>
@@ -16,7 +16,7 @@ namespace tollvane::test {
 
 class SettingsScenario {
  public:
-  // welcome, partly, connected, none, note, browsers, translated. Throws std::invalid_argument for any other.
+  // `name` is one of names(). Throws std::invalid_argument for any other name.
   explicit SettingsScenario(const std::string& name);
 
   static const std::vector<std::string>& names();
@@ -24,7 +24,7 @@ class SettingsScenario {
   std::string title() const { return welcome_ ? "Welcome" : "Tollvane Settings"; }
   ui::SettingsContent content();
 
-  // Called once for each change, before it takes effect.
+  // `draw` is called once for each change of the model, before it takes effect.
   void onChange(std::function<void()> draw) { model_.objectWillChange = std::move(draw); }
 
   VirtualPlatform& system() { return system_; }

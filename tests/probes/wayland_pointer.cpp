@@ -1,5 +1,6 @@
-// A pointer for a Wayland desktop that has none: obeys lines on its standard input, and stays, since the pointer goes
-// with it. The place is in pixels of an output of this size:  wayland_pointer WIDTH HEIGHT
+// A virtual pointer for a Wayland desktop without one: wayland_pointer WIDTH HEIGHT. Obeys commands on its standard
+// input, one a line; X and Y are pixels of an output of this width and height. The pointer exists while this program
+// runs:
 //   move X Y     press BUTTON     release BUTTON     -> "obeyed" once the compositor has taken it
 // Buttons are those of linux/input-event-codes.h: 272 is the left one.
 #include <wayland-client.h>
@@ -15,7 +16,7 @@
 
 namespace {
 
-// By the pointer's own clock, in milliseconds: two clicks in a row are two, and no double click.
+// Milliseconds between two commands on the pointer's own clock: so long that two clicks are no double click.
 constexpr std::uint32_t betweenOrders = 1000;
 
 zwlr_virtual_pointer_manager_v1* manager = nullptr;
@@ -32,8 +33,8 @@ void offered(void*, wl_registry* registry, std::uint32_t name, const char* inter
 int main(int argc, char** argv) {
   wl_display* display = wl_display_connect(nullptr);
   if (argc != 3 || display == nullptr) return 2;
-  const auto width = static_cast<std::uint32_t>(std::atoi(argv[1]));
-  const auto height = static_cast<std::uint32_t>(std::atoi(argv[2]));
+  const auto width = static_cast<std::uint32_t>(std::stoul(argv[1]));
+  const auto height = static_cast<std::uint32_t>(std::stoul(argv[2]));
   constexpr wl_registry_listener listener{offered, [](void*, wl_registry*, std::uint32_t) {}};
   wl_registry_add_listener(wl_display_get_registry(display), &listener, nullptr);
   wl_display_roundtrip(display);

@@ -1,9 +1,9 @@
-"""A message bus, asked through busctl.
+"""Calls methods and reads properties on a message bus, with busctl.
 
-    bus.call(service, path, interface, 'GetLayout', 'iias', 0, -1, 0)     # what it returns, as a list
+    bus.call(service, path, interface, 'GetLayout', 'iias', 0, -1, 0)     # the results, as a list
     bus.get(service, path, interface, 'Name')
 
-Variants come as {'type': ..., 'data': ...}, structures and arrays as lists. What is refused raises BusError.
+Variants are returned as {'type': ..., 'data': ...}, structures and arrays as lists. An error reply raises BusError.
 """
 
 import json
@@ -27,7 +27,7 @@ class Bus:
         return self._ask('get-property', service, path, interface, name)
 
     def has(self, name):
-        """Whether somebody owns this name."""
+        """Whether this name has an owner on the bus."""
         try:
             return self.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus', 'NameHasOwner',
                              's', name)[0]

@@ -4,8 +4,8 @@
         session.tell('start notifications')
         session.start('player', ['pw-play', 'tone.wav'])
 
-`session.environment` is where programs find the session, `session.facts` what private_session says besides. Programs
-that are started here end with the session.
+`session.environment` lets programs find the session; `session.facts` are the facts that private_session prints.
+Programs that are started here end with the session.
 """
 
 import pathlib
@@ -18,7 +18,7 @@ PROGRAM = pathlib.Path(__file__).resolve().parent / 'private_session'
 
 
 class SessionFailure(Exception):
-    """What private_session says that has failed."""
+    """Raised with private_session's sentence about what failed."""
 
 
 class PrivateSession:
@@ -33,7 +33,7 @@ class PrivateSession:
             self.close()
             raise
         self.root, self.home = pathlib.Path(self.facts['root']), pathlib.Path(self.facts['home'])
-        # The usual places below the home directory: some programs look there whatever the variables say.
+        # The default folders in the home directory, because some programs ignore the variables for other ones.
         self.config, self.data = self.home / '.config', self.home / '.local/share'
         for directory in (self.config, self.data):
             directory.mkdir(parents=True, exist_ok=True)
@@ -46,13 +46,13 @@ class PrivateSession:
         self.close()
 
     def tell(self, command):
-        """See private_session; raises SessionFailure."""
+        """Sends a command of private_session. Raises SessionFailure if it fails."""
         self._session.stdin.write(command + '\n')
         self._session.stdin.flush()
         self._read_answer()
 
     def start(self, name, command, **options):
-        """Starts a program in the session; it dies with the session, or with this process."""
+        """Starts a program in the session. It is killed when the session ends, or with this process."""
         with open(pathlib.Path(self.facts['log']) / name, 'ab') as log:
             process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], stdin=subprocess.DEVNULL,
                                        stderr=log, start_new_session=True,
@@ -72,7 +72,7 @@ class PrivateSession:
                               stdin=subprocess.DEVNULL, timeout=10, text=True).stdout.strip()
 
     def processes(self, program):
-        """The ids of this program's processes in this session."""
+        """The ids of the session's processes that run `program`."""
         mark = f"XDG_RUNTIME_DIR={self.environment['XDG_RUNTIME_DIR']}".encode()
 
         def is_one(directory):
@@ -80,7 +80,7 @@ class PrivateSession:
                 return (mark in (directory / 'environ').read_bytes().split(b'\0') and
                         str(program).encode() in (directory / 'cmdline').read_bytes().split(b'\0'))
             except OSError:
-                return False  # ended meanwhile, or another user's
+                return False  # the process has ended, or belongs to another user
         return [int(each.name) for each in pathlib.Path('/proc').glob('[0-9]*') if is_one(each)]
 
     def close(self):

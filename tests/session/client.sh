@@ -5,14 +5,14 @@
 #   require 10 "the end of the sound" silence
 #   session tone light
 #
-# begin_session puts the session's variables in the place of all of the script's, and its facts (root, home, log, user,
-# panel_pid and so on) into shell variables of these names. Everything started here ends with the shell, however that
-# ends.
+# begin_session replaces all environment variables of the script by those of the session, and sets a shell variable for
+# each fact of the session: root, home, log, user, panel_pid and so on. Everything that is started here ends with the
+# shell, however that ends.
 # shellcheck shell=bash
 
 session_program=$(realpath "$(dirname "${BASH_SOURCE[0]}")/private_session")
 started=()
-# shellcheck disable=SC2034  # of those who source this
+# shellcheck disable=SC2034  # scripts that source this file use them
 root='' home='' log='' user='' panel_pid=''
 
 give_up() {
@@ -24,14 +24,15 @@ begin_session() {
   local name
   coproc session_process { exec "$session_program" "$@"; }
   session_pid=$!
-  # Programs that are started here do not inherit these two. Their array goes when the program ends.
+  # Copies of the coprocess's descriptors, because bash unsets their array when the coprocess ends. Programs that are
+  # started here do not inherit them.
   session_answers=${session_process[0]} session_commands=${session_process[1]}
   for name in $(compgen -e); do unset "$name" || true; done
   user=''
   read_answer
 }
 
-# session COMMAND...: see private_session.
+# session COMMAND...: sends a command of private_session, and gives up if it fails.
 session() {
   echo "$*" >&"$session_commands"
   read_answer
@@ -50,7 +51,7 @@ read_answer() {
   give_up "the private session has ended"
 }
 
-# Returns when everything that was started in the session is gone.
+# Ends the session. Returns when everything that was started in it is gone.
 end_session() {
   local i
   [ -n "${session_pid:-}" ] || return 0
@@ -64,7 +65,8 @@ trap 'set +e; trap "" INT TERM HUP; end_session' EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
-# as_user COMMAND...: in the shell's place, as the user who runs the session; it dies with this shell.
+# as_user COMMAND...: replaces the subshell that calls it by a program. The program runs as the user of the session, and
+# is killed when the script ends.
 as_user() {
   if [ -n "$user" ]; then
     exec setpriv --reuid "${user%:*}" --regid "${user#*:}" --clear-groups --pdeathsig KILL "$@"
@@ -73,10 +75,10 @@ as_user() {
   fi
 }
 
-# in_session COMMAND...: runs a program to its end, as the user who runs the session.
+# in_session COMMAND...: runs a program to its end, as the user of the session.
 in_session() { (as_user "$@"); }
 
-# start NAME COMMAND...: in the background, with a log; its id is in $!.
+# start NAME COMMAND...: starts a program in the background, with a log. Its process id is in $!.
 start() {
   local name=$1
   shift
@@ -84,7 +86,7 @@ start() {
   started+=($!)
 }
 
-# poll SECONDS CONDITION...: false if it still does not hold after that time.
+# poll SECONDS CONDITION...: waits until the condition holds; false if it still does not after that time.
 poll() {
   local end=$((SECONDS + $1))
   shift
@@ -94,7 +96,7 @@ poll() {
   done
 }
 
-# require SECONDS WHAT CONDITION...: the same, and gives up.
+# require SECONDS WHAT CONDITION...: the same, but gives up if the condition does not hold in time.
 require() {
   local seconds=$1 what=$2
   shift 2
@@ -103,13 +105,13 @@ require() {
   give_up "this did not come up: $what"
 }
 
-# A child that has ended stays known until it is waited for, so its state counts and not its id.
+# running PID: whether a child runs. A child that has ended keeps its id until it is waited for, so its state decides.
 running() {
   local state
   state=$(ps -o stat= -p "$1") && [[ $state != Z* ]]
 }
 
-# stop PID: one of our children; returns when it is gone.
+# stop PID: ends one of our children. Returns when it is gone.
 stop() {
   kill "$1" 2>/dev/null || return 0
   poll 2 eval "! running $1" || kill -9 "$1" 2>/dev/null

@@ -1,4 +1,4 @@
-"""The parts of a session: how each is started, and how it is known to be ready."""
+"""The parts of a session: how each is started, and how to tell that it is ready."""
 
 import os
 import pathlib
@@ -29,11 +29,11 @@ DEFAULT_SIZE = (800, 480)
 
 
 class Failure(Exception):
-    """One sentence for the person who asked."""
+    """A failure, described in one sentence for the user of private_session."""
 
 
 def accepts(path):
-    """Whether somebody listens: the file of a socket is there earlier."""
+    """Whether a program listens on this socket. The file of a socket exists before that."""
     with socket.socket(socket.AF_UNIX) as probe:
         return probe.connect_ex(str(path)) == 0
 
@@ -66,21 +66,21 @@ class PipeWire:
         session.await_part('PipeWire', 'pipewire', server, lambda: accepts(session.run / 'pipewire-0'))
         PipeWire._leave_bluetooth_alone(session)
         manager = session.launch('wireplumber', ['wireplumber'], 'pipewire')
-        # pipewire-pulse gives up where a player makes this directory at the same moment.
+        # pipewire-pulse gives up if a player makes this directory at the same moment.
         session.make_directory(session.run / 'pulse')
         session.launch('pipewire-pulse', ['pipewire-pulse'], 'pipewire')
         silence = silent_file(session)
         session.await_part(PipeWire.title, 'wireplumber', manager,
                            lambda: session.output('pactl', 'list', 'short', 'sinks').strip())
-        # An output that is listed may still hang; one that has played does not.
+        # An output that is listed may still hang, so play to it.
         session.await_part(PipeWire.title, 'wireplumber', manager,
                            lambda: session.succeeds('pw-play', silence) and session.succeeds('paplay', silence))
 
     @staticmethod
     def _leave_bluetooth_alone(session):
-        """WirePlumber asks a login service about it, and ends where there is none."""
+        """For Bluetooth, WirePlumber asks a login service, and ends if there is no such service."""
         settings = session.home / '.config/wireplumber'
-        # 0.4 is set up in Lua, 0.5 and later in files of PipeWire's form. Neither looks at the other's.
+        # WirePlumber 0.4 reads settings in Lua, 0.5 and later in PipeWire's format. Each ignores the other's file.
         session.write(settings / 'bluetooth.lua.d/51-no-bluetooth.lua', 'bluez_monitor.enabled = false\n')
         session.write(settings / 'wireplumber.conf.d/no-bluetooth.conf', 'wireplumber.profiles = {\n  main = {\n'
                       '    hardware.bluetooth = disabled\n  }\n}\n')
@@ -115,7 +115,7 @@ class Screen:
         scale = session.options.scale
         width, height = session.options.screen or DEFAULT_SIZE
         reader, writer = os.pipe()
-        # -noreset: or the server starts over when the first client that only looks around leaves.
+        # Without -noreset the server would reset when its first client leaves.
         process = session.launch(
             'screen', ['Xvfb', '-displayfd', str(writer), '-screen', '0', f'{width * scale}x{height * scale}x24',
                        '-nolisten', 'tcp', '-noreset'], 'screen', pass_fds=(writer,))
@@ -142,7 +142,7 @@ class WindowManager:
 
     @staticmethod
     def start(session):
-        # It names itself on the root window too early: a window that is mapped while it starts may escape it for ever.
+        # openbox announces itself too early: it may never manage a window that is mapped while it starts.
         process = session.launch('window-manager', ['openbox', '--sm-disable', '--startup', 'echo ready'],
                                  'window-manager')
         session.await_part(WindowManager.title, 'window-manager', process,

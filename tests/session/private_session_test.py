@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""private_session itself: its parts come up, its commands work, and nothing of it stays."""
+"""Tests of private_session: its parts come up, its commands work, and nothing of it stays behind."""
 
 import contextlib
 import os
@@ -17,7 +17,7 @@ from waiting import wait_until
 
 HERE = pathlib.Path(__file__).resolve().parent
 WATCHER = ('org.kde.StatusNotifierWatcher', '/StatusNotifierWatcher', 'org.kde.StatusNotifierWatcher')
-# What could lead a program of the session to the desktop of the person who runs the tests.
+# Variables that could lead a program of the session to the desktop of the user who runs the tests.
 FOREIGN = {
     'DISPLAY': ':77', 'WAYLAND_DISPLAY': 'wayland-77', 'XAUTHORITY': '/foreign', 'SESSION_MANAGER': 'foreign',
     'DBUS_SESSION_BUS_ADDRESS': 'unix:path=/foreign', 'DBUS_SYSTEM_BUS_ADDRESS': 'unix:path=/foreign',
@@ -30,7 +30,7 @@ FOREIGN = {
 
 
 def processes_of(root):
-    """The ids of all processes that carry the session's runtime directory."""
+    """The ids of all processes with the session's runtime directory in their environment."""
     found = []
     for directory in pathlib.Path('/proc').glob('[0-9]*'):
         with contextlib.suppress(OSError):
@@ -65,7 +65,7 @@ class SessionTest(unittest.TestCase):
         return session.output(*command)
 
     def failure(self, *options, **programs):
-        """What a session says that does not come up. `programs`: shell scripts in the place of real programs."""
+        """The sentence of a session that fails to come up. `programs`: shell scripts that replace real programs."""
         with tempfile.TemporaryDirectory() as directory:
             for name, text in programs.items():
                 file = pathlib.Path(directory, name)
@@ -115,7 +115,7 @@ class Parts(SessionTest):
         wait_until(lambda: self.brightness(session) > dark + 50, 'a light panel')
 
     def brightness(self, session):
-        """Of a place in the panel, once it has been drawn there over the background."""
+        """The brightness of a pixel of the panel, after the panel has been drawn over the background."""
         def look():
             pixel = subprocess.run(
                 ['import', '-silent', '-window', 'root', '-crop', '1x1+100+14', '-depth', '8', 'rgb:-'],
@@ -257,7 +257,7 @@ class Failures(SessionTest):
         self.assertEqual(str(failure.exception), 'the program Xvfb is not here')
 
     def path_without(self, program):
-        """A directory with all programs but one."""
+        """A directory with all programs except `name`."""
         directory = self.enterContext(tempfile.TemporaryDirectory())
         for place in reversed(os.environ['PATH'].split(':')):
             for file in pathlib.Path(place).glob('*'):

@@ -15,13 +15,13 @@ import time
 from bus import Bus
 from parts import PARTS, Failure
 
-# What programs of the session get of the environment of whoever started it. All else could lead them to the desktop of
-# the person who works here, or change what they look like.
+# The variables that programs of the session inherit from outside. All others could lead them to the desktop of the user
+# who started the session, or change what they look like.
 KEPT = re.compile('PATH|LD_LIBRARY_PATH|TERM|TZ|TOLLVANE_.*|(A|L|T|UB)SAN_OPTIONS')
 
 PR_SET_PDEATHSIG = 1
 MARK_OF_PARTS = 'TOLLVANE_PART_OF_SESSION'
-LAST_WORDS = 3  # lines of a log in a sentence about its program
+LAST_WORDS = 3  # so many lines of a program's log are quoted in a sentence about its failure
 NOBODY = 'nobody'
 
 
@@ -43,14 +43,14 @@ class Session:
             TMPDIR=str(self.root / 'tmp'),
             XDG_RUNTIME_DIR=str(self.run),
             DBUS_SESSION_BUS_ADDRESS=f'unix:path={self.run}/bus',
-            QT_QPA_PLATFORM='offscreen',  # until there is a screen
+            QT_QPA_PLATFORM='offscreen',  # changed when there is a screen
             NO_AT_BRIDGE='1',
             LANG='C.UTF-8')
         self.bus = Bus(self.environment['DBUS_SESSION_BUS_ADDRESS'])
         self.facts = {'root': str(self.root), 'home': str(self.home), 'log': str(self.log)}
         if self.user:
             self.facts['user'] = f'{self.user.pw_uid}:{self.user.pw_gid}'
-        self._processes = {}  # of each running part, in the order of their start
+        self._processes = {}  # part -> its processes, for the running parts, in the order of their start
         self._services = []
         self._told = {}
 
@@ -72,12 +72,13 @@ class Session:
             raise Failure(f'{PARTS[part].title} does not run')
         self._end(self._processes.pop(part), number)
         name = getattr(PARTS[part], 'name_on_bus', None)
-        # The helper process of a panel that owns its name outlives it a little, and would pass for the next one's.
+        # The name is owned by a helper process of the panel, which ends a little later. It must be gone before the next
+        # panel starts, because it would be taken for that panel's.
         if name and not within(self.options.patience, lambda: not self.bus.has(name)):
             raise Failure(f'{PARTS[part].title} has ended, but its name {name} stays on the bus')
 
     def start_service(self, name):
-        """A service of the bus, as its file says."""
+        """Starts a service of the bus, as its file says."""
         file = pathlib.Path(f'/usr/share/dbus-1/services/{name}.service')
         if not file.exists():
             raise Failure(f'there is no service {name} on this machine')
@@ -92,7 +93,7 @@ class Session:
         if not part:
             raise Failure('there is neither panel nor bar whose tone could change')
         PARTS[part].change_tone(self)
-        # A running one keeps the icons in the colours of its old tone.
+        # A panel or bar that runs on keeps its icons in the colours of the old tone.
         self.end_part(part, signal.SIGTERM)
         self.start_part(part)
 
@@ -100,16 +101,16 @@ class Session:
         self._stop(lambda: self.strays(but_for_parts=True))
 
     def news(self):
-        """What has changed since it was asked last."""
+        """The variables and facts that have changed since the last call."""
         now = {**self.environment, **{name: str(value) for name, value in self.facts.items()}}
         new = {name: value for name, value in now.items() if self._told.get(name) != value}
         self._told = now
         return new
 
-    # --- what parts are made with ---
+    # --- what the parts use ---
 
     def launch(self, name, command, part=None, **options):
-        """Starts a program. It dies with this process, and with `part` if one is named."""
+        """Starts a program. It is killed with this process, and ends with `part` if that is given."""
         if not shutil.which(command[0], path=self.environment['PATH']):
             raise Failure(f'the program {command[0]} is not here')
         settings = {'stdin': subprocess.DEVNULL, 'stdout': subprocess.PIPE, 'env': self.environment, **options}
@@ -124,7 +125,7 @@ class Session:
         return process
 
     def await_part(self, title, log_name, process, condition):
-        """Until the condition holds. Fails when the process has ended before, or time is up."""
+        """Waits until the condition holds. Fails if the process ends before that, or the time is over."""
         end = time.monotonic() + self.options.patience
         while not condition():
             code = process.poll()
@@ -174,7 +175,7 @@ class Session:
         for part in reversed(list(self._processes)):
             self._end(self._processes[part], signal.SIGTERM)
         self._end(self._services, signal.SIGTERM)
-        # The processes that they or programs of the session have left behind.
+        # End what the parts or other programs of the session have left behind.
         self._stop(self.strays)
         shutil.rmtree(self.root, ignore_errors=True)
 
@@ -186,7 +187,7 @@ class Session:
             try:
                 environment = (directory / 'environ').read_bytes().split(b'\0')
             except OSError:
-                continue  # ended meanwhile, or another user's
+                continue  # the process has ended, or belongs to another user
             if mark in environment and not (but_for_parts and part in environment):
                 found.append(int(directory.name))
         return found
@@ -196,7 +197,7 @@ class Session:
         def are_gone():
             if pids():
                 return False
-            time.sleep(0.005)  # while a process becomes another program it has no environment
+            time.sleep(0.005)  # a process has no environment while it becomes another program
             return not pids()
 
         signal_all(pids(), signal.SIGTERM)

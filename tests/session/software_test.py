@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""tests/session/software: what it lays over the system is seen by the command alone."""
+"""Tests of tests/session/software: only the command sees what is laid over the system."""
 
 import os
 import pathlib
@@ -15,7 +15,7 @@ USER = 65534
 
 class SoftwareTest(unittest.TestCase):
     def setUp(self):
-        """A project with two layers of one file each."""
+        """Makes a project with two layers of one file each."""
         self.project = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.project.chmod(0o755)
         self.program = self.project / 'tests/session/software'
@@ -33,7 +33,7 @@ class SoftwareTest(unittest.TestCase):
                               **options)
 
     def run_inside(self, *command, layers=('session',), **options):
-        # With a desktop it would never install anything.
+        # DISPLAY looks like a desktop, so that nothing is ever installed.
         done = self.run_program('run', *layers, '--', *command, env={**os.environ, 'DISPLAY': ':77'}, **options)
         if 'cannot be laid over each other' in done.stderr:
             self.skipTest(done.stderr.strip())

@@ -1,4 +1,4 @@
-"""Waiting for a condition, with a deadline that only a broken program reaches."""
+"""Waits for conditions, with a deadline that only a broken program reaches."""
 
 import time
 
@@ -6,7 +6,7 @@ DEADLINE = 90.0  # seconds: a browser on a busy machine takes long to start
 
 
 def wait_until(condition, what, deadline=DEADLINE, pause=0.02):
-    """Returns the first true value of condition(); raises TimeoutError, which says what did not happen."""
+    """Returns the first true value of condition(); if the deadline passes, raises TimeoutError with `what` in it."""
     end = time.monotonic() + deadline
     while True:
         value = condition()

@@ -57,7 +57,7 @@ TEST_F(ExtensionPickTest, APageOpensInItsOwnBrowserOrElseInTheDefaultOne) {
                           "https://example.org/go/chrome in /apps/chrome.desktop", "https://example.org/go/chrome"));
 }
 
-TEST_F(ExtensionPickTest, NoPicksOpenNothing) {
+TEST_F(ExtensionPickTest, WithoutPicksNothingIsOpened) {
   open({});
   EXPECT_TRUE(system.queue.idle());
 }

@@ -20,7 +20,7 @@ class LoginItemTest : public testing::Test {
   LoginItem item{system.login, system.files, system.locations};
 };
 
-TEST_F(LoginItemTest, IsEnabledExactlyWhenTheStatusSaysSo) {
+TEST_F(LoginItemTest, IsEnabledExactlyIfTheStatusSaysSo) {
   for (const LoginStatus status :
        {LoginStatus::notRegistered, LoginStatus::enabled, LoginStatus::requiresApproval, LoginStatus::notFound}) {
     system.login.state = status;
@@ -28,7 +28,7 @@ TEST_F(LoginItemTest, IsEnabledExactlyWhenTheStatusSaysSo) {
   }
 }
 
-TEST_F(LoginItemTest, TheLegacyAgentStandsInTheUsersLaunchAgents) { EXPECT_EQ(item.legacyAgent(), agent); }
+TEST_F(LoginItemTest, TheLegacyAgentIsInTheUsersLaunchAgents) { EXPECT_EQ(item.legacyAgent(), agent); }
 
 TEST_F(LoginItemTest, MigrationPutsTheLoginItemInTheAgentsPlace) {
   item.migrateFromLegacyAgent();
@@ -42,7 +42,7 @@ TEST_F(LoginItemTest, ARefusedMigrationLeavesTheAgent) {
   EXPECT_TRUE(agentExists());
 }
 
-TEST_F(LoginItemTest, ARefusalOfWhatIsEnabledAlreadyStillEndsTheAgent) {
+TEST_F(LoginItemTest, TheAgentIsRemovedIfTheLoginItemIsEnabledAlready) {
   system.login.refusal = "no";
   system.login.state = LoginStatus::enabled;
   item.migrateFromLegacyAgent();

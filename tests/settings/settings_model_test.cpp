@@ -40,7 +40,7 @@ TEST_F(SettingsModelTest, BeginsWithTheStoredSettings) {
   EXPECT_TRUE(*another.startAtLogin);
 }
 
-TEST_F(SettingsModelTest, MarkTabsIsStoredAndToldEvenWhenItDoesNotChange) {
+TEST_F(SettingsModelTest, MarkTabsIsStoredAndAnnouncedEvenIfItDoesNotChange) {
   int told = 0;
   model.onMarkTabsChanged = [&] {
     ++told;
@@ -52,14 +52,14 @@ TEST_F(SettingsModelTest, MarkTabsIsStoredAndToldEvenWhenItDoesNotChange) {
   EXPECT_TRUE(*model.markTabs);
 }
 
-TEST_F(SettingsModelTest, SuggestExtensionIsStoredAndNobodyIsTold) {
+TEST_F(SettingsModelTest, SuggestExtensionIsStoredAndNotAnnounced) {
   model.onMarkTabsChanged = [] { FAIL(); };
   model.setSuggestExtension(false);
   EXPECT_FALSE(*model.suggestExtension);
   EXPECT_FALSE(Prefs(system.defaults).suggestExtension());
 }
 
-TEST_F(SettingsModelTest, StartingAtLoginIsTheSystemsTruth) {
+TEST_F(SettingsModelTest, StartingAtLoginIsWhatTheSystemSays) {
   model.setStartAtLogin(true);
   EXPECT_TRUE(*model.startAtLogin);
   EXPECT_EQ(system.login.state, LoginStatus::enabled);
@@ -80,7 +80,7 @@ TEST_F(SettingsModelTest, ARefusedChangeSpringsBackAndSaysWhy) {
   EXPECT_EQ(*model.loginNote, std::nullopt);
 }
 
-TEST_F(SettingsModelTest, WhatRequiresApprovalIsOffAndSaysSo) {
+TEST_F(SettingsModelTest, ALoginItemThatRequiresApprovalIsOffAndSaysSo) {
   system.login.state = LoginStatus::requiresApproval;
   model.refresh();
   EXPECT_FALSE(*model.startAtLogin);
@@ -112,7 +112,7 @@ TEST_F(SettingsModelTest, WithoutCallbacksThereAreNoRowsAndNothingIsConnected) {
                                         ExtensionPick{Browser::firefox}));
 }
 
-TEST_F(SettingsModelTest, WhatIsInstalledAndNotConnectedIsTickedOnce) {
+TEST_F(SettingsModelTest, BrowsersThatAreInstalledAndNotConnectedAreTickedOnce) {
   install(Browser::chrome);
   install(Browser::firefox);
   model.isConnected = [](Browser browser) { return browser == Browser::firefox; };
@@ -126,7 +126,7 @@ TEST_F(SettingsModelTest, WhatIsInstalledAndNotConnectedIsTickedOnce) {
   EXPECT_THAT(*model.ticked, IsEmpty());
 }
 
-TEST_F(SettingsModelTest, WhatIsTickedIsOpenedInTheOrderOfThePicks) {
+TEST_F(SettingsModelTest, TickedExtensionsAreOpenedInTheOrderOfThePicks) {
   system.bundle.info["TollvaneSite"] = "https://example.org";
   model.refresh();
   model.addSelected();
@@ -147,7 +147,7 @@ TEST_F(SettingsModelTest, EachAssignmentIsAnnouncedBeforeItTakesEffect) {
   EXPECT_THAT(before, ElementsAre(true, false));
 }
 
-TEST_F(SettingsModelTest, RefreshingDoesNotCallTheHookThatNobodyUses) {
+TEST_F(SettingsModelTest, RefreshingDoesNotCallBeforeRefresh) {
   model.beforeRefresh = [](const std::function<void()>&) { FAIL(); };
   model.refresh();
 }

@@ -77,7 +77,7 @@ TEST_F(SettingsViewTest, TheHeadShowsTheBellAndWhatTollvaneIsFor) {
                           ui::Text{std::string(introduction), TextStyle::callout, TextColor::secondaryLabel}));
 }
 
-TEST_F(SettingsViewTest, TheWelcomeGreetsAndHelpsToFindTheBell) {
+TEST_F(SettingsViewTest, TheWelcomeGreetsTheUserAndHelpsToFindTheBell) {
   EXPECT_THAT(body(true).introduction,
               ElementsAre(ui::Text{"Welcome to Tollvane", TextStyle::title, TextColor::label, FontWeight::semibold},
                           ui::Text{std::string(introduction), TextStyle::callout, TextColor::secondaryLabel},
@@ -89,7 +89,7 @@ TEST_F(SettingsViewTest, TheFooterNamesTheVersion) {
                                      TextColor::secondaryLabel}));
 }
 
-TEST_F(SettingsViewTest, TheSectionsStandInTheirOrder) {
+TEST_F(SettingsViewTest, TheSectionsAreInTheirOrder) {
   const auto content = body();
   ASSERT_EQ(content.sections.size(), 3u);
   EXPECT_EQ(content.sections[0].title, "General");
@@ -124,7 +124,7 @@ TEST_F(SettingsViewTest, TheSwitchesAreBoundToTheModel) {
   EXPECT_FALSE(at<ui::Toggle>(body().sections[2], 2).isOn);
 }
 
-TEST_F(SettingsViewTest, ExtensionsThatAreNotThereCanBeTickedAndAdded) {
+TEST_F(SettingsViewTest, MissingExtensionsCanBeTickedAndAdded) {
   system.workspace.installed["com.google.Chrome"] = "/apps/chrome";
   model.refresh();
   EXPECT_THAT(
@@ -186,7 +186,7 @@ TEST_F(SettingsViewTest, WithoutOtherBrowsersOnlyTheHintTheCaptionsAndTheSwitchA
   EXPECT_EQ(at<ui::Text>(body().sections[2], 0).color, TextColor::secondaryLabel);
 }
 
-TEST_F(SettingsViewTest, OtherBrowsersShowHowTheyStand) {
+TEST_F(SettingsViewTest, OtherBrowsersShowTheirState) {
   model.browserStatus = [] {
     return std::vector<BrowserRow>{{"brave", "Brave Browser", "Not running", false},
                                    {"safari", "Safari", "Connected", true}};

@@ -19,18 +19,18 @@ std::string mistakeOf(const Arguments& arguments) {
   return mistake ? mistake->sentence : "";
 }
 
-TEST(Arguments, TheApplicationsOwnAreAStreamOfJsonLines) {
+TEST(Arguments, TheArgumentsThatTollvaneUsesAskForAStreamOfJsonLines) {
   EXPECT_TRUE(isStream(parse({"stream", "--style", "ndjson", "--predicate", "process == \"a\" AND --help"}),
                        Stream::Style::ndjson));
 }
 
-TEST(Arguments, AStreamIsReadableUnlessAskedOtherwise) {
+TEST(Arguments, AStreamIsForPeopleUnlessJsonIsAskedFor) {
   EXPECT_TRUE(isStream(parse({"stream"}), Stream::Style::readable));
   EXPECT_TRUE(isStream(parse({"stream", "--style=readable"}), Stream::Style::readable));
   EXPECT_TRUE(isStream(parse({"--style=ndjson", "stream"}), Stream::Style::ndjson));
 }
 
-TEST(Arguments, APredicateIsATextWhateverItLooksLike) {
+TEST(Arguments, APredicateMayLookLikeAnOption) {
   EXPECT_TRUE(isStream(parse({"stream", "--predicate", "--nonsense"}), Stream::Style::readable));
   EXPECT_TRUE(isStream(parse({"stream", "--predicate="}), Stream::Style::readable));
   EXPECT_TRUE(isStream(parse({"stream", "--predicate", ""}), Stream::Style::readable));
@@ -54,7 +54,7 @@ TEST(Arguments, EveryMistakeIsOneSentenceThatNamesIt) {
   EXPECT_NE(mistakeOf(parse({"--help=yes"})).find("'--help'"), std::string::npos);
 }
 
-TEST(Arguments, AMistakeStaysOnOneLineWhateverWasTyped) {
+TEST(Arguments, TheSentenceAboutAMistakeStaysOnOneLine) {
   EXPECT_EQ(mistakeOf(parse({"stream", "a\nb\x1B[2J"})).find_first_of("\n\x1B"), std::string::npos);
 }
 

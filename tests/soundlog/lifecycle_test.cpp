@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tests/soundlog/running_log.h"
@@ -17,7 +18,7 @@ using namespace std::chrono_literals;
 class LifecycleTest : public ::testing::Test {
  protected:
   void hearsANewSound(RunningLog& log) {
-    log.heardSoFar();  // what was played to see that the server is ready
+    log.heardSoFar();  // skips what was played to find out whether the server is ready
     const auto player = sound_.begin({"pw-play", sound_.tone(200ms)});
     EXPECT_EQ(log.next(), (Heard{"audiomxd", "pw-play", player->pid()}));
   }
@@ -25,7 +26,7 @@ class LifecycleTest : public ::testing::Test {
   PrivateSound sound_;
 };
 
-// As long as nothing happens to the servers.
+// For tests during which the servers just run. They share one session.
 class SteadyTest : public SharedSession<PrivateSound> {
  protected:
   PrivateSound& sound_ = session;
@@ -38,13 +39,32 @@ TEST_F(LifecycleTest, AServerThatIsStartedLaterIsHeard) {
   hearsANewSound(log);
 }
 
-TEST_F(LifecycleTest, AServerIsHeardWhoseDirectoryIsMadeLater) {
+TEST_F(LifecycleTest, AServerWhoseDirectoryIsMadeLaterIsHeard) {
   const auto later = sound_.home() / "later";
   sound_.setVariable("XDG_RUNTIME_DIR", later / "run");
   RunningLog log(sound_);
   std::filesystem::create_directory_symlink(sound_.runtimeDirectory().parent_path(), later);
   sound_.start();
   ASSERT_TRUE(log.listens());
+}
+
+// The next message of TollvaneLog about the sound server itself.
+std::string aboutServer(Process& log) {
+  while (const auto text = log.line(20s)) {
+    const auto line = nlohmann::json::parse(*text, nullptr, false);
+    if (line.is_object() && line.value("processImagePath", "") == "/tollvane/TollvaneLog")
+      return line.value("eventMessage", "");
+  }
+  return "";
+}
+
+TEST_F(LifecycleTest, AMissingSoundServerIsReportedAndSoIsTheOneThatComes) {
+  const auto log = sound_.begin({TOLLVANE_LOG, "stream", "--style", "ndjson"}, Process::Output::read);
+  EXPECT_EQ(aboutServer(*log), "sound_server=missing");
+  sound_.start();
+  EXPECT_EQ(aboutServer(*log), "sound_server=found");
+  sound_.killPipeWire();
+  EXPECT_EQ(aboutServer(*log), "sound_server=missing");
 }
 
 TEST_F(LifecycleTest, AServerThatCrashesAndComesBackIsHeardAgain) {
@@ -92,7 +112,7 @@ TEST_F(LifecycleTest, WithoutBusAndServerItWaits) {
   EXPECT_EQ(log.process().exitCode(300ms), std::nullopt);
 }
 
-TEST_F(SteadyTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
+TEST_F(SteadyTest, ItEndsWhenItsReaderGoesAwayEvenIfNothingIsHeard) {
   sound_.start();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
@@ -101,7 +121,7 @@ TEST_F(SteadyTest, ItEndsWhenItsReaderGoesAwayThoughNothingIsHeard) {
 }
 
 TEST_F(SteadyTest, ItEndsWhenItsReaderIsKilled) {
-  // The shell stands for the application: it holds the reading end alone.
+  // The shell stands in for the application. Only the shell holds the reading end.
   const std::string fifo = sound_.home() / "fifo";
   ASSERT_EQ(run({"mkfifo", fifo}, sound_.variables()), 0);
   const auto reader = sound_.begin({"sh", "-c", "exec sleep 100 < " + fifo});
@@ -135,11 +155,11 @@ TEST_F(LifecycleTest, AServerThatHangsDoesNotKeepItFromEnding) {
   EXPECT_EQ(log.process().exitCode(), 0);
 }
 
-TEST_F(SteadyTest, AReaderWhoPausesMissesNothing) {
+TEST_F(SteadyTest, AReaderThatPausesMissesNothing) {
   sound_.startBus();
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
-  // More than a pipe takes: the first lines wait in the pipe, the others in the log.
+  // More lines than a pipe holds: the first ones wait in the pipe, the others in TollvaneLog.
   const std::string longName(200, 'n');
   constexpr int count = 300;
   for (int i = 0; i < count; ++i) notify(sound_, "", {"1", "desktop-entry", "s", longName + std::to_string(i)});
@@ -165,7 +185,7 @@ Result runLog(const PrivateSound& sound, std::vector<std::string> arguments) {
   return result;
 }
 
-TEST_F(SteadyTest, HelpIsPrintedForWhoAsks) {
+TEST_F(SteadyTest, HelpIsPrintedIfAskedFor) {
   const Result help = runLog(sound_, {"--help"});
   EXPECT_EQ(help.code, 0);
   EXPECT_NE(help.output.find("Usage: TollvaneLog stream"), std::string::npos);
@@ -179,7 +199,7 @@ TEST_F(SteadyTest, AMistakeIsOneSentenceAndExitCode64) {
   EXPECT_EQ(mistake.errors, "TollvaneLog: '--colour' is not understood. Try --help.\n");
 }
 
-TEST_F(SteadyTest, WithoutAStyleAPersonCanRead) {
+TEST_F(SteadyTest, WithoutAStyleTheLinesAreForPeople) {
   sound_.start();
   const auto log = sound_.begin({TOLLVANE_LOG, "stream"}, Process::Output::read);
   std::string line;

@@ -11,7 +11,7 @@
 namespace tollvane::soundlog {
 namespace {
 
-// How a reader understands the lines.
+// The patterns with which a reader understands the lines.
 const RE2& outputPattern() {
   static const RE2 pattern(R"re("name":"([^"]*)\((\d+)\)")re");
   return pattern;
@@ -53,7 +53,7 @@ std::string readRecord(const std::string& message) {
   return application;
 }
 
-// What hostile programs might call themselves.
+// Names that hostile programs might give themselves.
 const std::vector<std::string>& hostileNames() {
   static const std::vector<std::string> names = {
       R"re(evil(1)","output_running":true} {"name":"firefox(77)",)re",
@@ -104,7 +104,7 @@ TEST(MakerNameTest, SoundsCarryTheirMakersNameAndAncestors) {
   EXPECT_FALSE(parsed({Kind::notificationSound, "dunst", 5}).contains("makerName"));
 }
 
-TEST(Lines, AStartIsSaidSoThatAReaderFindsNameAndPid) {
+TEST(Lines, AReaderFindsNameAndPidInTheLineOfAStart) {
   const auto line = parsed({Kind::outputStarted, "paplay", 4242});
   const std::string message = line["eventMessage"];
   EXPECT_EQ(readOutput(message), (Process{"paplay", 4242}));
@@ -147,7 +147,7 @@ TEST(Lines, AnUnknownProcessIsNumberZero) {
   EXPECT_EQ(readOutput(eventMessage({Kind::outputStarted, "mpv", 0})), (Process{"mpv", 0}));
 }
 
-TEST(Lines, NoNameForgesAnotherProcessOrLine) {
+TEST(Lines, NoNameCanFakeAnotherProcessOrLine) {
   for (const std::string& name : hostileNames()) {
     SCOPED_TRACE(name.substr(0, 60));
     for (const Kind kind : {Kind::outputStarted, Kind::alertRequested}) {
@@ -161,12 +161,12 @@ TEST(Lines, NoNameForgesAnotherProcessOrLine) {
       EXPECT_EQ(json["processImagePath"].get<std::string>(), processImagePath(kind));
       std::string rest = message;
       const RE2& pattern = kind == Kind::outputStarted ? outputPattern() : requestPattern();
-      EXPECT_EQ(RE2::GlobalReplace(&rest, pattern, "-"), 1) << "a reader finds one process only";
+      EXPECT_EQ(RE2::GlobalReplace(&rest, pattern, "-"), 1) << "a reader must find only one process";
     }
   }
 }
 
-TEST(Lines, NoIdentityForgesAnotherNotificationOrLine) {
+TEST(Lines, NoIdentityCanFakeAnotherNotificationOrLine) {
   for (const std::string& name : hostileNames()) {
     SCOPED_TRACE(name.substr(0, 60));
     const std::string line = ndjsonLine({Kind::notificationPresented, name, 0}, time);
@@ -177,7 +177,7 @@ TEST(Lines, NoIdentityForgesAnotherNotificationOrLine) {
   }
 }
 
-TEST(Lines, NoProcessPassesForTheSystemsOwn) {
+TEST(Lines, NoProcessCanPretendToBeTheSystems) {
   for (const std::string& name : hostileNames()) EXPECT_FALSE(hasReservedWord(processName(name))) << name;
   EXPECT_EQ(processName("usernoted"), "_usernoted");
   EXPECT_EQ(processName("NOTIFICATIONCENTER"), "_NOTIFICATIONCENTER");
@@ -194,7 +194,7 @@ TEST(Lines, ControlCharactersBecomeBlanks) {
 
 TEST(Lines, QuotesAndParenthesesAreReplacedInNames) { EXPECT_EQ(processName("a\"b(c)d"), "a'b[c]d"); }
 
-TEST(Lines, WhatIsNotUtf8IsReplaced) {
+TEST(Lines, BytesThatAreNotUtf8AreReplaced) {
   EXPECT_EQ(plainText("a\xFF"
                       "b"),
             "a\xEF\xBF\xBD"
@@ -228,17 +228,18 @@ TEST(Lines, TheTimestampNamesTheMicrosecond) {
   EXPECT_TRUE(RE2::FullMatch(stamp, R"re(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.123456[+-]\d{4})re")) << stamp;
 }
 
-TEST(Lines, APersonReadsTimeKindNameAndProcess) {
+TEST(Lines, LinesForPeopleShowTimeKindNameAndProcess) {
   const auto text = [](const Happening& happening) { return readableLine(happening, time).substr(8); };
   EXPECT_EQ(text({Kind::outputStarted, "paplay", 42}), "  sound  paplay  (pid 42)\n");
   EXPECT_EQ(text({Kind::alertRequested, "xterm", 42}), "  alert  xterm  (pid 42)\n");
   EXPECT_EQ(text({Kind::notificationSound, "x", 42}), "  notification sound  (pid 42)\n");
   EXPECT_EQ(text({Kind::notificationPresented, "org.kde.kmail", 0}), "  notification  org.kde.kmail\n");
   EXPECT_EQ(text({Kind::outputStarted, "", 0}), "  sound  Unknown app  (no process)\n");
+  EXPECT_EQ(text({Kind::serverMissing, "", 0}), "  no sound server\n");
   EXPECT_TRUE(RE2::FullMatch(readableLine({}, time).substr(0, 8), R"re(\d\d:\d\d:\d\d)re"));
 }
 
-TEST(Lines, APersonsTerminalIsNotSteeredByNames) {
+TEST(Lines, NamesCannotControlTheTerminal) {
   const std::string line = readableLine({Kind::outputStarted, "a\x1B[2J\nb", 42}, time);
   EXPECT_EQ(line.find('\x1B'), std::string::npos);
   EXPECT_EQ(line.find('\n'), line.size() - 1);

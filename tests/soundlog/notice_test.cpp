@@ -7,12 +7,12 @@
 namespace tollvane::soundlog {
 namespace {
 
-// A call of Notify that is being written; read back as the bus would deliver it.
+// Writes a call of Notify and reads it back as the bus would deliver it.
 class NoticeTest : public ::testing::Test {
  protected:
   NoticeTest() {
     sd_bus_new(&bus_);
-    // A message can be made for a connection that was started, whether or not anybody answers.
+    // Messages can be made for a connection that was started, even if nothing answers on it.
     sd_bus_set_address(bus_, "unixexec:path=/bin/cat");
     sd_bus_start(bus_);
     EXPECT_GE(sd_bus_message_new_method_call(bus_, &call_, "a.b", "/", "a.b", "Notify"), 0);
@@ -67,13 +67,13 @@ TEST_F(NoticeTest, WithoutHintsOnlyTheNameIsKnown) {
   EXPECT_EQ(notice->declaredSender, std::nullopt);
 }
 
-TEST_F(NoticeTest, TheSendersNumberMayHaveAnyWidth) {
+TEST_F(NoticeTest, TheSendersProcessIdMayHaveAnyWidth) {
   begin("");
   hint("sender-pid", "u", std::uint32_t{42});
   EXPECT_EQ(end()->declaredSender, 42);
 }
 
-TEST_F(NoticeTest, ANumberThatNamesNoProcessIsNone) {
+TEST_F(NoticeTest, ANumberThatIsNoProcessIdIsIgnored) {
   begin("");
   hint("sender-pid", "x", std::int64_t{1} << 40);
   EXPECT_EQ(end()->declaredSender, std::nullopt);
@@ -91,7 +91,7 @@ TEST_F(NoticeTest, HintsOfUnexpectedTypesAreSkipped) {
   EXPECT_EQ(notice->desktopEntry, "");
 }
 
-TEST_F(NoticeTest, ACallOfAnotherShapeIsNone) {
+TEST_F(NoticeTest, ACallWithOtherArgumentsIsNoNotice) {
   sd_bus_message_append(call_, "su", "Mail", 7);
   EXPECT_FALSE(read());
 }

@@ -1,4 +1,4 @@
-// What TollvaneLog says when real programs notify over a real bus, to a real notification service.
+// What TollvaneLog prints when real programs send notifications, over a real bus, to a real notification service.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -60,7 +60,7 @@ TEST_F(NotificationsTest, HintsOfUnexpectedTypesDoNoHarm) {
   EXPECT_EQ(log.next(), presented("org.example.Picture"));
 }
 
-TEST_F(NotificationsTest, AnIdentityForgesNothing) {
+TEST_F(NotificationsTest, AnIdentityCannotFakeALine) {
   sound_.startBus();
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
@@ -68,13 +68,13 @@ TEST_F(NotificationsTest, AnIdentityForgesNothing) {
   EXPECT_EQ(log.next(), presented("a' {'processImagePath':'x'}"));
 }
 
-// dunst, on a screen of its own.
+// The notification service is dunst, which needs a screen.
 class DunstTest : public NotificationsTest {
  protected:
   DunstTest() : NotificationsTest(std::vector<std::string>{"--screen", "640x480"}) { sound_.start(); }
   void TearDown() override { sound_.tell("stop notifications"); }
 
-  // Each notification runs `script`, which gets a sound as $TONE.
+  // Each notification runs `script`, which finds a sound file in $TONE.
   void startDunst(const std::string& script) {
     const auto file = sound_.home() / "on-notification";
     std::ofstream(file) << "#!/bin/sh\nTONE='" << sound_.tone(200ms).string() << "'\n" << script << '\n';
@@ -83,7 +83,7 @@ class DunstTest : public NotificationsTest {
   }
 };
 
-TEST_F(DunstTest, ItsScriptsSoundIsTheNotificationsSound) {
+TEST_F(DunstTest, TheSoundOfItsScriptIsANotificationSound) {
   startDunst("exec pw-play \"$TONE\"");
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
@@ -127,8 +127,8 @@ TEST_F(DunstTest, AScriptsSoundBelongsToTheApplicationOfItsNotificationWhateverT
   EXPECT_EQ(credited(log, 2), (std::vector<std::string>{"Chat", "org.example.Mail"}));
 }
 
-// The sender waits until its notification is closed, as applications live on after theirs.
-TEST_F(DunstTest, WithoutAnEntryTheSenderIsWhatItCallsItself) {
+// The sender waits until its notification is closed, because applications outlive their notifications.
+TEST_F(DunstTest, WithoutAnEntryTheSenderIsNamedByItself) {
   startDunst("exit 0");
   RunningLog log(sound_);
   ASSERT_TRUE(log.seesNotifications());
@@ -137,7 +137,7 @@ TEST_F(DunstTest, WithoutAnEntryTheSenderIsWhatItCallsItself) {
 }
 
 TEST_F(DunstTest, WithoutAnEntryTheSendersApplicationIsTheIdentity) {
-  // An application of the user's own, that notifies through a helper.
+  // An application that the user has installed, which sends notifications through a helper program.
   const auto program = sound_.home() / "org-example-mailer";
   std::ofstream(program) << "#!/bin/sh\nnotify-send --wait --app-name=Mail Summary\nexit 0\n";
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
@@ -152,7 +152,7 @@ TEST_F(DunstTest, WithoutAnEntryTheSendersApplicationIsTheIdentity) {
   EXPECT_EQ(log.next(), presented("org.example.Mailer"));
 }
 
-TEST_F(DunstTest, OthersSoundsAreTheirOwn) {
+TEST_F(DunstTest, SoundsOfOtherProgramsAreNotNotificationSounds) {
   startDunst("exit 0");
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
@@ -194,7 +194,7 @@ TEST_F(NotificationsTest, AReceiverToWhichTheServicePassesNotificationsOnPlaysFo
   EXPECT_EQ(log.heardSoFar(), Heards()) << "what is passed on is no other notification";
 }
 
-TEST_F(NotificationsTest, AServiceThatWasThereBeforeUsIsKnown) {
+TEST_F(NotificationsTest, AServiceThatStartedBeforeTheLogIsKnown) {
   sound_.start();
   const auto service = sound_.begin({TEST_PLAYER, "org.freedesktop.Notifications"}, Process::Output::read);
   ASSERT_TRUE(service->line());

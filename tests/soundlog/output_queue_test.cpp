@@ -30,7 +30,7 @@ Ends makeSockets() {
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 
-// What the reader has to read now.
+// Everything that the reader can read now.
 std::string drain(const UniqueFd& reader) {
   const int flags = fcntl(reader.get(), F_GETFL);
   fcntl(reader.get(), F_SETFL, flags | O_NONBLOCK);
@@ -53,7 +53,7 @@ std::string numbered(int number, std::size_t size = 100) {
   return line + '\n';
 }
 
-// Reads until nothing is left, and expects whole lines with growing numbers. Their count.
+// Reads until nothing is left, and expects whole lines with growing numbers. Returns how many there were.
 int readWholeLines(OutputQueue& queue, const UniqueFd& reader, int* last = nullptr) {
   std::string all = drain(reader);
   while (queue.pending()) {
@@ -87,7 +87,7 @@ TEST_F(OutputQueueTest, ALineIsWrittenAtOnce) {
   EXPECT_EQ(drain(ends.reader), "one\n");
 }
 
-TEST_F(OutputQueueTest, AReaderWhoStopsReadingBlocksNothingAndLosesNothing) {
+TEST_F(OutputQueueTest, AReaderThatStopsReadingBlocksNothingAndLosesNothing) {
   const Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
   for (int i = 0; i < 500; ++i) queue.push(says(numbered(i)));
@@ -106,11 +106,11 @@ TEST_F(OutputQueueTest, BeyondTheLimitTheOldestLinesAreDroppedWhole) {
   }
   int last = 0;
   const int count = readWholeLines(queue, ends.reader, &last);
-  EXPECT_EQ(last, 999) << "the newest is kept";
-  EXPECT_EQ(count, 101) << "and the one that the pipe held";
+  EXPECT_EQ(last, 999) << "the newest line is kept";
+  EXPECT_EQ(count, 101) << "the lines in the queue and the one in the pipe";
 }
 
-TEST_F(OutputQueueTest, ALineThatTheReaderHasHalfOfIsNeverDropped) {
+TEST_F(OutputQueueTest, ALineThatIsHalfReadIsNeverDropped) {
   const Ends ends = makeSockets();
   const int small = 4096;
   setsockopt(ends.writer.get(), SOL_SOCKET, SO_SNDBUF, &small, sizeof small);
@@ -121,7 +121,7 @@ TEST_F(OutputQueueTest, ALineThatTheReaderHasHalfOfIsNeverDropped) {
   EXPECT_EQ(last, 299);
 }
 
-TEST_F(OutputQueueTest, ALineSaysWhatIsTrueWhenTheReaderHasTakenTheOneBeforeIt) {
+TEST_F(OutputQueueTest, ALineIsComposedWhenTheReaderHasTakenTheOneBeforeIt) {
   const Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
   std::string truth = "then\n";
@@ -136,7 +136,7 @@ TEST_F(OutputQueueTest, ALineSaysWhatIsTrueWhenTheReaderHasTakenTheOneBeforeIt) 
   EXPECT_FALSE(queue.pending());
 }
 
-TEST_F(OutputQueueTest, AReaderWhoIsGoneIsNoticed) {
+TEST_F(OutputQueueTest, AReaderThatIsGoneIsNoticed) {
   Ends ends = makePipe();
   OutputQueue queue(ends.writer.get());
   ends.reader.reset();
@@ -147,7 +147,7 @@ TEST_F(OutputQueueTest, AReaderWhoIsGoneIsNoticed) {
   EXPECT_EQ(queue.size(), 0u);
 }
 
-TEST_F(OutputQueueTest, AReaderWhoGoesWhileLinesWaitIsNoticed) {
+TEST_F(OutputQueueTest, AReaderThatGoesWhileLinesWaitIsNoticed) {
   for (Ends (*make)() : {makePipe, makeSockets}) {
     Ends ends = make();
     OutputQueue queue(ends.writer.get());
@@ -158,7 +158,7 @@ TEST_F(OutputQueueTest, AReaderWhoGoesWhileLinesWaitIsNoticed) {
   }
 }
 
-TEST_F(OutputQueueTest, TheDescriptorStaysAsItWas) {
+TEST_F(OutputQueueTest, TheDescriptorIsLeftAsItWas) {
   const Ends ends = makePipe();
   const int before = fcntl(ends.writer.get(), F_GETFL);
   OutputQueue queue(ends.writer.get());

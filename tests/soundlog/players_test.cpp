@@ -1,4 +1,4 @@
-// What TollvaneLog says when real players play on a real PipeWire.
+// What TollvaneLog prints when real players play on a real PipeWire.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ class PlayersTest : public SharedSession<PrivateSound> {
     ASSERT_TRUE(log_->listens());
   }
 
-  // Plays to the end, and returns the player's pid.
+  // Runs a player to its end and returns its process id.
   int play(const std::vector<std::string>& command) {
     const auto player = sound_.begin(command);
     EXPECT_EQ(player->exitCode(), 0) << command.front();
@@ -43,7 +43,7 @@ class PlayersTest : public SharedSession<PrivateSound> {
 
   std::string tone(std::chrono::milliseconds length = 200ms) { return sound_.tone(length); }
 
-  // A test player is told to pause, or to play.
+  // Whether the server says that a test player's stream is paused, or that one plays.
   bool pauses() { return streamsSay("Corked: yes"); }
   bool plays() { return streamsSay("Corked: no"); }
   bool streamsSay(const std::string& text) {
@@ -51,7 +51,7 @@ class PlayersTest : public SharedSession<PrivateSound> {
     return list->rest().find(text) != std::string::npos;
   }
 
-  // A running stream whose node has this name, by PipeWire's own word.
+  // Whether PipeWire says that the node of this name is running.
   bool runs(const std::string& node) {
     const auto dump = sound_.begin({"pw-cli", "info", node}, Process::Output::read);
     return dump->rest().find("state: \"running\"") != std::string::npos;
@@ -141,20 +141,20 @@ TEST_F(PlayersTest, AStreamThatPlaysOnAfterALongPauseIsHeardAgain) {
     EXPECT_EQ(log_->next(), (Heard{"audiomxd", "test_player", player->pid()}));
     player->signal(SIGUSR2);
     ASSERT_TRUE(waitUntil([this] { return pauses(); }));
-    // A pause begins where the log knows of it. What a marker and its line take is longer than the shortest one.
+    // The pause counts from when the log knows of it. 400 ms, measured here, are longer than the shortest pause.
     const auto pause = std::chrono::steady_clock::now() + 400ms;
     while (std::chrono::steady_clock::now() < pause) EXPECT_EQ(log_->heardSoFar(), Heards());
   }
 }
 
-TEST_F(PlayersTest, AProcessThatEndedIsCreditedToWhoStartedIt) {
+TEST_F(PlayersTest, AProcessThatEndedIsCreditedToItsParent) {
   const auto shell = sound_.begin({"sh", "-c", "\"$0\"; exec sleep 100", TEST_PLAYER}, Process::Output::read);
   const auto ready = shell->line();
   ASSERT_TRUE(ready);
   const int player = std::stoi(ready->substr(ready->find(' ')));
-  ASSERT_EQ(log_->heardSoFar(), Heards()) << "by now the log knows the stream, which waits";
+  ASSERT_EQ(log_->heardSoFar(), Heards()) << "the log now knows the stream, which waits";
 
-  // The log is held up until the player has played and is gone.
+  // Stop the log until the player has played and has ended.
   log_->process().signal(SIGSTOP);
   kill(player, SIGUSR1);
   ASSERT_TRUE(waitUntil([this] { return runs("test_player_stream"); }));
@@ -261,20 +261,20 @@ TEST_F(SpeechTest, AModuleThatOnlyTriesTheSoundServerIsNotHeard) {
   nothingIsHeardFor(500ms);
 }
 
-TEST_F(PlayersTest, AProgramThatNamesAnotherProcessIsCreditedToNobody) {
+TEST_F(PlayersTest, AProgramThatNamesAnotherProcessIsNotCreditedToIt) {
   play({"paplay", "--property=application.process.id=" + std::to_string(log_->process().pid()), tone()});
   EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "paplay", 0}}));
 }
 
-TEST_F(PlayersTest, AProgramsNameForgesNothing) {
+TEST_F(PlayersTest, AProgramsNameCannotFakeALine) {
   play({"paplay", "--property=application.process.id=1",
         "--property=application.name=evil(7)\",\n\"output_running\":true} {\"name\":\"bank(7)\"", tone()});
   EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "evil[7]', 'output_running':true} {'name':'bank[7]'", 0}}));
 }
 
-TEST_F(PlayersTest, AProcessWithNumbersOfItsOwnIsNotTakenForOneOfOurs) {
+TEST_F(PlayersTest, AProcessOfAnotherIdNamespaceIsNotTakenForOneOfOurs) {
   if (run({"unshare", "--pid", "--fork", "--mount-proc", "true"}, sound_.variables()) != 0) {
-    GTEST_SKIP() << "this user may not make a space of process numbers";
+    GTEST_SKIP() << "this user may not make a namespace of process ids";
   }
   play({"unshare", "--pid", "--fork", "--mount-proc", "paplay", tone()});
   EXPECT_EQ(log_->heardSoFar(), (Heards{{"audiomxd", "paplay", 0}}));

@@ -1,4 +1,4 @@
-// TollvaneLog where a PulseAudio server plays, and what it does when PipeWire comes.
+// TollvaneLog with a PulseAudio server, and what it does when PipeWire is started.
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -15,7 +15,8 @@ namespace {
 using namespace std::chrono_literals;
 using Heards = std::vector<Heard>;
 
-// PulseAudio itself, which tests/session/software unpacks beside the build: its package excludes PipeWire's.
+// Uses the PulseAudio server, which tests/session/software unpacks into the build folder, because its package conflicts
+// with PipeWire's.
 class PulseAudioTest : public SharedSession<PrivateSound> {
  protected:
   PulseAudioTest() : SharedSession(std::vector<std::string>{"--pulseaudio", PULSEAUDIO}) {}
@@ -96,14 +97,14 @@ TEST_F(PulseAudioTest, AServerThatIsStartedLaterIsHeard) {
   EXPECT_TRUE(log.listens());
 }
 
-TEST_F(PulseAudioTest, WhenPipeWireComesItIsHeardInstead) {
+TEST_F(PulseAudioTest, WhenPipeWireIsStartedItIsHeardInstead) {
   sound_.startPulseAudio();
   RunningLog log(sound_);
   ASSERT_TRUE(log.listens());
   sound_.killPulseAudio();
   sound_.startPipeWire();
   ASSERT_TRUE(log.listens());
-  log.heardSoFar();  // what was played to see that the server is ready
+  log.heardSoFar();  // skips what was played to find out whether the server is ready
   const auto native = sound_.begin({"pw-play", sound_.tone(200ms)});
   EXPECT_EQ(log.next(), (Heard{"audiomxd", "pw-play", native->pid()}));
   EXPECT_EQ(log.heardSoFar(), Heards()) << "nothing is heard twice";
@@ -152,8 +153,8 @@ TEST_F(PipeWireForVideoTest, PulseAudioIsHeardOnWhenItComesAndWhenItGoes) {
   hearsAPlayerOnce(log);
 }
 
-// PipeWire's own PulseAudio side, reached while PipeWire itself cannot be.
-TEST(PulseSideTest, SoundsAreHeardThroughItWhereOnlyItCanBeReached) {
+// PipeWire runs, but only its PulseAudio server can be reached.
+TEST(PulseSideTest, SoundsAreHeardThroughItIfOnlyItCanBeReached) {
   PrivateSound sound;
   sound.start();
   PrivateSound outside;

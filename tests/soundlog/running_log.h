@@ -1,4 +1,4 @@
-// TollvaneLog as its application runs it, beside a private sound server: started as a child, read line by line.
+// TollvaneLog as Tollvane runs it: as a child process whose lines are read. It listens to a private sound server.
 // Used from one thread.
 #pragma once
 
@@ -21,7 +21,7 @@ namespace tollvane::test {
 // A line as a reader understands it.
 struct Heard {
   std::string speaker;              // the last component of processImagePath
-  std::string name;                 // of the process, or the notification's application
+  std::string name;                 // of the process, or of the notification's application
   int pid = -1;                     // -1 for a notification
   std::vector<int> ancestors = {};  // of the process, the nearest first; not compared
 
@@ -31,28 +31,30 @@ struct Heard {
 };
 std::ostream& operator<<(std::ostream& out, const Heard& heard);
 
-// Absent when it is no line that a reader understands.
+// Absent if a reader does not understand the line.
 std::optional<Heard> understood(const std::string& line);
 
-// Reads without a pause, as Tollvane does: TollvaneLog credits a sound to those who live when its line is taken.
+// A thread reads the lines without a pause, as Tollvane does, because TollvaneLog finds the maker of a sound among the
+// processes that run when the line is read.
 class RunningLog {
  public:
   explicit RunningLog(const PrivateSound& sound);
   ~RunningLog() { stopReading(); }
 
-  // Plays short sounds until one is heard: from then on nothing is missed. False when none is heard in time.
+  // Plays short sounds until one is heard. From then on no sound is missed. False if no sound is heard in time.
   bool listens();
 
-  // The same for notifications.
+  // The same with notifications.
   bool seesNotifications();
 
-  // The next thing heard that was no probe of listens() or seesNotifications(). Absent after the deadline.
+  // The next sound or notification, without those that listens() and seesNotifications() made. Absent after the
+  // deadline.
   std::optional<Heard> next(std::chrono::milliseconds deadline = patience);
 
-  // Everything heard before a marker that is played now, the marker not included.
+  // Plays a sound as a marker, and returns everything heard before it.
   std::vector<Heard> heardSoFar();
 
-  // From now on nobody reads.
+  // Closes the reading end of the pipe.
   void closeOutput();
 
   Process& process() { return *process_; }
@@ -66,7 +68,7 @@ class RunningLog {
   const PrivateSound& sound_;
   std::unique_ptr<Process> process_;
   std::vector<int> probes_;
-  std::deque<Heard> kept_;  // heard while probing
+  std::deque<Heard> kept_;  // heard while the methods above waited for something else
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<std::string> lines_;  // guarded by the mutex
@@ -74,8 +76,8 @@ class RunningLog {
   std::thread reader_;
 };
 
-// Calls Notify on the session bus, as any program does that uses no library for it. `hints` as busctl writes them:
-// the count, then name, type and value of each.
+// Calls Notify on the session bus directly, as a program without a notification library does. `hints` are written as
+// for busctl: their count, then the name, type and value of each.
 bool notify(const PrivateSound& sound, const std::string& applicationName, const std::vector<std::string>& hints);
 
 }  // namespace tollvane::test

@@ -1,7 +1,7 @@
-// A player that does as it is told by signals: it makes a stream that waits (and prints "ready"), plays at SIGUSR1,
-// pauses at SIGUSR2, and ends at SIGTERM. Given "two-streams" it makes two; given a name it owns that name on the
-// session bus and plays when it is told to notify. For the tests of TollvaneLog; a client of the real sound server and
-// the real bus.
+// A player that is controlled by signals, for the tests of TollvaneLog. It makes a stream that waits and prints
+// "ready"; it plays at SIGUSR1, pauses at SIGUSR2 and ends at SIGTERM. If its argument is "two-streams" it makes two
+// streams; any other argument is a name, which it owns on the session bus; it then plays when a
+// "Notify" arrives, too.
 #include <pulse/pulseaudio.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -26,7 +26,7 @@ void await(pa_threaded_mainloop* loop, const auto& condition) {
 
 void wake(void* loop) { pa_threaded_mainloop_signal(static_cast<pa_threaded_mainloop*>(loop), 0); }
 
-// A stream that waits; null when the server does not want it.
+// Makes a stream that waits; null if the server refuses it.
 pa_stream* makeStream(pa_threaded_mainloop* loop, pa_context* context) {
   const pa_sample_spec format = {PA_SAMPLE_S16LE, 48000, 1};
   pa_proplist* const properties = pa_proplist_new();
@@ -70,7 +70,7 @@ int main(int count, char** arguments) {
   pa_threaded_mainloop* const loop = pa_threaded_mainloop_new();
   pa_context* const context = pa_context_new(pa_threaded_mainloop_get_api(loop), "test_player");
   const auto changed = [](pa_context* with, void* data) {
-    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(with))) _exit(1);  // never outlives the server of its test
+    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(with))) _exit(1);  // ends with the sound server
     wake(data);
   };
   pa_context_set_state_callback(context, changed, loop);
@@ -96,5 +96,5 @@ int main(int count, char** arguments) {
     }
     pa_threaded_mainloop_unlock(loop);
   }
-  _exit(0);  // as a program that crashes would: the server notices by itself
+  _exit(0);  // like a crash: the server must notice by itself
 }

@@ -1,6 +1,6 @@
-// Environment variables of this process, set for as long as the object lives. One thread.
+// Sets environment variables of this process for as long as the object lives. One thread.
 //
-//   const Environment environment{{"HOME", "/home/me"}, {"XDG_DATA_HOME", nullptr}};   // null: not set
+//   const Environment environment{{"HOME", "/home/me"}, {"XDG_DATA_HOME", nullptr}};   // null: removed
 #pragma once
 
 #include <cstdlib>

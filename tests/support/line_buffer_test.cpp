@@ -62,6 +62,16 @@ TEST(LineBufferTest, ALineOfTheGreatestLengthIsKept) {
   EXPECT_EQ(drain(buffer), (Lines{"0123456789", "x"}));
 }
 
+TEST(LineBufferTest, ALongerLineIsDroppedEvenIfItComesWhole) {
+  LineBuffer buffer(10);
+  buffer.append("01234567890\nx\n");
+  EXPECT_EQ(drain(buffer), Lines{"x"});
+  buffer.append("0123456789");
+  EXPECT_EQ(drain(buffer), Lines{});
+  buffer.append("0\ny\n");
+  EXPECT_EQ(drain(buffer), Lines{"y"});
+}
+
 TEST(LineBufferTest, LinesMayBeReadBetweenAppends) {
   LineBuffer buffer(1000);
   buffer.append("one\ntwo\n");

@@ -1,4 +1,4 @@
-// A desktop of a test's own: a private session with an X server, a window manager and a panel with a status bar.
+// A private desktop for a test: a private session with an X server, a window manager and a panel with a status bar.
 //
 //   PrivateDesktop desktop({.tone = PrivateDesktop::Tone::dark});
 //   auto program = desktop.start({"xclock"});
@@ -28,14 +28,14 @@ class PrivateDesktop {
 
   struct Options {
     Tone tone = Tone::dark;
-    bool screen = true;  // X server and window manager; without it there is only the bus
-    bool panel = true;   // needs the screen
+    bool screen = true;  // X server and window manager; if false, there is only the bus
+    bool panel = true;   // needs `screen`
   };
 
   explicit PrivateDesktop(Options options);
 
-  // As for a test that begins: an empty home for its programs, the pointer in the middle of the first workspace. Throws
-  // if windows or status items of the test before stay.
+  // Prepares the desktop for the next test: an empty home for its programs, and the pointer in the middle of the first
+  // workspace. Throws if windows or status items of the last test do not go away.
   void renew();
 
   // The home of the programs that the test starts.
@@ -44,11 +44,11 @@ class PrivateDesktop {
   std::string busAddress() const { return session_.variables().at("DBUS_SESSION_BUS_ADDRESS"); }
   const Variables& variables() const { return session_.variables(); }
 
-  // Starts a program in this desktop, with pipes at its standard input and output. The extra variables go over the
-  // desktop's own.
+  // Starts a program in this desktop, with pipes at its standard input and output. Variables in `extra` override those
+  // of the desktop.
   std::unique_ptr<Process> start(const std::vector<std::string>& command, const Variables& extra = {});
 
-  // Runs a program to its end and returns what it printed; absent when it failed.
+  // Runs a program to its end and returns what it printed; absent if it failed.
   std::optional<std::string> run(const std::vector<std::string>& command) { return session_.run(command); }
 
   // Returns when the panel shows status items.
@@ -57,23 +57,24 @@ class PrivateDesktop {
   bool hasPanel() const { return hasPanel_; }
   void setTone(Tone tone);
 
-  // As a crash would.
+  // Kills a part, as if it crashed.
   void killBus() { session_.tell("kill bus"); }
   void killScreen() { session_.tell("kill screen"); }
   void killPanel();
 
-  // With the left button. The pointer comes in small steps, as of a hand: Qt 6.8's menus heed none that jumps there.
+  // Clicks with the left button. The pointer moves there in small steps, as by hand: menus of Qt 6.8 ignore one that
+  // jumps.
   void clickAt(int x, int y);
 
-  // The status items that the panel knows, as the watcher lists them: one text, empty when there is none.
+  // The status items that the panel knows, as the watcher lists them; empty if it knows no item.
   std::string registeredItems() { return session_.registeredItems(); }
 
-  // The whole screen, as a PNG file.
+  // Writes a picture of the whole screen, as a PNG file.
   void screenshot(const std::filesystem::path& file);
 
-  // The end of the panel, where the last icon is: a byte of grey for each pixel.
+  // The pixels at the end of the panel, where the last icon is, each as a byte of grey.
   std::string endOfPanel();
-  // Without an icon it is of one colour, or not drawn yet.
+  // Whether endOfPanel() shows an icon. Without one it has four shades of grey at most.
   bool showsIcon();
 
  private:

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// private_session has deadlines of its own, for each part; these are for one that hangs.
+// private_session has a deadline for each part. These deadlines are for the case that private_session itself hangs.
 constexpr std::chrono::milliseconds answerPatience = 180s;
 constexpr std::chrono::milliseconds endPatience = 30s;
 constexpr std::chrono::milliseconds programPatience = 20s;

@@ -1,5 +1,5 @@
-// A sound server and a session bus of a test's own: PipeWire with WirePlumber, its PulseAudio side and a null output
-// that it makes by itself, or a PulseAudio server.
+// A private sound server and session bus for a test. The server is PipeWire with WirePlumber, PipeWire's PulseAudio
+// server and a null output, or it is PulseAudio.
 //
 //   PrivateSound sound;
 //   sound.start();
@@ -21,37 +21,38 @@ namespace tollvane::test {
 
 class PrivateSound {
  public:
-  // Nothing runs yet. `more`: options of private_session besides.
+  // Starts nothing yet. `more`: further options of private_session.
   explicit PrivateSound(std::vector<std::string> more = {});
 
-  // What runs already is left alone.
+  // The start methods leave parts alone that run already.
   void start();  // bus and PipeWire, ready to play
   void startBus();
-  void killBus();  // as a crash would: its socket stays
+  void killBus();  // like a crash: its socket stays
 
   void startPipeWire();  // needs the bus
   void stopPipeWire();
-  void killPipeWire();  // as a crash would
+  void killPipeWire();  // like a crash
 
-  // A PulseAudio server instead of PipeWire; `more` of the constructor may say where it is.
+  // Starts PulseAudio instead of PipeWire. The constructor's `more` may say where it is installed.
   void startPulseAudio();
-  void killPulseAudio();  // as a crash would
+  void killPulseAudio();  // like a crash
 
-  // As for a test that begins: an empty home for its programs, the variables as at the start, and no PulseAudio.
+  // Prepares the session for the next test: an empty home for its programs, the variables as at the start, no
+  // PulseAudio.
   void renew();
 
   void tell(const std::string& command) { session_.tell(command); }
 
-  // Runs a player to its end, and is true when it said that it played.
+  // Runs a player to its end; true if it succeeded.
   bool play(const std::vector<std::string>& command) const;
 
   std::unique_ptr<Process> begin(const std::vector<std::string>& command,
                                  Process::Output output = Process::Output::ignored) const;
 
-  // A sound file of this length: a quiet tone.
+  // Makes a sound file of this length with a quiet tone.
   std::filesystem::path tone(std::chrono::milliseconds length) const;
 
-  // The environment in which programs find all this.
+  // The environment that lets programs find the server and the bus.
   const Variables& variables() const { return session_.variables(); }
   void setVariable(const std::string& name, const std::string& value) { session_.setVariable(name, value); }
 

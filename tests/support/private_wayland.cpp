@@ -13,7 +13,7 @@ void require(bool condition, const std::string& what) {
   if (!condition) throw std::runtime_error("the private Wayland desktop did not come up: " + what);
 }
 
-// Whether a picture in the form PPM, three bytes a pixel, is of one colour.
+// Whether all pixels of a picture in PPM format, with three bytes a pixel, have the same colour.
 bool isBare(const std::string& picture) {
   std::size_t start = 0;
   for (int line = 0; line < 3; ++line) start = picture.find('\n', start) + 1;
@@ -31,7 +31,8 @@ PrivateWayland::PrivateWayland(const std::string& pointer)
   };
   pointer_ = startPart({pointer, std::to_string(width), std::to_string(height)});
   require(pointer_->line(patienceHere) == "ready", "the pointer");
-  // Without it the seat would lose its only keyboard with each key's end, and windows the focus.
+  // This keyboard stays. If each key's keyboard were the only one, the seat would lose it after the key, and windows
+  // would lose the focus.
   keyboard_ = startPart({"wtype", "-k", "Shift_L", "-s", "3600000"});
   startBar();
 }

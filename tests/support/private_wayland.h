@@ -1,5 +1,5 @@
-// A Wayland desktop of a test's own: a private session with headless sway, waybar with a tray at its top right, and a
-// pointer. Everything runs as a user that is not root, since sway refuses to.
+// A private Wayland desktop for a test: a private session with headless sway, waybar with a tray at the top right, and
+// a pointer. Everything runs as a user other than root, because sway refuses to run as root.
 //
 //   PrivateWayland desktop;
 //   auto program = desktop.start({"menu_probe", ...});
@@ -23,20 +23,20 @@ class PrivateWayland {
  public:
   static constexpr int width = 800;
   static constexpr int height = 480;
-  static constexpr int bellX = 784;  // of the tray's only icon
+  static constexpr int bellX = 784;  // the place of the tray's only icon
   static constexpr int bellY = 13;
-  static constexpr int leftButton = 272;  // buttons, as linux/input-event-codes.h counts them
+  static constexpr int leftButton = 272;  // button numbers of linux/input-event-codes.h
   static constexpr int rightButton = 273;
 
-  // `pointer`: the program wayland_pointer.
+  // `pointer`: the path of the program wayland_pointer.
   explicit PrivateWayland(const std::string& pointer);
 
-  // As in PrivateDesktop.
+  // Starts a program in this desktop, with pipes at its standard input and output.
   std::unique_ptr<Process> start(const std::vector<std::string>& command);
   std::optional<std::string> run(const std::vector<std::string>& command) { return session_.run(command); }
 
-  // As for a test that begins: an empty home for its programs, the pointer in the middle of the first workspace, and a
-  // bar without icons.
+  // Prepares the desktop for the next test: an empty home for its programs, the pointer in the middle of the first
+  // workspace, and a bar without icons.
   void renew();
 
   void startBar() { session_.tell("start bar"); }
@@ -48,13 +48,13 @@ class PrivateWayland {
 
   void moveTo(int x, int y);
   void click(int x, int y, int button = leftButton);
-  // In small steps, as of a hand: Qt 6.8's menus heed no pointer that jumps there.
+  // Moves the pointer there in small steps, as by hand: menus of Qt 6.8 ignore a pointer that jumps.
   void approach(int x, int y);
-  // A keyboard of its own comes and goes with each call, and a key may be lost before the compositor has told the
-  // clients of it: repeat it until it has its effect.
+  // Each call adds a keyboard and removes it again. A key may be lost until the compositor has announced the keyboard
+  // to the clients, so repeat the call until the key has its effect.
   void key(const std::vector<std::string>& wtypeArguments);
 
-  // The end of the bar, where the icon is: its pixels.
+  // The pixels at the end of the bar, where the icon is.
   std::string trayPixels();
 
  private:

@@ -44,14 +44,14 @@ Pipe makePipe() {
   return {ends[0], ends[1]};
 }
 
-// What the child gets; absent ones are the test's own.
+// The standard streams of the child; if one is absent, the child gets the test's own.
 struct Streams {
   int input = -1;
   int output = -1;
   int errors = -1;
 };
 
-// In the child, between fork and exec.
+// Runs in the child, between fork and exec.
 [[noreturn]] void become(char** command, char** variables, pid_t parent, const Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(127);
@@ -90,7 +90,7 @@ Variables ownVariables() {
 Process::Process(std::vector<std::string> command, const Options& options) {
   const Pipe input = options.input == Input::written ? makePipe() : Pipe();
   const Pipe output = options.output == Output::read ? makePipe() : Pipe();
-  // A program that ended must not take the test with it when it is written to.
+  // The test must not end by a signal if it writes to a program that has ended.
   if (options.input == Input::written) ::signal(SIGPIPE, SIG_IGN);
   input_ = input.writeEnd;
   output_ = output.readEnd;
@@ -193,7 +193,7 @@ bool Process::readMore(steady_clock::time_point until) {
   return left.count() >= 0 && readWithin(left);
 }
 
-// False when there is nothing to read in this time, and at the end of the output.
+// False if there is nothing to read within `time`, and at the end of the output.
 bool Process::readWithin(std::chrono::milliseconds time) {
   if (output_ < 0) return false;
   pollfd query{output_, POLLIN, 0};

@@ -1,6 +1,6 @@
-// A program that a test starts. Lines can be written to its standard input and read from its standard output;
-// destroying it ends it and waits for it. It dies by itself should the test be killed. One thread, the one that stays:
-// the kernel ties the program to it.
+// A program that a test starts. Lines can be written to its standard input and read from its standard output. The
+// destructor ends the program and waits for it. If the test is killed, the kernel kills the program too. Use it from
+// one thread, which must outlive it, because the kernel ties the program to the thread that started it.
 #pragma once
 
 #include <sys/types.h>
@@ -19,10 +19,10 @@ namespace tollvane::test {
 
 inline constexpr std::chrono::milliseconds patience{10000};
 
-// Looks at the condition again and again; false when it still does not hold after the deadline.
+// Checks the condition again and again; false if it still does not hold after the deadline.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = patience);
 
-// Of the whole environment of a program.
+// The whole environment of a program.
 using Variables = std::map<std::string, std::string>;
 Variables ownVariables();
 
@@ -38,7 +38,7 @@ class Process {
     std::optional<std::filesystem::path> errors;  // a file for standard error; absent: the test's own
   };
 
-  // `command`: the program (looked for in PATH) and its arguments. Throws when it cannot be started.
+  // `command`: the program (looked for in PATH) and its arguments. Throws if it cannot be started.
   explicit Process(std::vector<std::string> command) : Process(std::move(command), Options()) {}
   Process(std::vector<std::string> command, const Options& options);
   ~Process();
@@ -50,30 +50,31 @@ class Process {
 
   void signal(int number);
 
-  // Its exit code, or 128 plus the signal that ended it. Absent when it still runs after the deadline.
+  // The exit code of the program, or 128 plus the signal that ended it. Absent if it still runs after the deadline.
   std::optional<int> exitCode(std::chrono::milliseconds deadline = patience);
 
-  // Asks it to end, insists after two seconds, and waits until it is gone.
+  // Asks the program to end, kills it after two seconds, and waits until it is gone.
   void stop();
   void kill();
 
-  // Sends one line to its standard input. Throws when nobody reads there any more.
+  // Sends one line to the program's standard input. Throws if the program has closed it.
   void writeLine(std::string_view line);
   void closeInput();
 
-  // The next line that it prints, without the line feed. Absent after the deadline, and at the end of its output.
+  // The next line that the program prints, without the line feed. Absent after the deadline, and at the end of its
+  // output.
   std::optional<std::string> line(std::chrono::milliseconds deadline = patience);
 
-  // Everything it prints until it closes its output, or until the deadline.
+  // Everything that the program prints until it closes its output, or until the deadline.
   std::string rest(std::chrono::milliseconds deadline = patience);
 
-  // What it has printed so far and line() has not taken. Does not wait.
+  // What the program has printed so far and line() has not returned yet. Does not wait.
   const std::string& printed();
 
-  // Where its output arrives, to wait for it along with other things.
+  // The descriptor on which its output arrives, for waiting on several descriptors.
   int output() const { return output_; }
 
-  // From now on nobody reads its output.
+  // Closes the reading end of its output.
   void closeOutput();
 
  private:
@@ -88,7 +89,7 @@ class Process {
   std::optional<int> exitCode_;
 };
 
-// Runs a program to its end. Its exit code; absent when it had to be killed after the deadline.
+// Runs a program to its end and returns its exit code; absent if it had to be killed after the deadline.
 std::optional<int> run(const std::vector<std::string>& command, const Variables& variables,
                        std::chrono::milliseconds deadline = patience);
 

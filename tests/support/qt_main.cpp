@@ -1,4 +1,4 @@
-// The entry point of tests that use the toolkit: it wants its application object before anything else.
+// The entry point of tests that use Qt, which needs its application object first.
 #include <gtest/gtest.h>
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-// An extension that keeps what it is sent.
+// A connection that keeps the messages sent to its extension.
 #pragma once
 
 #include <vector>

@@ -1,5 +1,6 @@
-// A test whose session is that of its whole suite: bringing one up takes longer than most tests. The first test makes
-// it, each begins in a home of its own (renew()), and after one that fails the next gets a new session.
+// A test that shares a session with its whole suite, because bringing one up takes longer than most tests. The first
+// test makes the session. Each test begins with an empty home (renew()). After a test that fails, the next one gets a
+// new session.
 //
 //   class AlertsTest : public SharedSession<PrivateDesktop> {
 //    protected:
@@ -26,7 +27,7 @@ class SharedSession : public testing::Test {
 
   static void TearDownTestSuite() { shared_.reset(); }
 
-  // The next test gets a new session.
+  // The next test gets a new session, as after a failure.
   void spoilSession() { spoilt_ = true; }
 
   Session& session;

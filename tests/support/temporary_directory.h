@@ -1,4 +1,4 @@
-// A directory of a test's own, gone when the test is.
+// A temporary directory, removed with the object.
 #pragma once
 
 #include <gtest/gtest.h>

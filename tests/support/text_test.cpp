@@ -9,7 +9,7 @@ TEST(TextTest, TrimmingTakesAllWhiteSpaceAndNothingElse) {
   EXPECT_EQ(text::trimmed(""), "");
   EXPECT_EQ(text::trimmed(" \t\n\v\f\r\u0085\u00A0\u1680\u2000\u200A\u2028\u2029\u202F\u205F\u3000"), "");
   EXPECT_EQ(text::trimmed(" a b "), "a b");
-  EXPECT_EQ(text::trimmed("\u200B"), "\u200B");  // no white space, whatever its name says
+  EXPECT_EQ(text::trimmed("\u200B"), "\u200B");  // the zero-width space is no white space
   EXPECT_EQ(text::trimmed(std::string_view("\0 ", 2)), std::string_view("\0", 1));
 }
 

@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 
 const std::string page = "https://example.org/tollvane/download";
 
-TEST(VersionTest, NumbersDecideNotLetters) {
+TEST(VersionTest, NumbersDecideAndLettersDoNot) {
   EXPECT_TRUE(compareVersions("1.10", "1.9") > 0);
   EXPECT_TRUE(compareVersions("1.2.1", "1.2") > 0);
   EXPECT_TRUE(compareVersions("1.2", "1.2.1") < 0);
@@ -23,7 +23,7 @@ TEST(VersionTest, NumbersDecideNotLetters) {
   EXPECT_TRUE(compareVersions("1.2b", "1") == 0);
 }
 
-TEST(VersionTest, NoNumberIsTooLarge) {
+TEST(VersionTest, VersionNumbersMayHaveAnyLength) {
   EXPECT_TRUE(compareVersions("1." + std::string(40, '9'), "1.9223372036854775807") > 0);
   EXPECT_TRUE(compareVersions("99999999999999999998", "99999999999999999999") < 0);
 }
@@ -42,7 +42,7 @@ TEST(ReleaseTest, EverythingIsRead) {
   EXPECT_EQ(release->notes, "n");
 }
 
-TEST(ReleaseTest, ADateOfAnotherFormIsNone) {
+TEST(ReleaseTest, ADateInAnotherFormatIsIgnored) {
   for (const char* date : {"", "31.01.2025", "2025-1-31", "2025-02-30", "2025-01-31 ", "2025/01/31", "+025-01-31"}) {
     const auto release = releaseFromFeed(R"({"version":"9.9","released":")" + std::string(date) + "\"}", page);
     ASSERT_TRUE(release) << date;
@@ -51,14 +51,14 @@ TEST(ReleaseTest, ADateOfAnotherFormIsNone) {
   EXPECT_FALSE(releaseFromFeed(R"({"version":"9.9","released":20250131})", page)->released);
 }
 
-TEST(ReleaseTest, OnlyAWebPageIsEverOpened) {
+TEST(ReleaseTest, OnlyAWebPageIsTakenAsThePage) {
   for (const char* url : {"file:///etc/passwd", "javascript:alert(1)", "", "https://", "example.org", "ftp://a/b"})
     EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":")" + std::string(url) + "\"}", page)->url, page) << url;
   EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":7})", page)->url, page);
   EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":"HTTP://a/b"})", page)->url, "HTTP://a/b");
 }
 
-TEST(ReleaseTest, WithoutAVersionThereIsNone) {
+TEST(ReleaseTest, WithoutAVersionThereIsNoRelease) {
   for (const char* body : {"", "[]", "{}", "7", R"({"version":null})", R"({"version":1.0})", R"([{"version":"1"}])"})
     EXPECT_FALSE(releaseFromFeed(body, page)) << body;
 }

@@ -35,7 +35,7 @@ TEST_F(UpdaterTest, AsksTheFeedOfTheSiteForJsonAndWaitsTwentySeconds) {
   EXPECT_EQ(system.http.requests[0].timeout, 20s);
 }
 
-TEST_F(UpdaterTest, ABundleWithoutASiteAsksNobodyReal) {
+TEST_F(UpdaterTest, ABundleWithoutASiteAsksAnInvalidAddress) {
   updater.check();
   EXPECT_EQ(system.http.requests[0].url, "https://tollvane.invalid/tollvane/latest.json");
 }
@@ -90,7 +90,7 @@ TEST_F(UpdaterTest, AnAnswerWithoutAReleaseClearsTheLatest) {
   }
 }
 
-TEST_F(UpdaterTest, WhileNoReleaseIsKnownEveryOccasionIsUsed) {
+TEST_F(UpdaterTest, WhileNoReleaseIsKnownEveryCheckAsks) {
   updater.checkIfDue();
   system.http.answer(std::nullopt);
   updater.checkIfDue();
@@ -99,7 +99,7 @@ TEST_F(UpdaterTest, WhileNoReleaseIsKnownEveryOccasionIsUsed) {
   EXPECT_EQ(system.http.requests.size(), 3u);
 }
 
-TEST_F(UpdaterTest, OnceAReleaseIsKnownADayHasToPass) {
+TEST_F(UpdaterTest, OnceAReleaseIsKnownItAsksOnceADay) {
   learn(R"({"version":"1.1"})");
   system.clock.advance(86400s);
   updater.checkIfDue();

@@ -1,4 +1,4 @@
-// Parts of the core, made on a virtual system.
+// Makes parts of the core on a virtual system.
 #pragma once
 
 #include "browser/browser_link.h"
@@ -7,7 +7,7 @@
 
 namespace tollvane::test {
 
-// All outlive what is made.
+// The arguments must outlive the result.
 inline BrowserLink makeLink(VirtualPlatform& system, const Paths& paths) {
   return {system.queue, system.safari, system.files, system.locations, system.bundle, system.workspace, paths};
 }

@@ -1,4 +1,5 @@
-// What the user sees and what answers from outside: status bar, alerts, windows, web, browsers' services, login.
+// The virtual roles that show something to the user or ask others: status bar, alerts, windows, web, browser services,
+// login.
 #pragma once
 
 #include <chrono>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -28,10 +30,11 @@ class VirtualStatusBar : public StatusBar {
   std::unique_ptr<StatusItem> makeStatusItem() override {
     if (broken) return nullptr;
     ++itemsMade;
+    if (journal) journal->note("status item");
     return std::make_unique<Item>(shown);
   }
 
-  // The menu, as the user sees who opens it now.
+  // Opens the menu, and returns it as the user sees it.
   Menu openMenu() const {
     Menu menu;
     shown.menuDelegate->menuNeedsUpdate(menu);
@@ -40,6 +43,7 @@ class VirtualStatusBar : public StatusBar {
 
   Shown shown;
   int itemsMade = 0;
+  Journal* journal = nullptr;
   bool broken = false;
 
  private:
@@ -55,13 +59,13 @@ class VirtualStatusBar : public StatusBar {
   };
 };
 
-// English, UTC, and the two patterns that Tollvane uses.
+// Writes dates in English and UTC, in the two patterns that Tollvane uses.
 class VirtualDates : public DateFormatter {
  public:
   std::string string(std::string_view pattern, TimePoint time) const override;
 };
 
-// Remembers what it was told, in the order in which it was told.
+// Remembers its calls, in their order.
 class VirtualApplication : public Application, public Alerts {
  public:
   void activateIgnoringOtherApps() override { frontmost = true; }
@@ -80,12 +84,13 @@ class VirtualApplication : public Application, public Alerts {
   std::vector<std::function<void(std::size_t)>> answers;
 };
 
-// A web site that answers the last question when the test says so. A question that may not be asked, and an answer that
-// is too long, give none.
+// A web site that answers the last request when the test says so. A request that is not allowed and an answer that is
+// too long give no answer.
 class VirtualHttp : public Http {
  public:
   void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {
     requests.push_back(request);
+    if (journal) journal->note("web");
     completions.push_back(std::move(completion));
   }
   void answer(std::optional<HttpResponse> response) {
@@ -95,6 +100,7 @@ class VirtualHttp : public Http {
     completions.back()(std::move(response));
   }
 
+  Journal* journal = nullptr;
   std::vector<HttpRequest> requests;
   std::vector<std::function<void(std::optional<HttpResponse>)>> completions;
 };
@@ -106,8 +112,10 @@ class VirtualSafari : public SafariServices {
   }
   void getState(std::string_view, std::function<void(std::optional<bool>)> completion) override {
     ++statesAsked;
+    if (journal) journal->note("safari");
     completion(state);
   }
+  Journal* journal = nullptr;
   void showPreferences(std::string_view extensionID) override { preferencesShown.emplace_back(extensionID); }
 
   std::optional<bool> state;
@@ -127,10 +135,12 @@ class VirtualLogin : public LoginService {
   LoginStatus state = LoginStatus::notRegistered;
   std::optional<std::string> refusal;
   int changes = 0;
+  Journal* journal = nullptr;
 
  private:
   std::optional<std::string> change(LoginStatus wanted) {
     ++changes;
+    if (journal) journal->note("login");
     if (!refusal) state = wanted;
     return refusal;
   }
@@ -147,10 +157,12 @@ class VirtualSettingsWindows : public SettingsWindows {
 
   std::unique_ptr<SettingsWindow> make(const SettingsWindow::Style& style) override {
     windows.push_back(std::make_shared<Shown>(Shown{style, {}}));
+    if (journal) journal->note("window");
     return std::make_unique<Window>(windows.back());
   }
 
   std::vector<std::shared_ptr<Shown>> windows;
+  Journal* journal = nullptr;
 
  private:
   struct Window : SettingsWindow {

@@ -1,4 +1,4 @@
-// Settings, places, files and the bundle, in memory.
+// The virtual roles for settings, folders, files and the bundle, in memory.
 #pragma once
 
 #include <chrono>
@@ -35,10 +35,10 @@ class VirtualLocations : public Locations {
     ++asked;
     return support;
   }
-  std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override {
+  std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override {
     const auto found = nativeHosts.find(std::string(bundleID));
     if (found == nativeHosts.end() || !support) return {};
-    return {{*support / found->second}};
+    return {*support / found->second};
   }
   std::vector<std::filesystem::path> applicationFolders() const override {
     return {"/Applications", "/System/Applications", "/System/Applications/Utilities", "/home/user/Applications"};
@@ -74,7 +74,7 @@ class VirtualFiles : public Files {
   }
   Append append(const std::filesystem::path& file, std::string_view bytes) override {
     const auto found = contents.find(file);
-    if (readOnly || found == contents.end()) return Append::notOpened;
+    if (readOnly || found == contents.end() || locked.contains(file)) return Append::notOpened;
     if (full) return Append::notWritten;
     found->second += bytes;
     return Append::done;
@@ -119,13 +119,19 @@ class VirtualFiles : public Files {
     if (readOnly || cannotRename || !contents.contains(from)) return false;
     contents[to] = std::move(contents[from]);
     contents.erase(from);
+    if (locked.erase(from) > 0) locked.insert(to);
     return true;
   }
-  bool remove(const std::filesystem::path& file) override { return !readOnly && contents.erase(file) > 0; }
+  bool remove(const std::filesystem::path& file) override {
+    if (onRemove) onRemove(file);
+    return !readOnly && contents.erase(file) > 0;
+  }
 
   std::map<std::filesystem::path, std::string> contents;
   std::map<std::filesystem::path, bool> directories;
   std::set<std::filesystem::path> unreadable;
+  std::set<std::filesystem::path> locked;  // these cannot be opened for writing, but can be renamed
+  std::function<void(const std::filesystem::path&)> onRemove;
   bool cannotRename = false;
   int copies = 0;
   bool readOnly = false;

@@ -9,11 +9,13 @@
 namespace tollvane::test {
 
 struct VirtualMainQueue::DescriptorWatch : Watch {
-  DescriptorWatch(VirtualMainQueue& where, int descriptor, Block what) : queue(where), block(std::move(what)) {
-    queue.descriptors_[this] = descriptor;
+  DescriptorWatch(VirtualMainQueue& where, pollfd what, Block whatToDo)
+      : queue(where), question(what), block(std::move(whatToDo)) {
+    queue.descriptors_.insert(this);
   }
   ~DescriptorWatch() override { queue.descriptors_.erase(this); }
   VirtualMainQueue& queue;
+  pollfd question;
   Block block;
 };
 
@@ -28,11 +30,16 @@ struct VirtualMainQueue::DirectoryWatch : Watch {
 };
 
 std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchReadable(int descriptor, Block block) {
-  return std::make_unique<DescriptorWatch>(*this, descriptor, std::move(block));
+  return std::make_unique<DescriptorWatch>(*this, pollfd{descriptor, POLLIN, 0}, std::move(block));
+}
+
+std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchWritable(int descriptor, Block block) {
+  return std::make_unique<DescriptorWatch>(*this, pollfd{descriptor, POLLOUT, 0}, std::move(block));
 }
 
 std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchDirectory(const std::filesystem::path& directory,
                                                                    Block block) {
+  if (journal) journal->note("watch of " + directory.filename().string());
   if (cannotWatchDirectories || missingDirectories.contains(directory)) return nullptr;
   return std::make_unique<DirectoryWatch>(*this, directory, std::move(block));
 }
@@ -40,14 +47,14 @@ std::unique_ptr<MainQueue::Watch> VirtualMainQueue::watchDirectory(const std::fi
 int VirtualMainQueue::pollDescriptors() {
   std::vector<pollfd> queries;
   std::vector<DescriptorWatch*> watches;
-  for (const auto& [watch, descriptor] : descriptors_) {
-    queries.push_back({descriptor, POLLIN, 0});
+  for (DescriptorWatch* watch : descriptors_) {
+    queries.push_back(watch->question);
     watches.push_back(watch);
   }
   if (queries.empty() || ::poll(queries.data(), queries.size(), 0) <= 0) return 0;
   int ready = 0;
   for (std::size_t i = 0; i < queries.size(); ++i) {
-    if (queries[i].revents == 0 || !descriptors_.contains(watches[i])) continue;  // ended by another's block
+    if (queries[i].revents == 0 || !descriptors_.contains(watches[i])) continue;  // another block ended this watch
     const Block kept = watches[i]->block;
     kept();
     ++ready;

@@ -1,4 +1,4 @@
-// A whole system in memory, moved by hand: the third implementation of the platform beside the real ones.
+// A whole system in memory, controlled by the test: an implementation of the platform beside the real ones.
 //
 //   VirtualPlatform system;
 //   AppDelegate delegate(system.platform());
@@ -35,6 +35,12 @@ struct VirtualPlatform {
   VirtualSafari safari;
   VirtualLogin login;
   VirtualSettingsWindows settingsWindows;
+
+  // From now on, all of these write what they are asked for into `journal`.
+  void writeDown(Journal& journal) {
+    queue.journal = children.journal = statusBar.journal = http.journal = safari.journal = login.journal =
+        settingsWindows.journal = &journal;
+  }
 
   Platform platform() {
     return {

@@ -1,4 +1,4 @@
-// Programs that run and applications that are installed, by the word of the test.
+// The virtual roles for processes and applications: the test says which ones run and which are installed.
 #pragma once
 
 #include <chrono>
@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane::test {
 
@@ -34,6 +35,7 @@ class VirtualChildren : public ChildProcesses {
 
   std::unique_ptr<ChildProcess> launch(Launch launch) override {
     ++attempts;
+    if (journal) journal->note("log tool");
     if (cannotStart) return nullptr;
     programs.push_back(std::make_shared<Program>(Program{std::move(launch)}));
     return std::make_unique<Handle>(programs.back());
@@ -42,6 +44,7 @@ class VirtualChildren : public ChildProcesses {
 
   std::vector<std::shared_ptr<Program>> programs;
   int attempts = 0;
+  Journal* journal = nullptr;
   bool cannotStart = false;
 
  private:
@@ -116,13 +119,18 @@ class VirtualWorkspace : public Workspace {
     return found == displayNames.end() ? path.filename().string() : found->second;
   }
 
-  void activate(const RunningApplication& application, std::function<void(bool)> done) override {
+  void activate(const RunningApplication& application, std::string_view title,
+                std::function<void(bool)> done) override {
     activated.push_back(application.pid);
+    titles.emplace_back(title);
     if (ending.contains(application.pid))
       std::erase_if(running, [&](const Running& each) { return each.application.pid == application.pid; });
     done(!windowless.contains(application.pid) && !ending.contains(application.pid));
   }
-  void open(const std::filesystem::path& path) override { opened.push_back(path); }
+  void open(const std::filesystem::path& path, std::function<void(bool)> done) override {
+    opened.push_back(path);
+    done(!broken.contains(path));
+  }
   void openURL(std::string_view url) override { opened.emplace_back(url); }
   void openURL(std::string_view url, const std::filesystem::path& application,
                std::function<void(bool)> done) override {
@@ -142,6 +150,7 @@ class VirtualWorkspace : public Workspace {
   std::set<Pid> ending;                    // these end before they come forward
   std::set<std::filesystem::path> broken;  // these do not start
   std::vector<Pid> activated;
+  std::vector<std::string> titles;  // of the windows that were wanted, for each of `activated`
   std::vector<std::string> opened;  // paths, pages, and pages "in" an application
 };
 

@@ -1,4 +1,4 @@
-// A clock and a main queue that are moved by hand.
+// A clock and a main queue whose time the test moves on.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,14 @@
 
 namespace tollvane::test {
 
-// A second passes between any two looks at it, so that no answer is kept.
+// What a program asked of the system, in the order in which it did.
+class Journal {
+ public:
+  void note(std::string step) { steps.push_back(std::move(step)); }
+  std::vector<std::string> steps;
+};
+
+// A second passes between any two readings, so that no cached answer is young enough to be used.
 struct HurryingClock : Clock {
   TimePoint now() const override { return {}; }
   Instant steadyNow() const override { return time += std::chrono::seconds(1); }
@@ -29,7 +36,7 @@ class VirtualClock : public Clock {
   TimePoint now() const override { return start_ + std::chrono::duration_cast<TimePoint::duration>(passed_ + set_); }
   Instant steadyNow() const override { return Instant(std::chrono::hours(1)) + passed_; }
   void advance(Duration by) { passed_ += by; }
-  void setWallClock(Duration by) { set_ += by; }  // what the network does to a clock that was wrong
+  void setWallClock(Duration by) { set_ += by; }  // as the network sets a wrong clock
 
  private:
   TimePoint start_{std::chrono::seconds(1738332309)};
@@ -59,13 +66,16 @@ class VirtualMainQueue : public MainQueue {
   }
   void runDue() { advance(Duration::zero()); }
   bool idle() const { return blocks_.empty(); }
+  std::size_t waiting() const { return blocks_.size(); }
 
   std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
+  std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
-  // Real descriptors, looked at once: runs the blocks of those that are readable now. Their count.
+  // Polls the real descriptors once and runs the blocks of those that are readable or writable now. Returns how many
+  // blocks ran.
   int pollDescriptors();
-  // Until none of them is. Returns at once when there is nothing to be read.
+  // Polls until no descriptor is readable. Returns at once if there is nothing to read.
   void drainDescriptors() {
     while (pollDescriptors() > 0) {
     }
@@ -73,6 +83,7 @@ class VirtualMainQueue : public MainQueue {
   void directoryChanged(const std::filesystem::path& directory);
   std::size_t descriptorsWatched() const { return descriptors_.size(); }
 
+  Journal* journal = nullptr;
   bool cannotWatchDirectories = false;
   std::set<std::filesystem::path> missingDirectories;
 
@@ -80,7 +91,7 @@ class VirtualMainQueue : public MainQueue {
   struct DescriptorWatch;
   struct DirectoryWatch;
 
-  std::map<DescriptorWatch*, int> descriptors_;
+  std::set<DescriptorWatch*> descriptors_;
   std::map<DirectoryWatch*, std::filesystem::path> directories_;
   VirtualClock& clock_;
   std::multimap<Instant, Block> blocks_;

@@ -1,4 +1,4 @@
-// The bundle in a real panel: the user hears a sound, clicks the bell, and stands before the window that made it.
+// The bundle in a real panel: after a sound the user clicks the bell, and the window that made it comes forward.
 
 #include <gmock/gmock.h>
 
@@ -21,14 +21,14 @@ class WholeDesktopTest : public DesktopTest {
       : DesktopTest(options) {
     fs::copy(TOLLVANE_BUNDLE, bundle, fs::copy_options::recursive);
     fs::remove(bundle / "TollvaneLog");
-    // What the system's sounds are read from: the test writes them.
+    // The log tool is replaced by a program that prints the lines that the test writes here.
     run({"mkfifo", sounds.string()});
     script("bundle/TollvaneLog", "exec cat <>'" + sounds.string() + "'\n");
     entry("clock", "Name=Wall Clock\nExec=xmessage -title xmessage ding\n");
     entry("calculator", "Name=Pocket Calculator\nExec=xcalc\n");
   }
 
-  // As on any day but the first.
+  // Starts Tollvane as after its first launch.
   void start() {
     write(".config/Tollvane/defaults.json", R"({"hasLaunchedBefore":true})");
     launch();
@@ -58,7 +58,7 @@ class WholeDesktopTest : public DesktopTest {
     std::ofstream(sounds) << outputStarted(name, maker.pid()) << std::flush;
   }
 
-  // What the item says of itself; empty while there is no item or more than one.
+  // A property of the status item; empty unless there is exactly one item.
   std::string itemProperty(const std::string& name) {
     const std::string items = desktop.registeredItems();
     if (!items.starts_with("as 1 \"")) return "";
@@ -73,7 +73,7 @@ class WholeDesktopTest : public DesktopTest {
   }
   void awaitBell() {
     ASSERT_TRUE(eventually([&] { return bellIs("bell"); }));
-    // A panel draws an icon later than it knows of it.
+    // A panel draws an icon a moment after it has accepted the registration.
     ASSERT_TRUE(eventually([&] { return desktop.showsIcon(); }));
   }
   // --- pointer and keys
@@ -88,7 +88,7 @@ class WholeDesktopTest : public DesktopTest {
     const std::string own = std::to_string(tollvane->pid());
     std::istringstream windows(run({"xdotool", "search", "--onlyvisible", "--pid", own}));
     for (std::string window; std::getline(windows, window);) {
-      // The window manager has no say in a menu.
+      // A menu is a window that the window manager does not manage.
       if (run({"xwininfo", "-id", window}).find("Override Redirect State: yes") == std::string::npos) continue;
       Place place;
       std::istringstream lines(run({"xdotool", "getwindowgeometry", "--shell", window}));
@@ -109,7 +109,8 @@ class WholeDesktopTest : public DesktopTest {
     ASSERT_TRUE(eventually([&] { return menu().has_value(); }));
   }
 
-  // The newest sound is the first below the header. All rows of one line are equally high.
+  // Clicks on sound `number` of `among` sounds. The newest is number 1, right below the header. All rows of one line
+  // are equally high.
   void clickSound(int number, int among) {
     constexpr int margin = 4, separator = 8, separators = 2, otherRows = 8;
     const Place place = menu().value();
@@ -146,7 +147,7 @@ TEST_F(WholeDesktopTest, AClickOnASoundBringsItsWindowForwardAndEmptiesTheBell) 
   EXPECT_FALSE(menu());
 }
 
-TEST_F(WholeDesktopTest, KeysGoToTheOlderOfTwoSoundsAndTheOtherStaysUnseen) {
+TEST_F(WholeDesktopTest, KeysChooseTheOlderOfTwoSoundsAndTheOtherStaysUnseen) {
   const auto clock = open({"xmessage", "-title", "xmessage", "ding"}, "xmessage");
   const auto calculator = open({"xcalc"}, "Calculator");
   startAndHear(*clock);
@@ -168,7 +169,7 @@ TEST_F(WholeDesktopTest, AnApplicationThatWasQuitIsOfferedAndOpened) {
   openMenu();
   clickSound(1, 1);
   ASSERT_TRUE(eventually([&] { return showsAlert(); })) << "Wall Clock is closed";
-  // "Open Wall Clock" is the first. A key may come before the alert has the keyboard.
+  // Return chooses "Open Wall Clock", the first button. A key may be lost until the alert has the keyboard.
   ASSERT_TRUE(eventually([&] {
     key("Return");
     return waitUntil([&] { return windowNamed("Tollvane").empty(); }, std::chrono::milliseconds(500));
@@ -176,7 +177,7 @@ TEST_F(WholeDesktopTest, AnApplicationThatWasQuitIsOfferedAndOpened) {
   EXPECT_TRUE(eventually([&] { return !windowNamed("xmessage").empty(); }));
 }
 
-TEST_F(WholeDesktopTest, WhatHasNoWindowIsSaidToHaveNone) {
+TEST_F(WholeDesktopTest, AnAlertSaysThatAProgramHasNoWindow) {
   fs::copy_file("/bin/sleep", root() / "humming");
   const auto humming = desktop.start({(root() / "humming").string(), "1000"});
   start();
@@ -242,7 +243,7 @@ TEST_F(WholeDesktopTest, ASecondStartOpensTheSettingsOfTheFirstAndEnds) {
   EXPECT_EQ(windowNamed("Tollvane Settings"), "");
   EXPECT_EQ(startTollvane()->exitCode(desktopPatience), 0);
   EXPECT_TRUE(eventually([&] { return inFront() == "Tollvane Settings"; })) << inFront();
-  EXPECT_TRUE(bellIs("bell")) << "one bell";
+  EXPECT_TRUE(bellIs("bell")) << "there is one bell";
   EXPECT_TRUE(tollvane->running());
 }
 
@@ -257,7 +258,7 @@ TEST_F(WholeDesktopTest, TheFirstLaunchWelcomesAndStartsWithTheSessionFromThenOn
 
   launch();
   awaitBell();
-  sound("xcalc", *tollvane);  // when it has heard something, it has started wholly
+  sound("xcalc", *tollvane);  // when it has heard something, it has started completely
   ASSERT_TRUE(eventually([&] { return bellIs("bell-fill"); }));
   EXPECT_EQ(windowNamed("Welcome"), "");
   EXPECT_FALSE(fs::exists(autostart)) << "the user has removed it";
@@ -290,7 +291,7 @@ TEST_F(WithoutPanelTest, AnOldTrayGetsTheBellAndTheBellOpensTheMenu) {
     icon = firstLine(run({"xdotool", "search", "--onlyvisible", "--pid", std::to_string(tollvane->pid())}));
     return !icon.empty();
   }));
-  EXPECT_EQ(desktop.registeredItems(), "") << "never two bells";
+  EXPECT_EQ(desktop.registeredItems(), "") << "there must not be two bells";
   ASSERT_TRUE(eventually([&] {
     run({"xdotool", "mousemove", "--window", icon, "8", "8", "click", "1"});
     return waitUntil([&] { return menu().has_value(); }, std::chrono::milliseconds(2000));

@@ -1,4 +1,4 @@
-// The bundle as people run it, copied to another place: a real sound server, real players, a real history file.
+// The bundle as users run it, copied to another place: with a real sound server, real players and a real history file.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -35,7 +35,7 @@ class WholeProgramTest : public SharedSession<PrivateSound> {
     return {.output = Process::Output::ignored, .variables = sound.variables(), .errors = home / "errors"};
   }
 
-  // Puts a program of the test's own in the place of the log tool.
+  // Replaces the log tool by a shell script.
   void replaceLogTool(const std::string& script) {
     fs::remove(bundle / "TollvaneLog");
     home.write("bundle/TollvaneLog", "#!/bin/sh\n" + script + "\n");
@@ -59,7 +59,7 @@ class WholeProgramTest : public SharedSession<PrivateSound> {
   }
   static bool isAlive(Pid pid) { return ProcFs().executable(pid).has_value(); }
 
-  // What is played before the log tool has attached is not news, so play until something is heard.
+  // Sounds that start before the log tool is connected are not reported, so this plays until one is heard.
   void awaitHearing() {
     const auto probe = sound.tone(50ms);
     ASSERT_TRUE(waitUntil([&] { return sound.play({"pw-play", probe}) && !history().empty(); }, 30s));
@@ -97,7 +97,7 @@ TEST_F(WholeProgramTest, CreditsAToolToTheApplicationThatStartedIt) {
   EXPECT_TRUE(waitUntil([&] { return historyHolds("Fine Terminal\tstarted playing audio\t"); }));
 }
 
-TEST_F(WholeProgramTest, WhatItCreatesIsForItsUserOnly) {
+TEST_F(WholeProgramTest, FilesThatItCreatesAreForItsUserOnly) {
   const auto mask = ::umask(0);
   replaceLogTool("cat <<'END'\n" + outputStarted("player", 1) + "END\nsleep 1000");
   start();
@@ -142,7 +142,7 @@ TEST_F(WholeProgramTest, AKilledLogToolIsStartedAgainAndHears) {
       30s));
 }
 
-TEST_F(WholeProgramTest, LivesWithALogToolThatIsMissingOrEndsAtOnce) {
+TEST_F(WholeProgramTest, RunsOnWithALogToolThatIsMissingOrEndsAtOnce) {
   fs::remove(bundle / "TollvaneLog");
   start();
   EXPECT_EQ(tollvane->exitCode(500ms), std::nullopt);
@@ -165,7 +165,7 @@ TEST_F(WholeProgramTest, AnEndlessLineNeitherHangsItNorFillsTheMemory) {
   std::string line;
   while (std::getline(status, line) && !line.starts_with("VmHWM:")) {
   }
-  EXPECT_LT(std::stol(line.substr(6)), 390'000) << line;  // kilobytes: less than was written
+  EXPECT_LT(std::stol(line.substr(6)), 390'000) << line;  // in KiB: less than was written
   tollvane->signal(SIGTERM);
   EXPECT_EQ(tollvane->exitCode(), 0);
 }

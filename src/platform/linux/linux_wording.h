@@ -18,6 +18,8 @@ inline constexpr Wording linuxWording = {
     .changeNotAllowed = "The system didn't allow that change: ",
     .notFoundHere = "Not found on this computer",
     .noOtherBrowsers = "No other browsers were found on this computer.",
+    .noLogTool = "Tollvane can't hear any sounds: its program TollvaneLog doesn't run",
+    .noSoundServer = "Tollvane can't hear any sounds: no sound server is running",
     .everythingStaysHere = " · Everything stays on this computer. Patent pending.",
 };
 

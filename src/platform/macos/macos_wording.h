@@ -18,6 +18,8 @@ inline constexpr Wording macWording = {
     .changeNotAllowed = "macOS didn't allow that change: ",
     .notFoundHere = "Not found on this Mac",
     .noOtherBrowsers = "Safari support is built in. Turn it on in Safari Settings, Extensions.",
+    .noLogTool = "",
+    .noSoundServer = "",
     .everythingStaysHere = " · Everything stays on this Mac. Patent pending.",
 };
 

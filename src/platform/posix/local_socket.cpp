@@ -48,13 +48,6 @@ UniqueFd unblocked(UniqueFd socket) {
 
 UniqueFd newSocket() { return unblocked(UniqueFd(::socket(AF_UNIX, SOCK_STREAM, 0))); }
 
-bool isAnswered(const sockaddr_un& address) {
-  const UniqueFd probe = newSocket();
-  if (!probe) return false;
-  // A listener whose queue of callers is full lives.
-  return ::connect(probe.get(), asSockaddr(address), sizeof address) == 0 || errno == EAGAIN;
-}
-
 bool bindPrivately(int socket, const sockaddr_un& address) {
   const mode_t before = ::umask(S_IXUSR | S_IRWXG | S_IRWXO);
   const bool bound = ::bind(socket, asSockaddr(address), sizeof address) == 0;
@@ -67,6 +60,12 @@ bool bindPrivately(int socket, const sockaddr_un& address) {
 std::string fittingSocketPath(std::string path) {
   path.resize(std::min(path.size(), longestSocketPath));
   return path;
+}
+
+bool isAnswered(const std::string& path) {
+  const sockaddr_un address = addressOf(path);
+  const UniqueFd probe = newSocket();
+  return probe && (::connect(probe.get(), asSockaddr(address), sizeof address) == 0 || errno == EAGAIN);
 }
 
 std::optional<bool> peerIsOwnUsers(int socket) {
@@ -134,7 +133,6 @@ LocalListener& LocalListener::operator=(LocalListener&& other) noexcept {
 LocalListener LocalListener::at(const std::string& path) {
   const sockaddr_un address = addressOf(path);
   LocalListener listener;
-  if (isAnswered(address)) return listener;
   ::unlink(address.sun_path);
   UniqueFd socket = newSocket();
   if (!socket || !bindPrivately(socket.get(), address) || ::listen(socket.get(), backlog) != 0) return listener;
@@ -156,9 +154,15 @@ LocalListener::Accepted LocalListener::accept() const {
   return {exhausted ? Accepting::exhausted : Accepting::done, {}};
 }
 
+LocalListener::Standing LocalListener::standing() const {
+  const auto file = fileAt(path_);
+  if (!file) return Standing::missing;
+  return file == file_ ? Standing::own : Standing::replaced;
+}
+
 void LocalListener::close() {
   if (!socket_) return;
-  if (fileAt(path_) == file_) ::unlink(path_.c_str());
+  if (standing() == Standing::own) ::unlink(path_.c_str());
   socket_.reset();
 }
 

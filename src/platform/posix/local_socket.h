@@ -25,6 +25,9 @@ inline constexpr std::size_t longestSocketPath = 103;
 // The path at which a socket really stands if it is to stand at `path`: cut if it is too long, by both ends alike.
 std::string fittingSocketPath(std::string path);
 
+// Whether a listener is there, even if its queue of callers is full.
+bool isAnswered(const std::string& path);
+
 // Whether the program at the other end of a socket is this user's; absent if the system does not tell.
 std::optional<bool> peerIsOwnUsers(int socket);
 
@@ -34,8 +37,8 @@ class LocalStream {
   LocalStream() = default;
   explicit LocalStream(UniqueFd socket);
 
-  // Connects to this path; empty if nobody listens there, if another user does, or if the listener has too many
-  // callers.
+  // Connects to this path; empty if nobody listens there, if another user does, or if the listener's queue of callers
+  // is full.
   static LocalStream to(const std::string& path);
 
   explicit operator bool() const { return static_cast<bool>(socket_); }
@@ -71,8 +74,7 @@ class LocalListener {
   LocalListener& operator=(LocalListener&& other) noexcept;
   ~LocalListener() { close(); }
 
-  // Listens at this path. A socket file that a crash left behind is replaced; one at which somebody answers is left
-  // alone, and nobody listens here then.
+  // Listens at this path. What stands there is removed first, also the socket of another listener.
   static LocalListener at(const std::string& path);
 
   explicit operator bool() const { return static_cast<bool>(socket_); }
@@ -87,6 +89,13 @@ class LocalListener {
     LocalStream stream = {};
   };
   Accepted accept() const;
+
+  enum class Standing {
+    own,      // the file at the path is this listener's: programs that connect come here
+    missing,  // no file is there
+    replaced  // another file is there
+  };
+  Standing standing() const;
 
   // Removes the file too, unless another one stands at its path by now.
   void close();

@@ -56,7 +56,7 @@ TEST_F(LocalSocketTest, WhatOneEndSendsTheOtherReads) {
   EXPECT_EQ(received(one), "you");
 }
 
-TEST_F(LocalSocketTest, AnEndThatIsGoneIsToldToBothReaderAndWriter) {
+TEST_F(LocalSocketTest, BothReaderAndWriterAreToldThatTheOtherEndIsGone) {
   const LocalListener listener = LocalListener::at(path());
   LocalStream one = LocalStream::to(path());
   const LocalStream other = listener.accept().stream;
@@ -64,10 +64,10 @@ TEST_F(LocalSocketTest, AnEndThatIsGoneIsToldToBothReaderAndWriter) {
   std::array<char, 8> buffer;
   std::string_view bytes;
   EXPECT_EQ(other.read(buffer.data(), buffer.size(), bytes), LocalStream::Reading::ended);
-  EXPECT_EQ(other.send("lost"), std::nullopt) << "and no signal ends this process";
+  EXPECT_EQ(other.send("lost"), std::nullopt) << "and no signal may end this process";
 }
 
-TEST_F(LocalSocketTest, OnlyAsMuchIsSentAsThereIsRoomFor) {
+TEST_F(LocalSocketTest, OnlyBytesThatFitAreSent) {
   const LocalListener listener = LocalListener::at(path());
   const LocalStream one = LocalStream::to(path());
   const LocalStream other = listener.accept().stream;
@@ -82,13 +82,13 @@ TEST_F(LocalSocketTest, OnlyAsMuchIsSentAsThereIsRoomFor) {
   EXPECT_TRUE(one.waitForRoom(std::chrono::steady_clock::now() + 10s));
 }
 
-TEST_F(LocalSocketTest, NobodyConnectsWhereNobodyListens) {
+TEST_F(LocalSocketTest, AConnectionWithoutAListenerFails) {
   EXPECT_FALSE(LocalStream::to(path()));
   folder.write("s", "a file");
   EXPECT_FALSE(LocalStream::to(path()));
 }
 
-TEST_F(LocalSocketTest, TheFileIsItsUsersAloneAndGoesWithTheListener) {
+TEST_F(LocalSocketTest, TheFileIsForTheUserOnlyAndGoesWithTheListener) {
   LocalListener listener = LocalListener::at(path());
   struct stat status {};
   ASSERT_EQ(::stat(path().c_str(), &status), 0);
@@ -97,7 +97,7 @@ TEST_F(LocalSocketTest, TheFileIsItsUsersAloneAndGoesWithTheListener) {
   EXPECT_FALSE(std::filesystem::exists(path()));
 }
 
-TEST_F(LocalSocketTest, AFileThatStandsThereBecauseOfACrashIsReplaced) {
+TEST_F(LocalSocketTest, AFileThatACrashLeftBehindIsReplaced) {
   {
     LocalListener crashed = LocalListener::at(path());
     std::filesystem::rename(path(), folder / "kept");
@@ -106,13 +106,18 @@ TEST_F(LocalSocketTest, AFileThatStandsThereBecauseOfACrashIsReplaced) {
   EXPECT_TRUE(LocalListener::at(path()));
 }
 
-TEST_F(LocalSocketTest, ASecondListenerLeavesTheFirstOneAlone) {
+TEST_F(LocalSocketTest, ASecondListenerTakesThePathAndTheFirstKnows) {
   const LocalListener first = LocalListener::at(path());
-  {
-    const LocalListener second = LocalListener::at(path());
-    EXPECT_FALSE(second);
-  }
-  EXPECT_TRUE(LocalStream::to(path()));
+  EXPECT_EQ(first.standing(), LocalListener::Standing::own);
+  LocalListener second = LocalListener::at(path());
+  EXPECT_EQ(first.standing(), LocalListener::Standing::replaced);
+  const LocalStream stream = LocalStream::to(path());
+  EXPECT_TRUE(second.accept().stream);
+  EXPECT_FALSE(first.accept().stream);
+  EXPECT_TRUE(isAnswered(path()));
+  second.close();
+  EXPECT_EQ(first.standing(), LocalListener::Standing::missing);
+  EXPECT_FALSE(isAnswered(path()));
 }
 
 TEST_F(LocalSocketTest, AFileThatAnotherListenerMadeMeanwhileStays) {

@@ -1,13 +1,29 @@
 #include "platform/posix/posix_files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 
 #include "tests/support/temporary_directory.h"
+
+// The two system calls whose order decides what is left after a power cut: written down, and then done.
+namespace {
+std::string calls;
+}
+extern "C" int fsync(int descriptor) {
+  calls += "fsync ";
+  return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
+extern "C" int rename(const char* from, const char* to) noexcept {
+  calls += "rename ";
+  return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
 
 namespace tollvane {
 namespace {
@@ -22,6 +38,12 @@ class PosixFilesTest : public testing::Test {
   test::TemporaryDirectory home;
   PosixFiles files;
 };
+
+TEST_F(PosixFilesTest, ANewContentIsOnTheDiskBeforeItTakesTheOldOnesPlace) {
+  calls.clear();
+  EXPECT_TRUE(files.writeAtomically(home / "settings", "new"));
+  EXPECT_EQ(calls, "fsync rename fsync ") << "the file, its place, and the folder";
+}
 
 TEST_F(PosixFilesTest, DirectoriesAreMadeForTheUserOnly) {
   EXPECT_TRUE(files.createDirectories(home / "a/b/c"));
@@ -41,7 +63,7 @@ TEST_F(PosixFilesTest, AppendingNeverMakesAFile) {
   EXPECT_FALSE(files.exists(home / "history"));
 }
 
-TEST_F(PosixFilesTest, WhatIsWrittenIsForTheUserOnlyAndCanBeAppendedTo) {
+TEST_F(PosixFilesTest, AWrittenFileIsForTheUserOnlyAndCanBeAppendedTo) {
   EXPECT_TRUE(files.writeAtomically(home / "history", "one\n"));
   EXPECT_EQ(modeOf(home / "history"), ownFile);
   EXPECT_EQ(files.append(home / "history", "two\n"), Files::Append::done);
@@ -63,23 +85,23 @@ TEST_F(PosixFilesTest, WritingThroughALinkKeepsTheLink) {
   EXPECT_EQ(home.read("elsewhere/settings"), "new");
 }
 
-TEST_F(PosixFilesTest, AMissingDirectoryIsAFailureAndNoMore) {
+TEST_F(PosixFilesTest, WritingIntoAMissingDirectoryFails) {
   EXPECT_FALSE(files.writeAtomically(home / "missing/settings", "new"));
   EXPECT_EQ(files.append(home / "missing/history", "line\n"), Files::Append::notOpened);
 }
 
-TEST_F(PosixFilesTest, APipeThatNobodyReadsIsAnErrorNotAWait) {
+TEST_F(PosixFilesTest, WritingToAPipeWithoutAReaderFailsAtOnce) {
   ASSERT_EQ(::mkfifo((home / "history").c_str(), 0600), 0);
   EXPECT_EQ(files.append(home / "history", "line\n"), Files::Append::notOpened);
 }
 
-TEST_F(PosixFilesTest, AFullDeviceIsAFailureAndNoMore) {
+TEST_F(PosixFilesTest, WritingToAFullDeviceFails) {
   std::filesystem::create_symlink("/dev/full", home / "history");
   EXPECT_EQ(files.append(home / "history", "line\n"), Files::Append::notWritten);
 }
 
-// A file may grow to 10 bytes and no further: the disk that is full in the middle of a line.
-TEST_F(PosixFilesTest, ALineThatDoesNotFitLeavesNoHalf) {
+// No file may grow beyond 10 bytes, as on a disk that becomes full in the middle of a line.
+TEST_F(PosixFilesTest, ALineThatDoesNotFitIsNotWrittenInPart) {
   ASSERT_TRUE(files.writeAtomically(home / "history", "12345\n"));
   rlimit old{};
   ::getrlimit(RLIMIT_FSIZE, &old);
@@ -97,7 +119,7 @@ TEST_F(PosixFilesTest, ALineThatDoesNotFitLeavesNoHalf) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
 }
 
-TEST_F(PosixFilesTest, APipeIsNotWaitedFor) {
+TEST_F(PosixFilesTest, ReadingAPipeDoesNotWait) {
   ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(files.read(home / "pipe", 100), std::nullopt);
   EXPECT_FALSE(files.write(home / "pipe", "x"));

@@ -35,7 +35,7 @@ TEST(Addresses, PulseAudioListensBelowTheRuntimeDirectory) {
   EXPECT_EQ(pulseSocket(environment({})), std::nullopt);
 }
 
-TEST(Addresses, PulseAudiosServerMayBeNamed) {
+TEST(Addresses, TheEnvironmentMayNamePulseAudiosServer) {
   EXPECT_EQ(pulseSocket(environment({{"PULSE_SERVER", "unix:/s"}, {"XDG_RUNTIME_DIR", "/r"}})), "/s");
   EXPECT_EQ(pulseSocket(environment({{"PULSE_SERVER", "/s"}})), "/s");
   EXPECT_EQ(pulseSocket(environment({{"PULSE_SERVER", "{0123abcd}unix:/s tcp:host"}})), "/s");
@@ -43,7 +43,7 @@ TEST(Addresses, PulseAudiosServerMayBeNamed) {
   EXPECT_EQ(pulseSocket(environment({{"PULSE_SERVER", "{broken"}})), std::nullopt);
 }
 
-TEST(Addresses, TheSessionBusIsTheRuntimeDirectorysUnlessNamed) {
+TEST(Addresses, TheSessionBusIsInTheRuntimeDirectoryUnlessItIsNamed) {
   const auto usual = sessionBus(environment({{"XDG_RUNTIME_DIR", "/r"}}));
   ASSERT_TRUE(usual);
   EXPECT_EQ(usual->address, "unix:path=/r/bus");

@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(RetryPlan, AServerThatIsNotThereIsNotAskedAgainUntilItsSocketAppears) {
+TEST(RetryPlan, AMissingServerIsNotTriedAgainUntilItsSocketAppears) {
   RetryPlan plan;
   EXPECT_EQ(plan.failed(), std::nullopt);
 }
@@ -19,17 +19,17 @@ TEST(RetryPlan, AServerWhoseSocketAppearedGetsAMomentToListen) {
   EXPECT_EQ(plan.failed(), Duration(320ms));
   EXPECT_EQ(plan.failed(), Duration(1280ms));
   EXPECT_EQ(plan.failed(), Duration(5120ms));
-  EXPECT_EQ(plan.failed(), std::nullopt) << "no asking at intervals for ever";
+  EXPECT_EQ(plan.failed(), std::nullopt) << "it must not be asked at intervals for ever";
 }
 
-TEST(RetryPlan, AServerThatServedWellIsAskedAtOnce) {
+TEST(RetryPlan, AServerThatServedWellIsTriedAgainAtOnce) {
   RetryPlan plan;
   plan.connected(Instant(1h));
   EXPECT_EQ(plan.lost(Instant(1h) + 2s), Duration(20ms));
   EXPECT_EQ(plan.failed(), Duration(80ms));
 }
 
-TEST(RetryPlan, AServerThatKeepsGoingAwayIsAskedEverMoreSeldom) {
+TEST(RetryPlan, AServerThatKeepsGoingAwayIsTriedLessAndLessOften) {
   RetryPlan plan;
   Instant now(1h);
   for (const Duration pause : {Duration(2s), Duration(4s), Duration(8s), Duration(16s), Duration(32s), Duration(60s)}) {
@@ -42,7 +42,7 @@ TEST(RetryPlan, AServerThatKeepsGoingAwayIsAskedEverMoreSeldom) {
   EXPECT_EQ(plan.appeared(), Duration(20ms)) << "a new socket is a new beginning";
 }
 
-TEST(RetryPlan, OneGoodConnectionForgivesTheBadOnes) {
+TEST(RetryPlan, AfterOneGoodConnectionTheDelaysBeginAnew) {
   RetryPlan plan;
   plan.connected(Instant(1h));
   plan.lost(Instant(1h) + 1ms);

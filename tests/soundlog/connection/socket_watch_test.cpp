@@ -19,7 +19,7 @@ class SocketWatchTest : public ::testing::Test {
 
   void make(const std::filesystem::path& file) { std::ofstream(file) << "x"; }
 
-  // Everything that the kernel has told by now has been handled.
+  // Handles everything that the kernel has reported by now.
   void settle() {
     while (g_main_context_iteration(nullptr, FALSE)) {
     }
@@ -51,14 +51,14 @@ TEST_F(SocketWatchTest, ASocketThatIsMovedThereIsNoticed) {
   EXPECT_TRUE(appears());
 }
 
-TEST_F(SocketWatchTest, ASocketWhoseWholeWayIsMissingIsNoticed) {
+TEST_F(SocketWatchTest, ASocketWhoseDirectoriesAreMissingIsNoticed) {
   const SocketWatch watch(socket_, [this] { ++appeared_; });
   std::filesystem::create_directories(socket_.parent_path());
   make(socket_);
   EXPECT_TRUE(appears());
 }
 
-TEST_F(SocketWatchTest, ASocketWhoseWayIsMadeStepByStepIsNoticed) {
+TEST_F(SocketWatchTest, ASocketWhoseDirectoriesAreMadeStepByStepIsNoticed) {
   const SocketWatch watch(socket_, [this] { ++appeared_; });
   for (const auto& step : {directory_ / "run", directory_ / "run" / "pulse"}) {
     std::filesystem::create_directory(step);
@@ -102,7 +102,7 @@ TEST_F(SocketWatchTest, ASocketThatIsMadeAnewIsNoticedAgain) {
   EXPECT_TRUE(appears());
 }
 
-TEST_F(SocketWatchTest, AFileInTheWayIsNotLookedAtForEver) {
+TEST_F(SocketWatchTest, AFileInPlaceOfADirectoryIsNotExaminedForEver) {
   make(directory_ / "run");
   const SocketWatch watch(socket_, [this] { ++appeared_; });
   EXPECT_TRUE(watch.watching());

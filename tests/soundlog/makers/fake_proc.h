@@ -1,4 +1,4 @@
-// A tree that looks like /proc, with processes of a test's own making.
+// A folder that looks like /proc, with made-up processes.
 #pragma once
 
 #include <unistd.h>
@@ -19,10 +19,10 @@ class FakeProc {
     Pid pid = 0;
     Pid parent = 1;
     std::uint64_t startTime = 0;
-    std::string executable = {};  // empty: not to be read
+    std::string executable = {};  // empty: it cannot be read
     std::string command = {};     // empty: the last component of the executable
     std::string cgroup = "/";
-    std::string environment = {};             // "A=1\0B=2"
+    std::string environment = {};             // such as "A=1\0B=2"
     std::vector<std::string> arguments = {};  // behind the first one, which is the executable
   };
 

@@ -37,7 +37,7 @@ class IdentityTest : public ::testing::Test {
   std::map<Pid, Identities::Application> applications_;
 };
 
-TEST_F(IdentityTest, TheApplicationsOwnWordComesFirst) {
+TEST_F(IdentityTest, TheNotificationsOwnIdentityComesFirst) {
   EXPECT_EQ(identify({.applicationName = "Mail", .desktopEntry = "org.other.App"}, 400), "org.other.App");
   EXPECT_EQ(identify({.desktopEntry = "org.other.App.desktop"}, 400), "org.other.App");
   EXPECT_EQ(identify({.desktopEntry = "/usr/share/applications/other.desktop"}, 400), "other");
@@ -47,7 +47,7 @@ TEST_F(IdentityTest, TheSendersApplicationComesNext) {
   EXPECT_EQ(identify({.applicationName = "Mail"}, 400), "org.example.Mailer");
 }
 
-TEST_F(IdentityTest, AHelpersNotificationIsItsApplications) {
+TEST_F(IdentityTest, AHelpersNotificationIsCreditedToItsApplication) {
   EXPECT_EQ(identify({.applicationName = "Mail"}, 500), "org.example.Mailer");
 }
 
@@ -57,12 +57,12 @@ TEST_F(IdentityTest, AnAncestorThatTheUserDoesNotKnowIsNoApplication) {
   EXPECT_EQ(identify({}, 300), "org.example.Terminal");
 }
 
-TEST_F(IdentityTest, ASenderThatTheUserDoesNotKnowIsStillItself) {
+TEST_F(IdentityTest, ASenderThatTheUserDoesNotKnowIsStillIdentified) {
   applications_[400] = {"org.example.Daemon", false};
   EXPECT_EQ(identify({}, 400), "org.example.Daemon");
 }
 
-TEST_F(IdentityTest, ASenderWithoutApplicationIsWhatItCallsItselfElseItsProgram) {
+TEST_F(IdentityTest, ASenderWithoutAnApplicationIsNamedByItselfElseByItsProgram) {
   EXPECT_EQ(identify({.applicationName = "Backup"}, 300), "Backup");
   EXPECT_EQ(identify({}, 300), "notify-send");
 }
@@ -80,23 +80,23 @@ TEST_F(IdentityTest, ASenderThatEndsMeanwhileKeepsItsNameAndItsAncestors) {
   EXPECT_EQ(identities.identify({}, 300), "notify-send");
 }
 
-TEST_F(IdentityTest, TheDeclaredSenderHelpsWhereTheBusKnowsNone) {
+TEST_F(IdentityTest, TheDeclaredSenderCountsIfTheBusKnowsNone) {
   EXPECT_EQ(identify({.applicationName = "Mail", .declaredSender = 400}, std::nullopt), "org.example.Mailer");
   EXPECT_EQ(identify({.applicationName = "Mail", .declaredSender = 400}, 300), "org.example.Mailer");
 }
 
-TEST_F(IdentityTest, TheBussWordIsBetterThanTheDeclaredSender) {
+TEST_F(IdentityTest, TheSenderThatTheBusKnowsIsPreferredToTheDeclaredOne) {
   applications_[300] = {"org.example.Sender", true};
   EXPECT_EQ(identify({.declaredSender = 400}, 300), "org.example.Sender");
 }
 
-TEST_F(IdentityTest, APortalSpeaksForOthers) {
+TEST_F(IdentityTest, APortalIsNotTheApplication) {
   EXPECT_EQ(identify({.applicationName = "Mail", .declaredSender = 400}, 600), "Mail");
 }
 
-TEST_F(IdentityTest, WithoutAnySenderTheNameMustDo) {
+TEST_F(IdentityTest, WithoutAnySenderTheNameIsTheIdentity) {
   EXPECT_EQ(identify({.applicationName = "Mail"}, std::nullopt), "Mail");
-  EXPECT_EQ(identify({.applicationName = "Mail"}, 999), "Mail") << "the sender is gone";
+  EXPECT_EQ(identify({.applicationName = "Mail"}, 999), "Mail") << "the sender has ended";
 }
 
 }  // namespace

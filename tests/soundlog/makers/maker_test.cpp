@@ -34,7 +34,7 @@ class MakerTest : public ::testing::Test {
   Makers makers_{processes_};
 };
 
-TEST_F(MakerTest, AProcessThatLivesIsCreditedItself) {
+TEST_F(MakerTest, ARunningProcessIsCreditedItself) {
   const Maker maker = checked(300);
   EXPECT_EQ(maker.name, "pacat");
   EXPECT_EQ(credited(maker), 300);
@@ -69,7 +69,7 @@ TEST_F(MakerTest, ANumberThatWasGivenToAnotherProcessIsNotCredited) {
   EXPECT_EQ(credited(maker), 100);
 }
 
-TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
+TEST_F(MakerTest, AProcessThatHasEndedAlreadyKeepsTheNameThatItGave) {
   const Maker maker = makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv", .name = "mpv Media Player"});
   EXPECT_FALSE(maker.known());
   EXPECT_EQ(maker.name, "mpv Media Player");
@@ -77,7 +77,7 @@ TEST_F(MakerTest, AProcessThatWasGoneAlreadyKeepsTheNameThatItGave) {
   EXPECT_EQ(makers_.remember({.checkedPid = 999, .binary = "/usr/bin/mpv"}).name, "mpv");
 }
 
-TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
+TEST_F(MakerTest, AClientInASandboxGetsTheNameOfItsApplication) {
   const Makers makers(processes_, [](std::string_view id) {
     return id == "org.mozilla.firefox" ? std::string("Firefox") : std::string();
   });
@@ -88,17 +88,17 @@ TEST_F(MakerTest, AClientInASandboxIsCalledAsTheDesktopCallsItsApplication) {
   EXPECT_EQ(makers.remember(claims).name, "Client");
 }
 
-TEST_F(MakerTest, ADeclaredProcessIsBelievedWhereItsProgramAgrees) {
+TEST_F(MakerTest, ADeclaredProcessIsBelievedIfItsProgramAgrees) {
   EXPECT_EQ(credited(declared(300, "pacat")), 300);
   EXPECT_EQ(credited(declared(300, "/usr/bin/pacat")), 300);
 }
 
-TEST_F(MakerTest, ADeclaredProcessIsNotBelievedWhereItsProgramDisagrees) {
+TEST_F(MakerTest, ADeclaredProcessIsNotBelievedIfItsProgramDisagrees) {
   const Maker maker = declared(300, "firefox");
   EXPECT_EQ(credited(maker), 0);
   EXPECT_EQ(maker.name, "Some name");
-  EXPECT_EQ(credited(declared(300, "")), 0) << "nothing to compare";
-  EXPECT_EQ(credited(declared(1, "init")), 0) << "a sandbox counts from 1";
+  EXPECT_EQ(credited(declared(300, "")), 0) << "there is no name to compare";
+  EXPECT_EQ(credited(declared(1, "init")), 0) << "a sandbox numbers its processes from 1";
 }
 
 TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
@@ -108,7 +108,7 @@ TEST_F(MakerTest, TheKernelsShortNameAgreesWithALongOne) {
   EXPECT_EQ(credited(declared(400, "a-very")), 0);
 }
 
-TEST_F(MakerTest, AChainThatRunsInACircleEnds) {
+TEST_F(MakerTest, ACircleOfParentsEnds) {
   proc_.add({.pid = 500, .parent = 501, .startTime = 50, .executable = "/opt/a"});
   proc_.add({.pid = 501, .parent = 500, .startTime = 50, .executable = "/opt/b"});
   EXPECT_LE(checked(500).chain.size(), 64u);
@@ -181,7 +181,7 @@ Properties properties(std::map<std::string, std::string> values) {
   };
 }
 
-TEST(PipeWireClaims, ANativeClientIsWhoTheKernelSays) {
+TEST(PipeWireClaims, ANativeClientIsTheProcessThatTheKernelNames) {
   const auto claims = pipeWireClaims(properties(
       {{"pipewire.sec.pid", "42"}, {"application.process.id", "77"}, {"application.process.binary", "pw-cat"}}));
   EXPECT_EQ(claims.checkedPid, 42);
@@ -189,7 +189,7 @@ TEST(PipeWireClaims, ANativeClientIsWhoTheKernelSays) {
   EXPECT_EQ(claims.binary, "pw-cat");
 }
 
-TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
+TEST(PipeWireClaims, AClientOfThePulseServerIsTheProcessThatItDeclares) {
   const auto claims = pipeWireClaims(
       properties({{"client.api", "pipewire-pulse"}, {"pipewire.sec.pid", "42"}, {"application.process.id", "77"}}));
   EXPECT_EQ(claims.checkedPid, std::nullopt);
@@ -197,28 +197,28 @@ TEST(PipeWireClaims, AClientOfThePulseServerIsWhoItSays) {
   EXPECT_EQ(claims.sandboxId, "");
 }
 
-TEST(PipeWireClaims, TheServerTellsWhoseSandboxAClientIsIn) {
+TEST(PipeWireClaims, TheServerTellsTheSandboxOfAClient) {
   const auto claims = pipeWireClaims(properties({{"client.api", "pipewire-pulse"},
                                                  {"application.process.id", "77"},
                                                  {"pipewire.access.portal.app_id", "org.mozilla.firefox"}}));
   EXPECT_EQ(claims.sandboxId, "org.mozilla.firefox");
-  EXPECT_EQ(claims.declaredPid, std::nullopt) << "a number that counts in the sandbox only";
+  EXPECT_EQ(claims.declaredPid, std::nullopt) << "the id is only valid in the sandbox";
 }
 
-TEST(PipeWireClaims, AProcessOfAnotherMachineIsNone) {
+TEST(PipeWireClaims, AProcessOfAnotherMachineIsIgnored) {
   const auto claims = pipeWireClaims(
       properties({{"client.api", "pipewire-pulse"}, {"pulse.server.type", "tcp"}, {"application.process.id", "77"}}));
   EXPECT_EQ(claims.declaredPid, std::nullopt);
 }
 
-TEST(PipeWireClaims, WhatIsNoProcessNumberIsNone) {
+TEST(PipeWireClaims, TextThatIsNoProcessIdIsIgnored) {
   for (const char* text : {"", "0", "-5", "77x", " 77", "99999999999"}) {
     EXPECT_EQ(pipeWireClaims(properties({{"pipewire.sec.pid", text}})).checkedPid, std::nullopt) << text;
     EXPECT_EQ(pulseClaims(properties({{"application.process.id", text}})).declaredPid, std::nullopt) << text;
   }
 }
 
-TEST(PulseClaims, AClientIsWhoItSaysUnlessItIsElsewhere) {
+TEST(PulseClaims, AClientOfThisMachineIsTheProcessThatItDeclares) {
   EXPECT_EQ(pulseClaims(properties({{"application.process.id", "77"}})).declaredPid, 77);
   EXPECT_EQ(pulseClaims(properties({{"application.process.id", "77"}, {"native-protocol.peer", "TCP/IP client"}}))
                 .declaredPid,

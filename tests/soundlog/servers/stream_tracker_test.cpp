@@ -29,14 +29,14 @@ TEST_F(StreamTrackerTest, AStreamThatBeginsToRunIsAStart) {
 
 TEST_F(StreamTrackerTest, AStreamThatRunsWhenItIsAnnouncedIsAStart) { EXPECT_TRUE(runs()); }
 
-TEST_F(StreamTrackerTest, AStreamThatRanBeforeUsIsNone) {
+TEST_F(StreamTrackerTest, AStreamThatRanBeforeTheLogIsNoStart) {
   tracker_.reset();
   EXPECT_FALSE(runs());
   tracker_.attached();
   EXPECT_FALSE(runs());
 }
 
-TEST_F(StreamTrackerTest, AStreamThatRanBeforeUsIsAStartAfterAPause) {
+TEST_F(StreamTrackerTest, AStreamThatRanBeforeTheLogIsAStartAfterAPause) {
   tracker_.reset();
   runs();
   tracker_.attached();
@@ -45,20 +45,20 @@ TEST_F(StreamTrackerTest, AStreamThatRanBeforeUsIsAStartAfterAPause) {
   EXPECT_TRUE(runs());
 }
 
-TEST_F(StreamTrackerTest, AStreamThatWaitedBeforeUsIsAStartAtOnce) {
+TEST_F(StreamTrackerTest, AStreamThatWaitedBeforeTheLogIsAStartAtOnce) {
   tracker_.reset();
   stops();
   tracker_.attached();
   EXPECT_TRUE(runs());
 }
 
-TEST_F(StreamTrackerTest, RunningIsSaidRepeatedlyButStartsOnce) {
+TEST_F(StreamTrackerTest, ARepeatedReportOfRunningIsOneStart) {
   EXPECT_TRUE(runs());
   now_ += 1s;
   EXPECT_FALSE(runs());
 }
 
-TEST_F(StreamTrackerTest, APauseUnder300MillisecondsIsNone) {
+TEST_F(StreamTrackerTest, APauseUnder300MillisecondsIsIgnored) {
   runs();
   now_ += 10s;
   stops();
@@ -74,13 +74,13 @@ TEST_F(StreamTrackerTest, APauseOf300MillisecondsEndsInAStart) {
   EXPECT_TRUE(runs());
 }
 
-TEST_F(StreamTrackerTest, APauseIsAsLongAsItsFirstStopSays) {
+TEST_F(StreamTrackerTest, APauseBeginsAtItsFirstStop) {
   runs();
   stops();
   now_ += 200ms;
   stops();
   now_ += 200ms;
-  EXPECT_TRUE(runs()) << "suspended after idle is one pause of 400 ms";
+  EXPECT_TRUE(runs()) << "idle and then suspended is one pause, of 400 ms";
 }
 
 TEST_F(StreamTrackerTest, EachStreamHasItsOwnPauses) {
@@ -119,12 +119,12 @@ TEST_F(StartMergerTest, ASecondStartWithin300MillisecondsIsMerged) {
   EXPECT_TRUE(merger_.merges("sox", now_ + 300ms - 1ns));
 }
 
-TEST_F(StartMergerTest, AStartAfter300MillisecondsIsOneOfItsOwn) {
+TEST_F(StartMergerTest, AStartAfter300MillisecondsIsNotMerged) {
   EXPECT_FALSE(merger_.merges("sox", now_));
   EXPECT_FALSE(merger_.merges("sox", now_ + 300ms));
 }
 
-TEST_F(StartMergerTest, MergedStartsDoNotPutOffTheNextOne) {
+TEST_F(StartMergerTest, MergedStartsDoNotDelayTheNextOne) {
   EXPECT_FALSE(merger_.merges("sox", now_));
   EXPECT_TRUE(merger_.merges("sox", now_ + 200ms));
   EXPECT_FALSE(merger_.merges("sox", now_ + 400ms));
@@ -142,7 +142,7 @@ TEST_F(StartMergerTest, AStartMayAskForALongerTime) {
   EXPECT_FALSE(merger_.merges("speech", now_ + 5s, 5s));
 }
 
-TEST_F(StartMergerTest, NothingOlderIsKept) {
+TEST_F(StartMergerTest, OlderStartsAreForgotten) {
   for (int i = 0; i < 100; ++i) merger_.merges(std::to_string(i), now_);
   merger_.merges("late", now_ + 300ms);
   EXPECT_EQ(merger_.size(), 1u);

@@ -86,9 +86,9 @@ std::string plainToolTip(std::string_view text) {
 QString alertText(std::string_view text, qsizetype most) {
   // Of a very long text only the two ends are read.
   const auto longest = static_cast<std::size_t>(most * bytesPerCharacter);
-  const QString line = text.size() > 2 * longest
-                           ? fromUtf8(text.substr(0, longest)) + fromUtf8(text.substr(text.size() - longest))
-                           : fromUtf8(text);
+  QString line = text.size() > 2 * longest
+                     ? fromUtf8(text.substr(0, longest)) + fromUtf8(text.substr(text.size() - longest))
+                     : fromUtf8(text);
   if (endOf(line, most) >= line.size()) return line;
   const qsizetype head = endOf(line, most / 2);
   const qsizetype tail = startOf(line, most - most / 2 - 1);

@@ -74,15 +74,11 @@ std::optional<std::string> findProgram(std::string_view name, std::string_view s
   return std::nullopt;
 }
 
-std::vector<Locations::NativeHostDirectory> XdgLocations::nativeHostDirectories(std::string_view bundleID) const {
-  std::vector<NativeHostDirectory> directories;
-  const BrowserEdition* const asked = editionOfBundle(bundleID);
-  if (asked == nullptr || !asked->isMainRelease()) return directories;
-  for (const BrowserEdition& edition : browserEditions()) {
-    if (edition.family != asked->family) continue;
-    if (auto path = manifestFolder(edition)) directories.push_back({*std::move(path), edition.isMainRelease()});
-  }
-  return directories;
+std::vector<std::filesystem::path> XdgLocations::nativeHostDirectories(std::string_view bundleID) const {
+  const BrowserEdition* const edition = editionOfBundle(bundleID);
+  auto folder = edition ? manifestFolder(*edition) : std::nullopt;
+  if (!folder) return {};
+  return {*std::move(folder)};
 }
 
 DesktopEnvironment DesktopEnvironment::current() {

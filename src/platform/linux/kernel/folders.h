@@ -31,7 +31,7 @@ class XdgLocations : public Locations {
   std::optional<std::filesystem::path> home() const override { return homeFolder(); }
   std::optional<std::filesystem::path> applicationSupport() const override { return dataFolder(); }
   std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // there are none on Linux
-  std::vector<NativeHostDirectory> nativeHostDirectories(std::string_view bundleID) const override;
+  std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override;
 };
 
 // What a desktop session tells its programs in the environment.

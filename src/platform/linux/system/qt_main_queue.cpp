@@ -13,10 +13,10 @@
 namespace tollvane {
 namespace {
 
-class ReadableWatch : public MainQueue::Watch {
+class DescriptorWatch : public MainQueue::Watch {
  public:
-  ReadableWatch(int descriptor, MainQueue::Block block)
-      : notifier_(new QSocketNotifier(descriptor, QSocketNotifier::Read)) {
+  DescriptorWatch(int descriptor, QSocketNotifier::Type type, MainQueue::Block block)
+      : notifier_(new QSocketNotifier(descriptor, type)) {
     // The block may destroy this watch, and with it the block itself. So it is kept during the call.
     QObject::connect(notifier_, &QSocketNotifier::activated, notifier_,
                      [shared = std::make_shared<MainQueue::Block>(std::move(block))] {
@@ -24,7 +24,7 @@ class ReadableWatch : public MainQueue::Watch {
                        (*kept)();
                      });
   }
-  ~ReadableWatch() override {
+  ~DescriptorWatch() override {
     notifier_->setEnabled(false);
     notifier_->disconnect();
     notifier_->deleteLater();
@@ -37,7 +37,8 @@ class ReadableWatch : public MainQueue::Watch {
 class DirectoryWatch : public MainQueue::Watch {
  public:
   DirectoryWatch(UniqueFd inotify, MainQueue::Block block)
-      : inotify_(std::move(inotify)), readable_(inotify_.get(), [this, block = std::move(block)] {
+      : inotify_(std::move(inotify)),
+        readable_(inotify_.get(), QSocketNotifier::Read, [this, block = std::move(block)] {
           drain();
           block();
         }) {}
@@ -51,7 +52,7 @@ class DirectoryWatch : public MainQueue::Watch {
   }
 
   UniqueFd inotify_;
-  ReadableWatch readable_;
+  DescriptorWatch readable_;
 };
 
 }  // namespace
@@ -66,12 +67,17 @@ void QtMainQueue::after(Duration delay, Block block) {
 }
 
 std::unique_ptr<MainQueue::Watch> QtMainQueue::watchReadable(int descriptor, Block block) {
-  return std::make_unique<ReadableWatch>(descriptor, std::move(block));
+  return std::make_unique<DescriptorWatch>(descriptor, QSocketNotifier::Read, std::move(block));
+}
+
+std::unique_ptr<MainQueue::Watch> QtMainQueue::watchWritable(int descriptor, Block block) {
+  return std::make_unique<DescriptorWatch>(descriptor, QSocketNotifier::Write, std::move(block));
 }
 
 std::unique_ptr<MainQueue::Watch> QtMainQueue::watchDirectory(const std::filesystem::path& directory, Block block) {
   UniqueFd inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-  constexpr std::uint32_t entries = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
+  constexpr std::uint32_t entries =
+      IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
   if (!inotify || ::inotify_add_watch(inotify.get(), directory.c_str(), entries) < 0) return nullptr;
   return std::make_unique<DirectoryWatch>(std::move(inotify), std::move(block));
 }

@@ -12,6 +12,7 @@ class QtMainQueue : public MainQueue {
   void post(Block block) override;
   void after(Duration delay, Block block) override;
   std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override;
+  std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override;
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override;
 
  private:

@@ -17,7 +17,7 @@ constexpr int sideRoom = 14;
 constexpr int cellRoom = 9;   // between a line and the content of the cell
 constexpr int innerRoom = 4;  // between a row and the text below it; a switch's focus ring needs it
 constexpr int buttonRoom = 8;
-constexpr double radius = 9;
+constexpr double cornerRadius = 9;
 
 QWidget* drawnElement(const ui::Element& element, QWidget* existing, QWidget* parent) {
   if (const auto* row = std::get_if<ui::Row>(&element)) return drawn<RowView>(*row, existing, parent);
@@ -151,7 +151,7 @@ void FormGroup::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(QPen(border_, 1));
   painter.setBrush(background_);
-  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
   for (std::size_t i = 1; i < entries_.size(); ++i) {
     if (!entries_[i].startsCell) continue;
     painter.fillRect(QRect(sideRoom, entries_[i].view->y(), width() - 2 * sideRoom, 1), separator_);

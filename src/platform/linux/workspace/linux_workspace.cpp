@@ -10,37 +10,72 @@ namespace tollvane {
 
 LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& clock, WindowRaiser& windows,
                                Launcher& launcher)
-    : applications_(applications), processes_(applications, clock), windows_(windows), launcher_(launcher) {}
+    : applications_(applications),
+      processes_(applications, clock),
+      browsers_(applications, clock),
+      windows_(windows),
+      launcher_(launcher) {}
 
-std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
-  const auto application = applications_.of(pid);
-  if (!application) return std::nullopt;
-  return running(pid, *application);
+// A browser without a desktop entry is an ordinary application all the same, even if it has no window that we see.
+std::optional<Ownership> LinuxWorkspace::ownership(Pid pid) const {
+  auto application = applications_.of(pid);
+  if (application && application->entry != nullptr) return application;
+  if (browsers_.editionOf(pid) == nullptr) return application;
+  if (!application) application.emplace();
+  application->hasWindow = true;
+  return application;
 }
 
-RunningApplication LinuxWorkspace::running(Pid pid, const Ownership& application) const {
+std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
+  const auto application = ownership(pid);
+  if (!application) return std::nullopt;
+  return running(pid, applications_.processes().status(pid).value_or(ProcFs::Status{}).startTime, *application);
+}
+
+RunningApplication LinuxWorkspace::running(Pid pid, std::uint64_t startTime, const Ownership& application) const {
   RunningApplication running;
   running.pid = pid;
   running.activationPolicy = application.isRegular() ? ActivationPolicy::regular : ActivationPolicy::accessory;
-  running.localizedName = applications_.nameOf(pid, application);
+  const BrowserEdition* const browser = application.entry == nullptr ? browsers_.editionOf(pid) : nullptr;
+  running.localizedName = browser && !browser->family.empty() ? std::string(mainRelease(browser->family)->name)
+                                                              : applications_.nameOf(pid, application);
   if (running.localizedName->empty()) running.localizedName.reset();
+  running.startTime = startTime;
   return running;
 }
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_view bundleID) const {
+  const BrowserEdition* const edition = editionOfBundle(bundleID);
   const auto wanted = installed(bundleID);
-  if (wanted.empty()) return {};
-  return oldestFirst(processes_.of(wanted, editionOfBundle(bundleID) != nullptr));
+  std::vector<ApplicationProcess> found;
+  if (!wanted.empty()) found = processes_.of(wanted, edition != nullptr);
+  if (edition != nullptr) addBrowser(*edition, found);
+  return oldestFirst(std::move(found));
 }
 
-std::vector<RunningApplication> LinuxWorkspace::runningApplications() const { return oldestFirst(processes_.all()); }
+std::vector<RunningApplication> LinuxWorkspace::runningApplications() const {
+  auto found = processes_.all();
+  for (const BrowserEdition& edition : browserEditions()) addBrowser(edition, found);
+  return oldestFirst(std::move(found));
+}
+
+// Adds the browser's processes that belong to no desktop entry. Those that belong to one have been found by it.
+void LinuxWorkspace::addBrowser(const BrowserEdition& edition, std::vector<ApplicationProcess>& found) const {
+  for (const Pid pid : browsers_.running(edition)) {
+    if (std::any_of(found.begin(), found.end(), [&](const auto& each) { return each.pid == pid; })) continue;
+    auto application = ownership(pid);
+    const auto status = application ? applications_.processes().status(pid) : std::nullopt;
+    if (status && application->entry == nullptr) found.push_back({pid, status->startTime, *std::move(application)});
+  }
+}
 
 std::vector<RunningApplication> LinuxWorkspace::oldestFirst(std::vector<ApplicationProcess> found) const {
   std::sort(found.begin(), found.end(), [](const auto& one, const auto& other) {
     return std::pair(one.startTime, one.pid) < std::pair(other.startTime, other.pid);
   });
   std::vector<RunningApplication> applications;
-  for (const auto& process : found) applications.push_back(running(process.pid, process.application));
+  for (const auto& process : found)
+    applications.push_back(running(process.pid, process.startTime, process.application));
   return applications;
 }
 
@@ -70,44 +105,50 @@ std::string LinuxWorkspace::displayName(const std::filesystem::path& path) const
   return sanitized(name.native());
 }
 
-void LinuxWorkspace::activate(const RunningApplication& application, std::function<void(bool)> done) {
-  const auto known = applications_.of(application.pid);
+void LinuxWorkspace::activate(const RunningApplication& application, std::string_view title,
+                              std::function<void(bool)> done) {
+  const auto known = ownership(application.pid);
   if (!known) return done(false);
-  windows_.raise(targetOf(application.pid, *known),
-                 [done = std::move(done)](Raised raised) { done(raised != Raised::noWindow); });
+  ActivationTarget target = targetOf(application.pid, *known);
+  target.title = title;
+  windows_.raise(target, [done = std::move(done)](Raised raised) { done(raised != Raised::noWindow); });
 }
 
 ActivationTarget LinuxWorkspace::targetOf(Pid pid, const Ownership& application) const {
-  ActivationTarget target{.pid = pid, .others = {}, .hosts = hostsOf(pid, application), .entry = application.entry};
+  ActivationTarget target{.pid = pid, .entry = application.entry};
+  addAncestors(target);
   if (application.entry == nullptr) return target;
   for (const auto& process : processes_.of({application.entry}, false))
     if (process.pid != pid) target.others.push_back(process.pid);
   return target;
 }
 
-// A program that runs in a terminal is to be found there. Other parents have merely started it.
-std::vector<Pid> LinuxWorkspace::hostsOf(Pid pid, const Ownership& application) const {
+// The window of a program that runs in a terminal is the terminal's, and the window of a helper is its own
+// application's. Other parents have merely started it.
+void LinuxWorkspace::addAncestors(ActivationTarget& target) const {
   constexpr int furthest = 16;
-  std::vector<Pid> hosts;
+  Pid pid = target.pid;
   for (int i = 0; i < furthest; ++i) {
     const auto parentPid = applications_.processes().parentPid(pid);
     if (!parentPid || *parentPid <= 1) break;
     pid = *parentPid;
     const auto parent = applications_.of(pid);
     if (!parent || parent->isBackground()) continue;
-    if (parent->entry != nullptr && parent->entry == application.entry) continue;
-    if (parent->entry != nullptr && parent->entry->isTerminalEmulator) hosts.push_back(pid);
+    if (parent->entry != nullptr && parent->entry == target.entry) {
+      target.starters.push_back(pid);
+      continue;
+    }
+    if (parent->entry != nullptr && parent->entry->isTerminalEmulator) target.hosts.push_back(pid);
     break;
   }
-  return hosts;
 }
 
-void LinuxWorkspace::open(const std::filesystem::path& path) {
-  if (!path.is_absolute()) return;
+void LinuxWorkspace::open(const std::filesystem::path& path, std::function<void(bool)> done) {
+  if (!path.is_absolute()) return done(false);
   if (path.extension() == desktopFileEnding) {
-    launcher_.launch(path, {}, [](bool) {});
+    launcher_.launch(path, {}, std::move(done));
   } else {
-    launcher_.open(path.string(), [](bool) {});
+    launcher_.open(path.string(), std::move(done));
   }
 }
 
@@ -125,11 +166,13 @@ std::vector<DesktopEntries::Entry> LinuxWorkspace::installed(std::string_view bu
   DesktopEntries& entries = applications_.entries();
   entries.refresh();
   std::vector<DesktopEntries::Entry> found;
-  for (const std::string_view id : desktopIdsOfBundle(bundleID)) {
-    const auto entry = entries.withId(id);
-    if (entry == nullptr || entry->hidden || !entry->installed) continue;
+  const auto add = [&](const DesktopEntries::Entry& entry) {
+    if (entry == nullptr || entry->hidden || !entry->installed) return;
     if (std::find(found.begin(), found.end(), entry) == found.end()) found.push_back(entry);
-  }
+  };
+  for (const std::string_view id : desktopIdsOfBundle(bundleID)) add(entries.withId(id));
+  if (const BrowserEdition* const edition = editionOfBundle(bundleID))
+    for (const auto& entry : browsers_.entries(*edition)) add(entry);
   return found;
 }
 

@@ -34,7 +34,7 @@ QByteArray message(Question question, const QByteArray& payload) {
 struct Search {
   const ActivationTarget& target;
   std::optional<std::int64_t> window;
-  int rank = 0;
+  std::pair<bool, int> best{};  // whether it is not the wanted one, and its rank: the smaller the better
 
   // "focus" lists a container's children, the one that was in front most lately first.
   void look(const QJsonObject& node, int depth) {
@@ -57,8 +57,10 @@ struct Search {
     const QJsonValue properties = node[QLatin1String("window_properties")];
     const std::string windowClass = properties[QLatin1String("class")].toString().toStdString();
     const auto fits = target.rank(pid, appId, windowClass);
-    if (!fits || (window && rank <= *fits)) return;
-    rank = *fits;
+    if (!fits) return;
+    const std::pair found(!target.isWanted(node[QLatin1String("name")].toString().toStdString()), *fits);
+    if (window && best <= found) return;
+    best = found;
     window = node[QLatin1String("id")].toInteger();
   }
 };

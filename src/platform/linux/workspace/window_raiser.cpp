@@ -9,7 +9,7 @@
 namespace tollvane {
 namespace {
 
-enum Rank { ownProcess, otherProcess, sameName, host };
+enum Rank { ownProcess, starter, otherProcess, sameName, host };
 
 bool contains(const std::vector<Pid>& pids, Pid pid) { return std::find(pids.begin(), pids.end(), pid) != pids.end(); }
 
@@ -18,6 +18,7 @@ bool contains(const std::vector<Pid>& pids, Pid pid) { return std::find(pids.beg
 std::optional<int> ActivationTarget::rankOfPid(Pid windowPid) const {
   if (windowPid <= 0) return std::nullopt;
   if (windowPid == pid) return ownProcess;
+  if (contains(starters, windowPid)) return starter;
   if (contains(others, windowPid)) return otherProcess;
   if (contains(hosts, windowPid)) return host;
   return std::nullopt;

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,9 +22,16 @@ namespace tollvane {
 // An application whose window is to come forward, and how its windows are recognised.
 struct ActivationTarget {
   Pid pid = 0;                            // the process that was asked for
+  std::vector<Pid> starters = {};         // the application's processes that started this one
   std::vector<Pid> others = {};           // the application's other processes
   std::vector<Pid> hosts = {};            // what it runs inside of: the terminal emulator of a program without windows
   DesktopEntries::Entry entry = nullptr;  // null: it has none
+  std::string title = {};                 // a part of the wanted window's title; empty: any window
+
+  // Whether a window with this title is the wanted one.
+  bool isWanted(std::string_view windowTitle) const {
+    return !title.empty() && windowTitle.find(title) != windowTitle.npos;
+  }
 
   // How well a window fits, as far as its process tells: the smaller the better; absent if it is another application's.
   std::optional<int> rankOfPid(Pid windowPid) const;

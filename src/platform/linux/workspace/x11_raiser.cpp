@@ -4,8 +4,10 @@
 #include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "platform/linux/x11/x11_connection.h"
@@ -22,15 +24,17 @@ constexpr auto managerPatience = 500ms;
 constexpr std::uint32_t sourceIsPager = 2;
 
 struct Atoms {
-  xcb_atom_t clients, active, workspace, windowsWorkspace, pid, type, normal, dialog, state, attention, stamp;
+  xcb_atom_t clients, active, workspace, windowsWorkspace, pid, type, normal, dialog, state, attention, stamp, title,
+      utf8;
 
   bool find(X11Connection& x11) {
-    const auto found =
-        x11.atoms({"_NET_CLIENT_LIST_STACKING", "_NET_ACTIVE_WINDOW", "_NET_CURRENT_DESKTOP", "_NET_WM_DESKTOP",
-                   "_NET_WM_PID", "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL", "_NET_WM_WINDOW_TYPE_DIALOG",
-                   "_NET_WM_STATE", "_NET_WM_STATE_DEMANDS_ATTENTION", "_TOLLVANE_TIMESTAMP"});
-    xcb_atom_t* const places[] = {&clients, &active, &workspace, &windowsWorkspace, &pid,  &type,
-                                  &normal,  &dialog, &state,     &attention,        &stamp};
+    const auto found = x11.atoms({"_NET_CLIENT_LIST_STACKING", "_NET_ACTIVE_WINDOW", "_NET_CURRENT_DESKTOP",
+                                  "_NET_WM_DESKTOP", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL",
+                                  "_NET_WM_WINDOW_TYPE_DIALOG", "_NET_WM_STATE", "_NET_WM_STATE_DEMANDS_ATTENTION",
+                                  "_TOLLVANE_TIMESTAMP", "_NET_WM_NAME", "UTF8_STRING"});
+    xcb_atom_t* const places[] = {&clients, &active, &workspace, &windowsWorkspace, &pid,   &type,
+                                  &normal,  &dialog, &state,     &attention,        &stamp, &title,
+                                  &utf8};
     for (std::size_t i = 0; i < found.size(); ++i) *places[i] = found[i];
     return std::find(found.begin(), found.end(), XCB_ATOM_NONE) == found.end();
   }
@@ -55,6 +59,7 @@ class Activation : public QObject {
     matches_ = bestOf(*windows, target);
     if (x11_.timedOut()) return finish(Raised::unknown);
     if (matches_.empty()) return finish(isWholeDesktop() ? Raised::noWindow : Raised::unknown);
+    if (!target.title.empty()) chooseByTitle(target);
     ask(matches_.back());
   }
 
@@ -101,6 +106,33 @@ class Activation : public QObject {
       best.push_back(question.window);
     }
     return best;
+  }
+
+  // If no window has the title, which may have changed, the one that is in front already stays there.
+  void chooseByTitle(const ActivationTarget& target) {
+    std::vector<xcb_window_t> wanted;
+    for (const xcb_window_t window : matches_)
+      if (target.isWanted(titleOf(window))) wanted.push_back(window);
+    if (wanted.empty()) {
+      const auto active = activeWindow();
+      std::copy_if(matches_.begin(), matches_.end(), std::back_inserter(wanted),
+                   [&](xcb_window_t window) { return window == active; });
+    }
+    if (!wanted.empty()) matches_ = std::move(wanted);
+  }
+
+  std::string titleOf(xcb_window_t window) {
+    constexpr std::uint32_t longest = 1024;  // words of four bytes
+    std::vector<char> title = x11_.values<char>(x11_.property(window, atoms_.title, atoms_.utf8, longest));
+    // Old programs have no other.
+    if (title.empty())
+      title = x11_.values<char>(x11_.property(window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, longest));
+    return {title.begin(), title.end()};
+  }
+
+  xcb_window_t activeWindow() {
+    const auto active = x11_.values<xcb_window_t>(x11_.property(x11_.root(), atoms_.active, XCB_ATOM_WINDOW, 1));
+    return active.empty() ? XCB_NONE : active.front();
   }
 
   // Neither a panel nor a desktop nor a tooltip.
@@ -187,11 +219,10 @@ class Activation : public QObject {
 
   // A dialog of the window may take the focus in its place.
   bool isInFront() {
-    const auto active = x11_.values<xcb_window_t>(x11_.property(x11_.root(), atoms_.active, XCB_ATOM_WINDOW, 1));
-    if (active.empty() || active.front() == XCB_NONE) return false;
-    if (contains(matches_, active.front())) return true;
-    const auto owner =
-        x11_.values<xcb_window_t>(x11_.property(active.front(), XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 1));
+    const xcb_window_t active = activeWindow();
+    if (active == XCB_NONE) return false;
+    if (contains(matches_, active)) return true;
+    const auto owner = x11_.values<xcb_window_t>(x11_.property(active, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 1));
     return !owner.empty() && contains(matches_, owner.front());
   }
 

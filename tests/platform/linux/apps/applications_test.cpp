@@ -16,13 +16,13 @@ const std::string user = "/user.slice/user-1000.slice/user@1000.service/app.slic
 
 class ApplicationsTest : public ::testing::Test {
  protected:
-  // An entry with a program of the same name.
+  // Makes an entry and a program of the same name.
   void install(const std::string& name, const std::string& more = "") {
     system.program("/usr/bin/" + name);
     system.entry(name, "Name=" + name + "\nExec=" + name + " %U\n" + more);
   }
 
-  // The id that a process is credited to; "-" for none.
+  // The id of the application that `process` is credited to; "-" if it is credited to no application.
   std::string idOf(FakeProcess process) {
     process.pid = ++lastPid_;
     system.process(process);
@@ -35,7 +35,7 @@ class ApplicationsTest : public ::testing::Test {
   Pid lastPid_ = 100;
 };
 
-TEST_F(ApplicationsTest, TheSandboxGoesBeforeEverythingElse) {
+TEST_F(ApplicationsTest, TheSandboxDecidesBeforeEverythingElse) {
   install("other");
   system.entry("org.example.Player", "Name=Player\nExec=/usr/bin/flatpak run org.example.Player\n");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/other"),
@@ -71,10 +71,10 @@ TEST_F(ApplicationsTest, ASnapIsKnownByItsScope) {
   EXPECT_EQ(idOf({.executable = "/snap/firefox/3000/gd", .cgroup = user + "snap.firefox.geckodriver" + uuid}),
             "firefox_firefox");
   EXPECT_EQ(idOf({.executable = "/snap/x/1/x", .cgroup = user + "snap.x.y" + uuid}), "x_y");
-  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/snap")}), "-") << "every snap's command is a link to it";
+  EXPECT_EQ(idOf({.executable = system.at("/usr/bin/snap")}), "-") << "the command of every snap is a link to it";
 }
 
-TEST_F(ApplicationsTest, TheEntryThatAProcessWasLaunchedByIsBelievedForThisProcessOnly) {
+TEST_F(ApplicationsTest, TheEntryThatLaunchedAProcessCountsForThisProcessOnly) {
   install("player");
   install("shown");
   const std::string file = "GIO_LAUNCHED_DESKTOP_FILE=" + system.at("/usr/share/applications/shown.desktop");
@@ -82,7 +82,7 @@ TEST_F(ApplicationsTest, TheEntryThatAProcessWasLaunchedByIsBelievedForThisProce
   system.process({.pid = 50, .executable = player, .environment = {file, "GIO_LAUNCHED_DESKTOP_FILE_PID=50"}});
   EXPECT_EQ(system.idOf(50), "shown");
   system.process({.pid = 51, .executable = player, .environment = {file, "GIO_LAUNCHED_DESKTOP_FILE_PID=50"}});
-  EXPECT_EQ(system.idOf(51), "player") << "inherited";
+  EXPECT_EQ(system.idOf(51), "player") << "the variables are inherited from another process";
   system.process({.pid = 52, .executable = player, .environment = {file}});
   EXPECT_EQ(system.idOf(52), "player");
   system.process(
@@ -112,7 +112,7 @@ TEST_F(ApplicationsTest, ATerminalsUnitOwnsTheTerminalOnly) {
   EXPECT_EQ(idOf({.executable = "/usr/bin/pw-cat", .cgroup = scope}), "-");
 }
 
-TEST_F(ApplicationsTest, ATerminalsServerIsTheTerminalWhateverItsProgramIsCalled) {
+TEST_F(ApplicationsTest, ATerminalsServerIsTheTerminalWhateverItsProgramsName) {
   system.entry("org.gnome.Terminal", "Name=Terminal\nExec=gnome-terminal\nCategories=System;TerminalEmulator;\n");
   const std::string slice = user + "app-org.gnome.Terminal.slice/";
   EXPECT_EQ(
@@ -121,7 +121,7 @@ TEST_F(ApplicationsTest, ATerminalsServerIsTheTerminalWhateverItsProgramIsCalled
   EXPECT_EQ(idOf({.executable = "/usr/bin/bash", .cgroup = slice + "vte-spawn-1234.scope"}), "-");
 }
 
-TEST_F(ApplicationsTest, WhatIsToRunInATerminalDoesNotOwnTheTerminal) {
+TEST_F(ApplicationsTest, AnEntryThatRunsInATerminalDoesNotOwnTheTerminal) {
   install("term", "Categories=System;TerminalEmulator;\n");
   install("editor", "Terminal=true\n");
   const std::string file = "GIO_LAUNCHED_DESKTOP_FILE=" + system.at("/usr/share/applications/editor.desktop");
@@ -150,7 +150,7 @@ TEST_F(ApplicationsTest, AWebApplicationsUnitNamesItAlthoughTheBrowserRunsIt) {
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/browser")}), "browser");
 }
 
-TEST_F(ApplicationsTest, AProgramBesideTheWrapperIsTheApplications) {
+TEST_F(ApplicationsTest, AProgramBesideTheWrapperBelongsToTheApplication) {
   system.program("/opt/google/chrome/google-chrome");
   system.link("/usr/bin/google-chrome-stable", "/opt/google/chrome/google-chrome");
   system.entry("google-chrome", "Name=Google Chrome\nExec=@/usr/bin/google-chrome-stable %U\n");
@@ -158,7 +158,7 @@ TEST_F(ApplicationsTest, AProgramBesideTheWrapperIsTheApplications) {
   EXPECT_EQ(idOf({.executable = system.at("/opt/google/chrome/sub/chrome_helper")}), "-");
 }
 
-TEST_F(ApplicationsTest, NeighboursInASharedDirectoryHaveNothingToDoWithEachOther) {
+TEST_F(ApplicationsTest, ProgramsInASharedDirectoryDoNotBelongTogether) {
   install("player");
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/stranger")}), "-");
 }
@@ -172,7 +172,7 @@ TEST_F(ApplicationsTest, AFolderOfSeveralProgramsTellsNothingAboutAnotherOne) {
   EXPECT_EQ(idOf({.executable = system.at("/opt/suite/draw")}), "draw");
 }
 
-TEST_F(ApplicationsTest, AProgramOfTheSameNameElsewhereIsTheWrappersOwn) {
+TEST_F(ApplicationsTest, AProgramOfTheSameNameElsewhereBelongsToTheWrapper) {
   install("chromium");
   EXPECT_EQ(idOf({.executable = system.at("/usr/lib/chromium/chromium")}), "chromium");
   EXPECT_EQ(idOf({.executable = system.at("/usr/lib/chromium/chromium") + " (deleted)"}), "chromium");
@@ -186,7 +186,7 @@ TEST_F(ApplicationsTest, TryExecAndTheWindowClassNameTheProgramToo) {
   EXPECT_EQ(idOf({.executable = "/usr/lib/viewer/viewer-bin"}), "viewer");
 }
 
-TEST_F(ApplicationsTest, AShellIsNobody) {
+TEST_F(ApplicationsTest, AShellIsNoApplication) {
   system.program("/usr/bin/sh");
   system.program("/usr/bin/dash");
   system.entry("tool", "Name=Tool\nExec=sh -c 'tool --gui'\n");
@@ -195,18 +195,20 @@ TEST_F(ApplicationsTest, AShellIsNobody) {
   EXPECT_EQ(idOf({.executable = system.at("/usr/bin/dash"), .arguments = {"dash"}}), "-");
 }
 
-TEST_F(ApplicationsTest, AnInterpreterIsItsScript) {
+TEST_F(ApplicationsTest, AnInterpreterIsCreditedToItsScript) {
   const std::string python = system.program("/usr/bin/python3.11");
   system.link("/usr/bin/python3", "python3.11");
   system.entry("python3.11", "Name=Python (v3.11)\nExec=@/usr/bin/python3.11\nTerminal=true\nNoDisplay=true\n");
-  install("tuner");  // a script, directly
+  install("tuner");  // the entry runs a script
   system.program("/usr/share/gui/gui.py");
   system.link("/usr/bin/gui", "/usr/share/gui/gui.py");
-  system.entry("gui", "Name=Gui\nExec=gui\n");  // through a link
+  system.entry("gui", "Name=Gui\nExec=gui\n");  // the entry runs a link to a script
   system.program("/usr/share/mixer/mixer.py");
-  system.entry("mixer", "Name=Mixer\nExec=python3 @/usr/share/mixer/mixer.py %F\n");  // named by the entry
+  system.entry(
+      "mixer",
+      "Name=Mixer\nExec=python3 @/usr/share/mixer/mixer.py %F\n");  // the entry runs an interpreter with a script
   system.entry("wrapped", "Name=Wrapped\nExec=wrapped\n");
-  system.program("/usr/bin/wrapped");  // a shell script that runs it
+  system.program("/usr/bin/wrapped");  // a shell script that runs the Python script
   system.program("/usr/share/wrapped/wrapped.py");
   const auto run = [&](std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "/usr/bin/python3");
@@ -215,7 +217,7 @@ TEST_F(ApplicationsTest, AnInterpreterIsItsScript) {
   EXPECT_EQ(run({system.at("/usr/bin/tuner"), "--x"}), "tuner");
   EXPECT_EQ(run({system.at("/usr/bin/gui")}), "gui");
   EXPECT_EQ(run({system.at("/usr/share/mixer/mixer.py")}), "mixer");
-  EXPECT_EQ(run({system.at("/usr/share/mixer/helper.py")}), "mixer") << "beside the application's script";
+  EXPECT_EQ(run({system.at("/usr/share/mixer/helper.py")}), "mixer") << "it is beside the application's script";
   EXPECT_EQ(run({system.at("/usr/share/wrapped/wrapped.py")}), "wrapped");
   EXPECT_EQ(run({"-m", "tuner"}), "tuner");
   EXPECT_EQ(run({"-c", "import tuner"}), "-");
@@ -256,7 +258,7 @@ TEST_F(ApplicationsTest, AnEntryForOneDocumentOwnsThatDocumentsProcessOnly) {
   EXPECT_EQ(idOf({.executable = mpv, .arguments = {"mpv", "film.mkv"}}), "-");
 }
 
-TEST_F(ApplicationsTest, NamesOfOneToolAreToldApart) {
+TEST_F(ApplicationsTest, TheNamesOfOneToolAreDistinguished) {
   system.program("/usr/bin/pacat");
   for (const char* name : {"/usr/bin/paplay", "/usr/bin/parecord"}) system.link(name, "pacat");
   system.entry("play", "Name=Play\nExec=paplay %f\n");
@@ -269,14 +271,14 @@ TEST_F(ApplicationsTest, NamesOfOneToolAreToldApart) {
   EXPECT_EQ(idOf({.executable = pacat, .arguments = {"/x/parecord"}}), "record");
 }
 
-TEST_F(ApplicationsTest, AProcessThatHidesItsExecutableIsTakenAtItsWord) {
+TEST_F(ApplicationsTest, AProcessThatHidesItsExecutableIsKnownByItsArguments) {
   system.program("/opt/google/chrome/google-chrome");
   system.entry("google-chrome", "Name=Google Chrome\nExec=@/opt/google/chrome/google-chrome %U\n");
   EXPECT_EQ(idOf({.arguments = {system.at("/opt/google/chrome/chrome") + " --type=utility --x=y"}}), "google-chrome");
   EXPECT_EQ(idOf({.arguments = {"chrome"}}), "-");
 }
 
-TEST_F(ApplicationsTest, WhoIsGoneOrEndedOrInitIsNobody) {
+TEST_F(ApplicationsTest, MissingAndEndedProcessesAndInitAreNoApplications) {
   install("player");
   EXPECT_FALSE(system.idOf(99));
   EXPECT_FALSE(system.idOf(0));
@@ -302,7 +304,7 @@ TEST_F(ApplicationsTest, AWindowLeadsToTheEntryOfItsClass) {
   EXPECT_FALSE(system.applications().of(204));
 }
 
-TEST_F(ApplicationsTest, WindowsAreLookedForOnlyWhereTheEntryDoesNotSettleIt) {
+TEST_F(ApplicationsTest, WindowsAreExaminedOnlyIfNoEntryDecides) {
   install("player");
   idOf({.executable = system.at("/usr/bin/player")});
   EXPECT_EQ(system.windows.questions, 0);
@@ -310,7 +312,7 @@ TEST_F(ApplicationsTest, WindowsAreLookedForOnlyWhereTheEntryDoesNotSettleIt) {
   EXPECT_EQ(system.windows.questions, 1);
 }
 
-TEST_F(ApplicationsTest, WhatWasLearntAboutAProgramEndsWithTheEntries) {
+TEST_F(ApplicationsTest, ChangedEntriesAreAppliedToRunningPrograms) {
   install("player");
   const FakeProcess process{.executable = system.at("/usr/bin/player")};
   EXPECT_EQ(idOf(process), "player");

@@ -48,7 +48,7 @@ TEST(DesktopEntries, AnUnreadableOverrideDoesNotHideTheEntryBelow) {
   EXPECT_EQ(nameOf(refreshed(system).withId("player")), "System's");
 }
 
-TEST(DesktopEntries, FoldersBelowArePartOfTheId) {
+TEST(DesktopEntries, SubfoldersArePartOfTheId) {
   FakeSystem system;
   system.entry("kde4/okular", "Name=Okular\nExec=okular\n");
   system.entry("a/b/c", "Name=Deep\nExec=c\n");
@@ -57,7 +57,7 @@ TEST(DesktopEntries, FoldersBelowArePartOfTheId) {
   EXPECT_EQ(system.entries().withId("okular"), nullptr);
 }
 
-TEST(DesktopEntries, IdsAreFoundWithEndingAndInAnyCase) {
+TEST(DesktopEntries, IdsAreFoundWithTheirSuffixAndInAnyCase) {
   FakeSystem system;
   system.entry("org.example.Player", "Name=Player\nExec=player\n");
   const DesktopEntries& entries = refreshed(system);
@@ -94,7 +94,7 @@ TEST(DesktopEntries, OddThingsInTheFoldersDoNoHarm) {
     EXPECT_EQ(entries.withId(id), nullptr) << id;
 }
 
-TEST(DesktopEntries, ChangesAreSeenAtTheNextLook) {
+TEST(DesktopEntries, ChangesAreSeenAtTheNextRefresh) {
   FakeSystem system;
   system.entry("one", "Name=One\nExec=one\n");
   DesktopEntries& entries = refreshed(system);
@@ -115,7 +115,7 @@ TEST(DesktopEntries, ChangesAreSeenAtTheNextLook) {
 TEST(DesktopEntries, ChangesThatFollowEachOtherAtOnceAreAllSeen) {
   FakeSystem system;
   DesktopEntries& entries = refreshed(system);
-  // Within one tick of the file system's clock a folder's time does not tell the second change from the first.
+  // If two changes fall into one tick of the file system's clock, the folder's time is the same after both.
   for (int i = 0; i < 200; ++i) {
     const std::string id = "entry" + std::to_string(i);
     system.entry(id, "Name=" + id + "\nExec=x\n");
@@ -148,7 +148,7 @@ TEST(DesktopEntries, AFileThatWasReplacedIsReadAgainAndTheOthersAreKept) {
   EXPECT_EQ(nameOf(entries.withId("kept")), "Kept");
 }
 
-TEST(DesktopEntries, AFileThatWasWrittenInPlaceIsNoticedByWhoUsesIt) {
+TEST(DesktopEntries, AFileThatWasWrittenInPlaceIsReadAgainBeforeItIsUsed) {
   FakeSystem system;
   system.program("/usr/bin/player");
   const fs::path file = system.entry("player", "Name=Old\nExec=player\n");
@@ -219,7 +219,7 @@ TEST(DesktopEntries, AFolderThatIsALinkIsAsItsTargetIsNow) {
   EXPECT_EQ(nameOf(entries.withId("player")), "new");
 }
 
-TEST(DesktopEntries, HiddenOnesHideThoseBelow) {
+TEST(DesktopEntries, AHiddenEntryHidesTheEntryBelow) {
   FakeSystem system;
   system.entry("player", "Name=Player\nExec=player\n");
   test::writeFile(system.at("/home/share/applications/player.desktop"), "[Desktop Entry]\nHidden=true\n");

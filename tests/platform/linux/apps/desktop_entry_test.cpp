@@ -20,7 +20,7 @@ std::optional<DesktopEntry> parsed(const std::string& keys, std::string_view des
   return parseDesktopEntry("[Desktop Entry]\nType=Application\n" + keys, desktop);
 }
 
-// The variables that decide on the language; those that are not named are not set.
+// The variables that decide the language. Variables that are not listed are not set.
 using LanguageVariables = std::vector<test::Environment::Variable>;
 
 TEST(DesktopEntry, OnlyApplicationsAreRead) {
@@ -84,7 +84,7 @@ TEST(DesktopEntry, TheCurrentDesktopDecidesWhereAnEntryIsShown) {
   EXPECT_FALSE(parsed("Name=A\nOnlyShowIn=GNOME;\n", "")->isRegular());
   EXPECT_FALSE(parsed("Name=A\nNotShowIn=XFCE;\n", "XFCE")->isRegular());
   EXPECT_TRUE(parsed("Name=A\nNotShowIn=KDE;\n", "XFCE")->isRegular());
-  // The first of the desktop's names that is mentioned decides.
+  // The first of the desktop's names that the entry mentions decides.
   EXPECT_TRUE(parsed("Name=A\nOnlyShowIn=Phosh;\nNotShowIn=GNOME;\n", "Phosh:GNOME")->isRegular());
   EXPECT_FALSE(parsed("Name=A\nOnlyShowIn=GNOME;\nNotShowIn=Phosh;\n", "Phosh:GNOME")->isRegular());
 }
@@ -95,13 +95,13 @@ TEST(DesktopEntry, OnlyTheFirstGroupCounts) {
   EXPECT_THAT(entry->command, ElementsAre("browser"));
 }
 
-TEST(DesktopEntry, TextThatIsNotUtf8IsMadeSo) {
+TEST(DesktopEntry, TextThatIsNotUtf8GetsReplacementCharacters) {
   EXPECT_EQ(parsed("Name=M\xfcsli\nExec=a\n")->name, "M\uFFFDsli");
   EXPECT_EQ(parsed("Name=Caf\xc3\xa9\nExec=a\n")->name, "Café");
   EXPECT_EQ(parsed(std::string("Name=a\0b\nExec=a\n", 16))->name, "a\uFFFDb");
 }
 
-TEST(DesktopEntry, WhoDeletesAnEntryNeedsNotSayMore) {
+TEST(DesktopEntry, AHiddenEntryNeedsNoName) {
   const auto entry = parseDesktopEntry("[Desktop Entry]\nHidden=true\n", "");
   ASSERT_TRUE(entry);
   EXPECT_TRUE(entry->hidden);
@@ -115,7 +115,7 @@ TEST(DesktopEntry, CategoriesTellTerminalsFileManagersAndBrowsers) {
   EXPECT_FALSE(parsed("Name=A\nCategories=XTerminalEmulator;\n")->isTerminalEmulator);
 }
 
-TEST(DesktopEntryFile, NothingThatIsNoPlainFileIsRead) {
+TEST(DesktopEntryFile, OnlyPlainFilesAreRead) {
   FakeSystem system;
   const std::string pipe = system.at("/pipe.desktop");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -157,7 +157,7 @@ TEST(FindPrograms, AMissingTryExecMeansNotInstalled) {
   EXPECT_FALSE(entry.isRegular());
 }
 
-TEST(FindPrograms, InterpretersAndLaunchersAreNobodysProgram) {
+TEST(FindPrograms, InterpretersAndLaunchersAreNotTheProgramOfAnEntry) {
   FakeSystem system;
   for (const char* name : {"python3", "flatpak", "sh", "snap"}) system.program(std::string("/usr/bin/") + name);
   const std::string script = system.program("/usr/share/tuner/tuner.py");
@@ -173,7 +173,7 @@ TEST(FindPrograms, InterpretersAndLaunchersAreNobodysProgram) {
   EXPECT_EQ(found("python3 " + script).program, "");
   EXPECT_EQ(found("python3 -m tuner").script, "tuner");
   EXPECT_EQ(found("wine \"C:\\\\\\\\Games\\\\\\\\Chess.exe\"").script, "chess.exe");
-  // A link to the snap program: its name says something, its target does not.
+  // A link to the program snap: the name of the link says which application it is, its target does not.
   EXPECT_EQ(found("firefox").program, system.at("/usr/bin/firefox"));
   EXPECT_EQ(found("firefox").realProgram, "");
   EXPECT_TRUE(found("python3").isInterpretersOwn());

@@ -57,7 +57,7 @@ fs::path FakeSystem::entry(std::string_view id, std::string_view text, std::stri
       whole += c;
     }
   }
-  const fs::path file = at(folder) + "/applications/" + std::string(id) + ".desktop";
+  fs::path file = at(folder) + "/applications/" + std::string(id) + ".desktop";
   writeFile(file, whole);
   return file;
 }
@@ -75,7 +75,7 @@ void FakeSystem::process(const FakeProcess& process) {
   auto arguments = process.arguments;
   if (arguments.empty() && !process.executable.empty()) arguments = {process.executable};
   writeFile(folder / "cmdline", nulTerminated(arguments));
-  // What has ended keeps its place, but not its program.
+  // A process that has ended keeps its folder, but not its program.
   if (!process.executable.empty() && process.state != 'Z') fs::create_symlink(process.executable, folder / "exe");
   fs::create_directories(at("/home"));
   fs::create_symlink(at("/home"), folder / "cwd");

@@ -1,5 +1,5 @@
-// A system of a test's own in a temporary directory: programs, desktop entries and processes, as files that look like
-// the real ones. Gone with the object. One thread.
+// A made-up system in a temporary directory: programs, desktop entries and processes, as files that look like the real
+// ones. The directory is removed with the object. One thread.
 //
 //   FakeSystem system;
 //   system.program("/usr/bin/player");
@@ -23,10 +23,10 @@
 
 namespace tollvane::test {
 
-// Writes a file and what is missing above it.
+// Writes a file and makes the missing directories above it.
 void writeFile(const std::filesystem::path& file, std::string_view content);
 
-// Windows that a test makes up.
+// The windows that a test says there are.
 class FakeWindows : public X11Windows {
  public:
   const std::vector<X11Window>& normalWindows() override {
@@ -38,7 +38,7 @@ class FakeWindows : public X11Windows {
   int questions = 0;
 };
 
-// Keeps what it was asked for, and answers as a test wants.
+// Remembers the requests that it gets, and answers them as the test says.
 struct FakeRaiser : WindowRaiser {
   void raise(const ActivationTarget& target, std::function<void(Raised)> done) override {
     asked.push_back(target);
@@ -67,7 +67,7 @@ struct FakeLauncher : Launcher {
 struct FakeProcess {
   Pid pid = 0;
   Pid parent = 1;
-  std::string executable = {};  // empty: the kernel does not tell
+  std::string executable = {};  // empty: it cannot be read
   std::vector<std::string> arguments = {};
   std::vector<std::string> environment = {};
   std::string cgroup = "/init.scope";
@@ -81,19 +81,19 @@ class FakeSystem {
  public:
   FakeSystem();
 
-  // The place of a path within this system.
+  // Where `path` of this system is in the real file system.
   std::string at(std::string_view path) const;
 
   std::string program(std::string_view path, std::string_view content = "#!/bin/sh\n");
   void link(std::string_view path, std::string_view target);
 
-  // An entry of the system, or with a folder of one's own. "Type=Application" is added, and "@" in the text stands for
-  // this system's root.
+  // Writes the desktop entry `id` into `folder` and returns its path. "Type=Application" is added to `text`, and "@" in
+  // it stands for the root of this system.
   std::filesystem::path entry(std::string_view id, std::string_view text, std::string_view folder = "/usr/share");
 
   void process(const FakeProcess& process);
 
-  // Everything below is made at the first use; the environment can be changed until then.
+  // What the methods below return is made at their first call. Until then the test may change the environment.
   DesktopEnvironment environment;
   FakeWindows windows;
   DesktopEntries& entries();
@@ -104,7 +104,7 @@ class FakeSystem {
 
   const ProcFs& processes() const { return processes_; }
 
-  // The id of the application that a process belongs to; absent if it belongs to none, or to one without an id.
+  // The id of the application that the process belongs to; absent if there is no such application, or it has no id.
   std::optional<std::string> idOf(Pid pid);
 
  private:

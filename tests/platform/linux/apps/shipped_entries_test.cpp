@@ -1,4 +1,4 @@
-// Browsers as their makers and packagers install them: entry, wrapper and executable.
+// Browsers as their vendors and packagers install them: entry, wrapper and executable.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,9 +16,9 @@ struct Shipped {
   const char* bundleID;
   const char* id;
   const char* entry;       // "@" is the root of the test's system
-  const char* program;     // what Exec leads to, where it is a file
-  const char* link;        // in the search path, to the program
-  const char* executable;  // what runs
+  const char* program;     // the file that Exec leads to, if it is a file
+  const char* link;        // a link to `program`, in the search path
+  const char* executable;  // of the running process
   const char* cgroup;
   const char* name;
 };
@@ -92,7 +92,7 @@ class ShippedBrowser : public ::testing::TestWithParam<Shipped> {
       name[name.find('_')] = '.';
       cgroup += name + "-3b1f6e52-6a1c-4f0e-9f0e-0123456789ab.scope";
     }
-    // The browser, and its process that plays sounds, which is younger but may have the lower id.
+    // The browser, and its younger process that plays sounds, whose id may be the lower one.
     system.process({.pid = 500, .executable = executable, .cgroup = cgroup, .startTime = 100});
     system.process({.pid = 400,
                     .parent = 500,
@@ -136,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(All, ShippedBrowser, ::testing::ValuesIn(shippedEntries
   return name;
 });
 
-TEST(BundleIds, BrowsersThatDoNotExistHereHaveNoEntries) {
+TEST(BundleIds, BrowsersOfOtherSystemsHaveNoEntries) {
   EXPECT_TRUE(desktopIdsOfBundle("com.apple.Safari").empty());
   EXPECT_TRUE(desktopIdsOfBundle("company.thebrowser.Browser").empty());
   EXPECT_TRUE(desktopIdsOfBundle("").empty());
@@ -151,7 +151,7 @@ TEST(BundleIds, UnknownIdentifiersAreTriedAsTheyAre) {
   EXPECT_FALSE(system.workspace().urlForApplication("org.example.Other"));
 }
 
-TEST(OfficeSuite, OneProgramBehindManyEntriesIsTheOneWithoutArguments) {
+TEST(OfficeSuite, OfManyEntriesForOneProgramTheOneWithoutArgumentsIsChosen) {
   FakeSystem system;
   system.program("/usr/lib/libreoffice/program/soffice");
   system.link("/usr/bin/libreoffice", "/usr/lib/libreoffice/program/soffice");

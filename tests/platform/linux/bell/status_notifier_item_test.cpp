@@ -12,7 +12,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// What the bus calls, without a bus.
+// Calls the methods of the item directly, without a bus.
 class StatusNotifierItemTest : public ::testing::Test {
  protected:
   std::vector<std::string> clicks;

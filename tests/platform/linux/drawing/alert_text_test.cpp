@@ -7,23 +7,23 @@ namespace {
 
 std::string drawn(std::string_view text, qsizetype most = 20) { return alertText(text, most).toStdString(); }
 
-TEST(AlertText, WhatFitsIsDrawnAsItIs) {
+TEST(AlertText, TextThatFitsIsDrawnAsItIs) {
   EXPECT_EQ(drawn("Mail is <b>closed</b> & gone", 40), "Mail is <b>closed</b> & gone");
   EXPECT_EQ(drawn("12345678901234567890"), "12345678901234567890");
   EXPECT_EQ(drawn(""), "");
 }
 
-TEST(AlertText, WhatDoesNotFitLosesItsMiddleAndKeepsItsEnd) {
+TEST(AlertText, TextThatDoesNotFitLosesItsMiddleAndKeepsItsEnd) {
   EXPECT_EQ(drawn(std::string(500, 'x').append(" is closed")), "xxxxxxxxxx\u2026is closed");
   EXPECT_EQ(alertText(std::string(10'000'000, 'x'), 20).size(), 20);
 }
 
-TEST(AlertText, ControlsAreBlanksAndNothingTurnsTheLineAround) {
+TEST(AlertText, ControlCharactersBecomeBlanksAndNothingReversesTheLine) {
   EXPECT_EQ(drawn("a\tb\nc\x7f\u2028d"), "a b c  d");
   EXPECT_EQ(drawn("\u202Eabc\u2066\u200F"), "abc");
 }
 
-TEST(AlertText, BytesThatAreNoTextAreMarkedAsSuch) { EXPECT_EQ(drawn("caf\xe9"), "caf\uFFFD"); }
+TEST(AlertText, BytesThatAreNotTextBecomeReplacementCharacters) { EXPECT_EQ(drawn("caf\xe9"), "caf\uFFFD"); }
 
 TEST(AlertText, CharactersAreNotCutApart) {
   std::string flags;
@@ -31,11 +31,11 @@ TEST(AlertText, CharactersAreNotCutApart) {
   const QString text = alertText(flags, 10);
   EXPECT_TRUE(text.contains(u'\u2026'));
   EXPECT_FALSE(text.contains(QChar(QChar::ReplacementCharacter)));
-  EXPECT_TRUE(QString::fromUtf8(text.toUtf8()) == text) << "no half of a pair";
-  EXPECT_EQ(text.indexOf(u'\u2026') % 4, 0) << "whole flags only";
+  EXPECT_TRUE(QString::fromUtf8(text.toUtf8()) == text) << "no surrogate pair is cut in two";
+  EXPECT_EQ(text.indexOf(u'\u2026') % 4, 0) << "no flag is cut in two";
 }
 
-TEST(AlertText, MountainsOfMarksAreBounded) {
+TEST(AlertText, StackedMarksAreLimited) {
   std::string mountain = "a";
   for (int i = 0; i < 100'000; ++i) mountain += "\u0301";
   EXPECT_LE(alertText(mountain, 20).size(), 20 * 8);

@@ -44,7 +44,7 @@ TEST(PlainToolTip, BidiControlsAreDropped) {
 }
 
 TEST(PlainToolTip, NeighboursOfTheBidiControlsAreKept) {
-  // A zero-width joiner holds emoji together, a non-joiner is Persian spelling.
+  // The zero-width joiner combines emoji, and Persian is spelt with the zero-width non-joiner.
   EXPECT_EQ(plainToolTip("\u200C\u200D\u2030\u2065\u061B"), "\u200C\u200D\u2030\u2065\u061B");
 }
 
@@ -80,7 +80,7 @@ TEST(PlainToolTip, ACharacterWithEndlessMarksIsCutToo) {
   EXPECT_EQ(plain, "Z" + repeated("\u0301", 2399) + ellipsis);
 }
 
-TEST(PlainToolTip, ATowerBehindOrdinaryTextIsDroppedWhole) {
+TEST(PlainToolTip, ACharacterWithEndlessMarksBehindOtherTextIsDropped) {
   EXPECT_EQ(plainToolTip("ab" + repeated("Z" + repeated("\u0301", 3000), 200)), std::string("ab") + ellipsis);
 }
 
@@ -88,7 +88,7 @@ TEST(PlainToolTip, AMegabyteIsCut) {
   EXPECT_EQ(plainToolTip(std::string(1 << 20, 'x')), repeated("x", 300) + ellipsis);
 }
 
-TEST(PlainToolTip, TextThatShrinksBelowTheLimitOnlyByDroppingIsWhole) {
+TEST(PlainToolTip, TextIsMeasuredAfterBidiControlsAreDropped) {
   EXPECT_EQ(plainToolTip(repeated("\u202E", 500) + "end"), "end");
 }
 

@@ -28,7 +28,7 @@ long opaque(const IconPixmap& pixmap) {
 
 int alphaAt(const IconPixmap& pixmap, int x, int y) { return alphas(pixmap)[y * pixmap.width + x]; }
 
-// The first fully opaque pixel's four bytes, as they go over the bus.
+// The four bytes of the first opaque pixel, as they are sent over the bus.
 std::vector<int> opaqueBytes(const IconPixmap& pixmap) {
   for (qsizetype i = 0; i < pixmap.argb.size(); i += 4) {
     if (static_cast<unsigned char>(pixmap.argb.at(i)) == 255) {
@@ -40,7 +40,7 @@ std::vector<int> opaqueBytes(const IconPixmap& pixmap) {
   return {};
 }
 
-// As bars get them.
+// The pixmaps of the hollow bell, as bars get them.
 IconPixmaps hollow(BarTone tone = BarTone::dark) { return iconPixmaps(drawIcon(iconNameForSymbol("bell"), tone)); }
 IconPixmaps filled(BarTone tone = BarTone::dark) { return iconPixmaps(drawIcon(iconNameForSymbol("bell.fill"), tone)); }
 
@@ -71,7 +71,7 @@ TEST(Symbols, ThereIsAPixmapForEverySizeOfBar) {
 }
 
 TEST(Symbols, BytesAreAlphaRedGreenBlue) {
-  // The dark ink has three different colour bytes, so that any other order shows.
+  // The three colour bytes of the dark ink differ, so a wrong order is noticed.
   for (const IconPixmap& pixmap : filled(BarTone::light)) {
     EXPECT_THAT(opaqueBytes(pixmap), ElementsAre(0xff, 0x2e, 0x34, 0x36));
   }
@@ -92,7 +92,7 @@ TEST(Symbols, EdgesAreNotPremultiplied) {
   }
 }
 
-TEST(Symbols, OnlyTheInkDependsOnTheBar) {
+TEST(Symbols, OnlyTheColourDependsOnTheBar) {
   for (qsizetype i = 0; i < hollow().size(); ++i) {
     EXPECT_EQ(alphas(hollow(BarTone::dark)[i]), alphas(hollow(BarTone::light)[i]));
   }
@@ -111,8 +111,8 @@ TEST(Symbols, BothBellsHaveTheSameOutline) {
   const std::vector<int> outlineAlphas = alphas(outline);
   const std::vector<int> solidAlphas = alphas(solid);
   for (std::size_t i = 0; i < solidAlphas.size(); ++i) EXPECT_LE(outlineAlphas[i], solidAlphas[i] + 1) << "pixel " << i;
-  EXPECT_EQ(alphaAt(outline, 32, 24), 0) << "hollow inside";
-  EXPECT_EQ(alphaAt(solid, 32, 24), 255) << "filled inside";
+  EXPECT_EQ(alphaAt(outline, 32, 24), 0) << "the inside is hollow";
+  EXPECT_EQ(alphaAt(solid, 32, 24), 255) << "the inside is filled";
 }
 
 TEST(Symbols, TheBellIsSymmetric) {

@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-TEST(FoldersTest, TheEnvironmentGoesBeforeTheHomeFolder) {
+TEST(FoldersTest, TheEnvironmentIsPreferredToTheHomeFolder) {
   {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_DATA_HOME", "/data"}, {"XDG_CONFIG_HOME", "/conf"}};
     EXPECT_EQ(dataFolder(), "/data");
@@ -55,35 +55,44 @@ TEST(FoldersTest, AProgramIsFoundInTheFirstFolderThatHasIt) {
   EXPECT_EQ(findProgram("missing", path), std::nullopt);
   EXPECT_EQ(findProgram("", path), std::nullopt);
   EXPECT_EQ(findProgram(system.at("/b/player"), path), system.at("/b/player"));
-  EXPECT_EQ(findProgram("a/player", system.at("")), std::nullopt) << "relative to nothing";
+  EXPECT_EQ(findProgram("a/player", system.at("")), std::nullopt) << "a relative path with a folder is not looked for";
 }
 
 class NativeHostDirectories : public ::testing::Test {
  protected:
-  // Each folder, with "?" in front of one that is used only if the browser has been at work.
   static std::vector<std::string> of(std::string_view bundleID) {
     const Environment environment{{"HOME", "/home/me"}, {"XDG_CONFIG_HOME", nullptr}};
     std::vector<std::string> folders;
-    for (const auto& directory : XdgLocations().nativeHostDirectories(bundleID))
-      folders.push_back(std::string(directory.usual ? "" : "?").append(directory.path.string()));
+    for (const auto& directory : XdgLocations().nativeHostDirectories(bundleID)) folders.push_back(directory.string());
     return folders;
   }
 };
 
-TEST_F(NativeHostDirectories, EachBrowserLooksForManifestsInItsOwnFolder) {
-  EXPECT_THAT(of("com.google.Chrome"), ElementsAre("/home/me/.config/google-chrome/NativeMessagingHosts",
-                                                   "?/home/me/.config/google-chrome-beta/NativeMessagingHosts",
-                                                   "?/home/me/.config/google-chrome-unstable/NativeMessagingHosts"));
-  EXPECT_THAT(of("com.microsoft.edgemac"), ElementsAre("/home/me/.config/microsoft-edge/NativeMessagingHosts",
-                                                       "?/home/me/.config/microsoft-edge-beta/NativeMessagingHosts",
-                                                       "?/home/me/.config/microsoft-edge-dev/NativeMessagingHosts"));
-  EXPECT_THAT(of("com.brave.Browser"),
-              ElementsAre("/home/me/.config/BraveSoftware/Brave-Browser/NativeMessagingHosts"));
-  EXPECT_THAT(of("org.chromium.Chromium"), ElementsAre("/home/me/.config/chromium/NativeMessagingHosts"));
-  EXPECT_THAT(of("org.mozilla.firefox"), ElementsAre("/home/me/.mozilla/native-messaging-hosts"));
+TEST_F(NativeHostDirectories, EachEditionLooksForManifestsInItsOwnFolder) {
+  const std::pair<const char*, std::string> folders[] = {
+      {"com.google.Chrome", "google-chrome"},
+      {"com.google.Chrome.beta", "google-chrome-beta"},
+      {"com.google.Chrome.dev", "google-chrome-unstable"},
+      {"com.google.Chrome.canary", "google-chrome-canary"},
+      {"com.microsoft.edgemac", "microsoft-edge"},
+      {"com.microsoft.edgemac.Beta", "microsoft-edge-beta"},
+      {"com.microsoft.edgemac.Dev", "microsoft-edge-dev"},
+      {"com.brave.Browser", "BraveSoftware/Brave-Browser"},
+      {"com.brave.Browser.beta", "BraveSoftware/Brave-Browser-Beta"},
+      {"com.brave.Browser.nightly", "BraveSoftware/Brave-Browser-Nightly"},
+      {"org.chromium.Chromium", "chromium"},
+  };
+  for (const auto& [bundleID, folder] : folders)
+    EXPECT_THAT(of(bundleID), ElementsAre("/home/me/.config/" + folder + "/NativeMessagingHosts"));
 }
 
-TEST_F(NativeHostDirectories, ABrowserThatIsNotHereHasNone) {
+TEST_F(NativeHostDirectories, AllEditionsOfFirefoxShareOneFolder) {
+  for (const char* bundleID :
+       {"org.mozilla.firefox", "org.mozilla.firefoxbeta", "org.mozilla.firefoxdeveloperedition", "org.mozilla.nightly"})
+    EXPECT_THAT(of(bundleID), ElementsAre("/home/me/.mozilla/native-messaging-hosts")) << bundleID;
+}
+
+TEST_F(NativeHostDirectories, ABrowserThatIsNotSupportedHereHasNoFolders) {
   for (const char* bundleID : {"com.apple.Safari", "company.thebrowser.Browser", "com.vivaldi.Vivaldi", "", "unknown"})
     EXPECT_THAT(of(bundleID), IsEmpty()) << bundleID;
 }
@@ -96,7 +105,7 @@ TEST(DesktopEnvironmentTest, DefaultsAreThoseOfTheBaseDirectories) {
                           "/var/lib/snapd/desktop"));
 }
 
-TEST(DesktopEnvironmentTest, GivenFoldersComeInTheirOrderAndOnce) {
+TEST(DesktopEnvironmentTest, FoldersOfTheEnvironmentAreListedInOrderAndOnce) {
   const Environment environment{{"HOME", "/home/me"},
                                 {"XDG_DATA_HOME", "/data/"},
                                 {"XDG_DATA_DIRS", "relative:/var/lib/snapd/desktop::/usr/share/:/usr/share"}};

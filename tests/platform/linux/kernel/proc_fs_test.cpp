@@ -17,7 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-TEST(ProcFs, KnowsThisVeryProcess) {
+TEST(ProcFs, KnowsThisProcess) {
   const ProcFs processes;
   const auto status = processes.status(::getpid());
   ASSERT_TRUE(status);
@@ -42,7 +42,7 @@ TEST(ProcFs, ParenthesesAndSpacesInTheNameAreNoFields) {
   EXPECT_EQ(system.processes().parentPid(100), 42);
 }
 
-TEST(ProcFs, AProcessThatIsGoneAnswersNothing) {
+TEST(ProcFs, NothingIsKnownOfAMissingProcess) {
   FakeSystem system;
   const ProcFs& processes = system.processes();
   EXPECT_FALSE(processes.status(100));
@@ -68,19 +68,19 @@ TEST(ProcFs, AProgramThatWasReplacedOnDiskKeepsItsPath) {
   FakeSystem system;
   system.process({.pid = 100, .executable = "/usr/lib/firefox-esr/firefox-esr (deleted)"});
   EXPECT_EQ(system.processes().executable(100), "/usr/lib/firefox-esr/firefox-esr");
-  // Unless that is how the file is really called.
+  // This file's name really ends like that.
   const std::string odd = system.program("/usr/bin/odd (deleted)");
   system.process({.pid = 101, .executable = odd});
   EXPECT_EQ(system.processes().executable(101), odd);
 }
 
-TEST(ProcFs, ArgumentsKeepEmptyOnesAndLineBreaks) {
+TEST(ProcFs, EmptyArgumentsAndLineBreaksAreKept) {
   FakeSystem system;
   system.process({.pid = 100, .arguments = {"prog", "", "two words", "a\nb"}});
   EXPECT_THAT(system.processes().arguments(100), ElementsAre("prog", "", "two words", "a\nb"));
 }
 
-TEST(ProcFs, EnvironmentIsFoundByTheWholeName) {
+TEST(ProcFs, AVariableIsFoundByItsWholeName) {
   FakeSystem system;
   system.process({.pid = 100, .environment = {"XPATH=wrong", "PATHX=wrong", "EMPTY=", "PATH=/bin=x"}});
   EXPECT_EQ(system.processes().environment(100, "PATH"), "/bin=x");
@@ -89,7 +89,7 @@ TEST(ProcFs, EnvironmentIsFoundByTheWholeName) {
   EXPECT_FALSE(system.processes().environment(100, ""));
 }
 
-TEST(ProcFs, CgroupIsTheUnifiedOneElseSystemdsOwn) {
+TEST(ProcFs, TheUnifiedCgroupIsPreferredToSystemdsOwn) {
   FakeSystem system;
   system.process({.pid = 100, .cgroup = "/user.slice/app-x-1.scope"});
   EXPECT_EQ(system.processes().cgroup(100), "/user.slice/app-x-1.scope");
@@ -126,10 +126,10 @@ TEST(ProgramName, ALinkElsewhereIsFoundInTheProcessesOwnSearchPath) {
   system.process({.pid = 100, .executable = cat, .arguments = {"blare"}, .environment = {path}});
   EXPECT_EQ(system.processes().programName(100), "blare");
   system.process({.pid = 101, .executable = cat, .arguments = {"./bin/blare"}});
-  EXPECT_EQ(system.processes().programName(101), "blare") << "relative to the working directory";
+  EXPECT_EQ(system.processes().programName(101), "blare") << "the link is found from the working directory";
 }
 
-TEST(ProgramName, WhatAProgramMerelyClaimsIsNotBelieved) {
+TEST(ProgramName, ANameThatNoLinkProvesIsNotBelieved) {
   FakeSystem system;
   const std::string program = system.program("/usr/bin/player");
   system.program("/usr/bin/other");
@@ -139,7 +139,7 @@ TEST(ProgramName, WhatAProgramMerelyClaimsIsNotBelieved) {
   system.process({.pid = 101, .executable = program, .arguments = {"nginx: master process"}});
   EXPECT_EQ(system.processes().programName(101), "player");
   system.process({.pid = 102, .executable = program, .arguments = {"-player"}});
-  EXPECT_EQ(system.processes().programName(102), "player") << "a login shell's dash";
+  EXPECT_EQ(system.processes().programName(102), "player") << "the dash of a login shell is dropped";
 }
 
 TEST(ProgramName, AnInterpreterIsCalledByItsScript) {

@@ -60,7 +60,7 @@ TEST(ProgramLine, ScriptsAreFoundBehindOptions) {
         << row.interpreter << ' ' << ::testing::PrintToString(row.arguments);
 }
 
-TEST(ProgramLine, WhatStandsInFrontOfTheProgramIsDropped) {
+TEST(ProgramLine, WordsInFrontOfTheProgramAreDropped) {
   EXPECT_THAT(withoutPrefixes({"env", "A=b", "C=", "prog", "x=y"}), ElementsAre("prog", "x=y"));
   EXPECT_THAT(withoutPrefixes({"/usr/bin/env", "-u", "HOME", "-i", "A=b", "prog"}), ElementsAre("prog"));
   EXPECT_THAT(withoutPrefixes({"nohup", "env", "A=b", "prog"}), ElementsAre("prog"));
@@ -69,7 +69,7 @@ TEST(ProgramLine, WhatStandsInFrontOfTheProgramIsDropped) {
   EXPECT_THAT(withoutPrefixes({}), IsEmpty());
 }
 
-TEST(ProgramLine, SharedDirectoriesAreTold) {
+TEST(ProgramLine, SharedDirectoriesAreDistinguished) {
   for (const char* shared : {"", "/", "/bin", "/usr/bin", "/usr/local/bin", "/usr/sbin", "/usr/games", "/usr/lib",
                              "/usr/lib64", "/usr/libexec", "/usr/lib/x86_64-linux-gnu", "/home/me/.local/bin",
                              "/home/me/bin", "/snap/bin", "/opt", "/tmp", "/usr/share"})
@@ -79,7 +79,7 @@ TEST(ProgramLine, SharedDirectoriesAreTold) {
     EXPECT_FALSE(isSharedDirectory(own)) << own;
 }
 
-TEST(ProgramLine, PathsAreTakenApart) {
+TEST(ProgramLine, PathsAreSplit) {
   EXPECT_EQ(lastComponent("/usr/bin/foo"), "foo");
   EXPECT_EQ(lastComponent("foo"), "foo");
   EXPECT_EQ(lastComponent("/usr/bin/"), "");

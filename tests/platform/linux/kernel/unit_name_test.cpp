@@ -31,7 +31,7 @@ TEST(UnitName, IdsAreTakenFromScopesAndServices) {
     EXPECT_THAT(applicationUnit(user + row.unit).desktopIds, ::testing::Contains(row.id)) << row.unit;
 }
 
-TEST(UnitName, TheWholeNameGoesBeforeTheOneWithoutALauncher) {
+TEST(UnitName, TheWholeNameComesBeforeTheOneWithoutALauncher) {
   EXPECT_THAT(applicationUnit(user + "app-a-b-1.scope").desktopIds, ElementsAre("a-b", "b"));
 }
 
@@ -64,7 +64,7 @@ TEST(UnitName, TheInnermostUnitThatNamesAnApplicationCounts) {
   EXPECT_THAT(applicationUnit(user + "app-outer-11.scope/app-inner-12.scope").desktopIds, ElementsAre("inner"));
 }
 
-TEST(UnitName, AnApplicationsOwnServiceIsItAndTheScopesBesideItAreNot) {
+TEST(UnitName, OnlyAnApplicationsOwnServiceNamesItAndNotTheScopesBesideIt) {
   const UnitName server = applicationUnit(user + "app-org.gnome.Terminal.slice/gnome-terminal-server.service");
   EXPECT_THAT(server.desktopIds, ElementsAre("org.gnome.Terminal"));
   EXPECT_TRUE(server.isOwnService);
@@ -72,7 +72,7 @@ TEST(UnitName, AnApplicationsOwnServiceIsItAndTheScopesBesideItAreNot) {
   EXPECT_FALSE(applicationUnit(user + "app-org.example.Player.service").isOwnService);
 }
 
-TEST(UnitName, OtherUnitsNameNobody) {
+TEST(UnitName, OtherUnitsNameNoApplication) {
   for (const char* name :
        {"", "/", "/init.scope", "/user.slice/user-1000.slice/session-2.scope", "app-.scope", "app-firefox-1.slice",
         "/user.slice/user-1000.slice/user@1000.service/app.slice/vte-spawn-1234.scope", "snap..scope", "snap.x.scope",

@@ -46,7 +46,7 @@ QImage drawn(MenuTitle& title, QSize size = {400, 60}) {
   return image;
 }
 
-// The first column from `from` on that is not white; the width when all are.
+// The first column, starting with `from`, that is not white; the width if all are white.
 int inkFrom(const QImage& image, int from, int top, int bottom) {
   for (int x = from; x < image.width(); ++x) {
     for (int y = top; y < bottom; ++y)
@@ -86,14 +86,14 @@ TEST(MenuTitle, DigitsAreEquallyWideInEveryFont) {
   }
 }
 
-TEST(MenuTitle, WhatIsTooLongEndsInTheMenu) {
+TEST(MenuTitle, ATitleThatIsTooLongIsCut) {
   MenuTitle title(entry({{std::string(500, 'W'), {}}, {"   " + std::string(300, 'm'), {}}}), QApplication::font());
   title.arrange(0, 200);
   EXPECT_LE(title.size().width(), 200);
-  EXPECT_EQ(inkFrom(drawn(title), 202, 0, 60), 400) << "drawn beyond its width";
+  EXPECT_EQ(inkFrom(drawn(title), 202, 0, 60), 400) << "it is drawn beyond its width";
 }
 
-TEST(MenuTitle, LineFeedsFromOutsideBeginNoLine) {
+TEST(MenuTitle, LineFeedsFromOutsideBeginNoNewLine) {
   MenuTitle one(entry({{"a", {}}}), QApplication::font());
   MenuTitle many(entry({{"a\nb\r\nc\u2028"
                          "d",
@@ -121,7 +121,7 @@ TEST(MenuTitle, SmallerTypeIsSmallerThanTheUsersOwn) {
   EXPECT_LT(small.size().width(), normal.size().width());
 }
 
-TEST(MenuEntry, IsSpokenInOneLineWithoutMarkupOrMnemonics) {
+TEST(MenuEntry, IsReadAloudInOneLineWithoutMarkupOrMnemonics) {
   const MenuItem item =
       entry({{"3:07 PM   ", digits}, {"Tom & Jerry", {}}, {"\n     ", digits}, {"Tab: <b>x</b>", {}}});
   EXPECT_EQ(spokenTitle(item).toStdString(), "3:07 PM Tom & Jerry Tab: <b>x</b>");
@@ -164,7 +164,7 @@ TEST(MenuColors, AreReadableOnEveryPalette) {
   }
 }
 
-TEST(MenuColors, FadedIsFainterThanSecondaryAndThatThanPrimary) {
+TEST(MenuColors, FadedIsFainterThanSecondaryWhichIsFainterThanPrimary) {
   for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
     const QPalette user = paletteFor(scheme, QApplication::palette());
     const QColor window = user.color(QPalette::Window);
@@ -175,7 +175,7 @@ TEST(MenuColors, FadedIsFainterThanSecondaryAndThatThanPrimary) {
   }
 }
 
-TEST(Appearance, TheDesktopsOwnPaletteStaysWhereItIsAsWished) {
+TEST(Appearance, ThePaletteIsKeptIfItFitsTheColourScheme) {
   const QPalette light = palette(0xefefef, Qt::black, Qt::blue, Qt::white);
   EXPECT_EQ(paletteFor(ColorScheme::light, light), light);
   EXPECT_EQ(paletteFor(ColorScheme::noPreference, light), light);
@@ -257,7 +257,7 @@ TEST(RichMenu, IsMadeAnewAtEachOpeningAndStaysAsItWasWhileOpen) {
   EXPECT_EQ(open.scenario.timesMade(), 2);
 }
 
-TEST(RichMenu, AnEntryThatWasClearedMeanwhileIsHarmless) {
+TEST(RichMenu, ChoosingAnEntryThatWasClearedMeanwhileDoesNoHarm) {
   OpenMenu open("five");
   open.press(Qt::Key_Down);
   open.scenario.clear();
@@ -283,7 +283,7 @@ TEST(RichMenu, TypingFindsNamesByTheirBeginnings) {
   open.type('e');
   EXPECT_EQ(open.active(), "Settings…");
   open.type('x');
-  EXPECT_EQ(open.active(), "Settings…") << "nothing begins like that";
+  EXPECT_EQ(open.active(), "Settings…") << "no name begins like that";
 }
 
 TEST(RichMenu, ArrowsHomeAndEndReachEveryEntryButTheHeader) {
@@ -312,7 +312,7 @@ TEST(RichMenu, EveryEntryHasANameForScreenReaders) {
   }
 }
 
-TEST(RichMenu, IsGoneWithItsOwnerWhileOpenAndWithItsChoicesOnTheirWay) {
+TEST(RichMenu, MayEndWithItsOwnerWhileItIsOpenOrAChoiceIsPending) {
   std::vector<std::string> chosen;
   MenuScenario scenario("five", [&](const std::string& each) { chosen.push_back(each); });
   {

@@ -36,21 +36,21 @@ TEST_F(AutostartLoginTest, APathWithSpecialCharactersIsQuoted) {
   EXPECT_EQ(login("/home/a b/100%/$x\"`").status(), LoginStatus::enabled);
 }
 
-TEST_F(AutostartLoginTest, AnEntryOfAProgramElsewhereIsNotOurs) {
+TEST_F(AutostartLoginTest, TheEntryOfAProgramElsewhereIsNotOurs) {
   login("/old/Tollvane").registerApplication();
   EXPECT_EQ(login().status(), LoginStatus::notRegistered);
   login().registerApplication();
   EXPECT_EQ(login().status(), LoginStatus::enabled);
 }
 
-TEST_F(AutostartLoginTest, WhatTheUserTurnedOffInTheDesktopRequiresApproval) {
+TEST_F(AutostartLoginTest, AnEntryThatTheUserTurnedOffRequiresApproval) {
   for (const char* mark : {"Hidden=true", "X-GNOME-Autostart-enabled=false", "X-MATE-Autostart-enabled=false",
                            "X-KDE-autostart-enabled = false", "X-XFCE-Autostart-enabled=false"}) {
     ASSERT_EQ(login().registerApplication(), std::nullopt);
     replace("X-GNOME-Autostart-enabled=true", mark);
     EXPECT_EQ(login().status(), LoginStatus::requiresApproval) << mark;
     EXPECT_EQ(login().registerApplication(), std::nullopt);
-    EXPECT_EQ(login().status(), LoginStatus::requiresApproval) << "only the user undoes it";
+    EXPECT_EQ(login().status(), LoginStatus::requiresApproval) << "only the user can undo it";
     login().unregisterApplication();
   }
 }
@@ -61,7 +61,7 @@ TEST_F(AutostartLoginTest, AMarkInAnotherGroupMeansNothing) {
   EXPECT_EQ(login().status(), LoginStatus::enabled);
 }
 
-TEST_F(AutostartLoginTest, AFolderThatCannotBeMadeIsToldOf) {
+TEST_F(AutostartLoginTest, AFolderThatCannotBeMadeIsReported) {
   ASSERT_TRUE(files.write(directory.path() / "config", "a file"));
   EXPECT_EQ(login().registerApplication(),
             "The folder " + (directory.path() / "config/autostart").string() + " could not be made.");

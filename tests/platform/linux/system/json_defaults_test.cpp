@@ -47,7 +47,7 @@ TEST_F(JsonDefaultsTest, AProcessKilledRightAfterASetHasStoredIt) {
   EXPECT_TRUE(Prefs(defaults).hasLaunchedBefore());
 }
 
-TEST_F(JsonDefaultsTest, ACorruptFileIsSetAsideNotEmptied) {
+TEST_F(JsonDefaultsTest, ACorruptFileIsKeptUnderAnotherName) {
   for (const auto* broken : {"{\"markTabs\": tr", "[1]", "", "\xff\xfe"}) {
     home.write("Tollvane/defaults.json", broken);
     JsonDefaults defaults = open();
@@ -60,7 +60,7 @@ TEST_F(JsonDefaultsTest, ACorruptFileIsSetAsideNotEmptied) {
   }
 }
 
-TEST_F(JsonDefaultsTest, ValuesOfOtherTypesAreThereButOfNoUse) {
+TEST_F(JsonDefaultsTest, ValuesOfOtherTypesAreKeptButNotReturned) {
   home.write("Tollvane/defaults.json", R"({"suggestExtension": "no", "markTabs": ["x"], "other": null})");
   JsonDefaults defaults = open();
   EXPECT_TRUE(std::holds_alternative<Defaults::Other>(*defaults.object("suggestExtension")));

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <filesystem>
 
 #include "detect/watcher.h"
 #include "platform/linux/system/executable_bundle.h"
@@ -18,7 +19,7 @@ namespace {
 class QtChildProcessesTest : public testing::Test {
  protected:
   QtChildProcessesTest() {
-    // A test that waits for what never comes ends, and fails.
+    // If a test waits in vain, this ends its wait, and the test fails.
     QTimer::singleShot(20'000, &application, [] { QCoreApplication::exit(1); });
   }
 
@@ -50,7 +51,13 @@ class QtChildProcessesTest : public testing::Test {
   int terminations = 0;
 };
 
-TEST_F(QtChildProcessesTest, OutputArrivesWholeBeforeTheEnd) {
+TEST_F(QtChildProcessesTest, StandardInputIsInheritedAndErrorsGoNowhere) {
+  const auto process = shell("readlink /proc/$$/fd/0; readlink /proc/$$/fd/2");
+  waitForEnd();
+  EXPECT_EQ(output, std::filesystem::read_symlink("/proc/self/fd/0").string() + "\n/dev/null\n");
+}
+
+TEST_F(QtChildProcessesTest, AllOutputArrivesBeforeTheEnd) {
   const auto process = shell("printf 'one\\ntwo'; echo silent >&2; exit 3");
   ASSERT_NE(process, nullptr);
   waitForEnd();
@@ -69,7 +76,7 @@ TEST_F(QtChildProcessesTest, ArgumentsAreNotReadByAShell) {
   EXPECT_EQ(output, "a b $HOME;* ");
 }
 
-TEST_F(QtChildProcessesTest, AProgramThatCannotBeStartedIsNone) {
+TEST_F(QtChildProcessesTest, AProgramThatCannotBeStartedGivesNoProcess) {
   const test::TemporaryDirectory directory;
   directory.write("not-executable", "#!/bin/sh\n");
   for (const auto& path : {directory / "missing", directory / "not-executable", directory.path()}) {
@@ -113,7 +120,7 @@ TEST_F(QtChildProcessesTest, AProgramThatIgnoresTheRequestToEndIsEndedWithItsOwn
   EXPECT_NE(::kill(pid, 0), 0);
 }
 
-// Whatever stands in the bundle under the name TollvaneLog is the log tool.
+// The program TollvaneLog in the bundle is the log tool, whatever it really is.
 TEST_F(QtChildProcessesTest, TheWatcherHearsARealProgram) {
   const test::TemporaryDirectory directory;
   directory.write("TollvaneLog",

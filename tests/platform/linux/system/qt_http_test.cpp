@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A server on this computer that sends the same bytes to everybody who asks, or keeps silent.
+// A server on this computer that answers every request with the same bytes, or never answers.
 class Server {
  public:
   explicit Server(QByteArray answer, bool closes = true) {
@@ -49,11 +49,11 @@ class QtHttpTest : public testing::Test {
  protected:
   using Answer = std::optional<HttpResponse>;
 
-  // The answer, once there is one.
+  // Sends the request and waits for the answer.
   Answer get(const HttpRequest& request) {
     std::optional<Answer> result;
     http.get(request, [&](Answer response) { result = std::move(response); });
-    EXPECT_FALSE(result) << "later, never at once";
+    EXPECT_FALSE(result) << "the answer must come later, not at once";
     QElapsedTimer time;
     time.start();
     while (!result && time.elapsed() < 20'000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
@@ -96,12 +96,12 @@ TEST_F(QtHttpTest, AServerThatNeverFinishesIsNotWaitedForEither) {
   EXPECT_FALSE(get(server.url(), 200ms));
 }
 
-TEST_F(QtHttpTest, AnAnswerThatBreaksOffIsNone) {
+TEST_F(QtHttpTest, AnAnswerThatBreaksOffIsNoAnswer) {
   Server server("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nbegin");
   EXPECT_FALSE(get(server.url()));
 }
 
-TEST_F(QtHttpTest, AnAnswerThatIsTooLongIsNone) {
+TEST_F(QtHttpTest, AnAnswerThatIsTooLongIsNoAnswer) {
   Server fits(answer("200 OK", QByteArray(static_cast<qsizetype>(Http::maxBody), 'x')));
   EXPECT_TRUE(get(fits.url()));
   Server large(answer("200 OK", QByteArray(static_cast<qsizetype>(Http::maxBody) + 1, 'x')));
@@ -110,7 +110,7 @@ TEST_F(QtHttpTest, AnAnswerThatIsTooLongIsNone) {
   EXPECT_FALSE(get(endless.url()));
 }
 
-TEST_F(QtHttpTest, NobodyThereAndNonsenseAreNoAnswer) {
+TEST_F(QtHttpTest, AMissingServerAndNonsenseGiveNoAnswer) {
   EXPECT_FALSE(get("http://127.0.0.1:1/"));
   Server server("nonsense\r\n\r\n");
   EXPECT_FALSE(get(server.url()));
@@ -130,7 +130,7 @@ TEST_F(QtHttpTest, ARedirectionOnThisComputerIsFollowed) {
   EXPECT_EQ(response->body, "there");
 }
 
-TEST_F(QtHttpTest, ARedirectionThatLeavesSafeGroundIsNoAnswer) {
+TEST_F(QtHttpTest, ARedirectionToAnUnsafeAddressGivesNoAnswer) {
   for (const char* url : {"http://example.org/", "file:///etc/passwd", "ftp://127.0.0.1/"}) {
     Server server(redirection(url));
     EXPECT_FALSE(get(server.url())) << url;
@@ -142,7 +142,7 @@ TEST_F(QtHttpTest, ACircleOfRedirectionsEnds) {
   EXPECT_FALSE(get(server.url()));
 }
 
-TEST_F(QtHttpTest, NobodyIsCalledAfterItsEnd) {
+TEST_F(QtHttpTest, NothingIsCalledAfterItsEnd) {
   Server server(answer("200 OK", "x"));
   bool called = false;
   {

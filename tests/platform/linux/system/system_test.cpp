@@ -1,4 +1,4 @@
-// The small roles: bundle, dates, clock, the main queue.
+// The implementations of the small roles: bundle, dates, clock, main queue.
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 using test::Environment;
 
-TEST(ExecutableBundleTest, AMissingOrBrokenInfoJsonSaysNothing) {
+TEST(ExecutableBundleTest, AMissingOrBrokenInfoJsonHasNoValues) {
   const test::TemporaryDirectory directory;
   EXPECT_EQ(ExecutableBundle(directory.path()).infoString("CFBundleShortVersionString"), std::nullopt);
   for (const auto* broken : {"", "{", "[]", "\"CFBundleShortVersionString\""}) {
@@ -65,7 +65,7 @@ TEST_F(IcuDateFormatterTest, TheTimeLanguageGoesBeforeTheGeneralOne) {
   EXPECT_EQ(IcuDateFormatter().string("h:mm:ss a", time), "2:05:09 午後");
 }
 
-TEST(SystemClockTest, SteadyTimeIsTheTimeSinceTheMachineStartedAsleepOrNot) {
+TEST(SystemClockTest, SteadyTimeCountsFromTheMachinesStartIncludingSleep) {
   const auto sinceStart = [] {
     timespec now{};
     EXPECT_EQ(::clock_gettime(CLOCK_BOOTTIME, &now), 0);

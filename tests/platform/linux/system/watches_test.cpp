@@ -17,14 +17,14 @@ using namespace std::chrono_literals;
 
 class WatchesTest : public testing::Test {
  protected:
-  // Until `done`, or so long that it never will be.
+  // Runs the event loop until `done()`, or until a long time has passed.
   void runUntil(const std::function<bool()>& done) {
     const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (!done() && std::chrono::steady_clock::now() < deadline)
       QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
     EXPECT_TRUE(done());
   }
-  // Everything that is due by now.
+  // Runs everything that is due by now.
   void settle() {
     bool settled = false;
     queue.after(20ms, [&] { settled = true; });
@@ -54,7 +54,7 @@ class SocketWatchTest : public WatchesTest {
   UniqueFd ours, theirs;
 };
 
-TEST_F(SocketWatchTest, EachReadableByteIsToldOf) {
+TEST_F(SocketWatchTest, EachReadableByteIsReported) {
   int told = 0;
   const auto watch = queue.watchReadable(ours.get(), [&] {
     ++told;
@@ -72,7 +72,7 @@ TEST_F(SocketWatchTest, AWatchMayEndInsideItsOwnBlock) {
   watch = queue.watchReadable(ours.get(), [&, big = std::string(1000, 'x')] {
     ++told;
     watch.reset();
-    EXPECT_EQ(big.size(), 1000u) << "what the block holds lives on until it returns";
+    EXPECT_EQ(big.size(), 1000u) << "what the block holds must live until it returns";
   });
   ASSERT_EQ(::write(theirs.get(), "ab", 2), 2);
   runUntil([&] { return told > 0; });
@@ -80,7 +80,7 @@ TEST_F(SocketWatchTest, AWatchMayEndInsideItsOwnBlock) {
   EXPECT_EQ(told, 1);
 }
 
-TEST_F(WatchesTest, AFileThatAppearsInADirectoryIsToldOf) {
+TEST_F(WatchesTest, AFileThatAppearsInADirectoryIsReported) {
   const test::TemporaryDirectory directory;
   int told = 0;
   const auto watch = queue.watchDirectory(directory.path(), [&] { ++told; });

@@ -53,7 +53,7 @@ TEST(SettingsLook, EveryTextIsReadableBesideTheGroup) {
   }
 }
 
-TEST(SettingsLook, ASwitchStandsOutOnAndOffAndItsKnobFromItsRail) {
+TEST(SettingsLook, ASwitchIsVisibleOnAndOffAndSoIsItsKnobOnItsRail) {
   for (const QPalette& palette : palettes()) {
     const SettingsLook look(palette, QApplication::font());
     for (const bool on : {false, true}) EXPECT_GE(contrast(look.railEdge(on), look.group()), 3) << on;
@@ -61,7 +61,7 @@ TEST(SettingsLook, ASwitchStandsOutOnAndOffAndItsKnobFromItsRail) {
   }
 }
 
-TEST(SettingsLook, GreenAndOrangeAreWhatTheySay) {
+TEST(SettingsLook, GreenIsGreenAndOrangeIsOrange) {
   for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
     const SettingsLook look(dressed(scheme), QApplication::font());
     const QColor green = look.color(TextColor::green);
@@ -73,7 +73,7 @@ TEST(SettingsLook, GreenAndOrangeAreWhatTheySay) {
   }
 }
 
-TEST(SettingsLook, FontsAreSizedByTheApplicationFont) {
+TEST(SettingsLook, FontSizesFollowTheApplicationFont) {
   QFont body;
   body.setPointSizeF(13);
   const SettingsLook look(QApplication::palette(), body);

@@ -1,4 +1,5 @@
-// Nothing is clipped: in no state of the settings, no common font, neither light nor dark. Run at scale 1 and 2.
+// Nothing in the settings window is clipped, in any of its states, in any common font, light or dark. Run at scale 1
+// and 2.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -38,7 +39,7 @@ class SettingsRoom : public testing::TestWithParam<std::tuple<std::string, Named
     page.setContent(SettingsScenario(scenario).content());
     page.show();
     while (QEventLoop().processEvents()) {
-    }  // a layout within a layout asks for one more round
+    }  // a layout within a layout needs one more round
   }
   void SetUp() override {
     const char* family = std::get<NamedFont>(GetParam()).family;
@@ -78,11 +79,11 @@ TEST_P(SettingsRoom, EveryTextAndControlHasTheRoomItNeeds) {
     EXPECT_GE(button->width(), button->sizeHint().width()) << button->text().toStdString();
 }
 
-TEST_P(SettingsRoom, EverythingStandsWithinWhatItIsPartOf) {
+TEST_P(SettingsRoom, EachPartStaysInsideItsParent) {
   const auto* scroll = page.findChild<QScrollArea*>();
   ASSERT_NE(scroll, nullptr);
   EXPECT_LE(scroll->widget()->width(), scroll->viewport()->width()) << "the form only scrolls up and down";
-  EXPECT_GE(scroll->height(), 120) << "something of the form is in sight";
+  EXPECT_GE(scroll->height(), 120) << "a part of the form is in sight";
   for (const auto* widget : page.findChildren<QWidget*>()) {
     if (widget == scroll->widget() || !widget->isVisible()) continue;
     const QRect outside = widget->parentWidget()->rect();
@@ -90,7 +91,7 @@ TEST_P(SettingsRoom, EverythingStandsWithinWhatItIsPartOf) {
   }
 }
 
-TEST_P(SettingsRoom, NoTextLiesOverAnother) {
+TEST_P(SettingsRoom, NoTextOverlapsAnother) {
   const auto labels = page.findChildren<QLabel*>();
   for (const auto* one : labels) {
     for (const auto* other : labels) {

@@ -45,12 +45,12 @@ class SettingsPageTest : public testing::Test {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     settle();
   }
-  // Each layout asks the one around it, one round of events at a time.
+  // Each layout asks the layout around it for room, which takes one round of events.
   static void settle() {
     for (int depth = 0; depth < 10; ++depth) QApplication::processEvents();
   }
 
-  // By what accessibility tools call it.
+  // The button with this accessible name.
   QAbstractButton* button(const std::string& name) {
     for (auto* each : page.findChildren<QAbstractButton*>()) {
       if (each->isVisibleTo(&page) &&
@@ -92,7 +92,7 @@ class SettingsPageTest : public testing::Test {
   SettingsPage page;
 };
 
-// Which wishes the controls of a content express.
+// Makes controls and collects what the user asks for with them.
 struct Wishes {
   std::map<std::string, std::vector<bool>> toggled;
   int pressed = 0;
@@ -121,7 +121,7 @@ TEST_F(SettingsPageTest, EveryControlExpressesTheUsersWishOnce) {
   EXPECT_EQ(wishes.pressed, 1);
 }
 
-TEST_F(SettingsPageTest, DrawingAnotherStateIsNobodysWish) {
+TEST_F(SettingsPageTest, DrawingAnotherStateIsNotTakenForTheUsersWish) {
   Wishes wishes;
   for (const bool on : {false, true, false}) {
     ui::SettingsContent content = oneRow(wishes.toggle("switch", ui::Toggle::Style::switchControl, on));
@@ -141,7 +141,7 @@ TEST_F(SettingsPageTest, AClickOnTheNameReachesTheRowsCheckBox) {
   EXPECT_FALSE(scenario.model().ticked->contains("firefox"));
 }
 
-TEST_F(SettingsPageTest, TheButtonSleepsWhileNothingIsTicked) {
+TEST_F(SettingsPageTest, TheButtonIsDisabledWhileNothingIsTicked) {
   SettingsScenario scenario("none");
   show(scenario);
   EXPECT_FALSE(button("Add selected")->isEnabled());
@@ -159,7 +159,7 @@ TEST_F(SettingsPageTest, ARefusedSwitchSpringsBackAndSaysWhy) {
   show(scenario);
   QAbstractButton* login = button("Start Tollvane when you log in");
   click(login);
-  EXPECT_TRUE(login->isChecked()) << "until the truth is known";
+  EXPECT_TRUE(login->isChecked()) << "until the model refuses";
   redraw(scenario);
   EXPECT_FALSE(login->isChecked());
   EXPECT_EQ(scenario.system().login.changes, 1);
@@ -184,10 +184,10 @@ TEST_F(SettingsPageTest, TheSameContentTouchesNothing) {
   EXPECT_THAT(watch.touched, IsEmpty());
   page.update();
   QApplication::processEvents();
-  EXPECT_THAT(watch.touched, Not(IsEmpty())) << "the watch sees";
+  EXPECT_THAT(watch.touched, Not(IsEmpty())) << "the watch works";
 }
 
-TEST_F(SettingsPageTest, WhatStaysKeepsItsWidgetWhenANoteAppearsAboveIt) {
+TEST_F(SettingsPageTest, ARowKeepsItsWidgetWhenANoteAppearsAboveIt) {
   SettingsScenario scenario("partly");
   show(scenario);
   const QWidget* marks = button("Mark browser tabs that made a sound");
@@ -216,7 +216,7 @@ TEST_F(SettingsPageTest, TheFocusStays) {
   EXPECT_EQ(button("Microsoft Edge"), edge);
 }
 
-TEST_F(SettingsPageTest, WhatIsInSightStaysInItsPlaceWhenANoteAppearsAboveIt) {
+TEST_F(SettingsPageTest, VisibleRowsStayInTheirPlaceWhenANoteAppearsAboveThem) {
   SettingsScenario scenario("browsers");
   show(scenario);
   bar()->setValue(bar()->maximum());
@@ -233,7 +233,7 @@ TEST_F(SettingsPageTest, WhatIsInSightStaysInItsPlaceWhenANoteAppearsAboveIt) {
   EXPECT_EQ(onScreen(suggest), place);
 }
 
-TEST_F(SettingsPageTest, TheTopStaysTheTop) {
+TEST_F(SettingsPageTest, AFormThatShowsItsTopStaysThere) {
   SettingsScenario scenario("browsers");
   show(scenario);
   scenario.model().loginNote = "A note";
@@ -254,7 +254,7 @@ TEST_F(SettingsPageTest, AConnectedBrowsersCheckBoxBecomesAMark) {
   EXPECT_TRUE(page.focusWidget()->isVisible());
 }
 
-TEST_F(SettingsPageTest, AControlMayBringItsOwnEndAbout) {
+TEST_F(SettingsPageTest, AControlMayCauseItsOwnRemoval) {
   bool done = false;
   ui::SettingsContent content = oneRow(ui::Toggle{"gone", "gone", ui::Toggle::Style::switchControl, false, [&](bool) {
                                                     page.setContent({});
@@ -268,7 +268,7 @@ TEST_F(SettingsPageTest, AControlMayBringItsOwnEndAbout) {
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-TEST_F(SettingsPageTest, TheTabKeyGoesFromTopToBottomAlsoThroughWhatCameLater) {
+TEST_F(SettingsPageTest, TheTabKeyGoesFromTopToBottomAlsoThroughControlsThatCameLater) {
   SettingsScenario scenario("connected");
   show(scenario);
   scenario.model().isConnected = nullptr;
@@ -286,7 +286,7 @@ TEST_F(SettingsPageTest, TheTabKeyGoesFromTopToBottomAlsoThroughWhatCameLater) {
       << "the disabled button is left out";
 }
 
-TEST_F(SettingsPageTest, TheTabKeyBringsControlsIntoSight) {
+TEST_F(SettingsPageTest, TheTabKeyScrollsControlsIntoView) {
   SettingsScenario scenario("browsers");
   show(scenario);
   QAbstractButton* last = button("Suggest the extension under browser sounds");
@@ -330,7 +330,7 @@ TEST_F(SettingsPageTest, NoTextIsMarkup) {
     EXPECT_EQ(each->textFormat(), Qt::PlainText);
     EXPECT_EQ(each->text().toStdString(), hostile);
   }
-  EXPECT_EQ(page.findChild<QPushButton*>()->text().toStdString(), "Save && go") << "no letter of it is a mnemonic";
+  EXPECT_EQ(page.findChild<QPushButton*>()->text().toStdString(), "Save && go") << "none of its letters is a mnemonic";
 }
 
 TEST_F(SettingsPageTest, AWordLongerThanTheWindowIsWrapped) {

@@ -42,7 +42,7 @@ class SwitchTest : public testing::Test {
   }
   QAccessibleInterface& accessible() { return *QAccessible::queryAccessibleInterface(&button); }
 
-  // The share of the picture's left and right half that the rail's colour covers.
+  // How many pixels of the picture's left and right half have the colour of the rail.
   std::pair<int, int> railPixels() {
     const QImage image = button.grab().toImage();
     int left = 0, right = 0;
@@ -72,7 +72,7 @@ TEST_F(SwitchTest, TheSpaceBarTurnsIt) {
   EXPECT_EQ(wishes, std::vector<bool>{true});
 }
 
-TEST_F(SwitchTest, BeingTurnedByItsOwnerIsNoWish) {
+TEST_F(SwitchTest, AChangeByItsOwnerIsNoWish) {
   show(true);
   show(false);
   show(true);
@@ -80,14 +80,14 @@ TEST_F(SwitchTest, BeingTurnedByItsOwnerIsNoWish) {
   EXPECT_TRUE(wishes.empty());
 }
 
-TEST_F(SwitchTest, ARefusedWishSpringsBackWithoutAnother) {
+TEST_F(SwitchTest, ARefusedWishSpringsBackWithoutAnotherWish) {
   click({3, 5});
   show(false);
   EXPECT_FALSE(button.isChecked());
   EXPECT_EQ(wishes, std::vector<bool>{true});
 }
 
-TEST_F(SwitchTest, ADisabledOneHearsNobody) {
+TEST_F(SwitchTest, ADisabledSwitchIgnoresClicksAndKeys) {
   button.setEnabled(false);
   click({3, 5});
   press(Qt::Key_Space);
@@ -123,7 +123,7 @@ TEST_F(SwitchTest, ItsRailIsAtTheTrailingEdge) {
   EXPECT_EQ(rightNow, 0);
 }
 
-TEST_F(SwitchTest, TheRingIsForTheKeyboardOnly) {
+TEST_F(SwitchTest, TheFocusRingIsShownForTheKeyboardOnly) {
   button.activateWindow();
   QApplication::processEvents();
   button.setFocus(Qt::TabFocusReason);

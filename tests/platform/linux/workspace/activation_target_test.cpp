@@ -19,14 +19,21 @@ TEST(ActivationTarget, TheProcessThatWasAskedForComesBeforeItsSiblings) {
   EXPECT_FALSE(player().rankOfPid(51));
 }
 
-TEST(ActivationTarget, AWindowWithoutAProcessIsNobodysByItsProcess) {
+TEST(ActivationTarget, TheProcessThatStartedItComesBeforeItsSiblings) {
+  ActivationTarget target = player();
+  target.starters = {102};
+  EXPECT_LT(target.rankOfPid(100), target.rankOfPid(102));
+  EXPECT_LT(target.rankOfPid(102), target.rankOfPid(101));
+}
+
+TEST(ActivationTarget, AWindowWithoutAProcessMatchesNoProcess) {
   auto target = player();
   target.others.push_back(0);
   EXPECT_FALSE(target.rankOfPid(0));
   EXPECT_FALSE(target.rankOfPid(-1));
 }
 
-TEST(ActivationTarget, WindowsAreKnownByAnyOfTheApplicationsNames) {
+TEST(ActivationTarget, WindowsAreRecognisedByAnyOfTheApplicationsNames) {
   for (const char* name : {"playerwindow", "PlayerWindow", "org.example.Player", "example-player"})
     EXPECT_TRUE(player().rankOfName(name)) << name;
   for (const char* name : {"", "player", "other", "example-player-2"}) EXPECT_FALSE(player().rankOfName(name)) << name;
@@ -42,7 +49,7 @@ TEST(ActivationTarget, AnApplicationWithoutAnEntryHasNoNames) {
 
 TEST(ActivationTarget, ItsOwnNameComesBeforeTheTerminalItRunsIn) {
   EXPECT_LT(player().rank(0, "PlayerWindow"), player().rank(50, "xterm"));
-  EXPECT_EQ(player().rank(50, "PlayerWindow"), player().rankOfName("PlayerWindow")) << "the better of both";
+  EXPECT_EQ(player().rank(50, "PlayerWindow"), player().rankOfName("PlayerWindow")) << "the better of both ranks";
 }
 
 class Fixed : public WindowRaiser {
@@ -64,14 +71,14 @@ Raised ask(Activator& activator) {
   return answer.value();
 }
 
-TEST(Activator, TheFirstWayThatLeadsThereIsTheLastThatIsTried) {
+TEST(Activator, TheWaysAreTriedInOrderUntilOneSucceeds) {
   Fixed nowhere(Raised::unknown), there(Raised::yes), notAsked(Raised::yes);
   Activator activator({&nowhere, &there, &notAsked});
   EXPECT_EQ(ask(activator), Raised::yes);
   EXPECT_EQ(notAsked.asked, 0);
 }
 
-TEST(Activator, IsCertainOfNoWindowWhenAnyWayWas) {
+TEST(Activator, ReportsNoWindowIfAnyWayIsCertainOfThat) {
   Fixed none(Raised::noWindow), nowhere(Raised::unknown);
   Activator both({&none, &nowhere});
   EXPECT_EQ(ask(both), Raised::noWindow);

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using test::FakeSystem;
 
-TEST(LinuxWorkspace, WhatIsNotARegularEntryIsAnAccessoryWithAName) {
+TEST(LinuxWorkspace, AProcessWithoutARegularEntryIsAnAccessoryWithAName) {
   FakeSystem system;
   for (const char* name : {"hidden", "tool", "foreign", "plain"}) system.program(std::string("/usr/bin/") + name);
   system.entry("hidden", "Name=Hidden One\nExec=hidden\nNoDisplay=true\n");
@@ -48,7 +48,7 @@ TEST(LinuxWorkspace, AWindowMakesAProcessRegular) {
   };
   EXPECT_EQ(named(100), "Hidden One");
   EXPECT_EQ(named(101), "Radio\uFFFD");
-  EXPECT_EQ(named(102), "radio.py") << "never the interpreter";
+  EXPECT_EQ(named(102), "radio.py") << "it must not be named after the interpreter";
   EXPECT_EQ(named(103), "nameless");
 }
 
@@ -96,23 +96,15 @@ TEST(LinuxWorkspace, DisplayNamesComeFromEntriesElseFromThePath) {
   EXPECT_EQ(workspace.displayName(""), "");
 }
 
-TEST(LinuxWorkspace, NobodyIsLookedForWhenNothingIsInstalled) {
-  FakeSystem system;
-  system.process({.pid = 100, .executable = "/opt/google/chrome/chrome"});
-  EXPECT_TRUE(system.workspace().runningApplications("com.google.Chrome").empty());
-  EXPECT_TRUE(system.workspace().runningApplications("com.apple.Safari").empty());
-  EXPECT_FALSE(system.workspace().urlForApplication("com.google.Chrome"));
-}
-
 std::vector<Pid> pidsOf(FakeSystem& system, std::string_view bundleID) {
   std::vector<Pid> pids;
   for (const auto& application : system.workspace().runningApplications(bundleID)) pids.push_back(application.pid);
   return pids;
 }
 
-TEST(RunningApplications, WhoIsKnownByTheUnitAloneIsFoundToo) {
+TEST(RunningApplications, AProcessKnownByItsUnitAloneIsFoundToo) {
   FakeSystem system;
-  system.program("/usr/bin/radio");  // a script that starts something of another name
+  system.program("/usr/bin/radio");  // a script that starts a program of another name
   system.entry("radio", "Name=Radio\nExec=radio\n");
   const std::string unit = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-gnome-radio-7.scope";
   system.process({.pid = 100, .executable = "/usr/lib/other/backend", .cgroup = unit});
@@ -156,7 +148,7 @@ TEST(RunningApplications, ABrowsersWrapperScriptIsNotTheBrowser) {
   EXPECT_EQ(pidsOf(system, "org.chromium.Chromium"), std::vector<Pid>{101});
 }
 
-TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNobody) {
+TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNoProcess) {
   FakeSystem system;
   system.program("/usr/bin/player");
   const auto file = system.entry("player", "Name=Old\nExec=player\n");
@@ -167,7 +159,7 @@ TEST(RunningApplications, AnEntryThatIsRewrittenMeanwhileLosesNobody) {
 }
 
 TEST(RunningApplications, ProcessesOfOtherUsersAreNotListed) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs the right to give files away";
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give files to another user";
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -182,7 +174,7 @@ struct FixedClock : Clock {
   Instant time{1h};
 };
 
-TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneLook) {
+TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneScan) {
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -196,10 +188,10 @@ TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneLook) {
   clock.time += 100ms;
   EXPECT_EQ(count(), 2u);
   fs::remove_all(system.processes().root() / "100");
-  EXPECT_EQ(count(), 1u) << "who has ended is never listed";
+  EXPECT_EQ(count(), 1u) << "a process that has ended is never listed";
 }
 
-TEST(AllRunningApplications, AreListedTheOldestFirstOneAProcess) {
+TEST(AllRunningApplications, AreListedOldestFirstOneForEachProcess) {
   FakeSystem system;
   for (const char* name : {"player", "editor"}) system.program(std::string("/usr/bin/") + name);
   system.entry("player", "Name=Player\nExec=player\n");
@@ -208,15 +200,16 @@ TEST(AllRunningApplications, AreListedTheOldestFirstOneAProcess) {
   system.process({.pid = 101, .executable = system.at("/usr/bin/editor"), .startTime = 20});
   system.process({.pid = 102, .executable = system.at("/usr/bin/player"), .startTime = 10});
   system.process({.pid = 103, .executable = "/usr/bin/nobodys"});
-  const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular},
-                                                    {101, "Editor", ActivationPolicy::accessory},
-                                                    {100, "Player", ActivationPolicy::regular}};
+  const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular, 10},
+                                                    {101, "Editor", ActivationPolicy::accessory, 20},
+                                                    {100, "Player", ActivationPolicy::regular, 30}};
   EXPECT_EQ(system.workspace().runningApplications(), expected);
 }
 
 std::optional<bool> activate(FakeSystem& system, Pid pid) {
   std::optional<bool> answer;
-  system.workspace().activate({pid, std::nullopt, ActivationPolicy::regular}, [&](bool forward) { answer = forward; });
+  system.workspace().activate({pid, std::nullopt, ActivationPolicy::regular}, "",
+                              [&](bool forward) { answer = forward; });
   return answer;
 }
 
@@ -232,7 +225,17 @@ TEST(Activation, NamesTheApplicationsOtherProcesses) {
   EXPECT_EQ(target.entry->id, "player");
 }
 
-TEST(Activation, OnlyATerminalIsTakenForTheProgramsInside) {
+TEST(Activation, NamesTheApplicationsProcessesThatStartedTheProcess) {
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  for (const auto& [pid, parent] : {std::pair(100, 1), {101, 100}, {102, 101}, {200, 1}})
+    system.process({.pid = pid, .parent = parent, .executable = system.at("/usr/bin/player")});
+  activate(system, 102);
+  EXPECT_EQ(system.raiser.asked.at(0).starters, (std::vector<Pid>{101, 100}));
+}
+
+TEST(Activation, OnlyATerminalStandsInForTheProgramsInside) {
   FakeSystem system;
   for (const char* name : {"player", "terminal", "files"}) system.program(std::string("/usr/bin/") + name);
   system.entry("player", "Name=Player\nExec=player\n");
@@ -249,7 +252,7 @@ TEST(Activation, OnlyATerminalIsTakenForTheProgramsInside) {
   EXPECT_EQ(system.raiser.asked.at(1).hosts, std::vector<Pid>{});
 }
 
-TEST(Activation, IsFalseOnlyWhenThereIsCertainlyNoWindow) {
+TEST(Activation, IsFalseOnlyIfThereIsCertainlyNoWindow) {
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
@@ -260,7 +263,7 @@ TEST(Activation, IsFalseOnlyWhenThereIsCertainlyNoWindow) {
   EXPECT_EQ(activate(system, 100), false);
 }
 
-TEST(Activation, OfAProcessThatIsGoneIsFalseAndNobodyIsAsked) {
+TEST(Activation, OfAProcessThatIsGoneIsFalseAndTheRaiserIsNotAsked) {
   FakeSystem system;
   EXPECT_EQ(activate(system, 100), false);
   EXPECT_TRUE(system.raiser.asked.empty());
@@ -268,9 +271,9 @@ TEST(Activation, OfAProcessThatIsGoneIsFalseAndNobodyIsAsked) {
 
 TEST(Opening, EntriesAreLaunchedAndFilesOpened) {
   FakeSystem system;
-  system.workspace().open("/usr/share/applications/player.desktop");
-  system.workspace().open("/home/me/history.txt");
-  system.workspace().open("relative.txt");
+  system.workspace().open("/usr/share/applications/player.desktop", [](bool) {});
+  system.workspace().open("/home/me/history.txt", [](bool) {});
+  system.workspace().open("relative.txt", [&](bool started) { EXPECT_FALSE(started); });
   ASSERT_EQ(system.launcher.launched.size(), 1u);
   EXPECT_EQ(system.launcher.launched[0].first, "/usr/share/applications/player.desktop");
   EXPECT_EQ(system.launcher.opened, std::vector<std::string>{"/home/me/history.txt"});

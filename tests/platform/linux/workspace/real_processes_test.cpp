@@ -1,4 +1,4 @@
-// The workspace among real processes of this machine.
+// The workspace, tested on real processes of this machine.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ using test::FakeSystem;
 
 const std::string sleep = fs::canonical("/bin/sleep").string();
 
-// A real program, ended with the object or with the test.
+// A real program. It ends with the object, or with the test.
 class Child {
  public:
   explicit Child(std::vector<std::string> arguments) {
@@ -56,7 +56,7 @@ class Child {
   pid_t pid_;
 };
 
-// Real processes of this machine, with entries of the test's own.
+// The processes are real, the desktop entries are made by the test.
 class RealProcesses : public ::testing::Test {
  protected:
   RealProcesses()
@@ -69,7 +69,7 @@ class RealProcesses : public ::testing::Test {
     fs::copy_file(sleep, nap);
   }
   void awaitExecutable(Pid pid, const std::string& executable) {
-    // The kernel tells the executable a moment before the arguments.
+    // The kernel shows the executable a moment before the arguments.
     ASSERT_TRUE(test::waitUntil(
         [&] { return processes.executable(pid) == executable && !processes.arguments(pid).empty(); }, 20s));
   }
@@ -81,7 +81,7 @@ class RealProcesses : public ::testing::Test {
   Applications applications;
   test::HurryingClock clock;
   LinuxWorkspace workspace;
-  // A program of this test process alone: others look at the same machine at the same time.
+  // Only this test process starts a program of this name. Other tests may examine the same machine at the same time.
   const std::string name = "nap-" + std::to_string(::getpid());
   const std::string nap = system.at("/usr/bin/" + name);
 };
@@ -111,7 +111,7 @@ TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
   EXPECT_EQ(workspace.runningApplication(child.pid())->localizedName, "Afternoon Nap");
 }
 
-TEST_F(RealProcesses, ALinkedToolIsItsLinkAndTheToolIsNot) {
+TEST_F(RealProcesses, ALinkedToolIsKnownByItsLinkAndNotByItsProgram) {
   fs::create_directories(system.at("/usr/bin"));
   fs::create_symlink(sleep, nap);
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
@@ -125,7 +125,7 @@ TEST_F(RealProcesses, ALinkedToolIsItsLinkAndTheToolIsNot) {
   EXPECT_EQ(processes.programName(direct.pid()), "sleep");
 }
 
-TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
+TEST_F(RealProcesses, AScriptIsRecognisedAndItsChildIsFoundThroughIt) {
   const std::string script = system.program("/usr/bin/tuner", "#!/bin/sh\nexec 2>/dev/null\n" + sleep + " 60\ntrue\n");
   system.entry("tuner", "Name=Tuner\nExec=tuner\n");
   const Child child({script});
@@ -144,14 +144,14 @@ TEST_F(RealProcesses, AScriptIsItselfAndItsChildIsFoundThroughIt) {
   ::kill(player, SIGKILL);
 }
 
-TEST_F(RealProcesses, AProcessThatEndedIsNobody) {
+TEST_F(RealProcesses, AProcessThatEndedIsNoApplication) {
   installNap();
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   Child child({nap, "60"});
   awaitExecutable(child.pid(), nap);
   const Pid pid = child.pid();
   child.kill();
-  // Dead, but not yet buried: it has a parent still, and no name.
+  // The process is a zombie: it still has a parent, but no name.
   ASSERT_TRUE(test::waitUntil([&] { return processes.status(pid) && processes.status(pid)->state == 'Z'; }, 20s));
   EXPECT_FALSE(workspace.runningApplication(pid));
   EXPECT_EQ(processes.parentPid(pid), ::getpid());
@@ -166,7 +166,7 @@ TEST_F(RealProcesses, TheOldestOfAnApplicationsProcessesComesFirst) {
   system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
   const Child first({nap, "60"});
   awaitExecutable(first.pid(), nap);
-  // The kernel counts hundredths of a second.
+  // The kernel counts start times in hundredths of a second.
   const auto age = processes.status(first.pid())->startTime;
   std::unique_ptr<Child> second;
   ASSERT_TRUE(test::waitUntil(

@@ -1,4 +1,4 @@
-// Windows of real programs, under a real X server and a real window manager.
+// Windows of real programs, with a real X server and a real window manager.
 #include "platform/linux/x11/x11_windows.h"
 
 #include <fcntl.h>
@@ -35,7 +35,7 @@ class HandClock : public Clock {
   std::chrono::microseconds elapsed_ = 1h;
 };
 
-// A program with a pipe at its standard output, ended with the object or with the test.
+// A program whose standard output is a pipe. It ends with the object, or with the test.
 class Program {
  public:
   explicit Program(std::vector<std::string> arguments) {
@@ -108,7 +108,7 @@ class X11WindowsTest : public ::testing::Test {
     userDisplay_ ? ::setenv("DISPLAY", userDisplay_->c_str(), 1) : ::unsetenv("DISPLAY");
   }
 
-  // Always under the same number, which a server that looks for a free one does not come to.
+  // The display number is the same after a restart, and so high that no other server takes it as the first free one.
   void startServer() {
     const std::string number = std::to_string(1000 + ::getpid() % 50000);
     server_ = std::make_unique<Program>(std::vector<std::string>{"Xvfb", ":" + number, "-displayfd", "1", "-screen",
@@ -116,7 +116,8 @@ class X11WindowsTest : public ::testing::Test {
     number_ = server_->readLine();
     ASSERT_FALSE(number_.empty()) << "Xvfb";
     ::setenv("DISPLAY", (":" + number_).c_str(), 1);
-    // A window that appears while the manager is still starting can escape it for ever. It runs this when it is done.
+    // The window manager may never manage a window that appears while it starts. It runs "echo ready" when it has
+    // started.
     manager_ =
         std::make_unique<Program>(std::vector<std::string>{"openbox", "--sm-disable", "--startup", "echo ready"});
     std::string line = manager_->readLine();
@@ -146,7 +147,8 @@ class X11WindowsTest : public ::testing::Test {
     ASSERT_EQ(program.wait(), 0);
   }
 
-  // A program with one window that the window manager knows; the toolkit leaves the process out, so it is filled in.
+  // Waits until the window manager knows the program's one window. Its toolkit does not set the process of the window,
+  // so it is set here.
   std::string openMessage(const Program& message) {
     std::string window;
     EXPECT_TRUE(test::waitUntil(
@@ -221,7 +223,7 @@ TEST_F(X11WindowsTest, AToolkitsOwnPropertiesSuffice) {
   EXPECT_EQ(look()[0].windowClass, "Tollvane");
 }
 
-TEST_F(X11WindowsTest, AnAnswerIsGoodForATenthOfASecond) {
+TEST_F(X11WindowsTest, AnAnswerIsReusedForATenthOfASecond) {
   EXPECT_THAT(look(), IsEmpty());
   const Program message({"xmessage", "hello"});
   openMessage(message);
@@ -243,14 +245,14 @@ TEST_F(X11WindowsTest, AServerThatWasRestartedIsFoundAgain) {
   EXPECT_THAT(look(), IsEmpty());
   killServer();
   EXPECT_THAT(look(), IsEmpty());
-  EXPECT_THAT(look(), IsEmpty()) << "and again, without a server";
+  EXPECT_THAT(look(), IsEmpty()) << "the second look must not fail either";
   startServer();
   const Program message({"xmessage", "hello"});
   openMessage(message);
   EXPECT_EQ(look().size(), 1u);
 }
 
-TEST_F(X11WindowsTest, ARestartBetweenTwoLooksIsNotNoticed) {
+TEST_F(X11WindowsTest, ARestartBetweenTwoQuestionsDoesNoHarm) {
   EXPECT_THAT(look(), IsEmpty());
   killServer();
   startServer();
@@ -259,7 +261,7 @@ TEST_F(X11WindowsTest, ARestartBetweenTwoLooksIsNotNoticed) {
   EXPECT_EQ(look().size(), 1u);
 }
 
-TEST_F(X11WindowsTest, AServerThatStandsStillIsNotWaitedForAndLeftAloneForAWhile) {
+TEST_F(X11WindowsTest, AServerThatHangsIsNotWaitedForAndNotAskedAgainForAWhile) {
   const Program message({"xmessage", "hello"});
   openMessage(message);
   ASSERT_EQ(look().size(), 1u);
@@ -298,7 +300,7 @@ TEST_F(X11WindowsTest, AProgramWithoutAnEntryIsAnApplicationByItsWindow) {
 
   system.entry("org.example.Message", "Name=Message\nExec=sh -c x\nStartupWMClass=xmessage\n");
   EXPECT_EQ(workspace.runningApplication(message.pid())->localizedName, "Message");
-  // Other tests may show such windows at the same time, each on a server of its own.
+  // Other tests may run the same program at the same time, each on its own server.
   EXPECT_THAT(workspace.runningApplications("org.example.Message"),
               testing::Contains(testing::Field(&RunningApplication::pid, message.pid())));
   EXPECT_FALSE(workspace.runningApplication(server_->pid())) << "the server itself has no window";

@@ -1,4 +1,4 @@
-#include "bridge/outbox.h"
+#include "platform/posix/outbox.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 #include "platform/posix/unique_fd.h"
 
-namespace tollvane::bridge {
+namespace tollvane {
 namespace {
 
 class OutboxTest : public ::testing::Test {
@@ -33,7 +33,7 @@ class OutboxTest : public ::testing::Test {
   Outbox outbox;
 };
 
-TEST_F(OutboxTest, WhatIsPushedGoesOutInOrder) {
+TEST_F(OutboxTest, MessagesAreSentInOrder) {
   outbox.push("one ");
   outbox.push("two");
   EXPECT_EQ(outbox.size(), 7u);
@@ -59,13 +59,13 @@ TEST_F(OutboxTest, AReaderThatTakesLittleGetsEveryByteOnce) {
   EXPECT_TRUE(outbox.empty());
 }
 
-TEST_F(OutboxTest, AReaderThatIsGoneIsTold) {
+TEST_F(OutboxTest, AReaderThatIsGoneIsNoticed) {
   reader.reset();
   outbox.push("x");
   EXPECT_FALSE(outbox.flush(writer.get()));
 }
 
-TEST_F(OutboxTest, WhatIsClearedIsNeverSent) {
+TEST_F(OutboxTest, ClearedMessagesAreNeverSent) {
   outbox.push("old");
   outbox.clear();
   outbox.push("new");
@@ -74,4 +74,4 @@ TEST_F(OutboxTest, WhatIsClearedIsNeverSent) {
 }
 
 }  // namespace
-}  // namespace tollvane::bridge
+}  // namespace tollvane

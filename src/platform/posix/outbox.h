@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace tollvane::bridge {
+#include "platform/posix/local_socket.h"
+
+namespace tollvane {
 
 class Outbox {
  public:
@@ -19,11 +21,16 @@ class Outbox {
   // Writes as much as `descriptor` accepts now; it must not block. False if it will never accept any more.
   bool flush(int descriptor);
 
+  // The same for a stream, which raises no signal if the other end is gone.
+  bool flush(const LocalStream& stream);
+
   void clear();
 
  private:
+  void written(std::size_t size);
+
   std::string bytes_;  // empty as soon as everything is written
   std::size_t sent_ = 0;
 };
 
-}  // namespace tollvane::bridge
+}  // namespace tollvane

@@ -1,11 +1,11 @@
-#include "bridge/outbox.h"
+#include "platform/posix/outbox.h"
 
 #include <unistd.h>
 
 #include <cerrno>
 #include <utility>
 
-namespace tollvane::bridge {
+namespace tollvane {
 namespace {
 
 // An emptied queue whose memory is larger than this frees it.
@@ -24,14 +24,24 @@ void Outbox::push(std::string&& message) {
 
 bool Outbox::flush(int descriptor) {
   while (!bytes_.empty()) {
-    const ssize_t written = write(descriptor, waiting().data(), size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return true;
-    if (written < 0) return false;
-    sent_ += static_cast<std::size_t>(written);
-    if (sent_ == bytes_.size()) clear();
+    const ssize_t size = write(descriptor, waiting().data(), this->size());
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return true;
+    if (size < 0) return false;
+    written(static_cast<std::size_t>(size));
   }
   return true;
+}
+
+bool Outbox::flush(const LocalStream& stream) {
+  const auto sent = stream.send(waiting());
+  if (sent) written(*sent);
+  return sent.has_value();
+}
+
+void Outbox::written(std::size_t size) {
+  sent_ += size;
+  if (sent_ == bytes_.size()) clear();
 }
 
 void Outbox::clear() {
@@ -43,4 +53,4 @@ void Outbox::clear() {
   }
 }
 
-}  // namespace tollvane::bridge
+}  // namespace tollvane
