@@ -27,8 +27,8 @@ std::optional<Notice> readNotice(sd_bus_message* call);
 class NotificationSource {
  public:
   struct Events {
+    // An application has shown a notification. Not called again if a service passes it on.
     std::function<void(const Notice&, std::optional<Pid> sender)> presented;
-    // Not called for a notification that a service passes on: it was presented when the service received it.
     std::function<void(std::optional<Pid>)> serviceChanged;  // process of the service; absent if none exists
     std::function<void(Pid)> received;  // a notification was sent to this process, which is not the service
     std::function<void()> served;
@@ -41,6 +41,10 @@ class NotificationSource {
   // Begins to connect, unless there is a connection already. False if there is no bus.
   bool connect();
   void disconnect();
+
+  // Whether the bus is being asked for a process, so that an event about a notification that was seen already is still
+  // to come.
+  bool isAsking() const { return !questions_.empty(); }
 
  private:
   struct Question;

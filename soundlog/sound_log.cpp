@@ -12,7 +12,9 @@ constexpr Duration longestTrial = std::chrono::milliseconds(150);
 // The service needs up to three seconds from its start to its first sentence.
 constexpr Duration shortestSpeechPause = std::chrono::seconds(5);
 
-constexpr std::size_t mostDoubts = 64;
+constexpr Duration betweenLooks = std::chrono::milliseconds(5);
+
+constexpr std::size_t mostWaits = 512;
 
 // A sound server that starts, or starts anew, is not missing.
 constexpr Duration longestServerStart = std::chrono::seconds(5);
@@ -72,15 +74,25 @@ void SoundLog::streamStarted(const StreamStart& start) {
 // longer than that, and a sentence is one sound, however many of them have a part in it.
 void SoundLog::speechStarted(const StreamStart& start) {
   if (start.maker.speech == Speech::mute) return;
-  while (!doubts_.empty() && (!doubts_.front().active() || doubts_.size() >= mostDoubts)) doubts_.pop_front();
-  doubts_.push_back(callAfter(longestTrial, [this, runs = start.runs] {
+  later(longestTrial, [this, runs = start.runs] {
     if (runs && !runs()) return;
     if (merger_.merges("speech", std::chrono::steady_clock::now(), shortestSpeechPause)) return;
     write({Kind::outputStarted, "Speech", 0}, {});
-  }));
+  });
 }
 
-void SoundLog::soundStarted(const StreamStart& start) {
+// Whether a sound is a notification's, and whose, may depend on an answer of the bus. Usually it came long before.
+void SoundLog::soundStarted(const StreamStart& start, int looks) {
+  if (looks == 0 || !notifications_ || !notifications_->isAsking()) return soundSettled(start);
+  later(betweenLooks, [this, start, looks] { soundStarted(start, looks - 1); });
+}
+
+void SoundLog::later(Duration delay, std::function<void()> work) {
+  while (!waits_.empty() && (!waits_.front().active() || waits_.size() >= mostWaits)) waits_.pop_front();
+  waits_.push_back(callAfter(delay, std::move(work)));
+}
+
+void SoundLog::soundSettled(const StreamStart& start) {
   const Instant now = std::chrono::steady_clock::now();
   Happening happening;
   happening.kind = service_.plays(start.maker, now) ? Kind::notificationSound

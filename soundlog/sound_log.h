@@ -34,8 +34,13 @@ class SoundLog {
  private:
   void streamStarted(const StreamStart& start);
   void speechStarted(const StreamStart& start);
-  void soundStarted(const StreamStart& start);
+  // A bus that has not answered after so many looks hangs.
+  static constexpr int mostLooks = 20;
+
+  void soundStarted(const StreamStart& start, int looks = mostLooks);
+  void later(Duration delay, std::function<void()> work);
   void notificationPresented(const Notice& notice, std::optional<Pid> sender);
+  void soundSettled(const StreamStart& start);
   void serversChanged();
   void write(Happening happening, Maker maker);
   void watchOutput();
@@ -52,7 +57,7 @@ class SoundLog {
   std::function<void()> ended_;
   bool waiting_ = false;  // whether `outputWatch_` also waits for room
   Watch outputWatch_;
-  std::deque<Watch> doubts_;  // speech that may prove to be none, the latest last
+  std::deque<Watch> waits_;  // for work that is put off, the latest last
   SoundServers servers_;
   bool toldOfNoServer_ = false;
   Watch serverDoubt_;

@@ -52,7 +52,7 @@ struct Maker {
   std::vector<ProcessKey> chain;  // the process, then its ancestors except process 1; empty if the process is unknown
   std::string name;
   std::string cgroup;
-  std::string script = {};  // of the script that started it; empty if none did
+  std::string script = {};  // name of the script that started the process; empty if none did
   // Set if a notification service's script started the process. The services detach their scripts, so the ancestors do
   // not tell.
   std::optional<NotificationWords> playsFor = {};

@@ -8,24 +8,33 @@ void StreamTracker::reset() {
   streams_.clear();
 }
 
+StreamTracker::Stream& StreamTracker::known(Serial stream) {
+  auto& place = streams_[stream];
+  if (!place) place = std::make_shared<Stream>();
+  return *place;
+}
+
 bool StreamTracker::running(Serial stream, Instant now) {
-  Stream& known = streams_[stream];
-  if (known.run) return false;
-  known.run = std::make_shared<const bool>(true);
+  Stream& state = known(stream);
+  if (state.running) return false;
+  state.running = true;
   if (!attached_) return false;
-  return !known.stoppedAt || now - *known.stoppedAt >= shortestPause;
+  return !state.stoppedAt || now - *state.stoppedAt >= shortestPause;
 }
 
 void StreamTracker::stopped(Serial stream, Instant now) {
-  Stream& known = streams_[stream];
-  if (known.run) known.stoppedAt = now;
-  known.run.reset();
+  Stream& state = known(stream);
+  if (state.running) state.stoppedAt = now;
+  state.running = false;
 }
 
 std::function<bool()> StreamTracker::watch(Serial stream) const {
-  const auto known = streams_.find(stream);
-  if (known == streams_.end()) return [] { return false; };
-  return [run = std::weak_ptr(known->second.run)] { return !run.expired(); };
+  const auto found = streams_.find(stream);
+  if (found == streams_.end()) return [] { return false; };
+  return [watched = std::weak_ptr<const Stream>(found->second)] {
+    const auto state = watched.lock();
+    return state && state->running;
+  };
 }
 
 bool StartMerger::merges(const std::string& who, Instant now, Duration together) {

@@ -35,17 +35,19 @@ class StreamTracker {
   void stopped(Serial stream, Instant now);
   void removed(Serial stream) { streams_.erase(stream); }
 
-  // Returns a function that tells whether the stream runs without a stop since now. It may outlive the tracker.
+  // Returns a function that tells whether the stream runs at the time of the call. It may outlive the tracker.
   std::function<bool()> watch(Serial stream) const;
 
  private:
   struct Stream {
-    std::shared_ptr<const bool> run;   // set while the stream runs, anew with each time that it does
+    bool running = false;
     std::optional<Instant> stoppedAt;  // absent if it has not run and then stopped yet
   };
 
+  Stream& known(Serial stream);
+
   bool attached_ = false;
-  std::map<Serial, Stream> streams_;
+  std::map<Serial, std::shared_ptr<Stream>> streams_;
 };
 
 // Several streams that one process starts at about the same time (a probe, then the real one) are one sound.
