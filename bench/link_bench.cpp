@@ -1,6 +1,7 @@
 // How long a sound takes from the log tool to the bell while a bridge misbehaves, beside an idle link in the same run.
 // The application is the real one with Qt's event loop and the desktop's real applications; only what the user sees is
 // virtual. The time begins when a line is written into the log tool's pipe, and ends when the bell has changed.
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>

@@ -25,7 +25,7 @@ class BridgeConnection : public BrowserConnection, public std::enable_shared_fro
  public:
   static constexpr std::size_t longestLine = 1 << 20;  // a longer line is dropped
   static constexpr std::size_t mostUnread = 1 << 20;   // a bridge that leaves more unread is disconnected
-  static constexpr std::size_t readInOneTurn = 1 << 12;
+  static constexpr std::size_t readInOneTurn = 1 << 10;
 
   // `queue` must outlive the connection.
   BridgeConnection(LocalStream stream, MainQueue& queue) : stream_(std::move(stream)), queue_(queue) {}

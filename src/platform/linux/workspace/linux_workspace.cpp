@@ -142,7 +142,8 @@ void LinuxWorkspace::addAncestors(ActivationTarget& target) const {
     pid = *parentPid;
     const auto parent = applications_.of(pid);
     if (!parent || parent->isBackground()) continue;
-    if (parent->entry != nullptr && parent->entry == target.entry) {
+    // By their ids, because an entry may be read again meanwhile.
+    if (parent->entry != nullptr && target.entry != nullptr && parent->entry->id == target.entry->id) {
       target.starters.push_back(pid);
       continue;
     }
