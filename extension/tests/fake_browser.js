@@ -1,9 +1,13 @@
 // A fake browser in memory, as the extension sees it through its API: tabs, windows, storage, permissions, alarms and
 // ports to the native host. The extension gets `api`; the test uses everything else.
 
+import { webcrypto } from 'node:crypto';
+
 import { Companion } from '../src/companion.js';
 import { reportedId } from '../src/reported_id.js';
 import { settle } from './virtual_clock.js';
+
+globalThis.crypto ??= webcrypto;  // older versions of node have it only there
 
 class Event {
   #listeners = [];

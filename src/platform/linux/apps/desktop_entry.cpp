@@ -181,9 +181,11 @@ void findPrograms(DesktopEntry& entry, std::string_view searchPath) {
   entry.realProgram.clear();
   entry.realTryExec.clear();
   entry.script.clear();
+  entry.canStart = entry.dbusActivatable;
   if (!entry.command.empty()) {
     const std::string& first = entry.command.front();
     const std::string program = findProgram(first, searchPath).value_or("");
+    entry.canStart |= !program.empty();
     const std::string real = realPathOf(program);
     if (isInterpreter(first) || isInterpreter(real)) {
       const auto script = scriptOf(isInterpreter(real) ? real : first, entry.command);

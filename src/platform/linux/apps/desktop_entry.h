@@ -41,6 +41,7 @@ struct DesktopEntry {
   std::string realTryExec;
   std::string script;     // real path of the script that `command` gives to an interpreter, or its bare name
   bool installed = true;  // false if TryExec names a program that is missing
+  bool canStart = true;   // false if the program that starts it is missing, too
 
   // Whether the user counts it among the applications: neither hidden nor a tool nor for another desktop.
   bool isRegular() const { return installed && !hidden && !noDisplay && !terminal && shownHere; }

@@ -88,15 +88,15 @@ std::vector<std::string> LinuxWorkspace::names(std::string_view bundleID) const 
 }
 
 std::optional<std::filesystem::path> LinuxWorkspace::urlForApplication(std::string_view bundleID) const {
-  const auto entries = installed(bundleID);
-  if (entries.empty()) return std::nullopt;
-  return entries.front()->path;
+  for (const auto& entry : installed(bundleID))
+    if (entry->canStart) return entry->path;
+  return std::nullopt;
 }
 
 std::optional<std::filesystem::path> LinuxWorkspace::urlForApplicationNamed(std::string_view displayName) const {
   applications_.entries().refresh();
   const auto entry = applications_.entries().named(displayName);
-  if (entry == nullptr) return std::nullopt;
+  if (entry == nullptr || !entry->canStart) return std::nullopt;
   return entry->path;
 }
 

@@ -58,13 +58,13 @@ const Shipped shippedEntries[] = {
      "/opt/brave.com/brave/brave-browser", "/usr/bin/brave-browser-stable", "@/opt/brave.com/brave/brave", session,
      "Brave Web Browser"},
     {"org.mozilla.firefox", "org.mozilla.firefox",
-     "Name=Firefox\nExec=/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=firefox --file-forwarding "
+     "Name=Firefox\nExec=@/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=firefox --file-forwarding "
      "org.mozilla.firefox @%u\nStartupWMClass=org.mozilla.firefox\nX-Flatpak=org.mozilla.firefox\n",
-     nullptr, nullptr, "/app/lib/firefox/firefox", flatpak, "Firefox"},
+     "/usr/bin/flatpak", nullptr, "/app/lib/firefox/firefox", flatpak, "Firefox"},
     {"com.google.Chrome", "com.google.Chrome",
-     "Name=Google Chrome\nExec=/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=/app/bin/chrome "
+     "Name=Google Chrome\nExec=@/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=/app/bin/chrome "
      "--file-forwarding com.google.Chrome @%U\nX-Flatpak=com.google.Chrome\n",
-     nullptr, nullptr, "/app/extra/chrome", flatpak, "Google Chrome"},
+     "/usr/bin/flatpak", nullptr, "/app/extra/chrome", flatpak, "Google Chrome"},
     {"org.mozilla.firefox", "firefox_firefox",
      "Name=Firefox Web Browser\nExec=env BAMF_DESKTOP_FILE_HINT=/var/lib/snapd/desktop/applications/"
      "firefox_firefox.desktop @/snap/bin/firefox %u\nX-SnapInstanceName=firefox\nTerminal=false\n",
@@ -145,6 +145,7 @@ TEST(BundleIds, BrowsersOfOtherSystemsHaveNoEntries) {
 TEST(BundleIds, UnknownIdentifiersAreTriedAsTheyAre) {
   EXPECT_THAT(desktopIdsOfBundle("org.example.Player"), ::testing::ElementsAre("org.example.Player"));
   FakeSystem system;
+  system.program("/usr/bin/player");
   system.entry("org.example.Player", "Name=Player\nExec=player\n");
   for (const char* id : {"org.example.Player", "org.example.Player.desktop", "org.Example.player"})
     EXPECT_TRUE(system.workspace().urlForApplication(id)) << id;

@@ -73,6 +73,7 @@ TEST(LinuxWorkspace, AnInterpretersOwnEntryIsNeverTheApplication) {
 
 TEST(LinuxWorkspace, NamesLeadToVisibleEntriesOnly) {
   FakeSystem system;
+  system.program("/usr/bin/player");
   const auto file = system.entry("player", "Name=My Player\nExec=player\n");
   system.entry("aaa", "Name=My Player\nExec=aaa\nNoDisplay=true\n");
   const auto& workspace = system.workspace();
@@ -80,6 +81,20 @@ TEST(LinuxWorkspace, NamesLeadToVisibleEntriesOnly) {
   EXPECT_FALSE(workspace.urlForApplicationNamed("my player"));
   EXPECT_FALSE(workspace.urlForApplicationNamed("My"));
   EXPECT_FALSE(workspace.urlForApplicationNamed(""));
+}
+
+TEST(LinuxWorkspace, AnApplicationWhoseProgramIsMissingIsNotThereToBeOpened) {
+  FakeSystem system;
+  system.entry("player", "Name=Player\nExec=player\n");
+  system.entry("firefox", "Name=Firefox\nExec=firefox\n");
+  const auto service = system.entry("service", "Name=Service\nDBusActivatable=true\n");
+  EXPECT_FALSE(system.workspace().urlForApplicationNamed("Player"));
+  EXPECT_FALSE(system.workspace().urlForApplication("org.mozilla.firefox"));
+  EXPECT_EQ(system.workspace().urlForApplicationNamed("Service"), service);
+  FakeSystem other;
+  other.program("/usr/bin/player");
+  const auto player = other.entry("player", "Name=Player\nExec=player\n");
+  EXPECT_EQ(other.workspace().urlForApplicationNamed("Player"), player);
 }
 
 TEST(LinuxWorkspace, DisplayNamesComeFromEntriesElseFromThePath) {
