@@ -74,7 +74,8 @@ expect() {
   [ -n "$line" ] || return 0
   app=$(cut -f2 <<<"$line")
   [ "$(cut -f3 <<<"$line")" = "$kind" ] || fail "$1 should be a \"$kind\": $line"
-  [[ $app =~ ^($pattern)$ ]] || fail "$1 goes by the name \"$app\""
+  # A tool that a script starts is named with the script, and this script starts them.
+  [[ $app =~ ^($pattern)(\ \(demo\.sh\))?$ ]] || fail "$1 goes by the name \"$app\""
   [ "$(cut -f4 <<<"$line")" = "$tab" ] || fail "$1 should be of the tab \"$tab\": $line"
   [[ $line =~ ^[0-9]{4}-[0-9]{2}-[0-9]{2}\ [0-9]{2}:[0-9]{2}:[0-9]{2}$'\t' ]] || fail "not a line of history: $line"
   sounds=$((sounds + 1))

@@ -88,8 +88,10 @@ std::vector<std::string> LinuxWorkspace::names(std::string_view bundleID) const 
 }
 
 std::optional<std::filesystem::path> LinuxWorkspace::urlForApplication(std::string_view bundleID) const {
+  // A browser without its program is not there to be offered; any other entry still gives its application a name.
+  const bool isBrowser = editionOfBundle(bundleID) != nullptr;
   for (const auto& entry : installed(bundleID))
-    if (entry->canStart) return entry->path;
+    if (entry->canStart || !isBrowser) return entry->path;
   return std::nullopt;
 }
 

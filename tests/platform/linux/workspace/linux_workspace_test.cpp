@@ -90,6 +90,7 @@ TEST(LinuxWorkspace, AnApplicationWhoseProgramIsMissingIsNotThereToBeOpened) {
   const auto service = system.entry("service", "Name=Service\nDBusActivatable=true\n");
   EXPECT_FALSE(system.workspace().urlForApplicationNamed("Player"));
   EXPECT_FALSE(system.workspace().urlForApplication("org.mozilla.firefox"));
+  EXPECT_TRUE(system.workspace().urlForApplication("player")) << "which names the sender of a notification";
   EXPECT_EQ(system.workspace().urlForApplicationNamed("Service"), service);
   FakeSystem other;
   other.program("/usr/bin/player");
