@@ -104,21 +104,6 @@ class Entry(ApplicationTest):
         self.assertEqual(len(self.tollvane.entries(SOUND)), 2, self.tollvane.menu())
         self.assertEqual(len(self.tollvane.entries('Tab: ')), 1, self.tollvane.menu())
 
-    def test_second_sound_of_a_tab_is_its_own_and_the_next_tabs_sound_is_the_next_tabs(self):
-        first, second = self.open('Alpha'), self.open('Beta')
-        self.play(first)
-        for _ in range(2):  # so soon after one another that the browser calls the tab audible all the while
-            self.browser.run(first, 'stopSound()')
-            time.sleep(REPEATS + 0.3)  # with less, the sound might be a repetition
-            self.browser.run(first, 'playSound()')
-        wait_until(lambda: len(self.tollvane.entries('Tab: Alpha ')) == 3, 'the third sound')
-        self.browser.run(first, 'stopSound()')
-        time.sleep(1)
-        self.play(second)
-        self.assertEqual(len(self.tollvane.entries('Tab: Beta ')), 1, self.tollvane.menu())
-        self.assertEqual(len(self.tollvane.entries('Tab: Alpha ')), 3, self.tollvane.menu())
-        self.assertEqual(len(self.tollvane.entries(SOUND)), 4, self.tollvane.menu())
-
     def test_page_that_plays_at_once_after_a_navigation_from_a_sounding_one_is_named(self):
         tab = self.open('Before')
         self.play(tab)
