@@ -131,9 +131,10 @@ struct Misbehaviour {
 
 std::vector<Misbehaviour> misbehaviours() {
   std::string reports;
-  for (int i = 0; i < 1000; ++i)
+  for (int i = 0; i < 1000; ++i) {
     reports +=
         "{\"type\":\"audible\",\"tabId\":" + std::to_string(i) + ",\"title\":\"Title\",\"host\":\"example.org\"}\n";
+  }
   return {
       {"idle", "", true},
       {"hellos without end", repeated("{\"type\":\"hello\",\"version\":\"1\"}\n", 1000), true},

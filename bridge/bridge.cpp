@@ -79,7 +79,8 @@ Bridge::Events Bridge::wait() {
   for (const Place& place : places_) queries.push_back(query(place.watch.descriptor(), application_ ? 0 : POLLIN));
   if (poll(queries.data(), queries.size(), timeout()) < 0) return {};
   Events events{queries[0].revents, queries[1].revents, queries[2].revents, queries[3].revents};
-  for (std::size_t i = watches; i < queries.size(); ++i) events.watch |= queries[i].revents;
+  for (std::size_t i = watches; i < queries.size(); ++i)
+    events.watch = static_cast<short>(events.watch | queries[i].revents);
   return events;
 }
 

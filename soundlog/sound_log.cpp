@@ -55,10 +55,10 @@ void SoundLog::start() {
 }
 
 void SoundLog::serversChanged() {
-  serverDoubt_ = {};
   if (servers_.isServed()) {
+    serverDoubt_ = {};
     if (std::exchange(toldOfNoServer_, false)) write({Kind::serverFound, "", 0}, {});
-  } else if (!toldOfNoServer_) {
+  } else if (!toldOfNoServer_ && !serverDoubt_.active()) {
     serverDoubt_ = callAfter(longestServerStart, [this] {
       toldOfNoServer_ = true;
       write({Kind::serverMissing, "", 0}, {});

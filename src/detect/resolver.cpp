@@ -66,23 +66,22 @@ std::optional<RunningApplication> Resolver::regularApp(Pid pid) const {
   return std::nullopt;
 }
 
-std::optional<RunningApplication> Resolver::mainProcess(Pid pid) const {
-  auto found = regularApp(pid);
-  for (int budget = mostAncestors; found && budget > 0; --budget) {
-    const auto parent = processes_.parentPid(found->pid);
-    if (!parent || *parent < 2 || *parent == found->pid) break;
+RunningApplication Resolver::mainProcess(RunningApplication application) const {
+  for (int budget = mostAncestors; budget > 0; --budget) {
+    const auto parent = processes_.parentPid(application.pid);
+    if (!parent || *parent < 2 || *parent == application.pid) break;
     auto starter = workspace_.runningApplication(*parent);
-    if (!isRegular(starter) || starter->localizedName != found->localizedName) break;
-    found = std::move(starter);
+    if (!isRegular(starter) || starter->localizedName != application.localizedName) break;
+    application = *std::move(starter);
   }
-  return found;
+  return application;
 }
 
-std::string Resolver::appName(Pid pid, std::string_view fallback) const {
-  if (auto application = regularApp(pid); application && application->localizedName)
-    return *std::move(application->localizedName);
-  if (auto application = workspace_.runningApplication(pid); application && application->localizedName)
-    return friendlyName(*application->localizedName);
+std::string Resolver::appName(Pid pid, std::string_view fallback,
+                              const std::optional<RunningApplication>& application) const {
+  if (application && application->localizedName) return *application->localizedName;
+  if (const auto itself = workspace_.runningApplication(pid); itself && itself->localizedName)
+    return friendlyName(*itself->localizedName);
   return friendlyName(fallback);
 }
 

@@ -32,13 +32,14 @@ class Resolver {
   // itself and its ancestors, seven generations at most.
   std::optional<RunningApplication> regularApp(Pid pid) const;
 
-  // The same, for a process that one of its own application started, the process that started all of these: a browser's
-  // own process, not the one in which it plays.
-  std::optional<RunningApplication> mainProcess(Pid pid) const;
+  // Of an application's processes that started one another, the first: a browser's own process, not the one in which it
+  // plays. `application`: any of them, as regularApp() gave it.
+  RunningApplication mainProcess(RunningApplication application) const;
 
   // The name to show for the maker of a sound. `fallback`: the process's name as it was reported; it may be cut to 16
-  // characters, and it may be empty.
-  std::string appName(Pid pid, std::string_view fallback) const;
+  // characters, and it may be empty. `application`: what regularApp(pid) has said, for a caller that has asked already.
+  std::string appName(Pid pid, std::string_view fallback) const { return appName(pid, fallback, regularApp(pid)); }
+  std::string appName(Pid pid, std::string_view fallback, const std::optional<RunningApplication>& application) const;
 
   // The name to show for the application with this bundle identifier; the identifier itself if the system knows no
   // name.

@@ -115,7 +115,9 @@ void Watcher::readLine(std::string_view line) {
 void Watcher::handle(const SoundMessage& message, const LogLine& line) {
   const auto emitSound = [&](const auto& sound, std::string_view kind) {
     const Pid maker = resolver_.living(sound.pid, line.ancestors);
-    emit(resolver_.appName(maker, line.maker.empty() ? sound.name : line.maker), kind, maker);
+    auto application = resolver_.regularApp(maker);
+    std::string name = resolver_.appName(maker, line.maker.empty() ? sound.name : line.maker, application);
+    emit(std::move(name), kind, std::move(application));
   };
   std::visit(Overloaded{
                  [&](const NotificationPresented& notification) {
@@ -138,7 +140,7 @@ std::string Watcher::notifyingApp() const {
   return recent ? resolver_.appName(lastNotification_->bundleID) : "Notification Center";
 }
 
-void Watcher::emit(std::string app, std::string_view kind, std::optional<Pid> maker) {
+void Watcher::emit(std::string app, std::string_view kind, std::optional<RunningApplication> maker) {
   const Instant now = clock_.steadyNow();
   std::string key = app + "|";
   key += kind;
@@ -150,7 +152,7 @@ void Watcher::emit(std::string app, std::string_view kind, std::optional<Pid> ma
   if (lastSeen_.size() > mostSeen_ || app.size() > longName) forgetOldRepeats(now);
   if (!onEvent) return;
   auto event = std::make_shared<SoundEvent>(clock_.now(), app, kind);
-  if (maker) event->maker = resolver_.mainProcess(*maker);
+  if (maker) event->maker = resolver_.mainProcess(*std::move(maker));
   onEvent(std::move(event));
 }
 

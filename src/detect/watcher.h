@@ -62,19 +62,19 @@ class Watcher {
 
  private:
   enum class Tool { ended, onTrial, runs };
-
-  void toolIs(Tool state);
-  void startLater(Duration delay);
   struct Notification {
     std::string bundleID;
     Instant date;
   };
 
+  void toolIs(Tool state);
+  void startLater(Duration delay);
   void receive(std::string_view bytes);
   void readLine(std::string_view line);
   void handle(const SoundMessage& message, const LogLine& line);
   std::string notifyingApp() const;
-  void emit(std::string app, std::string_view kind, std::optional<Pid> maker = std::nullopt);
+  void emit(std::string app, std::string_view kind,
+            std::optional<RunningApplication> maker = std::nullopt);
   void forgetOldRepeats(Instant now);
 
   MainQueue& queue_;

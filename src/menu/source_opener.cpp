@@ -22,7 +22,7 @@ void SourceOpener::openTab(const SoundEvent& event, Browser in) {
   // If the tab came forward, its browser must come forward too, even if this object, which shows the alerts, is
   // destroyed.
   link_.focus(*event.tabId, in,
-              [in, workspace = &workspace_, title = event.tabTitle.value_or(""),
+              [workspace = &workspace_, title = event.tabTitle.value_or(""),
                tell = alive_.guard([this, in, label](FocusResult result) { tabFocused(result, in, label); })](
                   FocusResult result, std::string_view bundleID) mutable {
                 if (result != FocusResult::focused) return tell(result);

@@ -32,7 +32,8 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // The application that runs as this process itself; absent if the process is gone or belongs to none.
+  // The application that runs as this process itself; absent if the process is gone or belongs to none. The start time
+  // of an accessory may be left unknown.
   virtual std::optional<RunningApplication> runningApplication(Pid pid) const = 0;
 
   // All running processes of the application with this bundle identifier, the oldest first.

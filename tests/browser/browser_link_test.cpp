@@ -27,7 +27,7 @@ class BrowserLinkTest : public testing::Test {
     return std::static_pointer_cast<test::RecordingConnection>(link.connections.back());
   }
   std::shared_ptr<test::RecordingConnection> connectStranger() {
-    const auto stranger = connect(Browser::firefox);
+    auto stranger = connect(Browser::firefox);
     stranger->bundleID.reset();
     stranger->extensionVersion.reset();
     return stranger;

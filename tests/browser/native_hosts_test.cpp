@@ -99,7 +99,7 @@ TEST_F(NativeHostsTest, AChromiumManifestNamesTheThreeExtensionsInOrder) {
   hosts.installManifests();
   for (const char* directory : {"Google/Chrome/NativeMessagingHosts", "Microsoft Edge/NativeMessagingHosts",
                                 "BraveSoftware/Brave-Browser/NativeMessagingHosts",
-                                "Arc/User Data/NativeMessagingHosts", "Chromium/NativeMessagingHosts"})
+                                "Arc/User Data/NativeMessagingHosts", "Chromium/NativeMessagingHosts"}) {
     EXPECT_EQ(readManifest(directory), (nlohmann::json{
                                            {"name", "com.quarnel.tollvane"},
                                            {"description", "Tollvane browser bridge"},
@@ -110,6 +110,7 @@ TEST_F(NativeHostsTest, AChromiumManifestNamesTheThreeExtensionsInOrder) {
                                              "chrome-extension://dgldcbgpnkooljhfhcjpkojcdnfkepnb/",
                                              "chrome-extension://ckklpoccipcbjojmlaolfdpbgjehmmpc/"}},
                                        }));
+  }
 }
 
 TEST_F(NativeHostsTest, ABundleMayNameFurtherExtensions) {

@@ -37,14 +37,20 @@ void operator delete(void* memory, std::size_t) noexcept { operator delete(memor
 namespace tollvane {
 namespace {
 
-TEST(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
-  test::VirtualPlatform system;
-  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
-  Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
-  int heard = 0;
-  watcher.onEvent = [&](const std::shared_ptr<SoundEvent>&) { ++heard; };
-  watcher.start();
+class AllocationTest : public testing::Test {
+ protected:
+  AllocationTest() {
+    watcher.onEvent = [this](const std::shared_ptr<SoundEvent>&) { ++heard; };
+    watcher.start();
+  }
 
+  test::VirtualPlatform system;
+  const Resolver resolver{system.processes, system.workspace, system.locations, system.files};
+  Watcher watcher{system.queue, system.clock, system.children, system.bundle, resolver};
+  int heard = 0;
+};
+
+TEST_F(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
   const std::string sound = test::outputStarted("player", 4242);
   const std::string others =
       test::logLine("/usr/sbin/kernel", "update_running_state " + std::string(800, 'x')) +  // not parsed
@@ -66,14 +72,7 @@ TEST(AllocationTest, ALineThatReportsNoSoundAllocatesNothing) {
   EXPECT_GT(allocations, before);  // the counter works
 }
 
-TEST(AllocationTest, ALineOfMoreThanSixteenMebibytesIsDroppedAndNeverHeldTwice) {
-  test::VirtualPlatform system;
-  const Resolver resolver(system.processes, system.workspace, system.locations, system.files);
-  Watcher watcher(system.queue, system.clock, system.children, system.bundle, resolver);
-  int heard = 0;
-  watcher.onEvent = [&](const std::shared_ptr<SoundEvent>&) { ++heard; };
-  watcher.start();
-
+TEST_F(AllocationTest, ALineOfMoreThanSixteenMebibytesIsDroppedAndNeverHeldTwice) {
   const std::string piece(1 << 20, 'x');
   const std::size_t before = mostHeld = held;
   for (int i = 0; i < 40; ++i) system.children.last().print(piece);

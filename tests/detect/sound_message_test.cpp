@@ -205,9 +205,10 @@ TEST(SoundMessageTest, MessagesOfManyMegabytesAreReadOnce) {
 }
 
 TEST(SoundMessageTest, MessagesOfOtherProcessesAreIgnored) {
-  for (const auto* process : {"", "Audiomxd", "audiomxd ", "systemsoundserve", "usernotedd", "kernel"})
+  for (const auto* process : {"", "Audiomxd", "audiomxd ", "systemsoundserve", "usernotedd", "kernel"}) {
     EXPECT_EQ(soundMessage(process, outputMessage("a", "1") + requestMessage("b", "2") + "bundle=c"), std::nullopt)
         << process;
+  }
 }
 
 TEST(SoundMessageTest, EachDaemonReportsItsOwnKindOfSoundOnly) {

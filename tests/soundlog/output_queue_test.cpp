@@ -64,7 +64,7 @@ int readWholeLines(OutputQueue& queue, const UniqueFd& reader, int* last = nullp
   int previous = -1;
   for (std::size_t at = 0; at < all.size(); ++count) {
     const std::size_t end = all.find('\n', at);
-    const int number = std::atoi(all.c_str() + at);
+    const int number = std::stoi(all.substr(at));
     EXPECT_EQ(all.substr(at, end + 1 - at), numbered(number, end + 1 - at));
     EXPECT_GT(number, previous);
     previous = number;

@@ -1,7 +1,6 @@
 #include "platform/posix/local_socket.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -110,14 +109,6 @@ std::optional<std::size_t> LocalStream::send(std::string_view bytes) const {
     sent += static_cast<std::size_t>(size);
   }
   return sent;
-}
-
-bool LocalStream::waitForRoom(std::chrono::steady_clock::time_point until) const {
-  using std::chrono::milliseconds;
-  const auto left = std::chrono::ceil<milliseconds>(until - std::chrono::steady_clock::now());
-  if (left <= milliseconds::zero()) return false;
-  pollfd query{socket_.get(), POLLOUT, 0};
-  return ::poll(&query, 1, static_cast<int>(left.count())) != 0;
 }
 
 void LocalStream::shutDown() const { ::shutdown(socket_.get(), SHUT_RDWR); }

@@ -8,7 +8,6 @@
 // Source: unix(7).
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -53,9 +52,6 @@ class LocalStream {
 
   // Sends as much of `bytes` as there is room for, and tells how much that was; absent if the other end is gone.
   std::optional<std::size_t> send(std::string_view bytes) const;
-
-  // Waits until there is room to send, or the other end is gone. False if the time is over.
-  bool waitForRoom(std::chrono::steady_clock::time_point until) const;
 
   // Ends the connection for both ends. The descriptor stays open, and readable, until this object is gone.
   void shutDown() const;

@@ -29,7 +29,9 @@ std::optional<Ownership> LinuxWorkspace::ownership(Pid pid) const {
 std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
   const auto application = ownership(pid);
   if (!application) return std::nullopt;
-  return running(pid, applications_.processes().status(pid).value_or(ProcFs::Status{}).startTime, *application);
+  // Of its ancestors that are no applications, the search for a sound's maker wants the names only.
+  const auto status = application->isRegular() ? applications_.processes().status(pid) : std::nullopt;
+  return running(pid, status ? status->startTime : 0, *application);
 }
 
 RunningApplication LinuxWorkspace::running(Pid pid, std::uint64_t startTime, const Ownership& application) const {
