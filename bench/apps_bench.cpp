@@ -187,10 +187,10 @@ void nameAfterTheLongestWalk(benchmark::State& state) {
   for (auto _ : state) {
     Pid pid = machine->player();
     int seen = 1;
-    auto application = desktop.workspace.runningApplication(pid);
+    auto application = desktop.workspace.regularApplication(pid);
     for (; !application && seen < generations; ++seen) {
       pid = machine->processes.parentPid(pid).value_or(0);
-      application = desktop.workspace.runningApplication(pid);
+      application = desktop.workspace.regularApplication(pid);
     }
     if (!application || seen != generations) state.SkipWithError("not found");
     benchmark::DoNotOptimize(application);

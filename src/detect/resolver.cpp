@@ -28,10 +28,6 @@ std::string friendlyName(std::string_view name) {
   return std::string(name);
 }
 
-bool isRegular(const std::optional<RunningApplication>& application) {
-  return application && application->activationPolicy == ActivationPolicy::regular;
-}
-
 std::string withoutAll(std::string text, std::string_view part) {
   for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) text.erase(at, part.size());
   return text;
@@ -53,12 +49,10 @@ std::optional<Pid> Resolver::responsiblePid(Pid pid) const {
 
 std::optional<RunningApplication> Resolver::regularApp(Pid pid) const {
   if (const auto responsible = responsiblePid(pid)) {
-    auto application = workspace_.runningApplication(*responsible);
-    if (isRegular(application)) return application;
+    if (auto application = workspace_.regularApplication(*responsible)) return application;
   }
   for (int budget = mostAncestors; pid >= 2; --budget) {
-    auto application = workspace_.runningApplication(pid);
-    if (isRegular(application)) return application;
+    if (auto application = workspace_.regularApplication(pid)) return application;
     const auto parent = processes_.parentPid(pid);
     if (!parent || *parent == pid || budget == 0) break;
     pid = *parent;
@@ -70,8 +64,8 @@ RunningApplication Resolver::mainProcess(RunningApplication application) const {
   for (int budget = mostAncestors; budget > 0; --budget) {
     const auto parent = processes_.parentPid(application.pid);
     if (!parent || *parent < 2 || *parent == application.pid) break;
-    auto starter = workspace_.runningApplication(*parent);
-    if (!isRegular(starter) || starter->localizedName != application.localizedName) break;
+    auto starter = workspace_.regularApplication(*parent);
+    if (!starter || starter->localizedName != application.localizedName) break;
     application = *std::move(starter);
   }
   return application;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/process_table.h"
@@ -32,9 +33,16 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // The application that runs as this process itself; absent if the process is gone or belongs to none. The start time
-  // of an accessory may be left unknown.
+  // The application that runs as this process itself; absent if the process is gone or belongs to none.
   virtual std::optional<RunningApplication> runningApplication(Pid pid) const = 0;
+
+  // The same, but absent for an accessory. A system that finds out sooner than the accessory's name does better than
+  // this.
+  virtual std::optional<RunningApplication> regularApplication(Pid pid) const {
+    auto application = runningApplication(pid);
+    const bool isRegular = application && application->activationPolicy == ActivationPolicy::regular;
+    return isRegular ? std::move(application) : std::nullopt;
+  }
 
   // All running processes of the application with this bundle identifier, the oldest first.
   virtual std::vector<RunningApplication> runningApplications(std::string_view bundleID) const = 0;

@@ -32,7 +32,7 @@ bool startsOthers(const DesktopEntry& entry) { return entry.isTerminalEmulator |
 
 }  // namespace
 
-std::optional<Ownership> Applications::of(Pid pid) const {
+std::optional<Ownership> Applications::of(Pid pid, Wanted wanted) const {
   constexpr Pid init = 1;
   if (pid <= init) return std::nullopt;
   RunningProgram first = program(pid);
@@ -41,6 +41,7 @@ std::optional<Ownership> Applications::of(Pid pid) const {
   const std::string cgroup = processes_.cgroup(pid);
   Ownership application = identify(pid, first, applicationUnit(cgroup));
   if (!application.isRegular()) lookForWindows(pid, application);
+  if (wanted == Wanted::regular && !application.isRegular()) return std::nullopt;
   if (application.entry != nullptr || !application.id.empty()) return application;
   if (background_ != nullptr) application.backgroundName = background_->nameOf(first, cgroup, application.hasWindow);
   if (!application.hasWindow && application.backgroundName.empty()) return std::nullopt;

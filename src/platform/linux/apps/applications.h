@@ -45,8 +45,11 @@ class Applications {
                const BackgroundPrograms* background = nullptr)
       : processes_(processes), entries_(entries), windows_(windows), background_(background), executables_(entries) {}
 
-  // Absent if the process is gone, or belongs to no application.
-  std::optional<Ownership> of(Pid pid) const;
+  enum class Wanted { any, regular };
+
+  // Absent if the process is gone, or belongs to no application. If an ordinary one is wanted, it is also absent for
+  // any other, and no time is spent on names of background programs.
+  std::optional<Ownership> of(Pid pid, Wanted wanted = Wanted::any) const;
 
   // The name that the desktop shows: the entry's own, else the end of the id ("org.example.Player" -> "Player"), else
   // that of the background program, else the window's class, else the program's name. Valid UTF-8.

@@ -17,8 +17,8 @@ LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& cl
       launcher_(launcher) {}
 
 // A browser without a desktop entry is an ordinary application all the same, even if it has no window that we see.
-std::optional<Ownership> LinuxWorkspace::ownership(Pid pid) const {
-  auto application = applications_.of(pid);
+std::optional<Ownership> LinuxWorkspace::ownership(Pid pid, Applications::Wanted wanted) const {
+  auto application = applications_.of(pid, wanted);
   if (application && application->entry != nullptr) return application;
   if (browsers_.editionOf(pid) == nullptr) return application;
   if (!application) application.emplace();
@@ -27,11 +27,17 @@ std::optional<Ownership> LinuxWorkspace::ownership(Pid pid) const {
 }
 
 std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) const {
-  const auto application = ownership(pid);
-  if (!application) return std::nullopt;
-  // Of its ancestors that are no applications, the search for a sound's maker wants the names only.
-  const auto status = application->isRegular() ? applications_.processes().status(pid) : std::nullopt;
-  return running(pid, status ? status->startTime : 0, *application);
+  return running(pid, Applications::Wanted::any);
+}
+
+std::optional<RunningApplication> LinuxWorkspace::regularApplication(Pid pid) const {
+  return running(pid, Applications::Wanted::regular);
+}
+
+std::optional<RunningApplication> LinuxWorkspace::running(Pid pid, Applications::Wanted wanted) const {
+  const auto application = ownership(pid, wanted);
+  if (!application || (wanted == Applications::Wanted::regular && !application->isRegular())) return std::nullopt;
+  return running(pid, applications_.processes().status(pid).value_or(ProcFs::Status{}).startTime, *application);
 }
 
 RunningApplication LinuxWorkspace::running(Pid pid, std::uint64_t startTime, const Ownership& application) const {

@@ -17,6 +17,7 @@ class LinuxWorkspace : public Workspace {
   LinuxWorkspace(const Applications& applications, const Clock& clock, WindowRaiser& windows, Launcher& launcher);
 
   std::optional<RunningApplication> runningApplication(Pid pid) const override;
+  std::optional<RunningApplication> regularApplication(Pid pid) const override;
   std::vector<RunningApplication> runningApplications(std::string_view bundleID) const override;
   std::vector<RunningApplication> runningApplications() const override;
   std::vector<std::string> names(std::string_view bundleID) const override;
@@ -32,7 +33,8 @@ class LinuxWorkspace : public Workspace {
   void openURL(std::string_view url, const std::filesystem::path& application, std::function<void(bool)> done) override;
 
  private:
-  std::optional<Ownership> ownership(Pid pid) const;
+  std::optional<RunningApplication> running(Pid pid, Applications::Wanted wanted) const;
+  std::optional<Ownership> ownership(Pid pid, Applications::Wanted wanted = Applications::Wanted::any) const;
   void add(const std::vector<Pid>& browsers, std::vector<ApplicationProcess>& found) const;
   std::vector<RunningApplication> oldestFirst(std::vector<ApplicationProcess> found) const;
   RunningApplication running(Pid pid, std::uint64_t startTime, const Ownership& application) const;
