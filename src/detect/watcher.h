@@ -73,8 +73,7 @@ class Watcher {
   void readLine(std::string_view line);
   void handle(const SoundMessage& message, const LogLine& line);
   std::string notifyingApp() const;
-  void emit(std::string app, std::string_view kind,
-            std::optional<RunningApplication> maker = std::nullopt);
+  void emit(std::string app, std::string_view kind, std::optional<RunningApplication> maker = std::nullopt);
   void forgetOldRepeats(Instant now);
 
   MainQueue& queue_;

@@ -12,7 +12,6 @@
 namespace tollvane {
 namespace {
 
-
 std::string received(const LocalStream& stream) {
   std::array<char, 64> buffer;
   std::string_view bytes;
