@@ -15,6 +15,8 @@ class MenuHost : public QObject {
   MenuHost(QDBusConnection bus, QString service) : bus_(std::move(bus)), service_(std::move(service)) {
     registerBusTypes();
     bus_.connect(service_, path(), interface(), QStringLiteral("LayoutUpdated"), this, SLOT(layoutUpdated(uint, int)));
+    bus_.connect(service_, path(), interface(), QStringLiteral("ItemsPropertiesUpdated"), this,
+                 SLOT(propertiesUpdated(tollvane::DBusMenuPropertiesList, tollvane::DBusMenuPropertyNamesList)));
   }
 
   QDBusMessage call(const char* method, const QVariantList& arguments) const {
@@ -44,8 +46,12 @@ class MenuHost : public QObject {
     return nullptr;
   }
 
+  // Reads the menu as some bars do: the properties of items that were read before are not read again.
+  void readNewItems() { keepNew(layout()); }
+
   int updates = 0;
   uint revision = 0;
+  QMap<int, QVariantMap> kept;  // the properties of the items, by their numbers
 
  private Q_SLOTS:
   void layoutUpdated(uint newRevision, int) {
@@ -53,8 +59,19 @@ class MenuHost : public QObject {
     revision = newRevision;
     ++updates;
   }
+  void propertiesUpdated(const tollvane::DBusMenuPropertiesList& updated,
+                         const tollvane::DBusMenuPropertyNamesList& removed) {
+    for (const DBusMenuProperties& item : updated) kept[item.id].insert(item.properties);
+    for (const DBusMenuPropertyNames& item : removed) {
+      for (const QString& name : item.names) kept[item.id].remove(name);
+    }
+  }
 
  private:
+  void keepNew(const DBusMenuLayout& item) {
+    if (!kept.contains(item.id)) kept.insert(item.id, item.properties);
+    for (const DBusMenuLayout& child : item.children) keepNew(child);
+  }
   static QString path() { return QString::fromLatin1(DBusMenu::objectPath); }
   static QString interface() { return QStringLiteral("com.canonical.dbusmenu"); }
 

@@ -124,6 +124,7 @@ TEST_F(MenuHostTest, IsMadeAnewAtEachOpeningAndAChangeIsAnnouncedOnce) {
   MenuHost& host = start("five");
   const DBusMenuLayout before = host.layout();
   EXPECT_FALSE(host.aboutToShow());
+  host.event(0, "closed");
   settle();
   EXPECT_EQ(host.updates, 0);
   bell_->tell("add Mail");
@@ -135,6 +136,33 @@ TEST_F(MenuHostTest, IsMadeAnewAtEachOpeningAndAChangeIsAnnouncedOnce) {
   EXPECT_EQ(MenuHost::find(after, "Quit")->id, MenuHost::find(before, "Quit")->id);
   EXPECT_EQ(MenuHost::find(after, "Signal")->id, MenuHost::find(before, "Signal")->id);
   EXPECT_FALSE(numbers(before).contains(after.children.at(1).id)) << "a new sound has the number of another";
+}
+
+TEST_F(MenuHostTest, AHostThatReadsEachItemOnceIsToldOfEveryChange) {
+  MenuHost& host = start("none");
+  host.readNewItems();
+  int updates = 0;
+  for (const char* change : {"add Mail", "add Chat", "clear", "add Mail"}) {
+    bell_->tell(change);
+    ASSERT_TRUE(waitUntilOnTheBus([&] { return host.updates == updates + 1; })) << change;
+    ++updates;
+    host.readNewItems();
+    const QStringList names{"label", "enabled", "type", "children-display"};
+    const DBusMenuLayout fresh = host.layout(0, 1, names);
+    for (const DBusMenuLayout& item : fresh.children)
+      EXPECT_EQ(excerpt(host.kept[item.id], names), item.properties) << change << ": " << label(item);
+  }
+}
+
+TEST_F(MenuHostTest, NothingMovesFromTheMomentItIsAboutToBeShown) {
+  MenuHost& host = start("five");
+  host.layout();
+  host.aboutToShow();
+  bell_->tell("add Mail");
+  settle();
+  EXPECT_EQ(host.updates, 0) << "the bar has not said yet that the menu is open";
+  host.event(MenuHost::find(host.layout(), "Signal")->id, "clicked");
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; })) << "the choice has closed it";
 }
 
 TEST_F(MenuHostTest, DoesNotChangeWhileItIsOpen) {

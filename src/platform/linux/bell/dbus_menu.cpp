@@ -6,7 +6,7 @@
 namespace tollvane {
 namespace {
 
-// A bar may never say that the menu was closed. After this time, the menu counts as closed.
+// A bar may say neither that the menu was opened nor that it was closed. After this time, the menu counts as closed.
 constexpr std::chrono::seconds longestLook{60};
 
 }  // namespace
@@ -15,8 +15,7 @@ DBusMenu::DBusMenu(MenuDelegate& delegate, std::function<void()> onChoice)
     : delegate_(delegate), onChoice_(std::move(onChoice)) {
   registerBusTypes();
   openTooLong_.setSingleShot(true);
-  openTooLong_.setInterval(longestLook);
-  connect(&openTooLong_, &QTimer::timeout, this, [this] { setOpen(false); });
+  connect(&openTooLong_, &QTimer::timeout, this, [this] { setClosed(); });
   // Several changes in a row are sent as one.
   change_.setSingleShot(true);
   change_.setInterval(0);
@@ -88,9 +87,10 @@ QList<int> DBusMenu::EventGroup(const DBusMenuEvents& events) {
 
 bool DBusMenu::AboutToShow(int id) {
   if (id == 0) {
-    // A menu that was open before must be closed by now.
-    setOpen(false);
-    return rebuild();
+    // A menu that was open before must be closed by now. From here on nothing moves under the pointer.
+    const bool changed = rebuild();
+    setOpen();
+    return changed;
   }
   if (!knows(id)) refuse(id);
   return false;
@@ -117,8 +117,8 @@ void DBusMenu::refuse(int id) {
 bool DBusMenu::obey(int id, const QString& eventId) {
   if (!knows(id)) return false;
   if (eventId == QLatin1String("clicked")) choose(id);
-  if (id == 0 && eventId == QLatin1String("opened")) setOpen(true);
-  if (id == 0 && eventId == QLatin1String("closed")) setOpen(false);
+  if (id == 0 && eventId == QLatin1String("opened")) setOpen();
+  if (id == 0 && eventId == QLatin1String("closed")) setClosed();
   return true;
 }
 
@@ -126,6 +126,7 @@ void DBusMenu::choose(int id) {
   const MenuItem* item = shown_.item(id);
   if (item == nullptr) item = before_.item(id);
   if (item == nullptr || !item->isEnabled || !item->action) return;
+  setClosed();
   // The action runs from the event loop, so that the bar does not wait for it. `item` is copied, because the menu may
   // have changed by then.
   QMetaObject::invokeMethod(
@@ -143,20 +144,25 @@ bool DBusMenu::rebuild() {
   Menu menu;
   delegate_.menuNeedsUpdate(menu);
   ExportedMenu made(menu, numbers_);
-  const bool changed = !made.hasSameLayout(shown_);
-  if (changed) before_ = std::move(shown_);
+  if (made.hasSameLayout(shown_)) return false;
+  before_ = std::move(shown_);
   shown_ = std::move(made);
-  if (changed && revision_ > 0) Q_EMIT LayoutUpdated(++revision_, 0);
-  return changed;
+  if (revision_ == 0) return true;
+  // Some bars read the properties of an item that stays only if they are told of each.
+  const auto [updated, removed] = shown_.changesSince(before_);
+  if (!updated.isEmpty() || !removed.isEmpty()) Q_EMIT ItemsPropertiesUpdated(updated, removed);
+  Q_EMIT LayoutUpdated(++revision_, 0);
+  return true;
 }
 
-void DBusMenu::setOpen(bool open) {
-  if (open) {
-    openTooLong_.start();
-  } else {
-    openTooLong_.stop();
-  }
-  if (std::exchange(open_, open) && !open) contentsMayHaveChanged();
+void DBusMenu::setOpen() {
+  open_ = true;
+  openTooLong_.start(longestLook);
+}
+
+void DBusMenu::setClosed() {
+  openTooLong_.stop();
+  if (std::exchange(open_, false)) contentsMayHaveChanged();
 }
 
 }  // namespace tollvane

@@ -1,6 +1,7 @@
 // The menu of a status item for bars that draw menus themselves: the properties, methods and signals of the
-// com.canonical.dbusmenu protocol. It is made anew whenever a bar says that it is about to show it, and never while it
-// is shown. Main thread only. Source: com.canonical.dbusmenu.xml of libdbusmenu.
+// com.canonical.dbusmenu protocol. It is made anew whenever a bar says that it is about to show it, and never from then
+// on until it is closed, an item is chosen, or time has passed. Main thread only. Source: com.canonical.dbusmenu.xml of
+// libdbusmenu.
 #pragma once
 
 #include <QDBusConnection>
@@ -63,7 +64,8 @@ class DBusMenu : public QObject, protected QDBusContext {
   bool obey(int id, const QString& eventId);
   void choose(int id);
   bool rebuild();
-  void setOpen(bool open);
+  void setOpen();
+  void setClosed();
 
   MenuDelegate& delegate_;
   std::function<void()> onChoice_;

@@ -87,6 +87,24 @@ DBusMenuLayout ExportedMenu::exported(const MenuItem& item, MenuNumbers& numbers
   return layout;
 }
 
+ExportedMenu::Changes ExportedMenu::changesSince(const ExportedMenu& before) const {
+  Changes changes;
+  for (auto item = items_.constBegin(); item != items_.constEnd(); ++item) {
+    const DBusMenuLayout* old = before.find(item.key());
+    if (old == nullptr) continue;
+    const QVariantMap& now = find(item.key())->properties;
+    QVariantMap updated;
+    for (auto property = now.constBegin(); property != now.constEnd(); ++property)
+      if (old->properties.value(property.key()) != *property) updated.insert(property.key(), *property);
+    QStringList removed;
+    for (const QString& name : old->properties.keys())
+      if (!now.contains(name)) removed.append(name);
+    if (!updated.isEmpty()) changes.updated.append({item.key(), updated});
+    if (!removed.isEmpty()) changes.removed.append({item.key(), removed});
+  }
+  return changes;
+}
+
 const DBusMenuLayout* ExportedMenu::find(int number) const { return findBelow(layout_, number); }
 
 const MenuItem* ExportedMenu::item(int number) const {

@@ -40,6 +40,13 @@ class ExportedMenu {
 
   bool hasSameLayout(const ExportedMenu& other) const { return layout_ == other.layout_; }
 
+  // How the items that are in both menus differ from those of `before`.
+  struct Changes {
+    DBusMenuPropertiesList updated;     // the properties that are new, or have another value
+    DBusMenuPropertyNamesList removed;  // the properties that have their defaults again
+  };
+  Changes changesSince(const ExportedMenu& before) const;
+
   // The item with this number; null if none exists. 0 is the whole menu.
   const DBusMenuLayout* find(int number) const;
 
