@@ -1,6 +1,7 @@
-// The user's defaults as one small JSON object in a file. The file is read once; every set() replaces it on the disk
-// before it returns. A file that is not a JSON object is renamed to FILE.corrupt, never silently emptied. Members that
-// Tollvane does not know are kept. Main thread only.
+// The user's defaults as one small JSON object in a file. Every question reads it; every set() changes one member of
+// what is stored then, and replaces the file before it returns: what others write into it counts, and is kept. A file
+// that is not a JSON object is renamed to FILE.corrupt (or FILE.corrupt-2 and so on), never silently emptied; a file
+// that cannot be read stays as it is, and values are kept for this run only. Main thread only.
 #pragma once
 
 #include <filesystem>
@@ -24,7 +25,8 @@ class JsonDefaults : public Defaults {
   void set(std::string_view key, double value) override;
 
  private:
-  void store();
+  bool read() const;
+  void store(std::string_view key, const nlohmann::json& value);
 
   Files& files_;
   std::optional<std::filesystem::path> file_;

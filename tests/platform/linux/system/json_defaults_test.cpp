@@ -16,13 +16,17 @@ namespace {
 class JsonDefaultsTest : public testing::Test {
  protected:
   JsonDefaults open() { return {files, home / "Tollvane/defaults.json"}; }
+  static bool isStored(const Defaults& defaults, const char* key, bool value) {
+    const auto found = defaults.object(key);
+    return found && std::get_if<bool>(&*found) && std::get<bool>(*found) == value;
+  }
 
   test::TemporaryDirectory home;
   PosixFiles files;
 };
 
 TEST_F(JsonDefaultsTest, AMissingFileHasNoValuesAndIsNotMadeByReading) {
-  EXPECT_EQ(open().object("markTabs"), std::nullopt);
+  EXPECT_FALSE(open().object("markTabs"));
   EXPECT_FALSE(files.exists(home / "Tollvane"));
 }
 
@@ -48,16 +52,61 @@ TEST_F(JsonDefaultsTest, AProcessKilledRightAfterASetHasStoredIt) {
 }
 
 TEST_F(JsonDefaultsTest, ACorruptFileIsKeptUnderAnotherName) {
+  int count = 0;
   for (const auto* broken : {"{\"markTabs\": tr", "[1]", "", "\xff\xfe"}) {
+    const std::string number = ++count == 1 ? "" : "-" + std::to_string(count);
     home.write("Tollvane/defaults.json", broken);
     JsonDefaults defaults = open();
-    EXPECT_EQ(defaults.object("markTabs"), std::nullopt);
-    EXPECT_EQ(home.read("Tollvane/defaults.json.corrupt"), broken);
+    EXPECT_FALSE(defaults.object("markTabs"));
+    EXPECT_EQ(home.read("Tollvane/defaults.json.corrupt" + number), broken) << "and no older one is lost";
     EXPECT_FALSE(files.exists(home / "Tollvane/defaults.json"));
     defaults.set("markTabs", true);
     EXPECT_EQ(home.read("Tollvane/defaults.json"), "{\n  \"markTabs\": true\n}\n");
     std::filesystem::remove(home / "Tollvane/defaults.json");
   }
+}
+
+TEST_F(JsonDefaultsTest, ASetKeepsWhatOthersHaveWrittenMeanwhile) {
+  JsonDefaults one = open();
+  JsonDefaults other = open();
+  one.set("markTabs", true);
+  other.set("suggestExtension", false);
+  JsonDefaults defaults = open();
+  EXPECT_TRUE(isStored(defaults, "markTabs", true));
+  EXPECT_TRUE(isStored(defaults, "suggestExtension", false));
+}
+
+TEST_F(JsonDefaultsTest, WhatOthersWriteCountsAtTheNextQuestion) {
+  const JsonDefaults defaults = open();
+  home.write("Tollvane/defaults.json", R"({"markTabs": true})");
+  EXPECT_TRUE(isStored(defaults, "markTabs", true));
+  home.write("Tollvane/defaults.json", "{}");
+  EXPECT_FALSE(defaults.object("markTabs"));
+}
+
+TEST_F(JsonDefaultsTest, AFileThatBreaksMeanwhileIsKeptAndSoAreTheValues) {
+  JsonDefaults defaults = open();
+  defaults.set("markTabs", true);
+  home.write("Tollvane/defaults.json", "broken");
+  defaults.set("suggestExtension", false);
+  EXPECT_EQ(home.read("Tollvane/defaults.json.corrupt"), "broken");
+  EXPECT_TRUE(isStored(open(), "markTabs", true));
+}
+
+// As for a user whom the file's mode or a failing disk forbids it.
+class UnreadableFiles : public PosixFiles {
+ public:
+  std::optional<std::string> read(const std::filesystem::path&, std::size_t) const override { return std::nullopt; }
+};
+
+TEST_F(JsonDefaultsTest, AFileThatCannotBeReadStaysAsItIs) {
+  home.write("Tollvane/defaults.json", "{}");
+  UnreadableFiles unreadable;
+  JsonDefaults defaults(unreadable, home / "Tollvane/defaults.json");
+  defaults.set("markTabs", true);
+  EXPECT_TRUE(isStored(defaults, "markTabs", true)) << "for this run";
+  EXPECT_EQ(home.read("Tollvane/defaults.json"), "{}");
+  EXPECT_FALSE(files.exists(home / "Tollvane/defaults.json.corrupt"));
 }
 
 TEST_F(JsonDefaultsTest, ValuesOfOtherTypesAreKeptButNotReturned) {
