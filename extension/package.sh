@@ -2,6 +2,7 @@
 # package.sh OUT_DIR: packs the extension in the forms that browsers need. The same source always gives the same bytes.
 #   OUT_DIR/chromium/              for loading it unpacked
 #   OUT_DIR/firefox/tollvane.xpi
+#   OUT_DIR/adding.html            for people: how to add it
 #   OUT_DIR/tollvane-chromium.zip  for a store, which gives the extension a key of its own and accepts no other
 set -eu
 [ $# = 1 ] || { echo "usage: $0 OUT_DIR" >&2; exit 64; }
@@ -14,6 +15,7 @@ trap 'rm -rf "$work"' EXIT
 
 umask 022
 mkdir -p "$work/files/src" "$work/files/icons"
+cp adding.html "$out/adding.html"
 cp manifest.json "$work/files"
 cp src/*.js src/*.html src/*.css "$work/files/src"
 cp icons/*.png icons/bell.svg "$work/files/icons"

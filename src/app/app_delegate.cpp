@@ -141,6 +141,7 @@ void AppDelegate::menuNeedsUpdate(Menu& menu) {
   menu = soundMenu({
                        .events = recorder_.events,
                        .suggestExtension = prefs_.suggestExtension(),
+                       .hasStores = hasSite(platform_.bundle),
                        .browser = [&names](const SoundEvent& event) { return names.browser(event.app); },
                        .isConnected = [this](Browser browser) { return link_.isConnected(browser); },
                        .availableVersion = release ? std::optional(release->version) : std::nullopt,
@@ -204,15 +205,18 @@ void AppDelegate::openUpdate() {
   if (const auto release = updater_.available()) platform_.workspace.openURL(release->url);
 }
 
+// One answer at a time, however often the user asks.
 void AppDelegate::checkUpdates() {
+  if (std::exchange(updateAnswerIsDue_, true)) return;
   updater_.check();
-  platform_.mainQueue.after(Updater::answerDelay, alive_.guard([this] { tellOfUpdates(); }));
+  const Duration delay = updater_.canAsk() ? Duration(Updater::answerDelay) : Duration::zero();
+  platform_.mainQueue.after(delay, alive_.guard([this] { tellOfUpdates(); }));
 }
 
 // Shows what the check has found by now.
 void AppDelegate::tellOfUpdates() {
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.show(updater_.alert(), [](std::size_t) {});
+  platform_.alerts.show(updater_.alert(), alive_.guard([this](std::size_t) { updateAnswerIsDue_ = false; }));
 }
 
 void AppDelegate::openSettings() { showSettings(false); }

@@ -93,6 +93,7 @@ class AppDelegate : public MenuDelegate {
   std::unique_ptr<StatusItem> statusItem_;
   std::unique_ptr<SettingsWindow> settingsWindow_;
   bool refreshIsDue_ = false;
+  bool updateAnswerIsDue_ = false;
   Liveness alive_;
 };
 

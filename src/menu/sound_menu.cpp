@@ -42,7 +42,14 @@ MenuItem header(bool anySounds, std::ptrdiff_t unseen) {
   return item;
 }
 
-MenuItem extensionHint(Browser browser, const MenuItem::Action& openExtensionStore) {
+std::string hintToolTip(Browser browser, bool hasStores) {
+  if (browser == Browser::safari) return "Opens Safari's extension settings";
+  const std::string name(browser.appName());
+  return hasStores ? "Opens the free Tollvane extension in " + name + "'s store"
+                   : "Shows how to add the free Tollvane extension to " + name;
+}
+
+MenuItem extensionHint(Browser browser, bool hasStores, const MenuItem::Action& openExtensionStore) {
   const bool safari = browser == Browser::safari;
   MenuItem item = command("extensionHint", "", openExtensionStore);
   item.attributedTitle = {
@@ -51,8 +58,7 @@ MenuItem extensionHint(Browser browser, const MenuItem::Action& openExtensionSto
               : "Add the free extension to see the exact tab and go straight to it ›",
        smallMediumType, TextColor::controlAccent},
   };
-  item.toolTip = safari ? "Opens Safari's extension settings"
-                        : "Opens the free Tollvane extension in " + std::string(browser.appName()) + "'s store";
+  item.toolTip = hintToolTip(browser, hasStores);
   item.representedObject = std::string(browser.rawValue());
   return item;
 }
@@ -74,7 +80,7 @@ void addSounds(std::vector<MenuItem>& items, const SoundMenuContents& contents, 
     items.push_back(menuItem(events[i], actions.openSource, dates));
     if (offered) continue;
     if (const auto browser = missingExtension(*events[i], contents)) {
-      items.push_back(extensionHint(*browser, actions.openExtensionStore));
+      items.push_back(extensionHint(*browser, contents.hasStores, actions.openExtensionStore));
       offered = true;
     }
   }

@@ -36,6 +36,7 @@ struct SoundMenuActions {
 struct SoundMenuContents {
   const std::vector<std::shared_ptr<SoundEvent>>& events;  // the newest first
   bool suggestExtension = true;
+  bool hasStores = true;  // whether there is a site that leads to the browsers' stores
   std::function<std::optional<Browser>(const SoundEvent&)> browser;  // which browser the event's application is
   std::function<bool(Browser)> isConnected;                          // whether that browser's extension is connected
   std::optional<std::string> availableVersion;                       // version of a newer release

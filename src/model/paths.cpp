@@ -26,4 +26,6 @@ std::string sitePage(const Bundle& bundle, std::string_view path) {
   return page += path;
 }
 
+bool hasSite(const Bundle& bundle) { return !sitePage(bundle, "").ends_with(".invalid"); }
+
 }  // namespace tollvane

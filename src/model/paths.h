@@ -38,4 +38,7 @@ class Paths {
 // asked.
 std::string sitePage(const Bundle& bundle, std::string_view path);
 
+// Whether the bundle names a site that can exist. If not, no page of it is offered to anybody, and nothing is asked.
+bool hasSite(const Bundle& bundle);
+
 }  // namespace tollvane

@@ -30,6 +30,11 @@ std::string ExtensionPick::storeLink(const Bundle& bundle) const {
 
 void ExtensionPick::open(const std::vector<ExtensionPick>& picks, const Bundle& bundle, MainQueue& queue,
                          Workspace& workspace) {
+  if (picks.empty()) return;
+  if (!hasSite(bundle)) {
+    if (const auto page = bundle.resource(guide)) workspace.open(*page, [](bool) {});
+    return;
+  }
   Duration delay{};
   for (const ExtensionPick& pick : picks) {
     queue.after(delay, [page = pick.storeLink(bundle), browser = pick.browser, &workspace] {

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/browser.h"
@@ -30,7 +31,11 @@ struct ExtensionPick {
   // The page of Tollvane's site that leads to the browser's store.
   std::string storeLink(const Bundle& bundle) const;
 
-  // Opens each pick's store page in its own browser, one after the other; in the default browser where that fails.
+  // The page in the bundle that tells how to add the extension by hand.
+  static constexpr std::string_view guide = "Extensions/adding.html";
+
+  // Opens each pick's store page in its own browser, one after the other; in the default browser where that fails. If
+  // there is no site that leads to the stores, the guide opens instead.
   static void open(const std::vector<ExtensionPick>& picks, const Bundle& bundle, MainQueue& queue,
                    Workspace& workspace);
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/browser.h"
+#include "model/paths.h"
 #include "model/prefs.h"
 #include "platform/bundle.h"
 #include "platform/main_queue.h"
@@ -82,7 +83,10 @@ class SettingsModel {
   // Asks everything again. The first time only, ticks what is installed and not connected.
   void refresh();
 
-  // Opens the store pages of what is ticked.
+  // Whether there is a site that leads to the browsers' stores.
+  bool hasStores() const { return hasSite(bundle_); }
+
+  // Opens the store pages of what is ticked, or a page that tells how to add the extension without a store.
   void addSelected();
 
  private:

@@ -57,7 +57,9 @@ ui::Section extensions(SettingsModel& model, const Wording& wording) {
   for (const ExtensionPick& pick : picks) section.elements.emplace_back(pickRow(model, pick, wording));
   if (std::all_of(picks.begin(), picks.end(), [](const ExtensionPick& pick) { return pick.connected; })) return section;
 
-  section.elements.emplace_back(caption("Each browser opens its store page. Click Add there to finish."));
+  section.elements.emplace_back(caption(model.hasStores()
+                                            ? "Each browser opens its store page. Click Add there to finish."
+                                            : "A page opens that tells how to add the extension to each browser."));
   const bool anySelected = std::any_of(picks.begin(), picks.end(), [&](const ExtensionPick& pick) {
     return !pick.connected && model.ticked->contains(std::string(pick.id()));
   });

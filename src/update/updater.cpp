@@ -1,6 +1,6 @@
 #include "update/updater.h"
 
-#include "model/paths.h"
+#include <utility>
 
 namespace tollvane {
 namespace {
@@ -19,6 +19,10 @@ std::optional<Release> Updater::available() const {
 }
 
 Alert Updater::alert() const {
+  if (!canAsk()) {
+    return {"This version doesn't look for updates",
+            "It was built without a website that it could ask. Tollvane " + current() + " stays as it is."};
+  }
   if (const auto release = available()) {
     return {"Version " + release->version + " is available",
             "Choose \"Update available\" in the Tollvane menu to get it."};
@@ -29,6 +33,7 @@ Alert Updater::alert() const {
 }
 
 void Updater::check() {
+  if (!canAsk() || std::exchange(asking_, true)) return;
   http_.get(
       {
           .url = sitePage(bundle_, "/tollvane/latest.json"),
@@ -36,6 +41,7 @@ void Updater::check() {
           .timeout = patience,
       },
       alive_.guard([this](const std::optional<HttpResponse>& response) {
+        asking_ = false;
         if (response && response->status == 200 && !response->body.empty()) answered(*response);
       }));
 }

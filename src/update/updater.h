@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "model/paths.h"
 #include "model/prefs.h"
 #include "platform/application.h"
 #include "platform/bundle.h"
@@ -37,8 +38,11 @@ class Updater {
   static constexpr std::chrono::seconds answerDelay{4};
   Alert alert() const;
 
-  // Asks the site; returns at once.
+  // Asks the site; returns at once. While an answer is awaited, it does nothing.
   void check();
+
+  // Whether this build names a site that could be asked. If not, nothing is ever sent.
+  bool canAsk() const { return hasSite(bundle_); }
 
   // Asks the site if no release is known yet, or if the last check was more than a day ago.
   void checkIfDue();
@@ -50,6 +54,7 @@ class Updater {
   const Clock& clock_;
   Prefs prefs_;
   const Bundle& bundle_;
+  bool asking_ = false;
   Liveness alive_;
 };
 

@@ -155,10 +155,12 @@ TEST_F(LaunchTest, SafariIsAskedForItsStateAndThenEveryExtensionGetsTheSettings)
 TEST_F(LaunchTest, UpdatesAreCheckedAtTheStartAndEveryHour) {
   launchAgain();
   EXPECT_THAT(system.http.requests, SizeIs(1));
+  system.http.answer(std::nullopt);
   system.queue.advance(3599s);
   EXPECT_THAT(system.http.requests, SizeIs(1));
   system.queue.advance(1s);
   EXPECT_THAT(system.http.requests, SizeIs(2));
+  system.http.answer(std::nullopt);
   system.queue.advance(3600s);
   EXPECT_THAT(system.http.requests, SizeIs(3));
 }

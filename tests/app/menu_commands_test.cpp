@@ -187,6 +187,26 @@ TEST_F(MenuCommandsTest, AManualCheckIsAnsweredFourSecondsLaterInFront) {
   EXPECT_EQ(system.application.alertsBehindOthers, 0);
 }
 
+TEST_F(MenuCommandsTest, SeveralChecksInARowGetOneAnswer) {
+  for (int i = 0; i < 3; ++i) choose("Check for updates");
+  system.queue.advance(4s);
+  choose("Check for updates");
+  system.queue.advance(10s);
+  ASSERT_EQ(system.application.alerts.size(), 1u);
+  system.application.answers[0](0);
+  choose("Check for updates");
+  system.queue.advance(4s);
+  EXPECT_EQ(system.application.alerts.size(), 2u);
+}
+
+TEST_F(MenuCommandsTest, ABuildWithoutASiteSaysAtOnceThatItDoesNotLook) {
+  system.bundle.info.erase("TollvaneSite");
+  choose("Check for updates");
+  system.queue.runDue();
+  ASSERT_EQ(system.application.alerts.size(), 1u);
+  EXPECT_EQ(system.application.alerts[0].messageText, "This version doesn't look for updates");
+}
+
 TEST_F(MenuCommandsTest, QuitAsksTheApplicationToEnd) {
   choose("Quit Tollvane");
   EXPECT_TRUE(system.application.terminated);

@@ -57,6 +57,14 @@ TEST_F(ExtensionPickTest, APageOpensInItsOwnBrowserOrElseInTheDefaultOne) {
                           "https://example.org/go/chrome in /apps/chrome.desktop", "https://example.org/go/chrome"));
 }
 
+TEST_F(ExtensionPickTest, WithoutASiteThePageInTheBundleOpensOnce) {
+  system.bundle.info.erase("TollvaneSite");
+  system.bundle.resources.insert("Extensions/adding.html");
+  open({{Browser::chrome}, {Browser::firefox}});
+  EXPECT_THAT(system.workspace.opened, ElementsAre(system.bundle.resource("Extensions/adding.html")->string()));
+  EXPECT_TRUE(system.queue.idle());
+}
+
 TEST_F(ExtensionPickTest, WithoutPicksNothingIsOpened) {
   open({});
   EXPECT_TRUE(system.queue.idle());

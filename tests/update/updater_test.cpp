@@ -27,7 +27,6 @@ class UpdaterTest : public testing::Test {
 };
 
 TEST_F(UpdaterTest, AsksTheFeedOfTheSiteForJsonAndWaitsTwentySeconds) {
-  system.bundle.info["TollvaneSite"] = "https://www.example.org/";
   updater.check();
   ASSERT_EQ(system.http.requests.size(), 1u);
   EXPECT_EQ(system.http.requests[0].url, "https://www.example.org/tollvane/latest.json");
@@ -35,9 +34,22 @@ TEST_F(UpdaterTest, AsksTheFeedOfTheSiteForJsonAndWaitsTwentySeconds) {
   EXPECT_EQ(system.http.requests[0].timeout, 20s);
 }
 
-TEST_F(UpdaterTest, ABundleWithoutASiteAsksAnInvalidAddress) {
+TEST_F(UpdaterTest, ABundleWithoutASiteAsksNobodyAndSaysSo) {
+  system.bundle.info["TollvaneSite"] = "https://tollvane.invalid";
   updater.check();
-  EXPECT_EQ(system.http.requests[0].url, "https://tollvane.invalid/tollvane/latest.json");
+  updater.checkIfDue();
+  EXPECT_EQ(system.http.requests.size(), 0u);
+  EXPECT_EQ(updater.alert(), (Alert{"This version doesn't look for updates",
+                                    "It was built without a website that it could ask. Tollvane 1.0 stays as it is."}));
+}
+
+TEST_F(UpdaterTest, OneQuestionIsAskedAtATime) {
+  updater.check();
+  updater.check();
+  EXPECT_EQ(system.http.requests.size(), 1u);
+  system.http.answer(std::nullopt);
+  updater.check();
+  EXPECT_EQ(system.http.requests.size(), 2u);
 }
 
 TEST_F(UpdaterTest, ANewerReleaseIsAvailable) {
@@ -59,7 +71,7 @@ TEST_F(UpdaterTest, TheSameOrAnOlderReleaseIsKnownButNotAvailable) {
 }
 
 TEST_F(UpdaterTest, AProgramThatDoesNotKnowItsVersionIsOlderThanAnyRelease) {
-  system.bundle.info.clear();
+  system.bundle.info.erase("CFBundleShortVersionString");
   EXPECT_EQ(updater.current(), "0");
   learn(R"({"version":"0.1"})");
   EXPECT_TRUE(updater.available());

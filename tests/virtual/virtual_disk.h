@@ -157,7 +157,7 @@ class VirtualBundle : public Bundle {
   }
   std::filesystem::path logTool() const override { return "/usr/bin/log"; }
 
-  std::map<std::string, std::string> info;
+  std::map<std::string, std::string> info = {{"TollvaneSite", "https://www.example.org"}};
   std::map<std::string, std::vector<std::string>> lists;
   std::set<std::string> programs;
   std::set<std::string> resources;

@@ -33,6 +33,9 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
   // Each redirection is checked here, because the library's own policies would allow one to plain http.
   network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
   network.setMaximumRedirectsAllowed(10);
+  // Tollvane's answers are small. Unpacking would let a small answer become a large one, and would not tell one that
+  // broke off from a whole one.
+  network.setRawHeader("Accept-Encoding", "identity");
   for (const auto& [name, value] : request.headers)
     network.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
   return network;
@@ -49,6 +52,8 @@ std::optional<HttpResponse> responseOf(QNetworkReply& reply) {
   if (reply.error() != QNetworkReply::NoError && !isRefusal(reply.error())) return std::nullopt;
   const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
   if (status < 200 || (status >= 300 && status < 400)) return std::nullopt;
+  const QByteArray encoding = reply.rawHeader("Content-Encoding").toLower();
+  if (!encoding.isEmpty() && encoding != "identity") return std::nullopt;
   // A reply may be complete before its length has been checked.
   if (reply.bytesAvailable() > static_cast<qint64>(Http::maxBody)) return std::nullopt;
   return HttpResponse{status, reply.readAll().toStdString()};

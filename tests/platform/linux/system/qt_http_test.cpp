@@ -110,6 +110,12 @@ TEST_F(QtHttpTest, AnAnswerThatIsTooLongIsNoAnswer) {
   EXPECT_FALSE(get(endless.url()));
 }
 
+TEST_F(QtHttpTest, APackedAnswerIsNoAnswer) {
+  Server server("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\n\x1f\x8b\x08");
+  EXPECT_FALSE(get(server.url()));
+  EXPECT_TRUE(server.asked.toLower().contains("accept-encoding: identity\r\n"));
+}
+
 TEST_F(QtHttpTest, AMissingServerAndNonsenseGiveNoAnswer) {
   EXPECT_FALSE(get("http://127.0.0.1:1/"));
   Server server("nonsense\r\n\r\n");
