@@ -13,6 +13,11 @@ enum class LoginStatus {
   notFound = 3,          // the system does not know this program
 };
 
+enum class AskedBy {
+  program,
+  user,  // has just asked for it; this undoes what the user did in the system's own settings, if the system lets us
+};
+
 class LoginService {
  public:
   virtual ~LoginService() = default;
@@ -20,7 +25,7 @@ class LoginService {
   virtual LoginStatus status() const = 0;
 
   // Both return the reason of a failure in the system's words; absent on success.
-  virtual std::optional<std::string> registerApplication() = 0;
+  virtual std::optional<std::string> registerApplication(AskedBy by) = 0;
   virtual std::optional<std::string> unregisterApplication() = 0;
 };
 

@@ -10,7 +10,7 @@ std::optional<std::filesystem::path> LoginItem::legacyAgent() const {
 void LoginItem::migrateFromLegacyAgent() {
   const auto agent = legacyAgent();
   if (!agent || !files_.exists(*agent)) return;
-  if (service_.registerApplication() && !isEnabled()) return;
+  if (service_.registerApplication(AskedBy::program) && !isEnabled()) return;
   files_.remove(*agent);
 }
 

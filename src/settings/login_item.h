@@ -23,8 +23,8 @@ class LoginItem {
   bool isEnabled() const { return status() == LoginStatus::enabled; }
 
   // The reason, in the system's words, when it was refused; absent on success.
-  std::optional<std::string> set(bool on) {
-    return on ? service_.registerApplication() : service_.unregisterApplication();
+  std::optional<std::string> set(bool on, AskedBy by = AskedBy::program) {
+    return on ? service_.registerApplication(by) : service_.unregisterApplication();
   }
 
   // Puts the login item in the place of the legacy agent. Fails in silence, and then leaves the agent.

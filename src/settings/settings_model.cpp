@@ -41,7 +41,7 @@ void SettingsModel::setSuggestExtension(bool on) {
 }
 
 void SettingsModel::setStartAtLogin(bool on) {
-  const auto refused = loginItem_.set(on);
+  const auto refused = loginItem_.set(on, AskedBy::user);
   loginNote = refused ? std::optional(std::string(wording_.changeNotAllowed) + *refused) : std::nullopt;
   refresh();
 }

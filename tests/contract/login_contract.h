@@ -24,7 +24,7 @@ TYPED_TEST_SUITE_P(LoginContract);
 
 TYPED_TEST_P(LoginContract, AProgramIsEnabledOnceItIsRegisteredUntilItNoLongerIs) {
   EXPECT_EQ(this->login.status(), LoginStatus::notRegistered);
-  EXPECT_EQ(this->login.registerApplication(), std::nullopt);
+  EXPECT_EQ(this->login.registerApplication(AskedBy::program), std::nullopt);
   EXPECT_EQ(this->login.status(), LoginStatus::enabled);
   EXPECT_EQ(this->login.unregisterApplication(), std::nullopt);
   EXPECT_EQ(this->login.status(), LoginStatus::notRegistered);
@@ -32,22 +32,22 @@ TYPED_TEST_P(LoginContract, AProgramIsEnabledOnceItIsRegisteredUntilItNoLongerIs
 
 TYPED_TEST_P(LoginContract, TheSameChangeTwiceIsNoFailure) {
   EXPECT_EQ(this->login.unregisterApplication(), std::nullopt);
-  EXPECT_EQ(this->login.registerApplication(), std::nullopt);
-  EXPECT_EQ(this->login.registerApplication(), std::nullopt);
+  EXPECT_EQ(this->login.registerApplication(AskedBy::program), std::nullopt);
+  EXPECT_EQ(this->login.registerApplication(AskedBy::program), std::nullopt);
   EXPECT_EQ(this->login.status(), LoginStatus::enabled);
 }
 
 TYPED_TEST_P(LoginContract, AProgramThatTheUserTurnedOffNeedsTheUsersApproval) {
-  ASSERT_EQ(this->login.registerApplication(), std::nullopt);
+  ASSERT_EQ(this->login.registerApplication(AskedBy::program), std::nullopt);
   this->system.turnOff();
   EXPECT_EQ(this->login.status(), LoginStatus::requiresApproval);
-  EXPECT_EQ(this->login.registerApplication(), std::nullopt);
+  EXPECT_EQ(this->login.registerApplication(AskedBy::program), std::nullopt);
   EXPECT_EQ(this->login.status(), LoginStatus::requiresApproval) << "only the user turns it on again";
 }
 
 TYPED_TEST_P(LoginContract, ARefusalHasAReasonAndChangesNothing) {
   this->system.refuse();
-  const auto reason = this->login.registerApplication();
+  const auto reason = this->login.registerApplication(AskedBy::program);
   ASSERT_TRUE(reason);
   EXPECT_FALSE(reason->empty());
   EXPECT_EQ(this->login.status(), LoginStatus::notRegistered);

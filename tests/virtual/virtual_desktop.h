@@ -127,8 +127,9 @@ class VirtualSafari : public SafariServices {
 class VirtualLogin : public LoginService {
  public:
   LoginStatus status() const override { return state; }
-  std::optional<std::string> registerApplication() override {
-    return change(state == LoginStatus::requiresApproval ? state : LoginStatus::enabled);
+  std::optional<std::string> registerApplication(AskedBy by) override {
+    const bool staysOff = by == AskedBy::program && state == LoginStatus::requiresApproval;
+    return change(staysOff ? state : LoginStatus::enabled);
   }
   std::optional<std::string> unregisterApplication() override { return change(LoginStatus::notRegistered); }
 

@@ -50,6 +50,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       safari_(std::make_unique<NoSafari>()),
       login_(files_, configurationFolder(), bundle / "Tollvane"),
       settingsWindows_([this](QWidget& window) { application_.bringForward(window); }) {
+  login_.repair();
+  bar_.onChoice = [this](const std::string& token) { setToken(token); };
   bar_.onNoStatusBar = [this] { alerts_.show(noStatusBar, [](std::size_t) {}); };
 }
 

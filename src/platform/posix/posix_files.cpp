@@ -57,7 +57,11 @@ bool PosixFiles::exists(const std::filesystem::path& path) const {
 
 bool PosixFiles::createDirectories(const std::filesystem::path& directory) {
   struct stat status {};
-  if (::stat(directory.c_str(), &status) == 0) return S_ISDIR(status.st_mode);
+  if (::stat(directory.c_str(), &status) == 0) {
+    if (S_ISDIR(status.st_mode)) return true;
+    errno = ENOTDIR;
+    return false;
+  }
   const auto parent = directory.parent_path();
   if (parent != directory && !parent.empty() && !createDirectories(parent)) return false;
   return ::mkdir(directory.c_str(), S_IRWXU) == 0 || errno == EEXIST;
@@ -84,7 +88,9 @@ bool PosixFiles::writeAtomically(const std::filesystem::path& file, std::string_
   if (!fd) return false;
   const bool written = writeAll(fd.get(), bytes) && ::fsync(fd.get()) == 0;
   if (!written || std::rename(temporary.c_str(), target.c_str()) != 0) {
+    const int reason = errno;
     ::unlink(temporary.c_str());
+    errno = reason;
     return false;
   }
   syncDirectory(target.parent_path());

@@ -1,4 +1,5 @@
-// Files through the kernel's own calls: modes are set as things are made, never afterwards.
+// Files through the kernel's own calls: modes are set as things are made, never afterwards. After a failure, errno is
+// the kernel's reason.
 #pragma once
 
 #include <cstddef>

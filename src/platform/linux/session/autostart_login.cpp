@@ -2,9 +2,11 @@
 
 #include <glib.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace tollvane {
@@ -23,6 +25,8 @@ std::string execArgument(std::string_view path) {
       text += std::string("\\\\") + c;
     } else if (c == '%') {
       text += "%%";
+    } else if (c == '\n') {
+      text += "\\n";
     } else {
       text += c;
     }
@@ -30,16 +34,26 @@ std::string execArgument(std::string_view path) {
   return text + '"';
 }
 
+// "env" takes a path with a "=" for one more variable, so a shell starts such a program.
+std::string commandFor(const std::filesystem::path& program) {
+  std::string command = "env " + std::string(startedAtLogin) + "=1 ";
+  if (program.native().find('=') != std::string::npos) command += "sh -c " + execArgument("exec \"$0\"") + " ";
+  return command + execArgument(program.native());
+}
+
 std::string entryFor(const std::filesystem::path& program) {
   return "[Desktop Entry]\n"
          "Type=Application\n"
          "Name=Tollvane\n"
          "Comment=Tells which application or browser tab made each sound\n"
-         "Exec=env " +
-         std::string(startedAtLogin) + "=1 " + execArgument(program.native()) +
+         "Exec=" +
+         commandFor(program) +
          "\n"
          "X-GNOME-Autostart-enabled=true\n";
 }
+
+// The kernel's reason why the last call has failed.
+std::string why() { return std::generic_category().message(errno) + "."; }
 
 class AutostartEntry {
  public:
@@ -51,6 +65,19 @@ class AutostartEntry {
     const std::unique_ptr<gchar, decltype(&g_free)> text(
         g_key_file_get_string(file_.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr), g_free);
     return text ? text.get() : "";
+  }
+
+  // The program that it starts; absent if it is none of our entries.
+  std::optional<std::string> program() const {
+    const std::string text = command();
+    if (text.find(std::string(startedAtLogin) + "=1 ") == std::string::npos) return std::nullopt;
+    gint count = 0;
+    gchar** words = nullptr;
+    if (!g_shell_parse_argv(text.c_str(), &count, &words, nullptr)) return std::nullopt;
+    std::string last = words[count - 1];
+    g_strfreev(words);
+    for (auto at = last.find("%%"); at != std::string::npos; at = last.find("%%", at + 1)) last.erase(at, 1);
+    return last;
   }
 
   // Whether the user does not want this entry. Desktops and their settings have several keys for that.
@@ -75,7 +102,7 @@ class AutostartEntry {
 
 }  // namespace
 
-AutostartLogin::AutostartLogin(Files& files, std::optional<std::filesystem::path> configuration,
+AutostartLogin::AutostartLogin(PosixFiles& files, std::optional<std::filesystem::path> configuration,
                                std::filesystem::path program)
     : files_(files), program_(std::move(program)) {
   if (configuration) entry_ = *configuration / "autostart" / "tollvane.desktop";
@@ -90,20 +117,32 @@ LoginStatus AutostartLogin::status() const {
   return ours ? LoginStatus::enabled : LoginStatus::notRegistered;
 }
 
-std::optional<std::string> AutostartLogin::registerApplication() {
+std::optional<std::string> AutostartLogin::registerApplication(AskedBy by) {
   if (!entry_) return "There is no home directory for this user.";
-  // If the user turned the entry off in the desktop's own settings, it must be turned on there as well.
-  if (status() == LoginStatus::requiresApproval) return std::nullopt;
+  // What the user turned off in the desktop's own settings stays off until the user turns it on.
+  if (by == AskedBy::program && status() == LoginStatus::requiresApproval) return std::nullopt;
+  return write();
+}
+
+std::optional<std::string> AutostartLogin::write() {
   if (!files_.createDirectories(entry_->parent_path()))
-    return "The folder " + entry_->parent_path().string() + " could not be made.";
+    return "The folder " + entry_->parent_path().string() + " could not be made: " + why();
   if (!files_.writeAtomically(*entry_, entryFor(program_)))
-    return "The file " + entry_->string() + " could not be written.";
+    return "The file " + entry_->string() + " could not be written: " + why();
   return std::nullopt;
 }
 
 std::optional<std::string> AutostartLogin::unregisterApplication() {
   if (!entry_ || !files_.exists(*entry_) || files_.remove(*entry_)) return std::nullopt;
-  return "The file " + entry_->string() + " could not be removed.";
+  return "The file " + entry_->string() + " could not be removed: " + why();
+}
+
+void AutostartLogin::repair() {
+  const auto text = entry_ ? files_.read(*entry_, largestEntry) : std::nullopt;
+  if (!text) return;
+  const AutostartEntry entry(*text);
+  const auto program = entry.program();
+  if (program && !entry.isTurnedOff() && !files_.exists(*program)) write();
 }
 
 }  // namespace tollvane

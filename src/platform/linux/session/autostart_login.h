@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/files.h"
 #include "platform/login_service.h"
+#include "platform/posix/posix_files.h"
 
 namespace tollvane {
 
@@ -18,16 +18,22 @@ inline constexpr const char* startedAtLogin = "TOLLVANE_STARTED_AT_LOGIN";
 class AutostartLogin : public LoginService {
  public:
   // `configuration`: the user's configuration folder, absent if the user has no home. `program`: the program to start.
-  AutostartLogin(Files& files, std::optional<std::filesystem::path> configuration, std::filesystem::path program);
+  AutostartLogin(PosixFiles& files, std::optional<std::filesystem::path> configuration, std::filesystem::path program);
 
   // An entry that is hidden, or that a desktop has marked as turned off, requires the user's approval.
   LoginStatus status() const override;
 
-  std::optional<std::string> registerApplication() override;
+  std::optional<std::string> registerApplication(AskedBy by) override;
   std::optional<std::string> unregisterApplication() override;
 
+  // Writes the entry anew if it is one of ours whose program is gone, because the bundle was moved or replaced. To be
+  // called at the start. Fails in silence.
+  void repair();
+
  private:
-  Files& files_;
+  std::optional<std::string> write();
+
+  PosixFiles& files_;
   std::optional<std::filesystem::path> entry_;
   std::filesystem::path program_;
 };
