@@ -19,7 +19,8 @@ using testing::HasSubstr;
 
 class SettingsWindowTest : public SharedSession<PrivateDesktop> {
  protected:
-  SettingsWindowTest() : SharedSession(PrivateDesktop::Options{.panel = false}) {
+  explicit SettingsWindowTest(const char* size = "1366x768")
+      : SharedSession(PrivateDesktop::Options{.panel = false, .size = size}) {
     // A new window may get the number of a closed one, which still counts as the active window for a moment.
     spoilSession();
   }
@@ -105,6 +106,26 @@ TEST_F(SettingsWindowTest, ClosingOnlyHidesIt) {
     order("show");
     awaitInFront("Tollvane Settings\n");
   }
+}
+
+class SmallScreenTest : public SettingsWindowTest {
+ protected:
+  SmallScreenTest() : SettingsWindowTest("1024x600") {}
+};
+
+TEST_F(SmallScreenTest, TheWindowIsNotHigherThanTheScreenHasRoom) {
+  start("welcome");
+  const std::string window = run({"xdotool", "getactivewindow"});
+  std::istringstream geometry(run({"xdotool", "getwindowgeometry", "--shell", window.substr(0, window.find('\n'))}));
+  int top = -1;
+  int height = 0;
+  for (std::string line; std::getline(geometry, line);) {
+    if (line.starts_with("Y=")) top = std::stoi(line.substr(2));
+    if (line.starts_with("HEIGHT=")) height = std::stoi(line.substr(7));
+  }
+  EXPECT_GE(top, 0);
+  EXPECT_GT(height, 500);
+  EXPECT_LE(top + height, 600);
 }
 
 TEST_F(SettingsWindowTest, IsTollvanesWindowOfOneSize) {

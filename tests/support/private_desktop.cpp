@@ -11,7 +11,7 @@ std::string name(PrivateDesktop::Tone tone) { return tone == PrivateDesktop::Ton
 
 std::vector<std::string> sessionOptions(const PrivateDesktop::Options& options) {
   std::vector<std::string> words{"--tone", name(options.tone)};
-  if (options.screen) words.insert(words.end(), {"--screen", "800x480", "--window-manager", "openbox"});
+  if (options.screen) words.insert(words.end(), {"--screen", options.size, "--window-manager", "openbox"});
   if (options.panel) words.insert(words.end(), {"--panel", "xfce4"});
   return words;
 }

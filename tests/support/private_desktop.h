@@ -28,8 +28,9 @@ class PrivateDesktop {
 
   struct Options {
     Tone tone = Tone::dark;
-    bool screen = true;  // X server and window manager; if false, there is only the bus
-    bool panel = true;   // needs `screen`
+    bool screen = true;            // X server and window manager; if false, there is only the bus
+    bool panel = true;             // needs `screen`
+    const char* size = "800x480";  // of the screen, in pixels
   };
 
   explicit PrivateDesktop(Options options);

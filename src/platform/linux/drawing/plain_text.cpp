@@ -11,6 +11,7 @@ namespace {
 
 constexpr QChar ellipsis = u'\u2026';
 constexpr qsizetype longestLine = 300;  // characters
+constexpr qsizetype longestToolTip = 160;
 
 // A user-perceived character may have any number of combining marks, so a limit for characters alone limits nothing.
 constexpr qsizetype unitsPerCharacter = 8;
@@ -78,12 +79,12 @@ QString plainLine(std::string_view text) {
 }
 
 std::string plainToolTip(std::string_view text) {
-  QString plain = plainLine(text);
+  QString plain = shortenedInside(text, longestToolTip);
   for (QChar& character : plain) character = QChar(lookAlike(character.unicode()));
   return plain.toStdString();
 }
 
-QString alertText(std::string_view text, qsizetype most) {
+QString shortenedInside(std::string_view text, qsizetype most) {
   // Of a very long text only the two ends are read.
   const auto longest = static_cast<std::size_t>(most * bytesPerCharacter);
   QString line = text.size() > 2 * longest
@@ -104,7 +105,7 @@ QString breakable(const QString& line) {
   for (qsizetype end = finder.toNextBoundary(); end >= 0; start = end, end = finder.toNextBoundary()) {
     word = line[start].isSpace() ? 0 : word + 1;
     if (word > longestWord) {
-      result.append(QChar(0x200B));
+      result.append(zeroWidthSpace);
       word = 1;
     }
     result.append(QStringView(line).mid(start, end - start));

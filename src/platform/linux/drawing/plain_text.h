@@ -14,13 +14,16 @@ namespace tollvane {
 // than 300 user-perceived characters, only the first are kept, with an ellipsis.
 QString plainLine(std::string_view text);
 
-// The same for the tooltip of a status item, in UTF-8.
+// UTF-8 as one line without control characters. If the text has more than `most` user-perceived characters, an ellipsis
+// replaces some in the middle, so that a sentence keeps its end.
+QString shortenedInside(std::string_view text, qsizetype most);
+
+// The same for the tooltip of a status item, in UTF-8, with 160 characters at most: a long name loses its middle, and
+// what is said after it stays.
 //   < > &                     -> U+2039 U+203A U+FF06, which look alike and mean nothing to a parser
 std::string plainToolTip(std::string_view text);
 
-// UTF-8 as an alert draws it, without control characters. If the text has more than `most` user-perceived characters,
-// an ellipsis replaces some in the middle, so that a sentence keeps its end.
-QString alertText(std::string_view text, qsizetype most);
+inline constexpr QChar zeroWidthSpace = u'\u200B';
 
 // `line` with zero-width spaces in words that are too long for any line, so that a line can end there.
 QString breakable(const QString& line);

@@ -14,7 +14,7 @@ namespace {
 // A limit is needed, because the system's own words may have any length.
 constexpr qsizetype longestText = 1000;
 
-QString plain(const std::string& text) { return breakable(alertText(text, longestText)); }
+QString plain(const std::string& text) { return breakable(shortenedInside(text, longestText)); }
 
 // The room that a drawing leaves around itself, as a factor.
 constexpr double roomAroundSymbols = 1.2;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/drawing/plain_text.h"
+#include "platform/linux/windows/settings_look.h"
 
 namespace tollvane {
 namespace {
@@ -17,9 +18,16 @@ constexpr qsizetype longestInformation = 400;
 constexpr qsizetype longestButton = 40;
 constexpr int charactersPerLine = 46;
 
+// The sentences are read from left to right, even if one begins with a name that is not.
+constexpr QChar leftToRight = u'\u200E';
+
+QString sentence(const std::string& text, qsizetype most) {
+  return leftToRight + breakable(shortenedInside(text, most));
+}
+
 // An ampersand is shown as such, and marks no mnemonic.
 QString buttonText(const std::string& text) {
-  return alertText(text, longestButton).replace(QLatin1Char('&'), QLatin1String("&&"));
+  return shortenedInside(text, longestButton).replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 // The text format of the box is for its first label only, so each label gets it here.
@@ -59,9 +67,13 @@ void QtAlerts::showNow(const Alert& alert, std::function<void(std::size_t)> answ
   auto* box = new QMessageBox;
   shown_ = box;
   box->setWindowTitle(QStringLiteral("Tollvane"));
+  box->setWindowIcon(windowIcon(*box));
+  // A question is answered or closed, and cannot be minimised.
+  box->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                      Qt::WindowCloseButtonHint);
   box->setTextFormat(Qt::PlainText);
-  box->setText(breakable(alertText(alert.messageText, longestMessage)));
-  box->setInformativeText(breakable(alertText(alert.informativeText, longestInformation)));
+  box->setText(sentence(alert.messageText, longestMessage));
+  box->setInformativeText(sentence(alert.informativeText, longestInformation));
   makePlain(*box, "qt_msgbox_label", true);
   makePlain(*box, "qt_msgbox_informativelabel", false);
   std::vector<QAbstractButton*> buttons;

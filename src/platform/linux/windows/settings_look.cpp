@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "platform/linux/drawing/contrast.h"
+#include "platform/linux/drawing/symbols.h"
 
 namespace tollvane {
 namespace {
@@ -79,6 +80,13 @@ QColor SettingsLook::color(TextColor role) const {
 
 int SettingsLook::pixels(double size) const {
   return static_cast<int>(std::lround(QFontInfo(body_).pixelSize() * size / 13));
+}
+
+QIcon windowIcon(const QWidget& window) {
+  const QColor ink = SettingsLook(window.palette(), window.font()).color(TextColor::controlAccent);
+  QIcon bell;
+  for (const int size : {16, 32, 48, 64}) bell.addPixmap(QPixmap::fromImage(drawSymbol("bell.fill", size, ink)));
+  return QIcon::fromTheme(QStringLiteral("tollvane"), bell);
 }
 
 }  // namespace tollvane

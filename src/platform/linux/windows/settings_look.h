@@ -4,7 +4,9 @@
 
 #include <QColor>
 #include <QFont>
+#include <QIcon>
 #include <QPalette>
+#include <QWidget>
 
 #include "platform/settings_window.h"
 
@@ -45,5 +47,8 @@ class Dressed {
   virtual ~Dressed() = default;
   virtual void dress(const SettingsLook& look) = 0;
 };
+
+// The bell in the look's accent colour, for a window of ours.
+QIcon windowIcon(const QWidget& window);
 
 }  // namespace tollvane

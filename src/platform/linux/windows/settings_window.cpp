@@ -275,36 +275,33 @@ void SettingsPage::keyPressEvent(QKeyEvent* event) {
 
 namespace {
 
-QIcon windowIcon(const QWidget& window) {
-  const QColor ink = SettingsLook(window.palette(), window.font()).color(TextColor::controlAccent);
-  QIcon bell;
-  for (const int size : {16, 32, 48, 64}) bell.addPixmap(QPixmap::fromImage(drawSymbol("bell.fill", size, ink)));
-  return QIcon::fromTheme(QStringLiteral("tollvane"), bell);
-}
+// For the window's title bar, which the window manager draws.
+constexpr int titleBar = 40;
 
-// A window that is higher than the screen keeps its title bar on it.
-QPoint centred(const QWidget& window) {
+// In the middle of the screen on which the user is, and never larger than its free area: the form scrolls.
+void place(QWidget& window, QSize wanted) {
   const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
   if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-  if (screen == nullptr) return {};
-  const QRect room = screen->availableGeometry();
+  if (screen == nullptr) return;
+  const QRect room = screen->availableGeometry().adjusted(0, titleBar, 0, 0);
+  window.setFixedSize(wanted.boundedTo(room.size()));
   const QPoint corner = room.center() - window.rect().center();
-  return {std::max(corner.x(), room.left()), std::max(corner.y(), room.top())};
+  window.move({std::max(corner.x(), room.left()), std::max(corner.y(), room.top()) - titleBar});
 }
 
 class QtSettingsWindow : public SettingsWindow {
  public:
   QtSettingsWindow(const Style& style, std::function<void(QWidget&)> bringForward)
-      : bringForward_(std::move(bringForward)) {
+      : bringForward_(std::move(bringForward)), size_(qRound(style.width), qRound(style.height)) {
     page_.setWindowTitle(QString::fromStdString(style.title));
     page_.setWindowIcon(windowIcon(page_));
-    page_.setFixedSize(qRound(style.width), qRound(style.height));
+    page_.setFixedSize(size_);
   }
 
   void setContent(const ui::SettingsContent& content) override { page_.setContent(content); }
 
   void makeKeyAndOrderFront() override {
-    if (!std::exchange(placed_, true)) page_.move(centred(page_));
+    if (!std::exchange(placed_, true)) place(page_, size_);
     page_.setWindowState(page_.windowState() & ~Qt::WindowMinimized);
     page_.show();
     if (bringForward_) return bringForward_(page_);
@@ -314,6 +311,7 @@ class QtSettingsWindow : public SettingsWindow {
 
  private:
   std::function<void(QWidget&)> bringForward_;
+  QSize size_;
   SettingsPage page_;
   bool placed_ = false;
 };

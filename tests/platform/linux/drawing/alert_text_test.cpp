@@ -5,7 +5,7 @@
 namespace tollvane {
 namespace {
 
-std::string drawn(std::string_view text, qsizetype most = 20) { return alertText(text, most).toStdString(); }
+std::string drawn(std::string_view text, qsizetype most = 20) { return shortenedInside(text, most).toStdString(); }
 
 TEST(AlertText, TextThatFitsIsDrawnAsItIs) {
   EXPECT_EQ(drawn("Mail is <b>closed</b> & gone", 40), "Mail is <b>closed</b> & gone");
@@ -15,7 +15,7 @@ TEST(AlertText, TextThatFitsIsDrawnAsItIs) {
 
 TEST(AlertText, TextThatDoesNotFitLosesItsMiddleAndKeepsItsEnd) {
   EXPECT_EQ(drawn(std::string(500, 'x').append(" is closed")), "xxxxxxxxxx\u2026is closed");
-  EXPECT_EQ(alertText(std::string(10'000'000, 'x'), 20).size(), 20);
+  EXPECT_EQ(shortenedInside(std::string(10'000'000, 'x'), 20).size(), 20);
 }
 
 TEST(AlertText, ControlCharactersBecomeBlanksAndNothingReversesTheLine) {
@@ -28,7 +28,7 @@ TEST(AlertText, BytesThatAreNotTextBecomeReplacementCharacters) { EXPECT_EQ(draw
 TEST(AlertText, CharactersAreNotCutApart) {
   std::string flags;
   for (int i = 0; i < 100; ++i) flags += "\U0001F1E6\U0001F1FA";
-  const QString text = alertText(flags, 10);
+  const QString text = shortenedInside(flags, 10);
   EXPECT_TRUE(text.contains(u'\u2026'));
   EXPECT_FALSE(text.contains(QChar(QChar::ReplacementCharacter)));
   EXPECT_TRUE(QString::fromUtf8(text.toUtf8()) == text) << "no surrogate pair is cut in two";
@@ -38,7 +38,7 @@ TEST(AlertText, CharactersAreNotCutApart) {
 TEST(AlertText, StackedMarksAreLimited) {
   std::string mountain = "a";
   for (int i = 0; i < 100'000; ++i) mountain += "\u0301";
-  EXPECT_LE(alertText(mountain, 20).size(), 20 * 8);
+  EXPECT_LE(shortenedInside(mountain, 20).size(), 20 * 8);
 }
 
 TEST(AlertText, LongWordsMayBreakAndOthersStay) {

@@ -60,37 +60,40 @@ TEST(PlainToolTip, BytesThatAreNotUtf8BecomeReplacementCharacters) {
   EXPECT_EQ(plainToolTip("a\xed\xa0\x80").find('\xed'), std::string::npos) << "a lone surrogate would break the bus";
 }
 
-TEST(PlainToolTip, ThreeHundredCharactersAreKept) { EXPECT_EQ(plainToolTip(repeated("x", 300)), repeated("x", 300)); }
-
-TEST(PlainToolTip, TheThreeHundredAndFirstCharacterBecomesAnEllipsis) {
-  EXPECT_EQ(plainToolTip(repeated("x", 301)), repeated("x", 300) + ellipsis);
+TEST(PlainToolTip, ALongNameLosesItsMiddleAndTheTimeStays) {
+  const std::string tip = plainToolTip("Last sound: " + repeated("x", 5000) + " at 3:07:42 PM · 12 unseen");
+  EXPECT_EQ(tip, "Last sound: " + repeated("x", 68) + ellipsis + repeated("x", 53) + " at 3:07:42 PM · 12 unseen");
 }
 
-TEST(PlainToolTip, CharactersAreCountedAsPeopleSeeThem) {
+std::string line(std::string_view text) { return plainLine(text).toStdString(); }
+
+TEST(PlainLine, ThreeHundredCharactersAreKept) { EXPECT_EQ(line(repeated("x", 300)), repeated("x", 300)); }
+
+TEST(PlainLine, TheThreeHundredAndFirstCharacterBecomesAnEllipsis) {
+  EXPECT_EQ(line(repeated("x", 301)), repeated("x", 300) + ellipsis);
+}
+
+TEST(PlainLine, CharactersAreCountedAsPeopleSeeThem) {
   const std::string flag = "🇩🇪";
   const std::string accented = "e\u0301";
-  EXPECT_EQ(plainToolTip(repeated(flag, 300)), repeated(flag, 300));
-  EXPECT_EQ(plainToolTip(repeated(flag, 301)), repeated(flag, 300) + ellipsis);
-  EXPECT_EQ(plainToolTip(repeated(accented, 301)), repeated(accented, 300) + ellipsis);
+  EXPECT_EQ(line(repeated(flag, 300)), repeated(flag, 300));
+  EXPECT_EQ(line(repeated(flag, 301)), repeated(flag, 300) + ellipsis);
+  EXPECT_EQ(line(repeated(accented, 301)), repeated(accented, 300) + ellipsis);
 }
 
-TEST(PlainToolTip, ACharacterWithEndlessMarksIsCutToo) {
+TEST(PlainLine, ACharacterWithEndlessMarksIsCutToo) {
   const std::string tower = "Z" + repeated("\u0301", 100000);
-  const std::string plain = plainToolTip(tower);
+  const std::string plain = line(tower);
   EXPECT_EQ(plain, "Z" + repeated("\u0301", 2399) + ellipsis);
 }
 
-TEST(PlainToolTip, ACharacterWithEndlessMarksBehindOtherTextIsDropped) {
-  EXPECT_EQ(plainToolTip("ab" + repeated("Z" + repeated("\u0301", 3000), 200)), std::string("ab") + ellipsis);
+TEST(PlainLine, ACharacterWithEndlessMarksBehindOtherTextIsDropped) {
+  EXPECT_EQ(line("ab" + repeated("Z" + repeated("\u0301", 3000), 200)), std::string("ab") + ellipsis);
 }
 
-TEST(PlainToolTip, AMegabyteIsCut) {
-  EXPECT_EQ(plainToolTip(std::string(1 << 20, 'x')), repeated("x", 300) + ellipsis);
-}
+TEST(PlainLine, AMegabyteIsCut) { EXPECT_EQ(line(std::string(1 << 20, 'x')), repeated("x", 300) + ellipsis); }
 
-TEST(PlainToolTip, TextIsMeasuredAfterBidiControlsAreDropped) {
-  EXPECT_EQ(plainToolTip(repeated("\u202E", 500) + "end"), "end");
-}
+TEST(PlainLine, TextIsMeasuredAfterBidiControlsAreDropped) { EXPECT_EQ(line(repeated("\u202E", 500) + "end"), "end"); }
 
 }  // namespace
 }  // namespace tollvane
