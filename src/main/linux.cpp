@@ -1,5 +1,7 @@
-// Where Tollvane starts on Linux. It has no command line of its own; what it must know about a start, the desktop puts
-// into the environment.
+// Where Tollvane starts on Linux:
+//   Tollvane                starts it, or brings the one that runs forward
+//   Tollvane --show-menu    the same, and opens the menu of recent sounds, for a keyboard shortcut
+// What it must know about a start by the desktop, the desktop puts into the environment.
 
 #include <QApplication>
 #include <cstdio>
@@ -15,9 +17,18 @@
 
 namespace {
 
-int refuse(const char* sentence) {
-  std::fprintf(stderr, "Tollvane: %s\n", sentence);
+int refuse(const std::string& sentence) {
+  std::fprintf(stderr, "Tollvane: %s\n", sentence.c_str());
   return EXIT_FAILURE;
+}
+
+constexpr const char* showMenuOption = "--show-menu";
+
+// The first argument that is none of ours. The toolkit has taken its own out.
+std::optional<std::string> strangeArgument(const QStringList& arguments) {
+  for (const QString& argument : arguments.mid(1))
+    if (argument != QLatin1String(showMenuOption)) return argument.toStdString();
+  return std::nullopt;
 }
 
 }  // namespace
@@ -37,12 +48,19 @@ int main(int argc, char* argv[]) {
   QApplication::setDesktopFileName("tollvane");
   QApplication::setQuitOnLastWindowClosed(false);
 
+  if (const auto strange = strangeArgument(QApplication::arguments()))
+    return refuse("there is no option " + *strange + "; the only one is " + showMenuOption + ".");
+  const bool showMenu = QApplication::arguments().contains(QLatin1String(showMenuOption));
+
+  using Wish = SingleInstance::Wish;
   SingleInstance instance(QDBusConnection::sessionBus());
-  switch (instance.claim(notice.token())) {
+  switch (instance.claim(notice.token(), showMenu ? Wish::showMenu : Wish::comeForward)) {
     case SingleInstance::Start::first:
       break;
     case SingleInstance::Start::another:
       return EXIT_SUCCESS;
+    case SingleInstance::Start::refused:
+      return refuse("this desktop draws the menu itself, and opens it only for a click on the bell.");
     case SingleInstance::Start::deadlock:
       return refuse("it is running already, but does not answer. End it before you start it again.");
   }
@@ -57,7 +75,12 @@ int main(int argc, char* argv[]) {
     platform.setToken(token);
     delegate.applicationShouldHandleReopen(false);
   };
+  instance.onShowMenu = [&](const std::string& token) {
+    platform.setToken(token);
+    return platform.showMenu();
+  };
   const LastWord lastWord([&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
+  if (showMenu) platform.showMenu();
   return QApplication::exec();
 }

@@ -45,6 +45,9 @@ class LinuxPlatform {
   // reopen.
   void setToken(std::string token) { token_ = std::move(token); }
 
+  // Shows the bell's menu without a click; false if this desktop lets no program do that.
+  bool showMenu() { return bar_.showMenu(); }
+
   // Called if nothing shows status items. It shows an alert, unless it is set to another function or to nothing.
   std::function<void()>& onNoStatusBar() { return bar_.onNoStatusBar; }
 

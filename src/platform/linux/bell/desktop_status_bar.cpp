@@ -90,7 +90,16 @@ class DesktopStatusBar::Item : public StatusItem {
   void setMenu(MenuDelegate& delegate) override {
     menu_ = &delegate;
     drawn_.emplace(delegate);
+    drawn_->onChoice = [this](const std::string& token) {
+      if (bar_.onChoice) bar_.onChoice(token);
+    };
     if (modern_) modern_->setMenu(delegate);
+  }
+
+  bool showMenu() {
+    if (!drawn_ || !RichMenu::isPossible()) return false;
+    drawn_->toggleByKeyboard();
+    return true;
   }
 
   void showModern() {
@@ -118,7 +127,7 @@ class DesktopStatusBar::Item : public StatusItem {
   std::string symbol_, description_, toolTip_;
   MenuDelegate* menu_ = nullptr;
   std::unique_ptr<StatusItem> modern_;
-  std::optional<RichMenu> drawn_;  // for the old tray, which has no menus of its own
+  std::optional<RichMenu> drawn_;  // for the keyboard, and for the old tray, which has no menus of its own
   std::optional<OldTrayIcon> old_;
 };
 
@@ -134,6 +143,8 @@ std::unique_ptr<StatusItem> DesktopStatusBar::makeStatusItem() {
   item_ = item.get();
   return item;
 }
+
+bool DesktopStatusBar::showMenu() { return item_ != nullptr && item_->showMenu(); }
 
 void DesktopStatusBar::hostsChanged(bool hasHost) {
   if (!hasHost) return decideAfterGrace();

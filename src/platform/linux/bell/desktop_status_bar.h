@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "platform/linux/bell/status_watcher.h"
 #include "platform/main_queue.h"
@@ -26,6 +27,14 @@ class DesktopStatusBar : public StatusBar {
 
   // There can be only one item at a time.
   std::unique_ptr<StatusItem> makeStatusItem() override;
+
+  // Opens the item's menu without a click, or closes it. False if there is no item, or if this desktop lets no program
+  // open a menu.
+  bool showMenu();
+
+  // Called right before an item of a menu that showMenu() opened is chosen. `activationToken`: for the user's choice;
+  // empty if the window system gives none.
+  std::function<void(const std::string& activationToken)> onChoice;
 
   // Called once, if nothing shows status items when `grace` is over. The bell is still shown as soon as something does.
   std::function<void()> onNoStatusBar;

@@ -17,12 +17,17 @@ constexpr std::chrono::milliseconds pointerIsKnown{150};
 
 }  // namespace
 
-LayerMenu::LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click)
-    : shell_(shell), menu_(&menu), click_(click), overlay_(nullptr, Qt::Window | LayerShell::flags) {
+LayerMenu::LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click, bool atPointer)
+    : shell_(shell),
+      menu_(&menu),
+      click_(click),
+      atPointer_(atPointer),
+      overlay_(nullptr, Qt::Window | LayerShell::flags) {
   follow(menu);
   noPointer_.setSingleShot(true);
   noPointer_.setInterval(pointerIsKnown);
-  connect(&noPointer_, &QTimer::timeout, this, [this] { open(click_ + overlay_.geometry().topLeft()); });
+  connect(&noPointer_, &QTimer::timeout, this,
+          [this] { open(atPointer_ ? click_ + overlay_.geometry().topLeft() : overlay_.geometry().topRight()); });
   cover();
 }
 
@@ -89,7 +94,7 @@ void LayerMenu::show(MenuWidget& menu) {
 }
 
 bool LayerMenu::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == &overlay_ && event->type() == QEvent::Enter) {
+  if (watched == &overlay_ && event->type() == QEvent::Enter && atPointer_) {
     const QPoint local = static_cast<QEnterEvent*>(event)->position().toPoint();
     // Queued, so as not to run within the toolkit's own handling of the pointer.
     QMetaObject::invokeMethod(

@@ -21,9 +21,9 @@ class LayerMenu : public QObject {
   Q_OBJECT
 
  public:
-  // Opens the menu, which stays the caller's. `click`: where the user clicked, as the bar says; used if there is no
-  // pointer.
-  LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click);
+  // Opens the menu, which stays the caller's, at the pointer, or in the top right corner. `click`: where the user
+  // clicked, as the bar says; used if there is no pointer.
+  LayerMenu(LayerShell& shell, MenuWidget& menu, QPoint click, bool atPointer);
   ~LayerMenu() override;
 
   // False if the compositor has refused: then there will be no menu.
@@ -47,6 +47,7 @@ class LayerMenu : public QObject {
   LayerShell::Windows windows_;
   QPointer<MenuWidget> menu_;
   QPoint click_;
+  bool atPointer_;
   QWidget overlay_;
   std::unique_ptr<LayerSurface> covering_;
   std::map<const QObject*, std::unique_ptr<LayerSurface>> places_;

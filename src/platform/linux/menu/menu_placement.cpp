@@ -10,12 +10,36 @@ constexpr int widestPanel = 64;  // a click closer than this to the screen's edg
 
 int within(int start, int length, int low, int high) { return std::max(low, std::min(start, high - length)); }
 
+// A panel is long and thin. What covers more than half of the screen is something else.
+bool isThin(const QRect& panel, const QRect& screen) {
+  return panel.width() >= panel.height() ? panel.height() <= screen.height() / 2 : panel.width() <= screen.width() / 2;
+}
+
+// The part of `available` on the panel's inner side.
+QRect beside(const QRect& panel, const QRect& screen, QRect available) {
+  const bool lies = panel.width() >= panel.height();
+  if (lies && panel.center().y() < screen.center().y()) {
+    available.setTop(std::max(available.top(), panel.bottom() + 1));
+  } else if (lies) {
+    available.setBottom(std::min(available.bottom(), panel.top() - 1));
+  } else if (panel.center().x() < screen.center().x()) {
+    available.setLeft(std::max(available.left(), panel.right() + 1));
+  } else {
+    available.setRight(std::min(available.right(), panel.left() - 1));
+  }
+  return available;
+}
+
 }  // namespace
 
-QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen, const QRect& available) {
+QPoint menuPosition(const QSize& menu, const QPoint& click, const QRect& screen, const QRect& available,
+                    const QRect& panel) {
   QRect room = available;
   QPoint corner = click - QPoint(halfIcon, halfIcon);
-  if (available.contains(click)) {
+  const QRect shown = panel & screen;
+  if (!shown.isEmpty() && isThin(shown, screen)) {
+    room = beside(shown, screen, available);
+  } else if (available.contains(click)) {
     // The panel hides or reserves no room: the menu goes beside the icon, away from the edge.
     const int above = click.y() - screen.top();
     const int below = screen.bottom() - click.y();

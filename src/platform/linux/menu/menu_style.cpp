@@ -37,6 +37,8 @@ bool isSeparator(const QStyleOption* option, const QWidget* widget) {
          dynamic_cast<const MenuWidget*>(widget) != nullptr;
 }
 
+bool isChosen(const QStyleOptionMenuItem& option) { return option.state & QStyle::State_Selected; }
+
 int roomForArrow(const QFontMetrics& metrics) { return metrics.height(); }
 
 }  // namespace
@@ -66,11 +68,22 @@ void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, 
   const MenuEntry* entry = element == CE_MenuItem ? entryOf(option, widget) : nullptr;
   if (entry == nullptr) return QProxyStyle::drawControl(element, option, painter, widget);
   const QStyleOptionMenuItem bare = withoutText(option);
+  if (!isChosen(bare) && isUnderScroller(bare.rect, *dynamic_cast<const MenuWidget*>(widget))) return;
   QProxyStyle::drawControl(element, &bare, painter, widget);
   painter->save();
   painter->setClipRect(bare.rect);
   drawEntry(*entry, bare, *painter);
   painter->restore();
+}
+
+// A row of which the arrow for scrolling hides a part is not drawn: half a row is worse than none.
+bool MenuStyle::isUnderScroller(const QRect& row, const MenuWidget& menu) const {
+  const int frame = pixelMetric(PM_MenuPanelWidth, nullptr, &menu);
+  const int margin = frame + pixelMetric(PM_MenuVMargin, nullptr, &menu);
+  const int arrow = frame + pixelMetric(PM_MenuScrollerHeight, nullptr, &menu);
+  const bool goesOnAbove = menu.actionGeometry(menu.entries().front()).top() < margin;
+  const bool goesOnBelow = menu.actionGeometry(menu.entries().back()).bottom() >= menu.height() - margin;
+  return (goesOnAbove && row.top() < arrow) || (goesOnBelow && row.bottom() >= menu.height() - arrow);
 }
 
 // The toolkit's own style draws separators darker than the menu, even if the menu is dark.

@@ -12,6 +12,7 @@
 namespace tollvane {
 
 class MenuEntry;
+class MenuWidget;
 
 // The colours of a menu, one for each role of its texts, from the palette of the user's desktop. They are readable on
 // the menu's background, whatever the palette contains. Pure; callable from any thread.
@@ -46,6 +47,7 @@ class MenuStyle : public QProxyStyle {
 
  private:
   bool separatorsVanish(const QPalette& palette) const;
+  bool isUnderScroller(const QRect& row, const MenuWidget& menu) const;
   static void drawSeparator(const QStyleOption& option, QPainter& painter);
   void drawEntry(const MenuEntry& entry, const QStyleOptionMenuItem& option, QPainter& painter) const;
 };

@@ -76,6 +76,21 @@ qreal widthInCells(const QString& text, const QFont& font) {
   return inCells(text, font, [](const QString&, qreal) {});
 }
 
+bool isStrong(QChar::Direction direction) {
+  return direction == QChar::DirL || direction == QChar::DirR || direction == QChar::DirAL;
+}
+
+// The ellipsis stands where the text was cut, which is on the left if the letters before it are read from right to
+// left. A mark behind it makes it one of them.
+QString withEllipsisInPlace(QString text) {
+  constexpr QChar ellipsis = u'\u2026';
+  constexpr QChar rightToLeftMark = u'\u200F';
+  if (!text.endsWith(ellipsis)) return text;
+  const auto last = std::find_if(text.crbegin(), text.crend(), [](QChar c) { return isStrong(c.direction()); });
+  if (last != text.crend() && last->direction() != QChar::DirL) text += rightToLeftMark;
+  return text;
+}
+
 // Draws from left to right, whatever the text's own direction is, and never as markup.
 void drawLine(QPainter& painter, QPointF baseline, const QString& text, const QFont& font, const QColor& color) {
   QTextLayout layout(text, font);
@@ -140,7 +155,10 @@ void MenuTitle::arrange(qreal leadColumn, qreal maxWidth) {
   }
 }
 
-void MenuTitle::shorten(Line& line, qreal maxWidth) {
+// The first line is cut at its end. The second ends with the tab's host, and a host's own end tells whose it is: that
+// line is cut in its middle.
+void MenuTitle::shorten(Line& line, qreal maxWidth) const {
+  const auto place = &line == &lines_.front() ? Qt::ElideRight : Qt::ElideMiddle;
   for (std::size_t pass = 0; pass < line.runs.size(); ++pass) {
     const qreal excess = line.runsWidth() - maxWidth;
     if (excess <= 0) return;
@@ -148,7 +166,7 @@ void MenuTitle::shorten(Line& line, qreal maxWidth) {
                                      [](const Run& one, const Run& other) { return one.width < other.width; });
     const QFontMetricsF metrics(longest.font);
     const qreal room = std::max(longest.width - excess, metrics.horizontalAdvance(QStringLiteral("MMM\u2026")));
-    longest.text = metrics.elidedText(longest.text, Qt::ElideRight, room, Qt::TextForceLeftToRight);
+    longest.text = withEllipsisInPlace(metrics.elidedText(longest.text, place, room, Qt::TextForceLeftToRight));
     longest.width = metrics.horizontalAdvance(longest.text);
   }
 }
@@ -167,6 +185,15 @@ std::vector<qreal> MenuTitle::textStarts() const {
   std::vector<qreal> starts;
   for (const Line& line : lines_) starts.push_back(line.textStart);
   return starts;
+}
+
+std::vector<QString> MenuTitle::texts() const {
+  std::vector<QString> texts;
+  for (const Line& line : lines_) {
+    texts.emplace_back();
+    for (const Run& run : line.runs) texts.back() += run.text;
+  }
+  return texts;
 }
 
 void MenuTitle::draw(QPainter& painter, QPointF topLeft, const std::function<QColor(TextColor)>& colorOf) const {

@@ -40,6 +40,9 @@ class MenuTitle {
   // Where the text of each line starts after its lead, counted from the title's left edge.
   std::vector<qreal> textStarts() const;
 
+  // The text of each line after its lead, as it is drawn.
+  std::vector<QString> texts() const;
+
   void draw(QPainter& painter, QPointF topLeft, const std::function<QColor(TextColor)>& colorOf) const;
 
  private:
@@ -60,7 +63,7 @@ class MenuTitle {
   };
 
   void add(const TextRun& run, const QFont& menuFont);
-  static void shorten(Line& line, qreal maxWidth);
+  void shorten(Line& line, qreal maxWidth) const;
 
   std::vector<Line> lines_;
 };

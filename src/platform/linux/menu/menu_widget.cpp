@@ -9,6 +9,7 @@
 #include <QStyleOptionMenuItem>
 #include <QTimerEvent>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/linux/drawing/plain_text.h"
@@ -25,6 +26,20 @@ int widestTitle(const QFont& font, const QScreen& screen) {
   return std::min(lines, screen.availableGeometry().width() - 4 * MenuStyle::padding(font));
 }
 
+// A layout without Latin letters has none of our keys. There the place on the keyboard counts, as on a US keyboard. The
+// codes are those of Linux's input devices (linux/input-event-codes.h) plus 8, on X11 as on Wayland.
+Qt::Key latinKey(const QKeyEvent& event) {
+  constexpr int lastAscii = 0x7f;
+  constexpr int firstSpecial = 0x01000000;  // keys without a character, such as the arrows
+  constexpr std::array<std::pair<quint32, Qt::Key>, 3> places = {
+      {{24, Qt::Key_Q}, {43, Qt::Key_H}, {59, Qt::Key_Comma}}};
+  const auto key = static_cast<Qt::Key>(event.key());
+  if (key <= lastAscii || key >= firstSpecial) return key;
+  for (const auto& [place, latin] : places)
+    if (place == event.nativeScanCode()) return latin;
+  return key;
+}
+
 QString typedName(const MenuItem& item) {
   for (const TextRun& run : item.attributedTitle) {
     if (run.font.family != FontFamily::monospacedDigits) return plainLine(run.text).trimmed();
@@ -33,8 +48,24 @@ QString typedName(const MenuItem& item) {
 }
 
 // The toolkit reads a tooltip that looks like markup as markup. So each tooltip is markup, with its text escaped.
+// The toolkit would break the lines of markup after a few words, so they are broken here.
 QString toolTipMarkup(const std::string& toolTip) {
-  return toolTip.empty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(plainLine(toolTip).toHtmlEscaped());
+  constexpr qsizetype widest = 72;  // characters
+  if (toolTip.empty()) return {};
+  QStringList lines(1);
+  for (const QString& word : plainLine(toolTip).split(u' ', Qt::SkipEmptyParts)) {
+    QString before = lines.last().isEmpty() ? QString() : QStringLiteral(" ");
+    for (const QString& piece : breakable(word).split(zeroWidthSpace)) {
+      if (lines.last().size() + before.size() + piece.size() > widest) {
+        lines.append(piece);
+      } else {
+        lines.last() += before + piece;
+      }
+      before.clear();
+    }
+  }
+  for (QString& line : lines) line = line.toHtmlEscaped();
+  return QStringLiteral("<p style='white-space:pre'>%1</p>").arg(lines.join(QLatin1String("<br>")));
 }
 
 }  // namespace
@@ -100,7 +131,7 @@ void MenuWidget::keyPressEvent(QKeyEvent* event) {
 }
 
 bool MenuWidget::chooseByKeys(const QKeyEvent& event) {
-  const QKeySequence pressed(event.keyCombination());
+  const QKeySequence pressed(QKeyCombination(event.modifiers(), latinKey(event)));
   const auto& all = top_->entries_;
   const auto found = std::find_if(all.begin(), all.end(), [&](const MenuEntry* entry) {
     return !entry->keys().isEmpty() && entry->keys() == pressed && entry->isEnabled();

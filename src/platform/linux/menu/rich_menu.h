@@ -34,6 +34,10 @@ class RichMenu : public QObject {
   // whole desktop; 0, 0 if the bar does not know.
   void toggle(QPoint click);
 
+  // The same without a click, for the keyboard: the menu opens where bells usually are, at the end of the panel, and
+  // its first sound is chosen. Keys that the caller's own key still holds back are waited for.
+  void toggleByKeyboard();
+
   void close();
   bool isOpen() const { return (!widget_.isNull() && widget_->isVisible()) || isOpening(); }
 
@@ -47,8 +51,10 @@ class RichMenu : public QObject {
  private:
   bool isOpening() const;
   void build();
-  void openOnX11(QPoint click);
-  void openOnWayland(QPoint click);
+  void openOnX11(QPoint point);
+  void openOnWayland(QPoint click, bool atPointer);
+  void chooseFirst();
+  void takeKeyboard(int attempts);
   void closed();
   void choose(QAction* action);
 

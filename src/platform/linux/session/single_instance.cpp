@@ -1,14 +1,25 @@
 #include "platform/linux/session/single_instance.h"
 
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusReply>
 #include <utility>
 
 namespace tollvane {
 namespace {
 
+constexpr const char* noMenu = "com.quarnel.tollvane.Error.NoMenu";
+
 QString text(const char* latin) { return QString::fromLatin1(latin); }
+
+QDBusMessage callFor(SingleInstance::Wish wish, const std::string& token) {
+  const bool showMenu = wish == SingleInstance::Wish::showMenu;
+  QDBusMessage call = QDBusMessage::createMethodCall(
+      text(SingleInstance::busName), text(SingleInstance::objectPath), QStringLiteral("org.freedesktop.Application"),
+      showMenu ? QStringLiteral("ActivateAction") : QStringLiteral("Activate"));
+  call.setAutoStartService(false);
+  if (showMenu) call << text(SingleInstance::showMenu) << QVariantList();
+  return call << platformData(token);
+}
 
 }  // namespace
 
@@ -24,18 +35,15 @@ SingleInstance::~SingleInstance() {
   bus_.unregisterService(text(busName));
 }
 
-SingleInstance::Start SingleInstance::claim(const std::string& token, std::chrono::milliseconds patience) {
+SingleInstance::Start SingleInstance::claim(const std::string& token, Wish wish, std::chrono::milliseconds patience) {
   if (!bus_.isConnected()) return Start::first;
   // The first instance may end between the two questions.
   constexpr int attempts = 5;
   for (int i = 0; i < attempts; ++i) {
     if (ownsName()) return Start::first;
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        text(busName), text(objectPath), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
-    call.setAutoStartService(false);
-    call << platformData(token);
-    const QDBusMessage answer = bus_.call(call, QDBus::Block, static_cast<int>(patience.count()));
+    const QDBusMessage answer = bus_.call(callFor(wish, token), QDBus::Block, static_cast<int>(patience.count()));
     if (answer.type() == QDBusMessage::ReplyMessage) return Start::another;
+    if (answer.errorName() == text(noMenu)) return Start::refused;
     const QDBusError::ErrorType error = QDBusError(answer).type();
     const bool hasEnded = error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
     if (!hasEnded || bus_.interface()->isServiceRegistered(text(busName)).value()) return Start::deadlock;
@@ -48,6 +56,15 @@ bool SingleInstance::ownsName() {
   const auto reply = bus_.interface()->registerService(text(busName), QDBusConnectionInterface::DontQueueService,
                                                        QDBusConnectionInterface::DontAllowReplacement);
   return !reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered;
+}
+
+void ApplicationAdaptor::ActivateAction(const QString& name, const QVariantList&, const QVariantMap& platformData,
+                                        const QDBusMessage& message) {
+  if (name != text(SingleInstance::showMenu) || !instance_->onShowMenu) return Activate(platformData);
+  if (instance_->onShowMenu(tokenOf(platformData))) return;
+  message.setDelayedReply(true);
+  instance_->bus().send(
+      message.createErrorReply(text(noMenu), QStringLiteral("The desktop lets no program open this menu.")));
 }
 
 }  // namespace tollvane

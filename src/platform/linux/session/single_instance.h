@@ -11,6 +11,7 @@
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QStringList>
 #include <QVariantList>
@@ -30,9 +31,14 @@ class SingleInstance : public QObject {
   static constexpr const char* busName = "com.quarnel.tollvane";
   static constexpr const char* objectPath = "/com/quarnel/tollvane";
 
+  static constexpr const char* showMenu = "show-recent-sounds";  // the action of org.freedesktop.Application
+
+  enum class Wish { comeForward, showMenu };
+
   enum class Start {
     first,     // go on; also if there is no session bus to ask
-    another,   // another instance has come forward: nothing is left to do
+    another,   // another instance has done what was asked for: nothing is left to do
+    refused,   // another instance cannot show its menu: the desktop opens it, and nobody else
     deadlock,  // there is another instance, but it does not answer
   };
 
@@ -40,11 +46,17 @@ class SingleInstance : public QObject {
   ~SingleInstance() override;
 
   // To be called once. Waits up to `patience` for the first instance to answer. `token`: the user's permission to come
-  // forward.
-  Start claim(const std::string& token, std::chrono::milliseconds patience = std::chrono::seconds(5));
+  // forward. The first instance is asked to come forward, or to show its menu.
+  Start claim(const std::string& token, Wish wish = Wish::comeForward,
+              std::chrono::milliseconds patience = std::chrono::seconds(5));
 
   // Called when the user has started the program once more.
   std::function<void(const std::string& token)> onReopen;
+
+  // Called when the user wants to see the menu without a click on the bell; false if it cannot be shown.
+  std::function<bool(const std::string& token)> onShowMenu;
+
+  QDBusConnection bus() const { return bus_; }
 
  private:
   bool ownsName();
@@ -66,9 +78,10 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
   void Activate(const QVariantMap& platformData) {
     if (instance_->onReopen) instance_->onReopen(tokenOf(platformData));
   }
-  // Tollvane cannot open anything, and its only action is to come forward.
+  // Tollvane cannot open anything. An action that it does not know makes it come forward.
   void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
-  void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) { Activate(platformData); }
+  void ActivateAction(const QString& name, const QVariantList&, const QVariantMap& platformData,
+                      const QDBusMessage& message);
   // NOLINTEND(readability-identifier-naming)
 
  private:

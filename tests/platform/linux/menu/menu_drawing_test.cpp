@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QRegularExpression>
 #include <memory>
 #include <set>
 
@@ -93,6 +94,30 @@ TEST(MenuTitle, ATitleThatIsTooLongIsCut) {
   EXPECT_EQ(inkFrom(drawn(title), 202, 0, 60), 400) << "it is drawn beyond its width";
 }
 
+TEST(MenuTitle, ALongHostLosesItsMiddle) {
+  const std::string host = std::string(200, 'a') + ".example.org";
+  MenuTitle title(entry({{"Firefox", {}}, {"\n   ", digits}, {"Tab: Inbox  (" + host + ")", {}}}),
+                  QApplication::font());
+  title.arrange(0, 300);
+  const QString tab = title.texts().at(1);
+  EXPECT_TRUE(tab.startsWith("Tab: Inbox  (aaa")) << tab.toStdString();
+  EXPECT_TRUE(tab.endsWith("example.org)")) << tab.toStdString();
+  EXPECT_LE(title.size().width(), 300);
+}
+
+TEST(MenuTitle, TheEllipsisOfARightToLeftTitleStandsOnTheLeft) {
+  std::string name;
+  for (int i = 0; i < 60; ++i) name += "שלום ";
+  MenuTitle title(entry({{name, {}}}), QApplication::font());
+  title.arrange(0, 200);
+  // The dots are the only ink near the line's bottom: Hebrew without points stands on it.
+  const QImage image = drawn(title);
+  const int bottom = static_cast<int>(QFontMetricsF(QApplication::font()).ascent()) - 1;
+  const int inked = inkFrom(image, 0, bottom, bottom + 1);
+  EXPECT_LT(inked, 8) << "the line begins with the ellipsis";
+  EXPECT_TRUE(title.texts().front().endsWith(QStringLiteral("\u2026\u200F")));
+}
+
 TEST(MenuTitle, LineFeedsFromOutsideBeginNoNewLine) {
   MenuTitle one(entry({{"a", {}}}), QApplication::font());
   MenuTitle many(entry({{"a\nb\r\nc\u2028"
@@ -134,6 +159,39 @@ TEST(MenuEntry, ToolTipsAreNeverMarkup) {
   const QString toolTip = MenuEntry(item, QApplication::font(), nullptr).toolTip();
   EXPECT_EQ(toolTip.count(u'<'), 2) << toolTip.toStdString();
   EXPECT_TRUE(toolTip.contains("&lt;img")) << toolTip.toStdString();
+}
+
+TEST(MenuEntry, ToolTipsHaveFewLongLines) {
+  MenuItem item = entry({{"x", {}}});
+  item.toolTip = "Click to open Some Application With A Name Of Seven Words";
+  EXPECT_EQ(MenuEntry(item, QApplication::font(), nullptr).toolTip().count("<br>"), 0);
+  item.toolTip = std::string(200, 'x') + " & " + std::string(90, 'y');
+  const QString toolTip = MenuEntry(item, QApplication::font(), nullptr).toolTip();
+  for (QString line : toolTip.split("<br>"))
+    EXPECT_LE(line.remove(QRegularExpression("<[^>]*>")).size(), 80) << line.toStdString();
+}
+
+TEST(MenuEntry, KeysAreFoundByTheirPlaceOnALayoutWithoutLatinLetters) {
+  MenuItem quit;
+  quit.title = "Quit Tollvane";
+  quit.keyEquivalent = "q";
+  auto menu = std::make_shared<Menu>();
+  menu->items.push_back(quit);
+  std::string chosen;
+  MenuWidget widget(menu);
+  QObject::connect(&widget, &QMenu::triggered, &widget,
+                   [&](QAction* action) { chosen = action->text().toStdString(); });
+  const auto press = [&](int key, quint32 place) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::ControlModifier, place, 0, 0);
+    QCoreApplication::sendEvent(&widget, &event);
+  };
+  press(Qt::Key_A, 24);
+  EXPECT_EQ(chosen, "") << "a Latin letter counts as itself, wherever it stands";
+  constexpr int cyrillicShortI = 0x0419;  // on the key of Q
+  press(cyrillicShortI, 25);
+  EXPECT_EQ(chosen, "");
+  press(cyrillicShortI, 24);
+  EXPECT_EQ(chosen, "Quit Tollvane");
 }
 
 // Colours.
@@ -193,6 +251,24 @@ TEST(MenuPlacement, StandsAlongThePanelBesideTheIcon) {
   EXPECT_EQ(menuPosition(menu, {500, 690}, screen, screen.adjusted(0, 0, 0, -26)), QPoint(488, 274));
   EXPECT_EQ(menuPosition(menu, {10, 200}, screen, screen.adjusted(26, 0, 0, 0)), QPoint(26, 188));
   EXPECT_EQ(menuPosition(menu, {990, 200}, screen, screen.adjusted(0, 0, -26, 0)), QPoint(674, 188));
+}
+
+TEST(MenuPlacement, StandsBesideAPanelThatReservesNoRoom) {
+  const QSize menu(300, 400);
+  EXPECT_EQ(menuPosition(menu, {500, 10}, screen, screen, {0, 0, 1000, 48}), QPoint(488, 48));
+  EXPECT_EQ(menuPosition(menu, {500, 690}, screen, screen, {0, 652, 1000, 48}), QPoint(488, 252));
+  EXPECT_EQ(menuPosition(menu, {10, 200}, screen, screen, {0, 0, 40, 700}), QPoint(40, 188));
+  EXPECT_EQ(menuPosition(menu, {990, 200}, screen, screen, {960, 0, 40, 700}), QPoint(660, 188));
+}
+
+TEST(MenuPlacement, APanelOfOneScreenIsNotOnAnother) {
+  const QRect second(1000, 0, 800, 600);
+  EXPECT_EQ(menuPosition({300, 400}, {1700, 8}, second, second, {1000, 0, 800, 30}), QPoint(1500, 30));
+  EXPECT_EQ(menuPosition({300, 400}, {1700, 8}, second, second, {0, 0, 1000, 48}), QPoint(1500, 20));
+}
+
+TEST(MenuPlacement, AWindowOverHalfOfTheScreenIsNoPanel) {
+  EXPECT_EQ(menuPosition({300, 400}, {500, 10}, screen, screen.adjusted(0, 26, 0, 0), screen), QPoint(488, 26));
 }
 
 TEST(MenuPlacement, IsWhollyOnTheScreenWhereverTheClickWas) {
