@@ -33,6 +33,13 @@ struct Image {
   bool operator==(const Image&) const = default;
 };
 
+// The icon of another application, as large as a line of text.
+struct ApplicationIcon {
+  std::string name;  // as Workspace::icon() gives it; empty: room is left for an icon
+
+  bool operator==(const ApplicationIcon&) const = default;
+};
+
 // A small filled circle.
 struct Dot {
   TextColor color = TextColor::secondaryLabel;
@@ -58,7 +65,7 @@ struct Button {
   std::function<void()> action;
 };
 
-using Control = std::variant<Text, Image, Dot, Toggle, Button>;
+using Control = std::variant<Text, Image, ApplicationIcon, Dot, Toggle, Button>;
 
 // Controls side by side, centred vertically. `identifier` identifies the row among its neighbours.
 struct Row {

@@ -62,6 +62,10 @@ class Workspace {
   // applications are in Locations::applicationFolders().
   virtual std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const = 0;
 
+  // The icon of the application with this bundle identifier: what the platform's windows need to draw it, a name or a
+  // path. Empty if the application is not installed, or has none.
+  virtual std::string icon(std::string_view bundleID) const = 0;
+
   // The name that the desktop shows for this path; the path's last component if the desktop knows no other.
   virtual std::string displayName(const std::filesystem::path& path) const = 0;
 

@@ -61,6 +61,13 @@ void SettingsModel::refresh() {
   startAtLogin = status == LoginStatus::enabled;
   if (status == LoginStatus::requiresApproval) loginNote = std::string(wording_.approveLoginItem);
 
+  icons_.clear();
+  for (const Browser browser : Browser::allCases) {
+    for (const std::string_view edition : browser.editions())
+      if (auto name = workspace_.icon(edition); !name.empty())
+        icons_.try_emplace(std::string(browser.rawValue()), name);
+  }
+
   auto rows = browserStatus ? browserStatus() : std::vector<BrowserRow>();
   std::erase_if(rows, isOffered);
   browsers = std::move(rows);

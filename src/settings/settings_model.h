@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -86,6 +87,9 @@ class SettingsModel {
   // Whether there is a site that leads to the browsers' stores.
   bool hasStores() const { return hasSite(bundle_); }
 
+  // The icons of the browsers that have one, by raw value, for ui::ApplicationIcon. As they were at the last refresh().
+  const std::map<std::string, std::string, std::less<>>& icons() const { return icons_; }
+
   // Opens the store pages of what is ticked, or a page that tells how to add the extension without a store.
   void addSelected();
 
@@ -100,6 +104,7 @@ class SettingsModel {
   const Wording& wording_;
   Prefs prefs_;
   LoginItem& loginItem_;
+  std::map<std::string, std::string, std::less<>> icons_;
   bool tickedOnce_ = false;
 };
 

@@ -34,6 +34,14 @@ ui::Text pickStatus(const ExtensionPick& pick, const Wording& wording) {
   return caption(pick.installed ? "" : wording.notFoundHere);
 }
 
+// Names stand below each other, so there is room for an icon in all rows or in none.
+void addIcon(ui::Row& row, const SettingsModel& model) {
+  const auto& icons = model.icons();
+  if (icons.empty()) return;
+  const auto found = icons.find(row.identifier);
+  row.controls.emplace_back(ui::ApplicationIcon{found == icons.end() ? "" : found->second});
+}
+
 ui::Row pickRow(SettingsModel& model, const ExtensionPick& pick, const Wording& wording) {
   const std::string id(pick.id());
   const std::string name(pick.browser.appName());
@@ -44,6 +52,7 @@ ui::Row pickRow(SettingsModel& model, const ExtensionPick& pick, const Wording& 
     row.controls.emplace_back(ui::Toggle{id, name, ui::Toggle::Style::checkBox, model.ticked->contains(id),
                                          [&model, id](bool on) { model.setTicked(id, on); }});
   }
+  addIcon(row, model);
   row.controls.emplace_back(ui::Text{name});
   row.controls.emplace_back(pickStatus(pick, wording));
   return row;
@@ -68,10 +77,12 @@ ui::Section extensions(SettingsModel& model, const Wording& wording) {
   return section;
 }
 
-ui::Row browserRow(const BrowserRow& browser) {
-  return {browser.id,
-          {browser.ok ? ui::Dot{TextColor::green} : ui::Dot{TextColor::secondaryLabel, 0.4}, ui::Text{browser.name},
-           callout(browser.status)}};
+ui::Row browserRow(const SettingsModel& model, const BrowserRow& browser) {
+  ui::Row row{browser.id, {browser.ok ? ui::Dot{TextColor::green} : ui::Dot{TextColor::secondaryLabel, 0.4}}};
+  addIcon(row, model);
+  row.controls.emplace_back(ui::Text{browser.name});
+  row.controls.emplace_back(callout(browser.status));
+  return row;
 }
 
 ui::Section otherBrowsers(SettingsModel& model, const Wording& wording) {
@@ -80,7 +91,7 @@ ui::Section otherBrowsers(SettingsModel& model, const Wording& wording) {
     section.elements.emplace_back(
         ui::Text{std::string(wording.noOtherBrowsers), TextStyle::body, TextColor::secondaryLabel});
   }
-  for (const BrowserRow& browser : *model.browsers) section.elements.emplace_back(browserRow(browser));
+  for (const BrowserRow& browser : *model.browsers) section.elements.emplace_back(browserRow(model, browser));
   section.elements.emplace_back(
       caption("Browser sounds are always listed. The extension adds which tab made them and lets you jump to it. "
               "Brave and Arc use the Chrome extension."));

@@ -3,6 +3,7 @@
 //   show            brings it forward    scroll N        scrolls to N      top | bottom
 //   scheme dark|light                    font POINTS FAMILY
 //   grab FILE       a picture of it      where NAME      -> "where X Y", the middle of the control called NAME
+//   frame           -> "frame X Y W H", with what the window manager draws, in device pixels
 //   state           -> "on NAME" or "off NAME" for each switch and check box, then "window shown|hidden"
 //   quit
 //   -> "obeyed" after each line
@@ -87,6 +88,13 @@ class Probe {
     }
     if (command == "where") where(QString::fromStdString(argument));
     if (command == "state") state();
+    if (command == "frame") {
+      const QRect frame = page()->frameGeometry();
+      std::string place = "frame";
+      for (const int each : {frame.x(), frame.y(), frame.width(), frame.height()})
+        place += ' ' + std::to_string(qRound(each * page()->devicePixelRatioF()));
+      say(place);
+    }
     if (command == "quit") QCoreApplication::quit();
   }
 

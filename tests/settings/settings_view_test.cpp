@@ -38,10 +38,13 @@ class SettingsViewTest : public testing::Test {
   static std::string describe(const ui::Button& button) {
     return "button " + button.title + (button.isEnabled ? "" : " disabled");
   }
+  static std::string describe(const ui::ApplicationIcon& icon) { return "icon " + icon.name; }
   static std::string describe(const ui::Row& row) {
     std::string text;
-    for (const auto& control : row.controls)
-      text += (text.empty() ? "" : " | ") + std::visit([](const auto& each) { return describe(each); }, control);
+    for (const auto& control : row.controls) {
+      const std::string word = std::visit([](const auto& each) { return describe(each); }, control);
+      if (word != "icon ") text += (text.empty() ? "" : " | ") + word;
+    }
     return text;
   }
   static std::vector<std::string> describe(const ui::Section& section) {
@@ -126,17 +129,18 @@ TEST_F(SettingsViewTest, TheSwitchesAreBoundToTheModel) {
 
 TEST_F(SettingsViewTest, MissingExtensionsCanBeTickedAndAdded) {
   system.workspace.installed["com.google.Chrome"] = "/apps/chrome";
+  system.workspace.icons["com.google.Chrome"] = "google-chrome";
   model.refresh();
   EXPECT_THAT(
       describe(body().sections[1]),
       ElementsAre(
           "Add the free extension to each browser you use, so Tollvane can name the exact tab that made a sound.",
-          "check box Google Chrome off | Google Chrome | ",
+          "check box Google Chrome off | icon google-chrome | Google Chrome | ",
           "check box Microsoft Edge off | Microsoft Edge | Not found on this Mac",
           "check box Firefox off | Firefox | Not found on this Mac",
           "Each browser opens its store page. Click Add there to finish.", "button Add selected disabled"));
   EXPECT_EQ(at<ui::Text>(body().sections[1], 0).style, TextStyle::callout);
-  EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(body().sections[1], 2).controls[2]),
+  EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(body().sections[1], 2).controls.back()),
             (ui::Text{"Not found on this Mac", TextStyle::caption, TextColor::secondaryLabel}));
 }
 
@@ -171,7 +175,7 @@ TEST_F(SettingsViewTest, WithEverythingConnectedThereIsNothingToAdd) {
           "image checkmark.circle.fill | Firefox | Added"));
   const auto section = body().sections[1];
   EXPECT_EQ(std::get<ui::Image>(at<ui::Row>(section, 1).controls[0]).color, TextColor::green);
-  EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(section, 1).controls[2]),
+  EXPECT_EQ(std::get<ui::Text>(at<ui::Row>(section, 1).controls.back()),
             (ui::Text{"Added", TextStyle::caption, TextColor::green}));
 }
 
@@ -199,7 +203,7 @@ TEST_F(SettingsViewTest, OtherBrowsersShowTheirState) {
   EXPECT_EQ(brave.identifier, "brave");
   EXPECT_EQ(std::get<ui::Dot>(brave.controls[0]), (ui::Dot{TextColor::secondaryLabel, 0.4}));
   EXPECT_EQ(std::get<ui::Dot>(at<ui::Row>(section, 1).controls[0]), (ui::Dot{TextColor::green, 1}));
-  EXPECT_EQ(std::get<ui::Text>(brave.controls[2]),
+  EXPECT_EQ(std::get<ui::Text>(brave.controls.back()),
             (ui::Text{"Not running", TextStyle::callout, TextColor::secondaryLabel}));
 }
 

@@ -121,6 +121,10 @@ class VirtualWorkspace : public Workspace {
       if (name == displayName) return path;
     return std::nullopt;
   }
+  std::string icon(std::string_view bundleID) const override {
+    const auto found = icons.find(std::string(bundleID));
+    return found == icons.end() ? std::string() : found->second;
+  }
   std::string displayName(const std::filesystem::path& path) const override {
     const auto found = displayNames.find(path);
     return found == displayNames.end() ? path.filename().string() : found->second;
@@ -153,6 +157,7 @@ class VirtualWorkspace : public Workspace {
   std::vector<Running> running;
   std::map<std::string, std::filesystem::path> installed;  // by bundle identifier
   std::map<std::filesystem::path, std::string> displayNames;
+  std::map<std::string, std::string> icons;
   std::set<Pid> windowless;                // activating these brings nothing forward
   std::set<Pid> ending;                    // these end before they come forward
   std::set<std::filesystem::path> broken;  // these do not start

@@ -132,6 +132,8 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
   if (name) entry.name = name.get();
   entry.command = commandLine(string(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
   entry.tryExec = string(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  const Text icon(g_key_file_get_locale_string(file, entryGroup, G_KEY_FILE_DESKTOP_KEY_ICON, nullptr, nullptr));
+  if (icon) entry.icon = icon.get();
   entry.startupWmClass = string(file, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
   entry.flatpakId = string(file, "X-Flatpak");
   entry.snapInstance = string(file, "X-SnapInstanceName");

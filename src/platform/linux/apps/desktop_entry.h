@@ -20,6 +20,7 @@ struct DesktopEntry {
   // The command line without its field codes (%U) and without `env NAME=value` in front; empty if none exists.
   std::vector<std::string> command;
   std::string tryExec;
+  std::string icon;  // a name of the icon theme, or a path
   std::string startupWmClass;
   std::string flatpakId;
   std::string snapInstance;

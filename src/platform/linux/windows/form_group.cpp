@@ -85,25 +85,33 @@ void FormGroup::arrange(const std::vector<Entry>& dropped) {
     entry.view->deleteLater();  // its own action may have caused this
   }
   if (!dropped.empty()) update();
+  bool isNew = false;
   for (std::size_t i = 0; i < entries_.size(); ++i) {
     QWidget* view = entries_[i].view;
     const QLayoutItem* there = column_->itemAt(static_cast<int>(i));
     if (there == nullptr || there->widget() != view) {
       column_->insertWidget(static_cast<int>(i), view);
       view->show();
-      update();
+      isNew = true;
     }
     setRoom(i);
   }
+  if (!isNew) return;
+  // Screen readers read widgets in the order in which they were raised.
+  for (const Entry& entry : entries_) entry.view->raise();
+  update();
 }
 
 void FormGroup::setRoom(std::size_t index) {
   const Entry& entry = entries_[index];
   const bool endsCell = index + 1 == entries_.size() || entries_[index + 1].startsCell;
   Q_ASSERT(entry.view != nullptr);
-  const bool isButton = dynamic_cast<RowView*>(entry.view) != nullptr;
-  const int above = entry.startsCell ? cellRoom : isButton ? buttonRoom - innerRoom : 0;
-  const QMargins room(sideRoom, above, sideRoom, endsCell ? cellRoom : innerRoom);
+  const bool isRow = dynamic_cast<RowView*>(entry.view) != nullptr;
+  const int above = entry.startsCell ? cellRoom : isRow ? buttonRoom - innerRoom : 0;
+  QMargins room(sideRoom, above, sideRoom, endsCell ? cellRoom : innerRoom);
+  // The box itself stands at the edge, and the room for its ring outside.
+  if (isRow && layoutDirection() == Qt::LeftToRight) room.setLeft(sideRoom - ringRoom);
+  if (isRow && layoutDirection() == Qt::RightToLeft) room.setRight(sideRoom - ringRoom);
   if (entry.view->contentsMargins() != room) entry.view->setContentsMargins(room);
 }
 
@@ -114,7 +122,7 @@ void FormGroup::describeSwitches() {
     if (button == nullptr) continue;
     QStringList texts;
     for (std::size_t next = i + 1; next < entries_.size() && !entries_[next].startsCell; ++next) {
-      if (const auto* text = dynamic_cast<const TextView*>(entries_[next].view)) texts.append(text->text());
+      if (const auto* text = dynamic_cast<const TextView*>(entries_[next].view)) texts.append(text->accessibleName());
     }
     const QString description = texts.join(QLatin1Char(' '));
     if (button->accessibleDescription() != description) button->setAccessibleDescription(description);
@@ -149,12 +157,11 @@ std::vector<QAbstractButton*> FormGroup::buttons() const {
 void FormGroup::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(border_, 1));
-  painter.setBrush(background_);
-  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+  drawBox(painter, rect(), cornerRadius, background_, border_);
   for (std::size_t i = 1; i < entries_.size(); ++i) {
     if (!entries_[i].startsCell) continue;
-    painter.fillRect(QRect(sideRoom, entries_[i].view->y(), width() - 2 * sideRoom, 1), separator_);
+    painter.fillRect(onDevicePixels(painter, QRect(sideRoom, entries_[i].view->y(), width() - 2 * sideRoom, 1)),
+                     separator_);
   }
 }
 

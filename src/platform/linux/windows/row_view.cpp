@@ -9,7 +9,7 @@
 namespace tollvane {
 namespace {
 
-constexpr double markColumn = 20;  // for a font size of 13
+constexpr double markColumn = 17;  // for a font size of 13; and room for a ring
 constexpr double rowHeight = 22;
 constexpr int gap = 8;
 
@@ -39,7 +39,7 @@ void RowView::setValue(const ui::Row& value) {
   }
   QString description;
   for (const QWidget* view : views_) {
-    if (const auto* text = dynamic_cast<const TextView*>(view)) description = text->text();
+    if (const auto* text = dynamic_cast<const TextView*>(view)) description = text->accessibleName();
   }
   if (QAbstractButton* box = checkBox(); box && box->accessibleDescription() != description) {
     box->setAccessibleDescription(description == box->accessibleName() ? QString() : description);
@@ -64,12 +64,13 @@ void RowView::arrange() {
     grid_->addWidget(view, 0, column, text ? Qt::Alignment() : Qt::AlignCenter);
     grid_->setColumnStretch(column, text && firstText ? 1 : 0);
     view->show();
+    view->raise();  // so that screen readers come to it in its turn
     if (text == nullptr) continue;
     // The text after the name may take several lines; a name should stay in one.
     QSizePolicy policy = text->sizePolicy();
     policy.setHorizontalPolicy(firstText ? QSizePolicy::Preferred : QSizePolicy::Minimum);
     text->setSizePolicy(policy);
-    text->setAlignment((firstText ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+    text->standAt(firstText ? TextView::Edge::trailing : TextView::Edge::leading);
     firstText = text;
   }
   // The room that is left over comes last.
@@ -78,7 +79,7 @@ void RowView::arrange() {
 
 void RowView::dress(const SettingsLook& look) {
   setMinimumHeight(look.pixels(rowHeight) + contentsMargins().top() + contentsMargins().bottom());
-  const int mark = !views_.empty() && isMark(views_.front()) ? look.pixels(markColumn) : 0;
+  const int mark = !views_.empty() && isMark(views_.front()) ? look.pixels(markColumn) + 2 * ringRoom : 0;
   if (grid_->columnMinimumWidth(0) != mark) grid_->setColumnMinimumWidth(0, mark);
 }
 

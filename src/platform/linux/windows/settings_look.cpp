@@ -10,22 +10,9 @@
 namespace tollvane {
 namespace {
 
-// In points. Smaller text is hard to read.
-constexpr double smallestFont = 7.5;
-
-double sizeOf(ui::TextStyle style) {
-  switch (style) {
-    case ui::TextStyle::title:
-      return 1.6;
-    case ui::TextStyle::callout:
-      return 12.0 / 13;
-    case ui::TextStyle::caption:
-      return 11.0 / 13;
-    case ui::TextStyle::body:
-      break;
-  }
-  return 1;
-}
+// No text is smaller than the desktop's own: who has chosen that size can read it, and perhaps nothing smaller. Colours
+// tell the text styles apart.
+double sizeOf(ui::TextStyle style) { return style == ui::TextStyle::title ? 1.6 : 1; }
 
 }  // namespace
 
@@ -51,6 +38,8 @@ SettingsLook::SettingsLook(const QPalette& palette, const QFont& body) : body_(b
   knobOn_ = contrast(Qt::white, railOn_) >= 2 ? QColor(Qt::white) : group_;
   railOff_ = blend(ink, group_, dark ? 0.16 : 0.10);
   railEdge_ = readable(blend(ink, group_, 0.45), {group_}, visibleContrast);
+  thumb_ = readable(blend(ink, window_, 0.45), {window_}, visibleContrast);
+  disabled_ = readable(blend(ink, group_, 0.45), behind, visibleContrast);
   knobOff_ = dark ? blend(ink, group_, 0.75) : QColor(Qt::white);
 }
 
@@ -58,7 +47,7 @@ QFont SettingsLook::font(const ui::Text& text) const {
   QFont font = body_;
   // A desktop may give the size of its font in pixels.
   const double points = body_.pointSizeF() > 0 ? body_.pointSizeF() : QFontInfo(body_).pointSizeF();
-  font.setPointSizeF(std::max(points * sizeOf(text.style), smallestFont));
+  font.setPointSizeF(points * sizeOf(text.style));
   if (text.weight == FontWeight::semibold) font.setWeight(QFont::DemiBold);
   return font;
 }
@@ -80,6 +69,33 @@ QColor SettingsLook::color(TextColor role) const {
 
 int SettingsLook::pixels(double size) const {
   return static_cast<int>(std::lround(QFontInfo(body_).pixelSize() * size / 13));
+}
+
+QRectF onDevicePixels(const QPainter& painter, const QRectF& area) {
+  const QTransform toDevice = painter.deviceTransform();
+  const QRectF device = toDevice.mapRect(area);
+  const QPointF corner(std::round(device.left()), std::round(device.top()));
+  const QPointF end(std::max(std::round(device.right()), corner.x() + 1),
+                    std::max(std::round(device.bottom()), corner.y() + 1));
+  return toDevice.inverted().mapRect(QRectF(corner, end));
+}
+
+void drawBox(QPainter& painter, const QRectF& area, double radius, const QColor& fill, const QColor& outline) {
+  const double scale = painter.deviceTransform().m11();
+  const double line = std::max(1.0, std::floor(scale)) / scale;
+  painter.setPen(QPen(outline, line));
+  painter.setBrush(fill);
+  painter.drawRoundedRect(onDevicePixels(painter, area).adjusted(line / 2, line / 2, -line / 2, -line / 2),
+                          radius - line / 2, radius - line / 2);
+}
+
+void drawFocusRing(QPainter& painter, const QWidget& control, const QRectF& area, double radius,
+                   const SettingsLook& look) {
+  constexpr int room = ringRoom - 1;
+  if (!control.hasFocus() || !control.window()->testAttribute(Qt::WA_KeyboardFocusChange)) return;
+  painter.setPen(QPen(look.color(TextColor::controlAccent), 2));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(area.adjusted(-room, -room, room, room), radius + room, radius + room);
 }
 
 QIcon windowIcon(const QWidget& window) {

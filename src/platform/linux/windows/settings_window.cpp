@@ -3,11 +3,11 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QKeyEvent>
-#include <QPainter>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -16,45 +16,26 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/linux/drawing/symbols.h"
+#include "platform/linux/windows/accessible_form.h"
 #include "platform/linux/windows/control_views.h"
 #include "platform/linux/windows/form_group.h"
+#include "platform/linux/windows/scroll_thumb.h"
 #include "platform/linux/windows/settings_look.h"
 
 namespace tollvane {
 
-// Tells that the form goes on beyond its edge.
-class Hairline : public QWidget, public Dressed {
- public:
-  explicit Hairline(QWidget* parent) : QWidget(parent) { setFixedHeight(1); }
-
-  void setDrawn(bool drawn) {
-    if (std::exchange(drawn_, drawn) != drawn) update();
-  }
-  void dress(const SettingsLook& look) override {
-    if (std::exchange(color_, look.border()) != color_) update();
-  }
-
- protected:
-  void paintEvent(QPaintEvent*) override {
-    if (drawn_) QPainter(this).fillRect(rect(), color_);
-  }
-
- private:
-  bool drawn_ = false;
-  QColor color_;
-};
-
 namespace {
 
 constexpr int formSide = 20;
-constexpr QMargins headRoom{24, 22, 24, 14};
+constexpr QMargins headRoom{4, 14, 4, 18};
 constexpr QMargins formRoom{formSide, 6, formSide, 18};
 constexpr QMargins footerRoom{24, 9, 24, 11};
 constexpr int headGap = 16;
 constexpr int betweenSections = 18;
 constexpr int belowTitle = 7;
 constexpr int titleIndent = 4;
+constexpr double baseFont = 13;  // in pixels
+constexpr int titleBar = 40;     // which the window manager draws
 
 }  // namespace
 
@@ -68,18 +49,17 @@ SettingsPage::SettingsPage() {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
-  column->addWidget(makeHead());
-  column->addWidget(above_ = new Hairline(this));
   makeForm();
   column->addWidget(scroll_, 1);
   column->addWidget(below_ = new Hairline(this));
   column->addWidget(footer_ = new TextView(this));
   footer_->setContentsMargins(footerRoom);
   footer_->setAlignment(Qt::AlignCenter);
+  describeFormsToAccessibility();
 }
 
 QWidget* SettingsPage::makeHead() {
-  auto* head = new QWidget(this);
+  auto* head = new QWidget;
   auto* row = new QHBoxLayout(head);
   row->setContentsMargins(headRoom);
   row->setSpacing(headGap);
@@ -101,6 +81,7 @@ void SettingsPage::makeForm() {
   form_ = new QVBoxLayout(form);
   form_->setContentsMargins(formRoom);
   form_->setSpacing(0);
+  form_->addWidget(makeHead());
   form_->addStretch(1);
   scroll_->setWidget(form);
   makeScrollBar();
@@ -109,7 +90,7 @@ void SettingsPage::makeForm() {
 // It stands in the form's margin, so that the boxes stay where they are and as wide as they are when it comes.
 void SettingsPage::makeScrollBar() {
   scroll_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  bar_ = new QScrollBar(Qt::Vertical, scroll_);
+  bar_ = new ScrollThumb(scroll_);
   bar_->hide();
   const QScrollBar* place = scroll_->verticalScrollBar();
   connect(place, &QScrollBar::rangeChanged, this, [this] { followForm(); });
@@ -120,10 +101,9 @@ void SettingsPage::makeScrollBar() {
 
 void SettingsPage::followForm() {
   const QScrollBar* place = scroll_->verticalScrollBar();
-  above_->setDrawn(place->value() > place->minimum());
   below_->setDrawn(place->value() < place->maximum());
   bar_->setRange(place->minimum(), place->maximum());
-  bar_->setPageStep(place->pageStep());
+  bar_->setPageStep(scroll_->viewport()->height());
   bar_->setSingleStep(place->singleStep());
   bar_->setValue(place->value());
   bar_->setVisible(place->maximum() > place->minimum());
@@ -135,6 +115,7 @@ bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
     const int width = std::min(bar_->sizeHint().width(), formSide - 4);
     bar_->setGeometry(
         QStyle::visualRect(layoutDirection(), room, {room.width() - width, room.top(), width, room.height()}));
+    followForm();
   }
   return QWidget::eventFilter(watched, event);
 }
@@ -250,6 +231,32 @@ void SettingsPage::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
   const auto type = event->type();
   if (type == QEvent::PaletteChange || type == QEvent::FontChange || type == QEvent::StyleChange) dress();
+  if (type == QEvent::FontChange) fit();
+}
+
+void SettingsPage::setBaseSize(QSize size) {
+  baseSize_ = size;
+  fit();
+}
+
+void SettingsPage::fit() {
+  if (baseSize_.isEmpty()) return;
+  const double growth = std::max(1.0, QFontInfo(font()).pixelSize() / baseFont);
+  QSize wanted = (QSizeF(baseSize_) * growth).toSize();
+  if (const QScreen* place = screen())
+    wanted = wanted.boundedTo(place->availableGeometry().size() - QSize(0, titleBar));
+  setFixedSize(wanted);
+}
+
+bool SettingsPage::pressDefaultButton() {
+  for (const Section& section : sections_) {
+    for (QAbstractButton* button : section.group->buttons()) {
+      if (dynamic_cast<ButtonView*>(button) == nullptr || !button->isEnabled()) continue;
+      button->click();
+      return true;
+    }
+  }
+  return false;
 }
 
 void SettingsPage::keyPressEvent(QKeyEvent* event) {
@@ -260,6 +267,10 @@ void SettingsPage::keyPressEvent(QKeyEvent* event) {
     return;
   }
   switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      if (!pressDefaultButton()) QWidget::keyPressEvent(event);
+      return;
     case Qt::Key_PageUp:
       return bar->triggerAction(QAbstractSlider::SliderPageStepSub);
     case Qt::Key_PageDown:
@@ -275,33 +286,19 @@ void SettingsPage::keyPressEvent(QKeyEvent* event) {
 
 namespace {
 
-// For the window's title bar, which the window manager draws.
-constexpr int titleBar = 40;
-
-// In the middle of the screen on which the user is, and never larger than its free area: the form scrolls.
-void place(QWidget& window, QSize wanted) {
-  const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-  if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-  if (screen == nullptr) return;
-  const QRect room = screen->availableGeometry().adjusted(0, titleBar, 0, 0);
-  window.setFixedSize(wanted.boundedTo(room.size()));
-  const QPoint corner = room.center() - window.rect().center();
-  window.move({std::max(corner.x(), room.left()), std::max(corner.y(), room.top()) - titleBar});
-}
-
 class QtSettingsWindow : public SettingsWindow {
  public:
   QtSettingsWindow(const Style& style, std::function<void(QWidget&)> bringForward)
-      : bringForward_(std::move(bringForward)), size_(qRound(style.width), qRound(style.height)) {
+      : bringForward_(std::move(bringForward)) {
     page_.setWindowTitle(QString::fromStdString(style.title));
     page_.setWindowIcon(windowIcon(page_));
-    page_.setFixedSize(size_);
+    page_.setBaseSize({qRound(style.width), qRound(style.height)});
   }
 
   void setContent(const ui::SettingsContent& content) override { page_.setContent(content); }
 
   void makeKeyAndOrderFront() override {
-    if (!std::exchange(placed_, true)) place(page_, size_);
+    if (!std::exchange(placed_, true)) place();
     page_.setWindowState(page_.windowState() & ~Qt::WindowMinimized);
     page_.show();
     if (bringForward_) return bringForward_(page_);
@@ -310,8 +307,16 @@ class QtSettingsWindow : public SettingsWindow {
   }
 
  private:
+  // In the middle of the screen on which the user is, with the title bar.
+  void place() {
+    if (QScreen* screen = QGuiApplication::screenAt(QCursor::pos())) page_.setScreen(screen);
+    page_.fit();
+    const QRect room = page_.screen()->availableGeometry();
+    const QPoint corner = room.center() - page_.rect().center();
+    page_.move(std::max(corner.x(), room.left()), std::max(corner.y() - titleBar / 2, room.top()));
+  }
+
   std::function<void(QWidget&)> bringForward_;
-  QSize size_;
   SettingsPage page_;
   bool placed_ = false;
 };

@@ -11,7 +11,6 @@
 #include "platform/settings_window.h"
 
 class QScrollArea;
-class QScrollBar;
 class QVBoxLayout;
 
 namespace tollvane {
@@ -30,14 +29,22 @@ class QtSettingsWindows : public SettingsWindows {
 class FormGroup;
 class Hairline;
 class ImageView;
+class ScrollThumb;
 class SettingsLook;
 class TextView;
 
-// The window's content: head, a form that scrolls, footer. As long as it lives it follows the desktop's palette, font
-// and style.
+// The window's content: head and form, which scroll together, and the footer. As long as it lives it follows the
+// desktop's palette, font and style.
 class SettingsPage : public QWidget {
  public:
   SettingsPage();
+
+  // The size for a font of 13 pixels. A larger font gets a larger window; no window is larger than its screen's free
+  // area.
+  void setBaseSize(QSize size);
+
+  // Takes the size that fits the font and the screen.
+  void fit();
 
   // What stays keeps its widget, the focus and its place on the screen.
   void setContent(const ui::SettingsContent& content);
@@ -64,6 +71,7 @@ class SettingsPage : public QWidget {
   void chainFocus();
   void makeScrollBar();
   void followForm();
+  bool pressDefaultButton();
 
   void layOut();
   int placeOf(const QWidget* element) const;
@@ -73,13 +81,13 @@ class SettingsPage : public QWidget {
   ImageView* icon_;
   QVBoxLayout* introduction_;
   std::vector<TextView*> introductionTexts_;
-  Hairline* above_;
   QScrollArea* scroll_;
-  QScrollBar* bar_;
+  ScrollThumb* bar_;
   QVBoxLayout* form_;
   std::vector<Section> sections_;
   Hairline* below_;
   TextView* footer_;
+  QSize baseSize_;
 };
 
 }  // namespace tollvane

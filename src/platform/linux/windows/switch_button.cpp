@@ -10,7 +10,6 @@ namespace {
 
 constexpr int titleFlags = Qt::TextWordWrap | Qt::AlignVCenter;
 constexpr int gapBeforeRail = 16;
-constexpr int ringRoom = 3;
 constexpr int slowest = 150;  // milliseconds
 
 }  // namespace
@@ -113,9 +112,7 @@ void SwitchButton::paintEvent(QPaintEvent*) {
 void SwitchButton::drawRail(QPainter& painter, const QRectF& rail) const {
   const bool on = isChecked();
   const double radius = rail.height() / 2;
-  painter.setPen(QPen(look_->railEdge(on), 1));
-  painter.setBrush(isDown() ? look_->rail(on).darker(112) : look_->rail(on));
-  painter.drawRoundedRect(rail.adjusted(0.5, 0.5, -0.5, -0.5), radius - 0.5, radius - 0.5);
+  drawBox(painter, rail, radius, isDown() ? look_->rail(on).darker(112) : look_->rail(on), look_->railEdge(on));
 
   const double at =
       position_.state() == QAbstractAnimation::Running ? position_.currentValue().toDouble() : static_cast<double>(on);
@@ -128,12 +125,7 @@ void SwitchButton::drawRail(QPainter& painter, const QRectF& rail) const {
   painter.setBrush(look_->knob(on));
   painter.drawEllipse(knob);
 
-  // Only for those who came with the keyboard.
-  if (!hasFocus() || !window()->testAttribute(Qt::WA_KeyboardFocusChange)) return;
-  painter.setPen(QPen(look_->color(TextColor::controlAccent), 2));
-  painter.setBrush(Qt::NoBrush);
-  painter.drawRoundedRect(rail.adjusted(-ringRoom, -ringRoom, ringRoom, ringRoom), radius + ringRoom,
-                          radius + ringRoom);
+  drawFocusRing(painter, *this, rail, radius, *look_);
 }
 
 }  // namespace tollvane

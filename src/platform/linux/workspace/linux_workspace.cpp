@@ -110,6 +110,12 @@ std::optional<std::filesystem::path> LinuxWorkspace::urlForApplicationNamed(std:
   return entry->path;
 }
 
+std::string LinuxWorkspace::icon(std::string_view bundleID) const {
+  for (const auto& entry : installed(bundleID))
+    if (!entry->icon.empty()) return entry->icon;
+  return {};
+}
+
 std::string LinuxWorkspace::displayName(const std::filesystem::path& path) const {
   DesktopEntries& entries = applications_.entries();
   if (path.extension() == desktopFileEnding) {

@@ -23,6 +23,7 @@ class LinuxWorkspace : public Workspace {
   std::vector<std::string> names(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const override;
+  std::string icon(std::string_view bundleID) const override;
   std::string displayName(const std::filesystem::path& path) const override;
 
   // A desktop may let a window ask for attention only, instead of bringing it forward; that counts as forward.

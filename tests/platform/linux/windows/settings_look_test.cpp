@@ -79,17 +79,10 @@ TEST(SettingsLook, FontSizesFollowTheApplicationFont) {
   const SettingsLook look(QApplication::palette(), body);
   EXPECT_DOUBLE_EQ(look.font(ui::Text{}).pointSizeF(), 13);
   EXPECT_NEAR(look.font(text(ui::TextStyle::title)).pointSizeF(), 20.8, 0.1);
-  EXPECT_NEAR(look.font(text(ui::TextStyle::callout)).pointSizeF(), 12, 0.1);
-  EXPECT_NEAR(look.font(text(ui::TextStyle::caption)).pointSizeF(), 11, 0.1);
+  EXPECT_DOUBLE_EQ(look.font(text(ui::TextStyle::callout)).pointSizeF(), 13) << "not smaller than the desktop's";
+  EXPECT_DOUBLE_EQ(look.font(text(ui::TextStyle::caption)).pointSizeF(), 13);
   EXPECT_EQ(look.font({"", ui::TextStyle::body, TextColor::label, FontWeight::semibold}).weight(), QFont::DemiBold);
   EXPECT_EQ(look.font(ui::Text{}).weight(), QFont::Normal);
-}
-
-TEST(SettingsLook, NoTextIsTooSmallToRead) {
-  QFont body;
-  body.setPointSizeF(8);
-  const SettingsLook look(QApplication::palette(), body);
-  EXPECT_DOUBLE_EQ(look.font(text(ui::TextStyle::caption)).pointSizeF(), 7.5);
 }
 
 TEST(SettingsLook, AFontGivenInPixelsKeepsItsSize) {

@@ -3,16 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
-#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <map>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -317,6 +318,109 @@ TEST_F(SettingsPageTest, EscapeAndControlWHideTheWindow) {
   }
 }
 
+TEST_F(SettingsPageTest, EnterPressesTheButtonFromAnywhere) {
+  int pressed = 0;
+  ui::SettingsContent content;
+  const auto offer = [&](bool enabled) {
+    content.sections = {{"Section",
+                         {ui::Toggle{"switch", "switch", ui::Toggle::Style::switchControl, false, nullptr},
+                          ui::Button{"go", "Go", enabled, [&] { ++pressed; }}}}};
+    page.setContent(content);
+  };
+  offer(true);
+  page.show();
+  press(button("switch"), Qt::Key_Return);
+  press(&page, Qt::Key_Enter);
+  EXPECT_EQ(pressed, 2);
+  offer(false);
+  press(&page, Qt::Key_Return);
+  EXPECT_EQ(pressed, 2);
+}
+
+TEST_F(SettingsPageTest, TheThumbHasItsLengthAtTheFirstOpening) {
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  const QScrollBar* place = bar();
+  for (const auto* each : page.findChildren<QScrollBar*>()) {
+    if (each == place || !each->isVisible()) continue;
+    EXPECT_EQ(each->pageStep(), page.findChild<QScrollArea*>()->viewport()->height());
+    EXPECT_EQ(each->maximum(), place->maximum());
+    return;
+  }
+  FAIL() << "there is no visible scroll bar";
+}
+
+TEST_F(SettingsPageTest, ALargerFontMakesALargerWindowThatStaysOnTheScreen) {
+  page.setBaseSize({300, 200});
+  const QFont own = QApplication::font();
+  QFont font = own;
+  font.setPixelSize(13);
+  QApplication::setFont(font);
+  settle();
+  EXPECT_EQ(page.size(), QSize(300, 200));
+  font.setPixelSize(26);
+  QApplication::setFont(font);
+  settle();
+  EXPECT_EQ(page.size(), QSize(600, 400));
+  font.setPixelSize(130);
+  QApplication::setFont(font);
+  settle();
+  EXPECT_LE(page.height(), page.screen()->availableGeometry().height());
+  EXPECT_LE(page.width(), page.screen()->availableGeometry().width());
+  QApplication::setFont(own);
+}
+
+// The number of pixels that differ from all around them at least so much, in the part of the picture within `area`.
+int pixelsWithContrast(const QImage& image, const QRect& area, const QColor& behind, double least) {
+  int count = 0;
+  for (int y = area.top(); y <= area.bottom(); ++y)
+    for (int x = area.left(); x <= area.right(); ++x)
+      count += contrast(image.pixelColor(x, y), behind) >= least ? 1 : 0;
+  return count;
+}
+
+TEST_F(SettingsPageTest, TheOutlineOfEachControlIsSeen) {
+  for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+    SettingsScenario scenario("none");
+    QApplication::setPalette(paletteFor(scheme, QApplication::palette()));
+    show(scenario);
+    const QImage image = page.grab().toImage();
+    const QColor behind = SettingsLook(QApplication::palette(), QApplication::font()).group();
+    // Nothing is ticked or turned on, so each control is known by its outline only.
+    for (const char* name : {"Microsoft Edge", "Add selected", "Mark browser tabs that made a sound"}) {
+      const QAbstractButton* control = button(name);
+      const QRect area(control->mapTo(&page, QPoint()), control->size());
+      EXPECT_GE(pixelsWithContrast(image, area & image.rect(), behind, visibleContrast), 24) << name;
+    }
+    for (const auto* each : page.findChildren<QScrollBar*>()) {
+      if (!each->isVisible() || each == bar()) continue;
+      const QRect area(each->mapTo(&page, QPoint()), each->size());
+      const QColor around = QApplication::palette().color(QPalette::Window);
+      EXPECT_GE(pixelsWithContrast(image, area, around, visibleContrast), 400);
+    }
+  }
+  QApplication::setPalette(QPalette());
+}
+
+TEST_F(SettingsPageTest, InALayoutFromRightToLeftTextsBeginOnTheRight) {
+  QApplication::setLayoutDirection(Qt::RightToLeft);
+  {
+    SettingsPage mirrored;
+    mirrored.setFixedSize(520, 640);
+    SettingsScenario scenario("partly");
+    mirrored.setContent(scenario.content());
+    mirrored.show();
+    settle();
+    for (const auto* each : mirrored.findChildren<QLabel*>()) {
+      const bool atEnd = each->text() == QLatin1String("Added") || each->text().startsWith("Not found");
+      if (each->alignment() & Qt::AlignHCenter || each->text().isEmpty()) continue;
+      EXPECT_TRUE(each->alignment() & (atEnd ? Qt::AlignLeft : Qt::AlignRight)) << each->text().toStdString();
+      EXPECT_TRUE(each->alignment() & Qt::AlignAbsolute) << each->text().toStdString();
+    }
+  }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 TEST_F(SettingsPageTest, NoTextIsMarkup) {
   const std::string hostile = "<a href='x:y'>click</a> &amp; <b>me</b>";
   ui::SettingsContent content = oneRow(ui::Text{hostile});
@@ -330,7 +434,7 @@ TEST_F(SettingsPageTest, NoTextIsMarkup) {
     EXPECT_EQ(each->textFormat(), Qt::PlainText);
     EXPECT_EQ(each->text().toStdString(), hostile);
   }
-  EXPECT_EQ(page.findChild<QPushButton*>()->text().toStdString(), "Save && go") << "none of its letters is a mnemonic";
+  EXPECT_EQ(button("Save & go")->text().toStdString(), "Save && go") << "none of its letters is a mnemonic";
 }
 
 TEST_F(SettingsPageTest, AWordLongerThanTheWindowIsWrapped) {
@@ -386,6 +490,46 @@ TEST_F(SettingsPageTest, ScreenReadersHearEachControlWithWhatIsSaidBelowIt) {
     EXPECT_EQ(QAccessible::queryAccessibleInterface(button(name))->role(), QAccessible::CheckBox) << name;
   EXPECT_EQ(QAccessible::queryAccessibleInterface(button("Add selected"))->role(), QAccessible::Button);
   EXPECT_EQ(QAccessible::queryAccessibleInterface(label("Firefox"))->role(), QAccessible::StaticText);
+}
+
+// What accessibility tools read, one line a widget: role and name, and the widgets inside of it further in.
+void read(const QAccessibleInterface* widget, const std::string& indent, std::vector<std::string>& lines) {
+  static const std::map<QAccessible::Role, std::string> roles = {
+      {QAccessible::Window, "window"}, {QAccessible::Grouping, "group"},  {QAccessible::CheckBox, "check box"},
+      {QAccessible::Button, "button"}, {QAccessible::StaticText, "text"},
+  };
+  const auto role = roles.find(widget->role());
+  const std::string name = widget->text(QAccessible::Name).toStdString();
+  if (role != roles.end() && !widget->state().invisible) lines.push_back(indent + role->second + " " + name);
+  const std::string further = role == roles.end() ? indent : indent + "  ";
+  for (int i = 0; i < widget->childCount(); ++i) {
+    if (const auto* child = widget->child(i)) read(child, further, lines);
+  }
+}
+
+TEST_F(SettingsPageTest, ScreenReadersReadAWindowWithGroupsFromTopToBottom) {
+  page.setWindowTitle("Tollvane Settings");
+  SettingsScenario scenario("browsers");
+  show(scenario);
+  scenario.model().loginNote = "A note with" + std::string(60, 'x');
+  redraw(scenario);
+  std::vector<std::string> lines;
+  read(QAccessible::queryAccessibleInterface(&page), "", lines);
+  ASSERT_GE(lines.size(), 12U);
+  EXPECT_EQ(lines[0], "window Tollvane Settings");
+  const std::string all = std::accumulate(lines.begin(), lines.end(), std::string(),
+                                          [](const auto& sum, const auto& line) { return sum + line + "\n"; });
+  std::size_t place = 0;
+  for (const std::string wanted :
+       {"text Tollvane\n", "text General\n", "group General\n", "check box Start Tollvane when you log in\n",
+        "text A note with", "check box Mark browser tabs", "text Adds a ♪", "group Browser extensions\n",
+        "check box Google Chrome\n", "text Google Chrome\n", "button Add selected\n", "group Other browsers\n",
+        "text Brave Browser\n", "text Connected\n", "text Version 1.0"}) {
+    const std::size_t next = all.find(wanted, place);
+    ASSERT_NE(next, std::string::npos) << wanted << " is not read in its turn:\n" << all;
+    place = next + 1;
+  }
+  EXPECT_EQ(all.find("\u200b"), std::string::npos) << "places where a line may end are not read";
 }
 
 TEST(QtSettingsWindows, AWindowIsMadeOfTheWantedSizeInTheMiddleAndBroughtForward) {
