@@ -60,6 +60,27 @@ TEST_F(OneBellTest, ASecondStartAsksTheFirstToReopenAndEnds) {
   awaitOwner(*first);
 }
 
+TEST_F(OneBellTest, ASecondStartMayAskForTheMenu) {
+  const auto first = startTollvane();
+  awaitOwner(*first);
+  const auto menuOf = [&] {
+    return desktop
+        .run({"xdotool", "search", "--onlyvisible", "--all", "--pid", std::to_string(first->pid()), "--class", "."})
+        .value_or("");
+  };
+  const std::string before = menuOf();
+  const auto second = desktop.start({TOLLVANE_BUNDLE "/Tollvane", "--show-menu"});
+  EXPECT_EQ(second->exitCode(desktopPatience), 0);
+  EXPECT_TRUE(waitUntil([&] { return menuOf() != before; }, desktopPatience)) << before;
+  EXPECT_TRUE(first->running());
+}
+
+TEST_F(OneBellTest, AnUnknownOptionIsRefusedWithASentence) {
+  const auto program = desktop.start({TOLLVANE_BUNDLE "/Tollvane", "--show-menus"});
+  EXPECT_NE(program->exitCode(desktopPatience), 0);
+  EXPECT_EQ(owner(), "");
+}
+
 TEST_F(OneBellTest, OfManyStartsAtOnceOnlyOneKeepsRunning) {
   std::vector<std::unique_ptr<Process>> starts;
   for (int i = 0; i < 6; ++i) starts.push_back(startTollvane());

@@ -7,11 +7,15 @@
 //   url URL               -> "ok" at once
 //   url-in URL PATH       -> "started yes" or "started no"
 //   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when the user has answered
+//   panel X Y WIDTH HEIGHT -> "shown": a panel there, which reserves no room for itself
 //   ask                   -> "ok", after the answers to everything before
 #include <QApplication>
 #include <QMessageBox>
+#include <QRasterWindow>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/windows/linux_application.h"
@@ -46,6 +50,27 @@ struct Desktop {
   LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};
+  std::unique_ptr<QWindow> panel;
+};
+
+// Answers when it is shown.
+class Panel : public QRasterWindow {
+ public:
+  explicit Panel(const QRect& place) {
+    constexpr int dock = 4;
+    setProperty("_q_xcb_wm_window_type", dock);  // the toolkit has no other name for it
+    setGeometry(place);
+    show();
+  }
+
+ protected:
+  void exposeEvent(QExposeEvent* event) override {
+    QRasterWindow::exposeEvent(event);
+    if (isExposed() && !std::exchange(told_, true)) say("shown");
+  }
+
+ private:
+  bool told_ = false;
 };
 
 void showAlert(Desktop& desktop, std::istringstream& line) {
@@ -56,6 +81,12 @@ void showAlert(Desktop& desktop, std::istringstream& line) {
   for (std::string button; std::getline(line, button, '|');) alert.buttons.push_back(button);
   desktop.application.activateIgnoringOtherApps();
   desktop.alerts.show(alert, [](std::size_t button) { say("answered " + std::to_string(button)); });
+}
+
+void showPanel(Desktop& desktop, std::istringstream& line) {
+  int x = 0, y = 0, width = 0, height = 0;
+  line >> x >> y >> width >> height;
+  desktop.panel = std::make_unique<Panel>(QRect(x, y, width, height));
 }
 
 void obey(Desktop& desktop, const std::string& command) {
@@ -83,6 +114,8 @@ void obey(Desktop& desktop, const std::string& command) {
     desktop.workspace.openURL(url, path, [](bool started) { say(std::string("started ") + yesOrNo(started)); });
   } else if (verb == "alert") {
     showAlert(desktop, line);
+  } else if (verb == "panel") {
+    showPanel(desktop, line);
   } else {
     say("ok");
   }

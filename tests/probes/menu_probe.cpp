@@ -1,6 +1,7 @@
 // The bell with its menu, for tests and pictures: menu_probe ICON_THEME_PATH SCENARIO.
 // Obeys commands on its standard input, one a line:
 //   open X Y        as if a bar had reported a click there        close
+//   key             as for a keyboard shortcut
 //   submenu         opens the first submenu       grab FILE     a picture of the open menu
 //   add APP         adds a sound                  clear         removes all   image SYMBOL
 //   repeat N        opens and closes N times      scheme dark|light
@@ -99,6 +100,7 @@ class Probe : public QObject {
       line >> x >> y;
       direct_.toggle({x, y});
     }
+    if (command == "key") direct_.toggleByKeyboard();
     if (command == "close" && openMenu(false)) openMenu(false)->close();
     if (command == "submenu" && openMenu(false)) openSubmenu(*openMenu(false));
     if (command == "image" && line >> argument) item_->setImage(argument, "Tollvane");
