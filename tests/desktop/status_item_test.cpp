@@ -304,5 +304,23 @@ TEST_F(StatusItemTest, WindowsAndMenusFollowTheDesktopFromLightToDarkAndBack) {
   EXPECT_TRUE(waitUntilOnTheBus([&] { return lightness() > 180; }));
 }
 
+TEST_F(StatusItemTest, WindowsAndMenusHaveTheUsersAccentAndFont) {
+  TestPortal portal(desktop_, 2);
+  const QFont own = QApplication::font();
+  const Appearance appearance(*bus_);
+  const auto accent = [] { return QApplication::palette().color(QPalette::Highlight); };
+  portal.changeAccent(1, 0, 0);
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return accent() == Qt::red; }));
+  portal.changeAccent(0, 1.5, 0);
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return accent() != Qt::red; })) << "no accent is chosen any more";
+  portal.changeFont("DejaVu Serif 17");
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return QApplication::font().family() == "DejaVu Serif"; }));
+  portal.changeFont("nonsense");
+  portal.changeAccent(0, 0, 1);
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return accent() == Qt::blue; }));
+  EXPECT_EQ(QApplication::font().pointSize(), 17);
+  QApplication::setFont(own);
+}
+
 }  // namespace
 }  // namespace tollvane::test

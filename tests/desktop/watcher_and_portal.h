@@ -80,6 +80,20 @@ class TestPortal : public QObject {
                           QDBusVariant(colorScheme));
   }
 
+  void changeAccent(double red, double green, double blue) {
+    const QString group = QStringLiteral("org.freedesktop.appearance");
+    QDBusArgument color;
+    color.beginStructure();
+    color << red << green << blue;
+    color.endStructure();
+    Q_EMIT SettingChanged(group, QStringLiteral("accent-color"), QDBusVariant(QVariant::fromValue(color)));
+  }
+
+  void changeFont(const QString& font) {
+    Q_EMIT SettingChanged(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name"),
+                          QDBusVariant(font));
+  }
+
   void changeSomethingElse() {
     Q_EMIT SettingChanged(QStringLiteral("org.freedesktop.appearance"), QStringLiteral("accent-color"),
                           QDBusVariant(2U));

@@ -5,6 +5,7 @@
 //   submenu         opens the first submenu       grab FILE     a picture of the open menu
 //   add APP         adds a sound                  clear         removes all   image SYMBOL
 //   repeat N        opens and closes N times      scheme dark|light
+//   look            -> "look FAMILY POINTS dark|light" of menus
 //   where           -> "menu X Y W H" and "submenu ..." of what is open
 //   quit
 //   -> "obeyed" after each line, "opened X Y W H", "painted", "closed", and "gone" when the desktop knows that too; at
@@ -99,6 +100,12 @@ class Probe : public QObject {
       int x = 0, y = 0;
       line >> x >> y;
       direct_.toggle({x, y});
+    }
+    if (command == "look") {
+      const QPalette palette = QApplication::palette();
+      const bool dark = palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+      say("look " + QApplication::font().family().toStdString() + ' ' +
+          std::to_string(QApplication::font().pointSize()) + (dark ? " dark" : " light"));
     }
     if (command == "key") direct_.toggleByKeyboard();
     if (command == "close" && openMenu(false)) openMenu(false)->close();

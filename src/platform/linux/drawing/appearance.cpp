@@ -1,19 +1,25 @@
 #include "platform/linux/drawing/appearance.h"
 
 #include <QApplication>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusArgument>
+#include <QRegularExpression>
 #include <utility>
+
+#include "platform/linux/drawing/contrast.h"
+#include "platform/linux/drawing/font_description.h"
 
 namespace tollvane {
 namespace {
 
-constexpr auto portalService = "org.freedesktop.portal.Desktop";
-constexpr auto portalPath = "/org/freedesktop/portal/desktop";
-constexpr auto settingsInterface = "org.freedesktop.portal.Settings";
-constexpr auto appearanceGroup = "org.freedesktop.appearance";
-constexpr auto schemeKey = "color-scheme";
+QString appearanceGroup() { return QStringLiteral("org.freedesktop.appearance"); }
+
+// A user who has chosen another plug-in than the desktop's has chosen its look, and Plasma shows its own to the
+// toolkit.
+bool isDressedByOthers() {
+  const QByteArray plugin = qgetenv("QT_QPA_PLATFORMTHEME");
+  const bool isDesktops = plugin.isEmpty() || plugin == "gtk2" || plugin == "gtk3" || plugin == "gnome";
+  return !isDesktops || qgetenv("XDG_CURRENT_DESKTOP").split(':').contains("KDE");
+}
 
 ColorScheme schemeOf(uint value) {
   return value == 1 ? ColorScheme::dark : value == 2 ? ColorScheme::light : ColorScheme::noPreference;
@@ -88,43 +94,12 @@ QPalette paletteOf(const Tones& tones, const QPalette& desktops) {
 
 }  // namespace
 
-ColorSchemeWatcher::ColorSchemeWatcher(QDBusConnection bus, std::function<void(ColorScheme)> onChange)
-    : bus_(std::move(bus)),
-      portal_(QString::fromLatin1(portalService), bus_, QDBusServiceWatcher::WatchForRegistration),
-      onChange_(std::move(onChange)) {
-  // QtDBus finds a slot by the names of its types. QDBusVariant has no name before its first use, and then the
-  // connection would silently fail.
-  qRegisterMetaType<QDBusVariant>();
-  bus_.connect(QString::fromLatin1(portalService), QString::fromLatin1(portalPath),
-               QString::fromLatin1(settingsInterface), QStringLiteral("SettingChanged"), this,
-               SLOT(settingChanged(QString, QString, QDBusVariant)));
-  connect(&portal_, &QDBusServiceWatcher::serviceRegistered, this, [this] { ask(); });
-  ask();
-}
+ColorSchemeWatcher::ColorSchemeWatcher(const QDBusConnection& bus, std::function<void(ColorScheme)> onChange)
+    : onChange_(std::move(onChange)),
+      setting_(bus, appearanceGroup(), QStringLiteral("color-scheme"),
+               [this](const QVariant& value) { setColorScheme(schemeOf(value.toUInt())); }) {}
 
-void ColorSchemeWatcher::ask() {
-  QDBusMessage call =
-      QDBusMessage::createMethodCall(QString::fromLatin1(portalService), QString::fromLatin1(portalPath),
-                                     QString::fromLatin1(settingsInterface), QStringLiteral("Read"));
-  call << QString::fromLatin1(appearanceGroup) << QString::fromLatin1(schemeKey);
-  call.setAutoStartService(false);
-  auto* reply = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-  connect(reply, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
-    finished->deleteLater();
-    const QDBusPendingReply<QDBusVariant> answer = *finished;
-    if (answer.isValid()) setColorScheme(answer.value().variant());
-  });
-}
-
-void ColorSchemeWatcher::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
-  if (group == QLatin1String(appearanceGroup) && key == QLatin1String(schemeKey)) setColorScheme(value.variant());
-}
-
-void ColorSchemeWatcher::setColorScheme(const QVariant& value) {
-  // Read() wraps its value into a second variant; the signal does not.
-  const QVariant inner =
-      value.metaType() == QMetaType::fromType<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
-  const ColorScheme scheme = schemeOf(inner.toUInt());
+void ColorSchemeWatcher::setColorScheme(ColorScheme scheme) {
   if (scheme != std::exchange(scheme_, scheme)) onChange_(scheme);
 }
 
@@ -133,13 +108,86 @@ QPalette paletteFor(ColorScheme scheme, const QPalette& desktops) {
   return paletteOf(scheme == ColorScheme::dark ? darkTones : lightTones, desktops);
 }
 
-Appearance::Appearance(QDBusConnection bus)
-    : desktops_(QApplication::palette()), watcher_(std::move(bus), [this](ColorScheme scheme) { dress(scheme); }) {}
+std::optional<QColor> accentOf(const QVariant& value) {
+  if (value.metaType() != QMetaType::fromType<QDBusArgument>()) return std::nullopt;
+  const auto argument = value.value<QDBusArgument>();
+  if (argument.currentSignature() != QLatin1String("(ddd)")) return std::nullopt;
+  double red = 0, green = 0, blue = 0;
+  argument.beginStructure();
+  argument >> red >> green >> blue;
+  argument.endStructure();
+  // What is out of range means that there is no such colour.
+  for (const double part : {red, green, blue})
+    if (!(part >= 0 && part <= 1)) return std::nullopt;
+  return QColor::fromRgbF(static_cast<float>(red), static_cast<float>(green), static_cast<float>(blue));
+}
 
-void Appearance::dress(ColorScheme scheme) {
-  const QPalette palette = paletteFor(scheme, desktops_);
+ColorScheme schemeOfTheme(std::string_view name) {
+  const QString lower = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())).toLower();
+  if (lower.isEmpty()) return ColorScheme::noPreference;
+  for (const QString& word : lower.split(QRegularExpression(QStringLiteral("[^a-z]+"))))
+    if (word == QLatin1String("dark")) return ColorScheme::dark;
+  return ColorScheme::noPreference;
+}
+
+QPalette withAccent(QPalette palette, const QColor& accent) {
+  const QColor ink = contrast(Qt::white, accent) >= visibleContrast ? Qt::white : Qt::black;
+  palette.setColor(QPalette::Highlight, accent);
+  palette.setColor(QPalette::HighlightedText, ink);
+  return palette;
+}
+
+Appearance::Appearance(const QDBusConnection& bus)
+    : desktops_(QApplication::palette()),
+      watcher_(bus, [this](ColorScheme) { dress(); }),
+      accentSetting_(bus, appearanceGroup(), QStringLiteral("accent-color"),
+                     [this](const QVariant& value) { setAccent(value); }),
+      fontSetting_(bus, QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name"),
+                   [this](const QVariant& value) {
+                     // On X11 the desktop's shared settings are nearer: they say what its own panel uses.
+                     if (!hasX11Settings_) setFont(value.toString().toStdString());
+                   }) {
+  followX11();
+}
+
+void Appearance::dress() {
+  const ColorScheme scheme = watcher_.scheme() == ColorScheme::noPreference ? themes_ : watcher_.scheme();
+  QPalette palette = paletteFor(scheme, desktops_);
+  if (accent_) palette = withAccent(palette, *accent_);
   // An empty palette makes the toolkit use the desktop's again.
   QApplication::setPalette(palette == desktops_ ? QPalette() : palette);
+}
+
+void Appearance::setAccent(const QVariant& value) {
+  accent_ = accentOf(value);
+  dress();
+}
+
+void Appearance::setFont(std::string_view description) {
+  if (isDressedByOthers()) return;
+  const auto font = fontFromDescription(description);
+  if (font && *font != QApplication::font()) QApplication::setFont(*font);
+}
+
+void Appearance::followX11() {
+  if (isDressedByOthers() || QGuiApplication::platformName() != QLatin1String("xcb")) return;
+  x11_ = std::make_unique<XSettingsWatch>();
+  readX11();
+  if (x11_->descriptor() < 0) return;
+  x11Changes_ = std::make_unique<QSocketNotifier>(x11_->descriptor(), QSocketNotifier::Read);
+  QObject::connect(x11Changes_.get(), &QSocketNotifier::activated, x11Changes_.get(), [this] {
+    while (x11_->takeChanges()) readX11();  // an answer may have brought further events along
+    if (!x11_->isAlive()) x11Changes_->setEnabled(false);
+  });
+}
+
+void Appearance::readX11() {
+  const auto settings = x11_->read();
+  hasX11Settings_ = settings.has_value();
+  if (!settings) return;
+  setFont(settings->fontName);
+  themes_ = schemeOfTheme(settings->themeName);
+  dress();
 }
 
 }  // namespace tollvane

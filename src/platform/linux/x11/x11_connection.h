@@ -33,6 +33,7 @@ class X11Connection {
 
   xcb_connection_t* get() const { return connection_; }
   bool isAlive() const { return xcb_connection_has_error(connection_) == 0; }
+  int screenNumber() const { return screen_; }
   xcb_window_t root() const;  // XCB_NONE when there is no such screen
 
   // Questions asked from now on are given up together when this has passed.
