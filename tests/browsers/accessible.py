@@ -38,6 +38,9 @@ class Accessible:
     def name(self):
         return self._bus.get(self._service, self._path, 'org.a11y.atspi.Accessible', 'Name')
 
+    def role(self):
+        return self._bus.call(self._service, self._path, 'org.a11y.atspi.Accessible', 'GetRoleName')[0]
+
     def children(self):
         found = self._bus.call(self._service, self._path, 'org.a11y.atspi.Accessible', 'GetChildren')[0]
         return [Accessible(self._bus, service, path) for service, path in found if path != NOTHING]

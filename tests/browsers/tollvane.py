@@ -87,6 +87,10 @@ class Tollvane:
         button.act()
         wait_until(lambda: not self.alert(), "the alert's going", pause=0.1)
 
+    def window(self, title):
+        """The window as screen readers see it, or None."""
+        return self._accessibility.window('Tollvane', title)
+
     def open_settings(self):
         self.choose('Settings…')
         return wait_until(lambda: self._accessibility.window('Tollvane', 'Tollvane Settings'), 'the settings window',

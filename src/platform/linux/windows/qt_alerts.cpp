@@ -1,5 +1,6 @@
 #include "platform/linux/windows/qt_alerts.h"
 
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -19,10 +20,9 @@ constexpr qsizetype longestButton = 40;
 constexpr int charactersPerLine = 46;
 
 // The sentences are read from left to right, even if one begins with a name that is not.
-constexpr QChar leftToRight = u'\u200E';
-
-QString sentence(const std::string& text, qsizetype most) {
-  return leftToRight + breakable(shortenedInside(text, most));
+QString sentence(const QString& text) {
+  constexpr QChar leftToRightMark = u'\u200E';
+  return text.isRightToLeft() ? leftToRightMark + breakable(text) : breakable(text);
 }
 
 // An ampersand is shown as such, and marks no mnemonic.
@@ -31,10 +31,11 @@ QString buttonText(const std::string& text) {
 }
 
 // The text format of the box is for its first label only, so each label gets it here.
-void makePlain(QMessageBox& box, const char* labelName, bool bold) {
+void describe(QMessageBox& box, const char* labelName, const QString& text, bool bold) {
   auto* label = box.findChild<QLabel*>(QString::fromLatin1(labelName));
   if (label == nullptr) return;
   label->setTextFormat(Qt::PlainText);
+  label->setAccessibleName(text);  // without marks and places where a line may end
   label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   // The text can be selected, but the keyboard begins at the buttons.
   label->setFocusPolicy(Qt::ClickFocus);
@@ -72,10 +73,12 @@ void QtAlerts::showNow(const Alert& alert, std::function<void(std::size_t)> answ
   box->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                       Qt::WindowCloseButtonHint);
   box->setTextFormat(Qt::PlainText);
-  box->setText(sentence(alert.messageText, longestMessage));
-  box->setInformativeText(sentence(alert.informativeText, longestInformation));
-  makePlain(*box, "qt_msgbox_label", true);
-  makePlain(*box, "qt_msgbox_informativelabel", false);
+  const QString message = shortenedInside(alert.messageText, longestMessage);
+  const QString information = shortenedInside(alert.informativeText, longestInformation);
+  box->setText(sentence(message));
+  box->setInformativeText(sentence(information));
+  describe(*box, "qt_msgbox_label", message, true);
+  describe(*box, "qt_msgbox_informativelabel", information, false);
   std::vector<QAbstractButton*> buttons;
   for (const std::string& text : alert.buttons) {
     const auto role = buttons.empty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole;
@@ -85,6 +88,8 @@ void QtAlerts::showNow(const Alert& alert, std::function<void(std::size_t)> answ
     box->setDefaultButton(static_cast<QPushButton*>(buttons.front()));
     box->setEscapeButton(buttons.back());
   }
+  // Screen readers read widgets in the order in which they were raised: the buttons come last.
+  if (auto* row = box->findChild<QDialogButtonBox*>()) row->raise();
   QObject::connect(box, &QMessageBox::finished, box, [this, box, buttons, answer = std::move(answer)] {
     std::size_t chosen = 0;
     while (chosen + 1 < buttons.size() && buttons[chosen] != box->clickedButton()) ++chosen;

@@ -2,12 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFontMetricsF>
 #include <QImage>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QRegularExpression>
+#include <any>
+#include <iostream>
 #include <memory>
 #include <set>
 
@@ -382,10 +385,59 @@ TEST(RichMenu, ArrowsHomeAndEndReachEveryEntryButTheHeader) {
 
 TEST(RichMenu, EveryEntryHasANameForScreenReaders) {
   OpenMenu open("hostile");
-  EXPECT_FALSE(open.menu.widget()->accessibleName().isEmpty());
-  for (const MenuEntry* each : open.menu.widget()->entries()) {
-    EXPECT_TRUE(each->isSeparator() || !each->text().isEmpty());
+  const QAccessibleInterface* menu = QAccessible::queryAccessibleInterface(open.menu.widget());
+  EXPECT_EQ(menu->role(), QAccessible::PopupMenu);
+  EXPECT_EQ(menu->text(QAccessible::Name), "Tollvane");
+  ASSERT_EQ(menu->childCount(), static_cast<int>(open.menu.widget()->entries().size()));
+  std::cout << "menu \"Tollvane\"\n";
+  for (int i = 0; i < menu->childCount(); ++i) {
+    const QAccessibleInterface* entry = menu->child(i);
+    if (entry->role() == QAccessible::Separator) continue;
+    const std::string name = entry->text(QAccessible::Name).toStdString();
+    std::cout << "  item \"" << name << "\"" << (entry->state().disabled ? ", disabled" : "") << '\n';
+    EXPECT_EQ(entry->role(), QAccessible::MenuItem);
+    EXPECT_FALSE(name.empty());
+    EXPECT_EQ(name.find("\u200b"), std::string::npos);
+    EXPECT_EQ(entry->state().disabled, !open.menu.widget()->entries()[static_cast<std::size_t>(i)]->isEnabled());
   }
+}
+
+// The strongest contrast in a row of the menu.
+double strongestInk(const QImage& image, const QRect& row) {
+  const QColor behind = image.pixelColor(row.left() + 2, row.top() + 1);
+  double strongest = 1;
+  for (int y = row.top(); y <= row.bottom(); ++y)
+    for (int x = row.left(); x <= row.right(); ++x)
+      strongest = std::max(strongest, contrast(image.pixelColor(x, y), behind));
+  return strongest;
+}
+
+TEST(RichMenu, TextsCanBeReadAndSeenSoundsAreFainter) {
+  const QFont own = QApplication::font();
+  QFont large = own;
+  large.setPixelSize(20);  // at this size, letters have pixels in their full colour
+  QApplication::setFont(large);
+  for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+    QApplication::setPalette(paletteFor(scheme, QApplication::palette()));
+    OpenMenu open("five");
+    const QImage image = open.menu.widget()->grab().toImage();
+    double unseen = 21;
+    double seen = 1;
+    for (const MenuEntry* entry : open.menu.widget()->entries()) {
+      const QRect row = open.menu.widget()->actionGeometry(const_cast<MenuEntry*>(entry));
+      if (entry->isSeparator() || !image.rect().contains(row)) continue;
+      const double ink = strongestInk(image, row);
+      const auto* event = std::any_cast<std::shared_ptr<SoundEvent>>(&entry->item().representedObject);
+      const bool isFaint = !entry->isEnabled() || (event != nullptr && (*event)->seen);
+      EXPECT_GE(ink, isFaint ? visibleContrast : readableContrast) << entry->typed().toStdString();
+      if (event != nullptr)
+        ((*event)->seen ? seen : unseen) = (*event)->seen ? std::max(seen, ink) : std::min(unseen, ink);
+    }
+    EXPECT_GT(unseen, 1.5 * seen) << "told apart at a glance";
+    EXPECT_GT(seen, 1);
+  }
+  QApplication::setPalette(QPalette());
+  QApplication::setFont(own);
 }
 
 TEST(RichMenu, MayEndWithItsOwnerWhileItIsOpenOrAChoiceIsPending) {
