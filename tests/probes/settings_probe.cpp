@@ -5,8 +5,8 @@
 //   grab FILE       a picture of it      where NAME      -> "where X Y", the middle of the control called NAME
 //   frame           -> "frame X Y W H", with what the window manager draws, in device pixels
 //   state           -> "on NAME" or "off NAME" for each switch and check box, then "window shown|hidden"
-//   quit
-//   -> "obeyed" after each line
+//   quit            ready   does nothing
+//   -> "obeyed" after each line, and "painted" when the window has been painted for the first time
 #include <QAbstractButton>
 #include <QApplication>
 #include <QScrollArea>
@@ -34,9 +34,29 @@ QWidget* page() {
   return nullptr;
 }
 
-class Probe {
+class Probe : public QObject {
  public:
-  explicit Probe(const std::string& scenario) : scenario_(scenario) {
+  explicit Probe(const std::string& scenario) : scenario_(scenario) { qApp->installEventFilter(this); }
+
+  void read(const std::string& order) {
+    std::istringstream line(order);
+    obey(line);
+    say("obeyed");
+  }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint && watched == page() && !std::exchange(painted_, true)) {
+      QMetaObject::invokeMethod(
+          this, [] { say("painted"); }, Qt::QueuedConnection);
+    }
+    return false;
+  }
+
+ private:
+  // At the first opening, as in the application.
+  void make() {
+    if (window_) return;
     window_ = windows_.make({.title = scenario_.title()});
     window_->setContent(scenario_.content());
     scenario_.onChange([this] {
@@ -51,18 +71,13 @@ class Probe {
     });
   }
 
-  void read(const std::string& order) {
-    std::istringstream line(order);
-    obey(line);
-    say("obeyed");
-  }
-
- private:
   void obey(std::istringstream& line) {
     std::string command;
     std::string argument;
     line >> command >> std::ws;
     std::getline(line, argument);
+    if (command == "ready") return;
+    make();
     QScrollBar* bar = page()->findChild<QScrollArea*>()->verticalScrollBar();
     if (command == "show") window_->makeKeyAndOrderFront();
     if (command == "scroll") bar->setValue(std::stoi(argument));
@@ -119,6 +134,7 @@ class Probe {
   QtSettingsWindows windows_{[this](QWidget& window) { application_.bringForward(window); }};
   std::unique_ptr<SettingsWindow> window_;
   bool due_ = false;
+  bool painted_ = false;
 };
 
 }  // namespace
