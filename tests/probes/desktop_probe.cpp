@@ -21,6 +21,7 @@
 #include "platform/linux/windows/linux_application.h"
 #include "platform/linux/windows/qt_alerts.h"
 #include "platform/linux/workspace/bus_activation.h"
+#include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/launcher.h"
 #include "platform/linux/workspace/linux_workspace.h"
 #include "platform/linux/workspace/sway_ipc.h"
@@ -44,9 +45,10 @@ struct Desktop {
   TokenSource tokens = [] { return std::string(); };
   GioLauncher launcher{tokens};
   SwayIpc sway;
+  KWinScripting kwin{QDBusConnection::sessionBus()};
   X11Raiser x11;
   BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
-  Activator activator{{&sway, &x11, &busActivation}};
+  Activator activator{{&sway, &kwin, &x11, &busActivation}};
   LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};

@@ -54,9 +54,9 @@ class PrivateSession:
     def start(self, name, command, **options):
         """Starts a program in the session. It is killed when the session ends, or with this process."""
         with open(pathlib.Path(self.facts['log']) / name, 'ab') as log:
-            process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], stdin=subprocess.DEVNULL,
-                                       stderr=log, start_new_session=True,
-                                       **{'env': self.environment, 'stdout': log, **options})
+            process = subprocess.Popen(['setpriv', '--pdeathsig', 'KILL', *command], start_new_session=True,
+                                       **{'env': self.environment, 'stdin': subprocess.DEVNULL, 'stdout': log,
+                                          'stderr': log, **options})
         self._processes.append(process)
         return process
 

@@ -170,7 +170,7 @@ class Panel:
             raise Failure("the panel's tone could not be changed")
 
 
-class Wayland:
+class Sway:
     title = 'the compositor (sway)'
 
     @staticmethod
@@ -189,11 +189,75 @@ class Wayland:
         def found(pattern):
             return next((file for file in session.run.glob(pattern) if accepts(file)), None)
 
-        session.await_part(Wayland.title, 'wayland', process,
+        session.await_part(Sway.title, 'wayland', process,
                            lambda: found('wayland-*[0-9]') and found('sway-ipc.*'))
         session.environment.update(
             WAYLAND_DISPLAY=found('wayland-*[0-9]').name, SWAYSOCK=str(found('sway-ipc.*')), QT_QPA_PLATFORM='wayland',
             GDK_BACKEND='wayland')
+
+
+class KWin:
+    title = 'the compositor (kwin_wayland)'
+
+    @staticmethod
+    def start(session):
+        width, height = session.options.screen or DEFAULT_SIZE
+        session.environment.update(XDG_CURRENT_DESKTOP='KDE', LIBGL_ALWAYS_SOFTWARE='1',
+                                   QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none')
+        process = session.launch('wayland', ['kwin_wayland', '--virtual', '--width', str(width), '--height',
+                                             str(height), '--socket', 'wayland-0', '--no-lockscreen'], 'wayland',
+                                 env={**session.environment, 'QT_QPA_PLATFORM': ''})
+        session.await_part(KWin.title, 'wayland', process,
+                           lambda: accepts(session.run / 'wayland-0') and session.bus.has('org.kde.KWin'))
+        session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
+
+
+class GnomeShell:
+    title = 'the shell (gnome-shell)'
+    SHELL = ('org.gnome.Shell', '/org/gnome/Shell', 'org.gnome.Shell')
+
+    @staticmethod
+    def start(session):
+        width, height = session.options.screen or DEFAULT_SIZE
+        system_bus = session.run / 'system-bus'
+        configuration = session.write(session.root / 'settings/system-bus.conf',
+                                      BUS.format(address=f'unix:path={system_bus}', services='/nonexistent'))
+        bus = session.launch('system-bus', ['dbus-daemon', '--nofork', '--nopidfile',
+                                            f'--config-file={configuration}'])
+        session.keep(bus)
+        session.await_part('the system bus', 'system-bus', bus, lambda: accepts(system_bus))
+        extensions = ', '.join(f"'{each}'" for each in session.options.extension)
+        session.write(session.home / '.config/glib-2.0/settings/keyfile',
+                      f"[org/gnome/shell]\nenabled-extensions=[{extensions}]\n"
+                      "welcome-dialog-last-shown-version='999'\n")
+        session.environment.update(
+            XDG_CURRENT_DESKTOP='GNOME', LIBGL_ALWAYS_SOFTWARE='1', GSETTINGS_BACKEND='keyfile',
+            QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none', DBUS_SYSTEM_BUS_ADDRESS=f'unix:path={system_bus}')
+        process = session.launch('wayland', ['gnome-shell', '--unsafe-mode', '--headless', '--wayland', '--no-x11',
+                                             '--virtual-monitor', f'{width}x{height}'], 'wayland')
+        session.await_part(GnomeShell.title, 'wayland', process, lambda: GnomeShell._is_up(session))
+        session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
+
+    @staticmethod
+    def _is_up(session):
+        """It starts with its overview, which covers the windows."""
+        if not accepts(session.run / 'wayland-0'):
+            return False
+        try:
+            script = 'Main.overview.hide(); !Main.overview.visible && !Main.layoutManager._startingUp'
+            return session.bus.call(*GnomeShell.SHELL, 'Eval', 's', script) == [True, 'true']
+        except BusError:
+            return False
+
+
+class Wayland:
+    """The compositor that the session was asked for."""
+    title = 'the compositor'
+    KINDS = {'sway': Sway, 'kwin': KWin, 'gnome': GnomeShell}
+
+    @staticmethod
+    def start(session):
+        Wayland.KINDS[session.options.wayland].start(session)
 
 
 class Bar:

@@ -124,6 +124,10 @@ class Session:
             self._processes[part].append(process)
         return process
 
+    def keep(self, process):
+        """Ends the process with the session."""
+        self._services.append(process)
+
     def await_part(self, title, log_name, process, condition):
         """Waits until the condition holds. Fails if the process ends before that, or the time is over."""
         end = time.monotonic() + self.options.patience

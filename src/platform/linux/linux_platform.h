@@ -24,6 +24,7 @@
 #include "platform/linux/windows/qt_alerts.h"
 #include "platform/linux/windows/settings_window.h"
 #include "platform/linux/workspace/bus_activation.h"
+#include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/launcher.h"
 #include "platform/linux/workspace/linux_workspace.h"
 #include "platform/linux/workspace/sway_ipc.h"
@@ -74,6 +75,7 @@ class LinuxPlatform {
   const TokenSource tokens_ = [this] { return takeToken(); };
   GioLauncher launcher_;
   SwayIpc sway_;
+  KWinScripting kwin_;
   X11Raiser x11_;
   BusActivation busActivation_;
   Activator activator_;
