@@ -11,6 +11,7 @@ import shutil
 import subprocess
 import sys
 import unittest
+import wave
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent / 'session'))
@@ -24,14 +25,24 @@ PROBES = BUILD / 'tests/probes'
 SIZE = ('--screen', '1024x768')
 
 
+def form():
+    """The form of our extension for the GNOME Shell that is here."""
+    said = subprocess.run(['gnome-shell', '--version'], capture_output=True, text=True).stdout
+    found = re.search(r'\d+', said)
+    return '45' if found and int(found[0]) >= 45 else '43'
+
+
+EXTENSION = BUILD / f'Tollvane/Extensions/gnome/{form()}/tollvane@quarnel.com'
+INDICATORS = 'ubuntu-appindicators@ubuntu.com'
+
+
 class Probe:
     """A program that obeys lines and answers each with a line."""
 
     def __init__(self, session, name, *arguments, program=None):
         command = [str(program or PROBES / name), *arguments]
         if 'user' in session.facts:
-            user, group = session.facts['user'].split(':')
-            command = ['setpriv', f'--reuid={user}', f'--regid={group}', '--clear-groups', *command]
+            command = [*as_user(session), *command]
         self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.pid = self.process.pid
 
@@ -145,6 +156,180 @@ class KWinTest(ShellTest):
         tree = self.session.output('busctl', f"--address={self.session.environment['DBUS_SESSION_BUS_ADDRESS']}",
                                    'tree', '--list', 'org.kde.KWin')
         return sorted(line for line in tree.splitlines() if re.fullmatch(r'/(Scripting/Script)?\d+', line))
+
+
+class GnomeTest(ShellTest):
+    """Tollvane's own extension, in a shell that has no other place for the bell."""
+    options = ('--wayland', 'gnome', '--sound', 'pipewire', '--extension', str(EXTENSION))
+
+    def evaluate(self, script):
+        done, answer = self.session.bus.call('org.gnome.Shell', '/org/gnome/Shell', 'org.gnome.Shell', 'Eval', 's',
+                                             script)
+        self.assertTrue(done, answer)
+        return json.loads(answer) if answer else None
+
+    def active_pid(self):
+        return self.evaluate('global.display.focus_window ? global.display.focus_window.get_pid() : 0')
+
+    def activate(self, probe):
+        asker = Probe(self.session, 'desktop_probe')
+        self.addCleanup(asker.end)
+        self.assertEqual(asker.line(), 'ready')
+        self.assertEqual(asker.ask('own com.quarnel.tollvane'), 'ok')
+        return asker.ask(f'activate {probe.pid}')
+
+    def test_a_window_behind_another_comes_forward(self):
+        one, two = self.window('one'), self.window('two')
+        self.assertEqual(self.activate(one), 'activated yes')
+        wait_until(lambda: self.active_pid() == one.pid, 'the first window in front')
+
+    def test_windows_are_for_tollvane_only(self):
+        self.window('one')
+        with self.assertRaisesRegex(BusError, 'Access denied'):
+            self.session.bus.call('org.gnome.Shell', '/com/quarnel/tollvane/shell', 'com.quarnel.tollvane.Shell',
+                                  'Windows')
+
+    # --- the bell ---
+
+    def test_the_bell_is_for_the_shell_only(self):
+        self.start_tollvane()
+        for method in ('Menu', 'State'):
+            with self.assertRaisesRegex(BusError, 'Access denied'):
+                self.session.bus.call('com.quarnel.tollvane', '/com/quarnel/tollvane/bell',
+                                      'com.quarnel.tollvane.Bell', method)
+
+    def start_tollvane(self):
+        settings = self.session.config / 'Tollvane/defaults.json'
+        settings.parent.mkdir(exist_ok=True)
+        settings.write_text('{"hasLaunchedBefore": true}')
+        subprocess.run(['chown', '-R', self.session.facts['user'], str(self.session.home)], check=True)
+        tollvane = Probe(self.session, 'tollvane', program=BUILD / 'Tollvane/Tollvane')
+        self.addCleanup(tollvane.end)
+        wait_until(lambda: self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the bell')
+        return tollvane
+
+    def play(self):
+        sound = self.session.root / 'ding.wav'
+        with wave.open(str(sound), 'wb') as file:
+            file.setparams((1, 2, 8000, 0, 'NONE', ''))
+            file.writeframes(bytes(4000))
+        sound.chmod(0o644)
+        self.assertTrue(self.session.succeeds(*as_user(self.session), 'pw-play', str(sound)))
+
+    def menu(self):
+        """The texts of each row, without the separators, after the menu was opened."""
+        return self.evaluate('const m = Main.panel.statusArea.tollvane.menu; m.open(); m._getMenuItems()'
+                             '.filter(i => i.accessible_name || i.label).map(i => i.accessible_name || i.label.text)')
+
+    def bell(self):
+        return self.evaluate('const b = Main.panel.statusArea.tollvane; [b._icon.gicon.get_file().get_basename(), '
+                             'b.accessible_name]')
+
+    def test_bell_and_menu(self):
+        self.start_tollvane()
+        self.assertEqual(self.bell(), ['tollvane-bell-symbolic.svg', 'Tollvane'])
+        wait_until(lambda: self.play() or self.bell()[0] == 'tollvane-bell-fill-symbolic.svg', 'a filled bell')
+        self.assertRegex(self.bell()[1], r'^Last sound: pw-play.* at .* · 1 unseen$')
+        rows = wait_until(lambda: (found := self.menu())[0].startswith('Recent') and found, 'the menu with the sound')
+        self.assertEqual(rows[0], 'Recent sounds · 1 unseen')
+        self.assertIn('pw-play', rows[1])
+        self.assertEqual(rows[-1], 'Quit Tollvane')
+        self.choose('Mark all as seen')
+        wait_until(lambda: self.bell()[0] == 'tollvane-bell-symbolic.svg', 'a hollow bell')
+
+    def choose(self, name):
+        self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
+                      f'.find(i => i.accessible_name === {json.dumps(name)}).activate(null); 1')
+
+    def test_the_bell_goes_with_tollvane(self):
+        tollvane = self.start_tollvane()
+        tollvane.end()
+        wait_until(lambda: not self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the end of the bell')
+
+    def test_there_are_never_two_bells(self):
+        self.start_tollvane()
+        watcher = Probe(self.session, 'desktop_probe')
+        self.assertEqual(watcher.line(), 'ready')
+        self.assertEqual(watcher.ask('own org.kde.StatusNotifierWatcher'), 'ok')
+        wait_until(lambda: not self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the end of the bell')
+        watcher.end()
+        wait_until(lambda: self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the bell')
+
+    def test_turning_it_off_and_on_leaves_nothing_behind(self):
+        self.start_tollvane()
+        count = 'imports.system.gc(); Object.keys(Main.panel.statusArea).length + Main.panel._rightBox.get_n_children()'
+        before = self.evaluate(count)
+        extension = "Main.extensionManager.lookup('tollvane@quarnel.com').stateObj"
+        self.evaluate(f'for (let i = 0; i < 100; i++) {{ {extension}.disable(); {extension}.enable(); }} 1')
+        wait_until(lambda: self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the bell')
+        self.assertEqual(self.evaluate(count), before)
+        log = (pathlib.Path(self.session.facts['log']) / 'wayland').read_text(errors='replace')
+        self.assertNotIn('tollvane@quarnel.com', log)
+
+
+class BareGnomeTest(ShellTest):
+    """GNOME Shell as it comes: nothing shows the bell, so Tollvane offers its own extension."""
+    options = ('--wayland', 'gnome')
+    evaluate = GnomeTest.evaluate
+    active_pid = GnomeTest.active_pid
+
+    def titles(self):
+        return self.evaluate('global.get_window_actors().map(a => a.meta_window.get_title())')
+
+    def test_the_extension_is_offered_and_added(self):
+        settings = self.session.config / 'Tollvane/defaults.json'
+        settings.parent.mkdir(exist_ok=True)
+        settings.write_text('{"hasLaunchedBefore": true}')
+        subprocess.run(['chown', '-R', self.session.facts['user'], str(self.session.home)], check=True)
+        tollvane = Probe(self.session, 'tollvane', program=BUILD / 'Tollvane/Tollvane')
+        self.addCleanup(tollvane.end)
+        wait_until(lambda: self.titles() == ['Tollvane'], 'the offer')
+        wait_until(lambda: self.active_pid() == tollvane.pid, 'the offer in front')
+        added = self.session.data / 'gnome-shell/extensions/tollvane@quarnel.com'
+        # A key may be lost until the window knows of the keyboard.
+        wait_until(lambda: self.press('Return') or (added / 'extension.js').exists(), 'the files of the extension',
+                   pause=0.2)
+        self.assertEqual(sorted(each.name for each in added.iterdir()),
+                         sorted(each.name for each in EXTENSION.iterdir()))
+
+    def press(self, key):
+        """The device stays, because the window would lose the keyboard with it."""
+        self.evaluate('const {Clutter, GLib} = imports.gi; const seat = Clutter.get_default_backend()'
+                      '.get_default_seat(); globalThis.keys ??= seat.create_virtual_device('
+                      'Clutter.InputDeviceType.KEYBOARD_DEVICE); for (const down of [1, 0]) '
+                      f'globalThis.keys.notify_keyval(GLib.get_monotonic_time(), Clutter.KEY_{key}, down); 1')
+
+
+class IndicatorTest(ShellTest):
+    """The bell in GNOME Shell with its extension for indicators, which draws the menu that it finds on the bus. It reads
+    the properties of an item once, and then only those of which it is told."""
+    options = ('--wayland', 'gnome', '--extension', INDICATORS)
+    evaluate = GnomeTest.evaluate
+    active_pid = GnomeTest.active_pid
+
+    def menu(self):
+        return self.evaluate('const key = Object.keys(Main.panel.statusArea).find(k => k.startsWith("appindicator"));'
+                             'const m = Main.panel.statusArea[key]?.menu; '
+                             '(m?._getMenuItems() ?? []).map(i => [i.label?.text ?? "", i.sensitive])')
+
+    def test_the_menu_is_right_after_sounds_came_and_went(self):
+        bell = Probe(self.session, 'menu_probe', str(BUILD / 'Tollvane/icons'), 'none')
+        self.addCleanup(bell.end)
+        bell.ask('image bell')
+        wait_until(lambda: 'appindicator' in self.evaluate('Object.keys(Main.panel.statusArea).join()'), 'the bell')
+        wait_until(lambda: self.menu()[:1] == [['No sounds yet', False]], 'the empty menu')
+        bell.ask('add Mail')
+        bell.ask('add Chat')
+        wait_until(lambda: self.menu()[0][0] == 'Recent sounds · 2 unseen', 'the header with two sounds')
+        self.assertIn(['Mark all as seen', True], self.menu())
+        bell.ask('clear')
+        wait_until(lambda: self.menu()[0][0] == 'No sounds yet', 'the header without sounds')
+        self.assertIn(['Mark all as seen', False], self.menu())
+
+
+def as_user(session):
+    user, group = session.facts['user'].split(':')
+    return ['setpriv', f'--reuid={user}', f'--regid={group}', '--clear-groups']
 
 
 if __name__ == '__main__':

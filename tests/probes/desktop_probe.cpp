@@ -8,6 +8,7 @@
 //   url-in URL PATH       -> "started yes" or "started no"
 //   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when the user has answered
 //   panel X Y WIDTH HEIGHT -> "shown": a panel there, which reserves no room for itself
+//   own NAME              -> "ok": owns this name on the session bus
 //   ask                   -> "ok", after the answers to everything before
 #include <QApplication>
 #include <QMessageBox>
@@ -24,6 +25,7 @@
 #include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/launcher.h"
 #include "platform/linux/workspace/linux_workspace.h"
+#include "platform/linux/workspace/shell_windows.h"
 #include "platform/linux/workspace/sway_ipc.h"
 #include "platform/linux/workspace/window_raiser.h"
 #include "platform/linux/workspace/x11_raiser.h"
@@ -46,9 +48,10 @@ struct Desktop {
   GioLauncher launcher{tokens};
   SwayIpc sway;
   KWinScripting kwin{QDBusConnection::sessionBus()};
+  ShellWindows gnome{QDBusConnection::sessionBus()};
   X11Raiser x11;
   BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
-  Activator activator{{&sway, &kwin, &x11, &busActivation}};
+  Activator activator{{&sway, &kwin, &gnome, &x11, &busActivation}};
   LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};
@@ -116,6 +119,10 @@ void obey(Desktop& desktop, const std::string& command) {
     desktop.workspace.openURL(url, path, [](bool started) { say(std::string("started ") + yesOrNo(started)); });
   } else if (verb == "alert") {
     showAlert(desktop, line);
+  } else if (verb == "own") {
+    std::string name;
+    line >> name;
+    say(QDBusConnection::sessionBus().registerService(QString::fromStdString(name)) ? "ok" : "refused");
   } else if (verb == "panel") {
     showPanel(desktop, line);
   } else {

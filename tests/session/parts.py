@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import shutil
 import socket
 import wave
 
@@ -226,7 +227,7 @@ class GnomeShell:
                                             f'--config-file={configuration}'])
         session.keep(bus)
         session.await_part('the system bus', 'system-bus', bus, lambda: accepts(system_bus))
-        extensions = ', '.join(f"'{each}'" for each in session.options.extension)
+        extensions = ', '.join(f"'{GnomeShell._provided(session, each)}'" for each in session.options.extension)
         session.write(session.home / '.config/glib-2.0/settings/keyfile',
                       f"[org/gnome/shell]\nenabled-extensions=[{extensions}]\n"
                       "welcome-dialog-last-shown-version='999'\n")
@@ -237,6 +238,18 @@ class GnomeShell:
                                              '--virtual-monitor', f'{width}x{height}'], 'wayland')
         session.await_part(GnomeShell.title, 'wayland', process, lambda: GnomeShell._is_up(session))
         session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
+
+    @staticmethod
+    def _provided(session, extension):
+        """The extension's UUID. One that is given as a folder is copied to where the shell looks for it."""
+        folder = pathlib.Path(extension)
+        if '/' in extension:
+            for file in folder.iterdir():
+                target = session.home / '.local/share/gnome-shell/extensions' / folder.name / file.name
+                session.make_directory(target.parent)
+                shutil.copy(file, target)
+                session.own(target)
+        return folder.name
 
     @staticmethod
     def _is_up(session):

@@ -30,6 +30,24 @@ const Alert noStatusBar = {
         "soon as a panel or an extension of the desktop shows status icons.",
 };
 
+const Alert shellOffer = {
+    .messageText = "GNOME shows no status icons",
+    .informativeText =
+        "Tollvane is running and keeps its history, but there is no place for its bell. Its own extension of GNOME "
+        "Shell shows the bell in the top bar, and lets a click bring the right window forward.",
+    .buttons = {"Add to GNOME", "Not now"},
+};
+
+const Alert shellExtensionAdded = {
+    .messageText = "The bell comes with your next login",
+    .informativeText = "The extension was added. GNOME Shell loads new extensions when you log in.",
+};
+
+const Alert shellExtensionNotAdded = {
+    .messageText = "The extension couldn't be added",
+    .informativeText = "Its files couldn't be written into your home folder.",
+};
+
 }  // namespace
 
 LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
@@ -41,10 +59,12 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       applications_(processes_, entries_, windows_, &background_),
       statusBar_(bundle / "icons"),
       bar_(QDBusConnection::sessionBus(), statusBar_, queue_),
+      shellExtension_(QDBusConnection::sessionBus(), files_, bundle / "Extensions/gnome", dataFolder()),
       launcher_(tokens_),
       kwin_(QDBusConnection::sessionBus()),
+      gnome_(QDBusConnection::sessionBus()),
       busActivation_(QDBusConnection::sessionBus(), launcher_, tokens_),
-      activator_({&sway_, &kwin_, &x11_, &busActivation_}),
+      activator_({&sway_, &kwin_, &gnome_, &x11_, &busActivation_}),
       workspace_(applications_, clock_, activator_, launcher_),
       application_(tokens_),
       alerts_([this](QMessageBox& alert) { application_.bringForward(alert); }),
@@ -53,7 +73,17 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       settingsWindows_([this](QWidget& window) { application_.bringForward(window); }) {
   login_.repair();
   bar_.onChoice = [this](const std::string& token) { setToken(token); };
-  bar_.onNoStatusBar = [this] { alerts_.show(noStatusBar, [](std::size_t) {}); };
+  bar_.onNoStatusBar = [this] {
+    shellExtension_.find([this] { offerShellExtension(); }, [this] { alerts_.show(noStatusBar, [](std::size_t) {}); });
+  };
+}
+
+void LinuxPlatform::offerShellExtension() {
+  alerts_.show(shellOffer, [this](std::size_t button) {
+    if (button != 0) return;
+    const bool done = shellExtension_.install();
+    alerts_.show(done ? shellExtensionAdded : shellExtensionNotAdded, [](std::size_t) {});
+  });
 }
 
 std::string LinuxPlatform::takeToken() {

@@ -11,6 +11,7 @@
 #include "platform/linux/apps/applications.h"
 #include "platform/linux/bell/desktop_status_bar.h"
 #include "platform/linux/bell/linux_status_bar.h"
+#include "platform/linux/bell/shell_extension.h"
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/kernel/folders.h"
 #include "platform/linux/session/autostart_login.h"
@@ -27,6 +28,7 @@
 #include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/launcher.h"
 #include "platform/linux/workspace/linux_workspace.h"
+#include "platform/linux/workspace/shell_windows.h"
 #include "platform/linux/workspace/sway_ipc.h"
 #include "platform/linux/workspace/window_raiser.h"
 #include "platform/linux/workspace/x11_raiser.h"
@@ -54,6 +56,7 @@ class LinuxPlatform {
 
  private:
   std::string takeToken();
+  void offerShellExtension();
 
   Appearance appearance_;
   QtMainQueue queue_;
@@ -71,11 +74,13 @@ class LinuxPlatform {
   Applications applications_;
   LinuxStatusBar statusBar_;
   DesktopStatusBar bar_;
+  ShellExtension shellExtension_;
   std::string token_;
   const TokenSource tokens_ = [this] { return takeToken(); };
   GioLauncher launcher_;
   SwayIpc sway_;
   KWinScripting kwin_;
+  ShellWindows gnome_;
   X11Raiser x11_;
   BusActivation busActivation_;
   Activator activator_;

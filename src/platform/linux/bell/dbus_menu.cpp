@@ -6,8 +6,12 @@
 namespace tollvane {
 namespace {
 
-// A bar may say neither that the menu was opened nor that it was closed. After this time, the menu counts as closed.
+// A bar may never say that the menu was closed. After this time, the menu counts as closed.
 constexpr std::chrono::seconds longestLook{60};
+
+// Some bars ask for the menu that they are about to show, and then do not show it. If a bar does not say within this
+// time that it has, the menu counts as closed.
+constexpr std::chrono::seconds longestOpening{3};
 
 }  // namespace
 
@@ -89,7 +93,7 @@ bool DBusMenu::AboutToShow(int id) {
   if (id == 0) {
     // A menu that was open before must be closed by now. From here on nothing moves under the pointer.
     const bool changed = rebuild();
-    setOpen();
+    setOpen(longestOpening);
     return changed;
   }
   if (!knows(id)) refuse(id);
@@ -117,7 +121,7 @@ void DBusMenu::refuse(int id) {
 bool DBusMenu::obey(int id, const QString& eventId) {
   if (!knows(id)) return false;
   if (eventId == QLatin1String("clicked")) choose(id);
-  if (id == 0 && eventId == QLatin1String("opened")) setOpen();
+  if (id == 0 && eventId == QLatin1String("opened")) setOpen(longestLook);
   if (id == 0 && eventId == QLatin1String("closed")) setClosed();
   return true;
 }
@@ -155,9 +159,9 @@ bool DBusMenu::rebuild() {
   return true;
 }
 
-void DBusMenu::setOpen() {
+void DBusMenu::setOpen(std::chrono::seconds longest) {
   open_ = true;
-  openTooLong_.start(longestLook);
+  openTooLong_.start(longest);
 }
 
 void DBusMenu::setClosed() {

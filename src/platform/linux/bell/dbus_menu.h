@@ -8,6 +8,7 @@
 #include <QDBusContext>
 #include <QObject>
 #include <QTimer>
+#include <chrono>
 #include <functional>
 
 #include "platform/linux/bell/bus_types.h"
@@ -64,7 +65,7 @@ class DBusMenu : public QObject, protected QDBusContext {
   bool obey(int id, const QString& eventId);
   void choose(int id);
   bool rebuild();
-  void setOpen();
+  void setOpen(std::chrono::seconds longest);
   void setClosed();
 
   MenuDelegate& delegate_;

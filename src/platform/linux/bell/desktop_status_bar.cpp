@@ -77,18 +77,21 @@ class DesktopStatusBar::Item : public StatusItem {
   void setImage(std::string_view symbolName, std::string_view accessibilityDescription) override {
     symbol_ = symbolName;
     description_ = accessibilityDescription;
+    bar_.shell_.setImage(symbol_, description_);
     if (modern_) modern_->setImage(symbol_, description_);
     if (old_) old_->setImage(symbol_);
   }
 
   void setToolTip(std::string_view text) override {
     toolTip_ = text;
+    bar_.shell_.setToolTip(toolTip_);
     if (modern_) modern_->setToolTip(toolTip_);
     if (old_) old_->setToolTip(toolTip_);
   }
 
   void setMenu(MenuDelegate& delegate) override {
     menu_ = &delegate;
+    bar_.shell_.setMenu(delegate);
     drawn_.emplace(delegate);
     drawn_->onChoice = [this](const std::string& token) {
       if (bar_.onChoice) bar_.onChoice(token);
@@ -132,7 +135,13 @@ class DesktopStatusBar::Item : public StatusItem {
 };
 
 DesktopStatusBar::DesktopStatusBar(QDBusConnection bus, StatusBar& modern, MainQueue& queue)
-    : modern_(modern), queue_(queue), hosts_(std::move(bus), [this](bool hasHost) { hostsChanged(hasHost); }) {
+    : modern_(modern),
+      queue_(queue),
+      shell_(bus),
+      hosts_(std::move(bus), [this](bool hasHost) { hostsChanged(hasHost); }) {
+  shell_.onChoice = [this](const std::string& token) {
+    if (onChoice) onChoice(token);
+  };
   decideAfterGrace();
 }
 
@@ -159,7 +168,7 @@ void DesktopStatusBar::decideAfterGrace() {
 }
 
 void DesktopStatusBar::decide() {
-  if (item_ == nullptr) return;
+  if (item_ == nullptr || shell_.isAttached()) return;
   if (OldTrayIcon::isThere()) return item_->showOld();
   if (std::exchange(toldOfNone_, true)) return;
   if (onNoStatusBar) onNoStatusBar();

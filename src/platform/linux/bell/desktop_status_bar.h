@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/bell/shell_bell.h"
 #include "platform/linux/bell/status_watcher.h"
 #include "platform/main_queue.h"
 #include "platform/status_item.h"
@@ -52,6 +53,7 @@ class DesktopStatusBar : public StatusBar {
   Item* item_ = nullptr;
   bool toldOfNone_ = false;
   int decision_ = 0;  // number of the newest one that is waiting; only that one counts
+  ShellBell shell_;
   StatusHostWatch hosts_;
   Liveness alive_;
 };

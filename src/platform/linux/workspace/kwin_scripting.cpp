@@ -77,10 +77,11 @@ KWinScripting::~KWinScripting() {
 
 void KWinScripting::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
   run(latin(listWindows), [this, target, done = std::move(done)](const std::optional<QString>& list) {
-    const auto window = list ? bestKWinWindow(list->toUtf8(), target) : std::nullopt;
-    if (!window) return done(Raised::unknown);
-    if (window->isEmpty()) return done(Raised::noWindow);
-    run(QStringLiteral("const wanted = %1;").arg(quoted(*window)) + latin(activateWindow),
+    const auto windows = list ? kwinWindows(list->toUtf8()) : std::nullopt;
+    if (!windows) return done(Raised::unknown);
+    const auto best = bestWindowOf(*windows, target);
+    if (!best) return done(Raised::noWindow);
+    run(QStringLiteral("const wanted = %1;").arg(quoted(QString::fromStdString(best->id))) + latin(activateWindow),
         [done](const std::optional<QString>& answer) {
           done(answer == QLatin1String("yes") ? Raised::yes : Raised::unknown);
         });
@@ -140,31 +141,21 @@ void KWinScripting::finish(const QString& script, const std::optional<QString>& 
       this, [running, answer] { running->onAnswer(answer); }, Qt::QueuedConnection);
 }
 
-std::optional<QString> bestKWinWindow(const QByteArray& list, const ActivationTarget& target) {
+std::optional<std::vector<OpenWindow>> kwinWindows(const QByteArray& list) {
   const QJsonDocument document = QJsonDocument::fromJson(list);
   if (!document.isArray()) return std::nullopt;
-  struct Order {
-    int rank;
-    bool otherTitle, inactive;
-    double depth;
-    auto operator<=>(const Order&) const = default;
-  };
-  std::optional<Order> best;
-  QString found;
+  std::vector<OpenWindow> windows;
   for (const auto& each : document.array()) {
     const QJsonObject window = each.toObject();
     const auto text = [&](const char* key) { return window.value(latin(key)).toString().toStdString(); };
-    const int pid = window.value(QLatin1String("pid")).toInt();
-    auto rank = target.rank(pid, text("className"), text("name"));
-    if (const auto byEntry = target.rank(pid, text("entry")); byEntry && (!rank || *byEntry < *rank)) rank = byEntry;
-    if (!rank) continue;
-    const Order order{*rank, !target.isWanted(text("title")), !window.value(QLatin1String("active")).toBool(),
-                      -window.value(QLatin1String("height")).toDouble()};
-    if (best && !(order < *best)) continue;
-    best = order;
-    found = window.value(QLatin1String("id")).toString();
+    windows.push_back({.id = text("id"),
+                       .pid = window.value(QLatin1String("pid")).toInt(),
+                       .names = {text("className"), text("name"), text("entry")},
+                       .title = text("title"),
+                       .isActive = window.value(QLatin1String("active")).toBool(),
+                       .height = window.value(QLatin1String("height")).toDouble()});
   }
-  return found;
+  return windows;
 }
 
 }  // namespace tollvane

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "platform/linux/workspace/window_raiser.h"
 
@@ -48,9 +49,7 @@ class KWinScripting : public QObject, public WindowRaiser, protected QDBusContex
   QString kwin_;                                      // the unique name of the KWin that was asked last
 };
 
-// The id of the window that fits best, in KWin's list of its windows as our script writes it; of several that fit
-// equally well the one with the wanted title, else the active one, else the topmost. Empty if none belongs to the
-// application; absent if the list cannot be read.
-std::optional<QString> bestKWinWindow(const QByteArray& list, const ActivationTarget& target);
+// KWin's windows, from the list that our script writes; absent if it cannot be read.
+std::optional<std::vector<OpenWindow>> kwinWindows(const QByteArray& list);
 
 }  // namespace tollvane

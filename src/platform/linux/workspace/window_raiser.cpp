@@ -41,6 +41,30 @@ std::optional<int> ActivationTarget::rank(Pid windowPid, std::string_view name, 
   return best;
 }
 
+std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, const ActivationTarget& target) {
+  struct Order {
+    int rank;
+    bool hasOtherTitle, isInactive;
+    double depth;
+    auto operator<=>(const Order&) const = default;
+  };
+  std::optional<Order> best;
+  std::optional<OpenWindow> found;
+  for (const OpenWindow& window : windows) {
+    auto rank = target.rankOfPid(window.pid);
+    for (const std::string& name : window.names) {
+      const auto byName = target.rankOfName(name);
+      if (byName && (!rank || *byName < *rank)) rank = byName;
+    }
+    if (!rank) continue;
+    const Order order{*rank, !target.isWanted(window.title), !window.isActive, -window.height};
+    if (best && !(order < *best)) continue;
+    best = order;
+    found = window;
+  }
+  return found;
+}
+
 void Activator::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
   tryFrom(0, target, Raised::unknown, std::move(done));
 }

@@ -43,6 +43,20 @@ struct ActivationTarget {
   std::optional<int> rank(Pid windowPid, std::string_view name, std::string_view otherName = {}) const;
 };
 
+// A window as a compositor describes it.
+struct OpenWindow {
+  std::string id;                       // the compositor's own
+  Pid pid = 0;                          // 0: unknown
+  std::vector<std::string> names = {};  // what it calls itself
+  std::string title = {};
+  bool isActive = false;  // it is in front
+  double height = 0;      // the greater, the higher among the others
+};
+
+// The window that fits best; of several that fit equally well the one with the wanted title, else the active one, else
+// the highest. Absent if none belongs to the application.
+std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, const ActivationTarget& target);
+
 enum class Raised {
   yes,       // a window of the application came forward, or asks for attention where the desktop does not let it
   noWindow,  // this way sees every window there is, and none belongs to the application

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "platform/linux/bell/shell_extension.h"
+#include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/window_raiser.h"
 
 namespace tollvane {
@@ -86,6 +88,51 @@ TEST(Activator, ReportsNoWindowIfAnyWayIsCertainOfThat) {
   EXPECT_EQ(ask(neither), Raised::unknown);
   Activator empty({});
   EXPECT_EQ(ask(empty), Raised::unknown);
+}
+
+// Windows of compositors.
+
+TEST(BestWindow, TheProcessCountsFirstThenTheTitleThenWhatIsInFrontThenHeight) {
+  ActivationTarget target = player();
+  target.title = "Inbox";
+  std::vector<OpenWindow> windows = {
+      {.id = "low", .pid = 101, .height = 1},
+      {.id = "high", .pid = 102, .height = 5},
+      {.id = "stranger", .pid = 999, .isActive = true, .height = 9},
+  };
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "high");
+  windows.push_back({.id = "front", .pid = 101, .isActive = true});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "front");
+  windows.push_back({.id = "titled", .pid = 102, .title = "Inbox - Mail"});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled");
+  windows.push_back({.id = "named", .names = {"", "example-player"}, .title = "Inbox", .isActive = true, .height = 9});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled") << "a name tells less than a process";
+  windows.push_back({.id = "own", .pid = 100});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "own");
+}
+
+TEST(BestWindow, OthersWindowsAreNone) {
+  EXPECT_FALSE(bestWindowOf({}, player()));
+  EXPECT_FALSE(bestWindowOf({{.id = "x", .pid = 7, .names = {"other"}}, {.id = "y"}}, player()));
+}
+
+TEST(KWinWindows, TheListOfTheScriptIsRead) {
+  const auto windows = kwinWindows(R"([{"id": "{1}", "pid": 100, "title": "T", "name": "n", "className": "c",
+                                        "entry": "e", "active": true, "height": 3}, {"pid": "x"}, 7])");
+  ASSERT_TRUE(windows);
+  ASSERT_EQ(windows->size(), 3U);
+  EXPECT_EQ(windows->front().id, "{1}");
+  EXPECT_EQ(windows->front().pid, 100);
+  EXPECT_EQ(windows->front().names, (std::vector<std::string>{"c", "n", "e"}));
+  EXPECT_TRUE(windows->front().isActive);
+  for (const char* text : {"", "{}", "[", "null", "\xff"}) EXPECT_FALSE(kwinWindows(text)) << text;
+}
+
+TEST(ShellExtension, EachGenerationOfTheShellHasItsForm) {
+  for (const char* version : {"43.9", "44", "43"}) EXPECT_EQ(formForShell(version), "43") << version;
+  for (const char* version : {"45.0", "46.beta", "48.7"}) EXPECT_EQ(formForShell(version), "45") << version;
+  for (const char* version : {"", "3.38", "42.9", "49.0", "999999999999", "x", "-43"})
+    EXPECT_EQ(formForShell(version), "") << version;
 }
 
 }  // namespace

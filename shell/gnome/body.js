@@ -1,0 +1,264 @@
+// Tollvane in GNOME Shell: its bell where nothing else shows it, its menu in the shell's own widgets, and a way for it
+// to bring windows forward. While Tollvane does not run, this does nothing. It listens to the program that owns
+// Tollvane's name on the session bus, and to no other. All texts that come from there are plain text, and are cut.
+
+const VERSION = 1;
+const TOLLVANE = 'com.quarnel.tollvane';
+const WATCHER = 'org.kde.StatusNotifierWatcher'; // its owner shows the bell, so it must not be shown here
+const BELL_PATH = '/com/quarnel/tollvane/bell';
+const SHELL_PATH = '/com/quarnel/tollvane/shell';
+
+const LONGEST_TEXT = 400;
+const MOST_ITEMS = 80;
+const LONGEST_MENU = 1 << 20;
+const MOST_WINDOWS = 1000;
+
+const BELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Bell">
+  <method name="Attach"><arg type="u" direction="in"/><arg type="u" direction="out"/></method>
+  <method name="State"><arg type="s" direction="out"/><arg type="s" direction="out"/></method>
+  <method name="Menu"><arg type="s" direction="out"/></method>
+  <method name="Choose"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
+  <signal name="Changed"/>
+</interface></node>`;
+
+const SHELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Shell">
+  <method name="Windows"><arg type="a(tusssb)" direction="out"/></method>
+  <method name="Activate"><arg type="t" direction="in"/><arg type="b" direction="out"/></method>
+  <signal name="ShowMenu"/>
+</interface></node>`;
+
+const BellProxy = Gio.DBusProxy.makeProxyWrapper(BELL_INTERFACE);
+
+function shortened(text) {
+  return typeof text !== 'string' ? '' : text.length <= LONGEST_TEXT ? text : `${text.slice(0, LONGEST_TEXT)}…`;
+}
+
+function labelled(text, ...classes) {
+  const label = new St.Label({text: shortened(text), y_align: Clutter.ActorAlign.CENTER});
+  for (const each of classes)
+    label.add_style_class_name(`tollvane-${each}`);
+  return label;
+}
+
+// One sound or command: one line or two, and the keys at the end.
+const Row = GObject.registerClass(
+class TollvaneRow extends PopupMenu.PopupBaseMenuItem {
+  _init(item, choose) {
+    super._init({reactive: item.enabled !== false, can_focus: item.enabled !== false});
+    const lines = new St.BoxLayout({vertical: true, x_expand: true});
+    for (const runs of Array.isArray(item.lines) ? item.lines.slice(0, 2) : []) {
+      const line = new St.BoxLayout({style_class: 'tollvane-line'});
+      for (const run of Array.isArray(runs) ? runs.slice(0, 8) : [])
+        line.add_child(labelled(run.text, run.style, run.color));
+      lines.add_child(line);
+    }
+    this.add_child(lines);
+    if (item.key)
+      this.add_child(labelled(`Ctrl+${String(item.key).toUpperCase()}`, 'key', 'secondary'));
+    this.accessible_name = shortened(item.name);
+    this.connect('activate', () => choose(item.id));
+  }
+});
+
+const Bell = GObject.registerClass(
+class TollvaneBell extends PanelMenu.Button {
+  _init(link, icons) {
+    super._init(0.5, 'Tollvane');
+    this._link = link;
+    this._icons = icons;
+    this._icon = new St.Icon({style_class: 'system-status-icon'});
+    this.add_child(this._icon);
+    this._keys = new Map();
+    this.menu.actor.add_style_class_name('tollvane-menu');
+    this.menu.connect('open-state-changed', (_menu, open) => open && this.fill());
+    this.menu.actor.connect('key-press-event', (_actor, event) => this._pressed(event));
+    // A menu without items does not open, and items come only when it opens.
+    this.menu.addMenuItem(new Row({enabled: false, lines: [[{text: 'No sounds yet'}]]}, () => {}));
+    this.show_state('bell', 'Tollvane');
+    this.fill();
+  }
+
+  show_state(symbol, toolTip) {
+    const name = symbol === 'bell.fill' ? 'tollvane-bell-fill-symbolic' : 'tollvane-bell-symbolic';
+    this._icon.gicon = Gio.icon_new_for_string(`${this._icons}/${name}.svg`);
+    this.accessible_name = shortened(toolTip);
+  }
+
+  fill() {
+    this._link.menu(items => {
+      this.menu.removeAll();
+      this._keys.clear();
+      this._add(this.menu, items);
+    });
+  }
+
+  _add(menu, items) {
+    for (const item of items.slice(0, MOST_ITEMS)) {
+      if (item.separator) {
+        menu.addMenuItem(new PopupMenu.PopupSeparatorMenuItem());
+      } else if (Array.isArray(item.items) && item.items.length > 0) {
+        const below = new PopupMenu.PopupSubMenuMenuItem(shortened(item.name), false);
+        this._add(below.menu, item.items);
+        menu.addMenuItem(below);
+      } else {
+        const choose = id => this._link.choose(id);
+        menu.addMenuItem(new Row(item, choose));
+        if (item.key)
+          this._keys.set(String(item.key), item.id);
+      }
+    }
+  }
+
+  _pressed(event) {
+    const pressed = event.get_state() & Clutter.ModifierType.CONTROL_MASK;
+    const id = pressed ? this._keys.get(String.fromCodePoint(event.get_key_unicode().codePointAt?.(0) ?? 0)) ??
+      this._keys.get(event.get_key_unicode()) : undefined;
+    if (id === undefined)
+      return Clutter.EVENT_PROPAGATE;
+    this.menu.close();
+    this._link.choose(id);
+    return Clutter.EVENT_STOP;
+  }
+});
+
+// What Tollvane may ask of the shell.
+class Windows {
+  constructor(isTollvane) {
+    this._isTollvane = isTollvane;
+    this._object = Gio.DBusExportedObject.wrapJSObject(SHELL_INTERFACE, this);
+    this._object.export(Gio.DBus.session, SHELL_PATH);
+  }
+
+  destroy() {
+    this._object.unexport();
+    this._object.run_dispose();
+  }
+
+  _all() {
+    return global.get_window_actors().map(actor => actor.meta_window)
+      .filter(window => !window.is_override_redirect() && !window.is_skip_taskbar());
+  }
+
+  _guarded(invocation, answer) {
+    if (this._isTollvane(invocation.get_sender()))
+      invocation.return_value(answer());
+    else
+      invocation.return_dbus_error('org.freedesktop.DBus.Error.AccessDenied', 'This is for Tollvane only.');
+  }
+
+  WindowsAsync(_parameters, invocation) {
+    this._guarded(invocation, () => {
+      const found = this._all().slice(-MOST_WINDOWS).map(window => [
+        window.get_id(), Math.max(0, window.get_pid()), shortened(window.get_title() ?? ''),
+        shortened(window.get_wm_class() ?? ''), shortened(window.get_gtk_application_id?.() ?? ''),
+        window === global.display.focus_window]);
+      return new GLib.Variant('(a(tusssb))', [found]);
+    });
+  }
+
+  ActivateAsync([id], invocation) {
+    this._guarded(invocation, () => {
+      const window = this._all().find(each => each.get_id() === Number(id));
+      if (window)
+        Main.activateWindow(window);
+      return new GLib.Variant('(b)', [Boolean(window) && global.display.focus_window === window]);
+    });
+  }
+}
+
+// The link to Tollvane: comes and goes with the owner of its name.
+class Link {
+  constructor(icons) {
+    this._icons = icons;
+    this._owner = null;
+    this._hasOtherBell = false;
+    this._windows = new Windows(sender => sender === this._owner);
+    this._watches = [
+      Gio.bus_watch_name(Gio.BusType.SESSION, WATCHER, Gio.BusNameWatcherFlags.NONE,
+        () => this._otherBell(true), () => this._otherBell(false)),
+      Gio.bus_watch_name(Gio.BusType.SESSION, TOLLVANE, Gio.BusNameWatcherFlags.NONE,
+        (_bus, _name, owner) => this._appeared(owner), () => this._vanished()),
+    ];
+  }
+
+  destroy() {
+    for (const watch of this._watches)
+      Gio.bus_unwatch_name(watch);
+    this._vanished();
+    this._windows.destroy();
+  }
+
+  _otherBell(there) {
+    this._hasOtherBell = there;
+    this._showBell();
+  }
+
+  _appeared(owner) {
+    this._vanished();
+    this._owner = owner;
+    const cancel = this._cancel = new Gio.Cancellable();
+    new BellProxy(Gio.DBus.session, owner, BELL_PATH, (proxy, error) => {
+      if (error || cancel.is_cancelled())
+        return;
+      proxy.AttachRemote(VERSION, (answer, failure) => {
+        // An older Tollvane knows nothing of this, and a newer one may want another version.
+        if (failure || answer[0] !== VERSION || cancel.is_cancelled())
+          return;
+        this._proxy = proxy;
+        this._changes = proxy.connectSignal('Changed', () => this._update());
+        this._showBell();
+      });
+    }, cancel, Gio.DBusProxyFlags.DO_NOT_AUTO_START | Gio.DBusProxyFlags.DO_NOT_LOAD_PROPERTIES);
+  }
+
+  _vanished() {
+    this._owner = null;
+    this._cancel?.cancel();
+    this._cancel = null;
+    if (this._proxy)
+      this._proxy.disconnectSignal(this._changes);
+    this._proxy = null;
+    this._showBell();
+  }
+
+  _showBell() {
+    const wanted = Boolean(this._proxy) && !this._hasOtherBell;
+    if (wanted && !this.bell) {
+      this.bell = new Bell(this, this._icons);
+      Main.panel.addToStatusArea('tollvane', this.bell);
+      this._update();
+    } else if (!wanted && this.bell) {
+      this.bell.destroy();
+      this.bell = null;
+    }
+  }
+
+  _update() {
+    this._proxy?.StateRemote(([symbol, toolTip], error) => {
+      if (!error)
+        this.bell?.show_state(symbol, toolTip);
+    });
+  }
+
+  menu(use) {
+    this._proxy?.MenuRemote(([text], error) => {
+      if (error || !this.bell || text.length > LONGEST_MENU)
+        return;
+      try {
+        const items = JSON.parse(text);
+        if (Array.isArray(items) && items.length > 0)
+          use(items);
+      } catch (e) {
+        logError(e, 'Tollvane');
+      }
+    });
+  }
+
+  choose(id) {
+    // The token is the user's permission for a window to come forward.
+    const info = Gio.AppInfo.create_from_commandline('Tollvane', 'Tollvane',
+      Gio.AppInfoCreateFlags.SUPPORTS_STARTUP_NOTIFICATION);
+    const token = global.create_app_launch_context(0, -1).get_startup_notify_id(info, []);
+    this._proxy?.ChooseRemote(Number(id), token ?? '');
+  }
+}

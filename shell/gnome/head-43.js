@@ -1,0 +1,7 @@
+'use strict';
+
+const {Clutter, Gio, GLib, GObject, St} = imports.gi;
+const Main = imports.ui.main;
+const PanelMenu = imports.ui.panelMenu;
+const PopupMenu = imports.ui.popupMenu;
+
