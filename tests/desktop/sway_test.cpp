@@ -65,6 +65,20 @@ TEST_F(SwayTest, TheSettingsWindowIsShownInFrontInItsSize) {
   EXPECT_NE(tree.find("\"tollvane\""), std::string::npos) << tree;
 }
 
+// As on any other compositor that lists its windows: without sway's own socket.
+TEST_F(SwayTest, AWindowComesForwardThroughTheCompositorsList) {
+  const auto window = startProbe((desktop.root() / "window").string());
+  window->writeLine("alert Here I am|and here I stay|OK");
+  ASSERT_TRUE(waitUntil([&] { return isInFront(*window); }));
+  sway({"workspace", "2"});
+  ASSERT_FALSE(isInFront(*window));
+  const auto probe = desktop.start({"env", "-u", "SWAYSOCK", TOLLVANE_PROBES "/desktop_probe"});
+  ASSERT_EQ(probe->line(), "ready");
+  EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated yes");
+  EXPECT_TRUE(waitUntil([&] { return isInFront(*window); }));
+  EXPECT_EQ(ask(*probe, "activate " + std::to_string(probe->pid())), "activated no") << "it belongs to no application";
+}
+
 TEST_F(SwayTest, AProgramWithoutWindowsIsReportedToHaveNone) {
   const auto window = startProbe((desktop.root() / "window").string());
   const auto probe = startProbe(TOLLVANE_PROBES "/desktop_probe");

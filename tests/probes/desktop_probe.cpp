@@ -27,6 +27,7 @@
 #include "platform/linux/workspace/linux_workspace.h"
 #include "platform/linux/workspace/shell_windows.h"
 #include "platform/linux/workspace/sway_ipc.h"
+#include "platform/linux/workspace/wayland_toplevels.h"
 #include "platform/linux/workspace/window_raiser.h"
 #include "platform/linux/workspace/x11_raiser.h"
 #include "tests/probes/probe_lines.h"
@@ -49,9 +50,10 @@ struct Desktop {
   SwayIpc sway;
   KWinScripting kwin{QDBusConnection::sessionBus()};
   ShellWindows gnome{QDBusConnection::sessionBus()};
+  WaylandToplevels wayland;
   X11Raiser x11;
   BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
-  Activator activator{{&sway, &kwin, &gnome, &x11, &busActivation}};
+  Activator activator{{&sway, &kwin, &gnome, &wayland, &x11, &busActivation}};
   LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};

@@ -30,6 +30,7 @@
 #include "platform/linux/workspace/linux_workspace.h"
 #include "platform/linux/workspace/shell_windows.h"
 #include "platform/linux/workspace/sway_ipc.h"
+#include "platform/linux/workspace/wayland_toplevels.h"
 #include "platform/linux/workspace/window_raiser.h"
 #include "platform/linux/workspace/x11_raiser.h"
 #include "platform/platform.h"
@@ -81,6 +82,7 @@ class LinuxPlatform {
   SwayIpc sway_;
   KWinScripting kwin_;
   ShellWindows gnome_;
+  WaylandToplevels wayland_;
   X11Raiser x11_;
   BusActivation busActivation_;
   Activator activator_;

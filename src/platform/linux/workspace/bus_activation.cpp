@@ -25,7 +25,8 @@ bool isBusName(const QString& id) {
 }  // namespace
 
 void BusActivation::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
-  if (target.entry == nullptr) return done(Raised::unknown);
+  // Any other application may open something new instead, such as an empty document.
+  if (target.entry == nullptr || !target.entry->singleMainWindow) return done(Raised::unknown);
   const QString id = QString::fromStdString(target.entry->id);
   if (!target.entry->dbusActivatable || !isBusName(id) || !bus_.isConnected())
     return startAgain(target, std::move(done));
@@ -44,7 +45,7 @@ void BusActivation::raise(const ActivationTarget& target, std::function<void(Rai
 }
 
 void BusActivation::startAgain(const ActivationTarget& target, std::function<void(Raised)> done) {
-  if (!target.entry->singleMainWindow || target.entry->path.empty()) return done(Raised::unknown);
+  if (target.entry->path.empty()) return done(Raised::unknown);
   launcher_.launch(target.entry->path, {},
                    [done = std::move(done)](bool started) { done(started ? Raised::yes : Raised::unknown); });
 }

@@ -1,6 +1,7 @@
-// Asks an application to come forward by itself: over the session bus, where its entry says that it listens there, or
-// by starting it once more, where its entry says that this shows the window it has. The only way where the window
-// system keeps all windows to itself. Main thread only; the launcher must outlive the object.
+// Asks an application to come forward by itself: over the session bus, if its entry says that it listens there, or by
+// starting it once more. Only if its entry says that it has one window, which this shows; everything else could open
+// something new. The last resort, for window systems that keep all windows to themselves. Main thread only; the
+// launcher must outlive the object.
 // Source: freedesktop.org, Desktop Entry 1.5 (D-Bus Activation, SingleMainWindow).
 #pragma once
 
