@@ -18,6 +18,18 @@ if(NOT APPLE)
   add_link_options(-Wl,--as-needed)  # a library that is linked but not used is not loaded
 endif()
 
+# What people run checks itself for overrun buffers and stacks, and cannot be redirected by overwritten addresses. The
+# sanitizers have checks of their own.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT APPLE AND NOT TOLLVANE_SANITIZE)
+  add_compile_options(-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3
+    -D_GLIBCXX_ASSERTIONS)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    add_compile_options(-fcf-protection)
+  endif()
+  add_link_options(-pie -Wl,-z,relro,-z,now)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+endif()
+
 if(TOLLVANE_SANITIZE)
   add_compile_options(-fsanitize=${TOLLVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TOLLVANE_SANITIZE})
