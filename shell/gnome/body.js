@@ -33,10 +33,14 @@ function shortened(text) {
   return typeof text !== 'string' ? '' : text.length <= LONGEST_TEXT ? text : `${text.slice(0, LONGEST_TEXT)}…`;
 }
 
+// How strongly texts are drawn on the menu, of 255. The shell's style sheets know no opacity.
+const STRENGTHS = {secondary: 205, faint: 150};
+
 function labelled(text, ...classes) {
   const label = new St.Label({text: shortened(text), y_align: Clutter.ActorAlign.CENTER});
   for (const each of classes)
     label.add_style_class_name(`tollvane-${each}`);
+  label.opacity = Math.min(255, ...classes.map(each => STRENGTHS[each] ?? 255));
   return label;
 }
 

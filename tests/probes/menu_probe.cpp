@@ -1,6 +1,7 @@
 // The bell with its menu, for tests and pictures: menu_probe ICON_THEME_PATH SCENARIO.
 // Obeys commands on its standard input, one a line:
 //   open X Y        as if a bar had reported a click there        close
+//   claim           owns Tollvane's name on the bus, so that the extension of GNOME Shell shows the menu
 //   key             as for a keyboard shortcut
 //   submenu         opens the first submenu       grab FILE     a picture of the open menu
 //   add APP         adds a sound                  clear         removes all   image SYMBOL
@@ -18,6 +19,7 @@
 #include <string>
 
 #include "platform/linux/bell/linux_status_bar.h"
+#include "platform/linux/bell/shell_bell.h"
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/menu/menu_widget.h"
 #include "platform/linux/menu/rich_menu.h"
@@ -50,6 +52,7 @@ class Probe : public QObject {
           say("chosen " + chosen + " | " + bar_.takeActivationToken());
           if (chosen == "quit") QCoreApplication::quit();
         }) {
+    shell_.setMenu(scenario_);
     item_->setMenu(scenario_);
     item_->setImage("bell.fill", "Tollvane");
     item_->setToolTip("Tollvane");
@@ -100,6 +103,10 @@ class Probe : public QObject {
       int x = 0, y = 0;
       line >> x >> y;
       direct_.toggle({x, y});
+    }
+    if (command == "claim") {
+      QDBusConnection::sessionBus().registerService(QStringLiteral("com.quarnel.tollvane"));
+      shell_.setImage("bell.fill", "Tollvane");
     }
     if (command == "look") {
       const QPalette palette = QApplication::palette();
@@ -170,6 +177,7 @@ class Probe : public QObject {
   std::unique_ptr<StatusItem> item_;
   test::MenuScenario scenario_;
   RichMenu direct_{scenario_};
+  ShellBell shell_{QDBusConnection::sessionBus()};
 };
 
 }  // namespace

@@ -41,9 +41,8 @@ QJsonArray linesOf(const MenuItem& item) {
     line.append(made);
   }
   if (item.attributedTitle.empty())
-    line.append(
-        QJsonObject{{QStringLiteral("text"), plainLine(item.title)},
-                    {QStringLiteral("color"), item.isEnabled ? QStringLiteral("label") : QStringLiteral("faint")}});
+    line.append(QJsonObject{{QStringLiteral("text"), plainLine(item.title)},
+                            {QStringLiteral("color"), QStringLiteral("label")}});
   lines.append(line);
   return lines;
 }

@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Pictures of bell and menu in GNOME Shell: shells_pictures.py BUILD DIRECTORY
+
+With Tollvane's own extension, and with the one for indicators. Needs what shells_test.py needs.
+"""
+
+import pathlib
+import sys
+
+if len(sys.argv) != 3:
+    sys.exit('shells_pictures.py: name the build and the directory for the pictures.')
+OUT = pathlib.Path(sys.argv.pop())
+
+import shells_test
+from client import PrivateSession
+from waiting import wait_until
+
+SHELL = ('org.gnome.Shell', '/org/gnome/Shell', 'org.gnome.Shell')
+PICTURES = [('tollvane', 'tabs'), ('tollvane', 'fifty'), ('indicators', 'tabs')]
+
+
+def evaluate(session, script):
+    return session.bus.call(*SHELL, 'Eval', 's', script)[1]
+
+
+def take(extension, scenario, find):
+    with PrivateSession('--wayland', 'gnome', '--screen', '1024x600', '--extension', extension) as session:
+        bell = shells_test.Probe(session, 'menu_probe', str(shells_test.BUILD / 'Tollvane/icons'), scenario)
+        bell.ask('image bell.fill')
+        if '/' in extension:
+            bell.ask('claim')
+        item = f'Main.panel.statusArea[Object.keys(Main.panel.statusArea).find(key => key.startsWith("{find}"))]'
+        wait_until(lambda: evaluate(session, f'{item}?.menu.numMenuItems > 3') == 'true' or
+                   evaluate(session, f'{item}?.menu.open(); 1') != '1', 'the menu')
+        # The shell tells of things that this session does not have.
+        evaluate(session, 'Main.messageTray.hide(); Main.messageTray.bannerBlocked = true; 1')
+        evaluate(session, f'{item}.menu.open(); 1')
+        wait_until(lambda: evaluate(session, f'{item}.menu.actor.get_stage() && !global.stage.is_grabbed?.call') and
+                   evaluate(session, f'{item}.menu.isOpen') == 'true', 'the open menu')
+        evaluate(session, 'Main.messageTray._hideNotification?.(false); 1')
+        picture = session.root / 'tmp/picture.png'
+        for _ in range(2):  # the first one shows the menu while it fades in
+            session.bus.call('org.gnome.Shell', '/org/gnome/Shell/Screenshot', 'org.gnome.Shell.Screenshot',
+                             'Screenshot', 'bbs', 'false', 'false', str(picture))
+        return picture.read_bytes()
+
+
+OUT.mkdir(parents=True, exist_ok=True)
+for name, scenario in PICTURES:
+    extension, find = (str(shells_test.EXTENSION), 'tollvane') if name == 'tollvane' else \
+        (shells_test.INDICATORS, 'appindicator')
+    (OUT / f'gnome-{name}-{scenario}.png').write_bytes(take(extension, scenario, find))
