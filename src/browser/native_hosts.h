@@ -41,8 +41,12 @@ class NativeHosts {
   // Writes a manifest for every edition of a browser that is installed, that runs, or whose directory exists.
   void installManifests();
 
+  // What a manifest says, and its file's name. Packages for all users of a computer ship the same manifests in the
+  // system's directories, with the bundle's own bridge.
+  static std::string manifest(Browser browser, const std::string& bridge, const Bundle& bundle);
+  static std::string manifestFile();
+
  private:
-  std::string manifest(Browser browser, const std::string& bridge) const;
 
   Files& files_;
   const Locations& locations_;
