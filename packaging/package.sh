@@ -131,7 +131,7 @@ done <"$work/list"
 documents=$share/doc/tollvane
 mkdir -p "$documents"
 put "$packaging/debian/copyright" /usr/share/doc/tollvane/copyright
-for page in README.md PRIVACY.md docs/troubleshooting.md docs/extension.md; do
+for page in PRIVACY.md SECURITY.md docs/troubleshooting.md docs/extension.md; do
   put "$source/$page" "/usr/share/doc/tollvane/$(basename "$page")"
 done
 # CHANGELOG.md in Debian's form
@@ -150,8 +150,18 @@ awk -v suffix="${debian_version#"$version"}" '
     printf "tollvane (%s%s) unstable; urgency=medium\n\n", version, suffix
     next
   }
-  version && /^- / { sub(/^- /, "  * "); print; next }
-  version && /^  / { print "  " $0 }
+  # A line is at most 78 characters long.
+  function say(text,    words, count, line, i) {
+    count = split(text, words, " ")
+    for (i = 1; i <= count; i++) {
+      if (line != "" && length(line " " words[i]) > 74) { print lead line; lead = "    "; line = "" }
+      line = line (line == "" ? "" : " ") words[i]
+    }
+    print lead line
+    lead = "    "
+  }
+  version && /^- / { lead = "  * "; say(substr($0, 3)); next }
+  version && /^  / { say($0) }
   END { finish() }' "$source/CHANGELOG.md" | gzip -9n >"$documents/changelog.gz"
 
 if grep -q '^[^#]' "$packaging/debian/lintian-overrides"; then
