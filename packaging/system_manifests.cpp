@@ -30,7 +30,8 @@ int main(int argc, char* argv[]) {
     if (!browser || edition.systemManifests.empty() || !written.insert(edition.systemManifests).second) continue;
     const auto folder = root / edition.systemManifests.substr(1);
     const auto file = folder / NativeHosts::manifestFile();
-    if (files.createDirectories(folder) && files.write(file, NativeHosts::manifest(*browser, argv[2], bundle))) continue;
+    if (files.createDirectories(folder) && files.write(file, NativeHosts::manifest(*browser, argv[2], bundle)))
+      continue;
     std::fprintf(stderr, "system_manifests: %s could not be written.\n", file.c_str());
     return EXIT_FAILURE;
   }

@@ -39,17 +39,21 @@ void NativeHosts::installManifests() {
 
 std::string NativeHosts::manifestFile() { return std::string(hostName) + ".json"; }
 
+std::vector<std::string> NativeHosts::chromiumOrigins(const Bundle& bundle) {
+  std::vector<std::string> origins;
+  const auto add = [&](std::string_view id) { origins.push_back("chrome-extension://" + std::string(id) + "/"); };
+  for (const auto id : chromiumExtensionIDs) add(id);
+  for (const auto& id : bundle.infoStrings(furtherExtensionIDsKey)) add(id);
+  return origins;
+}
+
 std::string NativeHosts::manifest(Browser browser, const std::string& bridge, const Bundle& bundle) {
   nlohmann::json manifest = {
       {"name", hostName}, {"description", "Tollvane browser bridge"}, {"path", bridge}, {"type", "stdio"}};
   if (browser.isGecko()) {
     manifest["allowed_extensions"] = geckoExtensionIDs;
   } else {
-    auto origins = nlohmann::json::array();
-    for (const auto id : chromiumExtensionIDs) origins.push_back("chrome-extension://" + std::string(id) + "/");
-    for (const auto& id : bundle.infoStrings(furtherExtensionIDsKey))
-      origins.push_back("chrome-extension://" + id + "/");
-    manifest["allowed_origins"] = origins;
+    manifest["allowed_origins"] = chromiumOrigins(bundle);
   }
   return json::pretty(manifest);
 }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "model/browser.h"
 #include "model/paths.h"
@@ -46,8 +47,10 @@ class NativeHosts {
   static std::string manifest(Browser browser, const std::string& bridge, const Bundle& bundle);
   static std::string manifestFile();
 
- private:
+  // The extensions that a manifest for the Chromium family admits.
+  static std::vector<std::string> chromiumOrigins(const Bundle& bundle);
 
+ private:
   Files& files_;
   const Locations& locations_;
   const Bundle& bundle_;
