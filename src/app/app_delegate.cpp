@@ -232,9 +232,7 @@ void AppDelegate::refreshIcon() {
   statusItem_->setToolTip(bell.toolTip);
 }
 
-std::string AppDelegate::state() const {
-  return stateReport(version(), watcher_.hearing(), link_, platform_.dates);
-}
+std::string AppDelegate::state() const { return stateReport(version(), watcher_.hearing(), link_, platform_.dates); }
 
 std::string AppDelegate::version() const {
   return platform_.bundle.infoString("CFBundleShortVersionString").value_or("dev");

@@ -248,10 +248,13 @@ std::string wrapped(std::string_view lead, std::string_view text) {
 
 std::vector<Finding> diagnose(const Examination& examination, const Bundle& bundle) {
   const std::string version = bundle.infoString("CFBundleShortVersionString").value_or("");
-  std::vector<Finding> findings = {programFinding(examination),      runningFinding(examination, version),
-                                   soundFinding(examination),        lastSoundFinding(examination),
-                                   notificationFinding(examination), bellFinding(examination),
-                                   windowFinding(examination)};
+  std::vector<Finding> findings = {programFinding(examination), runningFinding(examination, version),
+                                   soundFinding(examination), lastSoundFinding(examination)};
+  if (examination.hasSessionBus) {  // without it, nothing is known about these
+    findings.push_back(notificationFinding(examination));
+    findings.push_back(bellFinding(examination));
+    findings.push_back(windowFinding(examination));
+  }
   const auto add = [&](std::vector<Finding> more) {
     for (Finding& finding : more) findings.push_back(std::move(finding));
   };
