@@ -37,7 +37,8 @@ TEST_F(ManifestStateTest, ALinkCountsAsWhatItLeadsTo) {
 TEST_F(ManifestStateTest, AMissingBridgeOrOneThatIsNoProgramIsTold) {
   write((directory / "gone").string(), R"(["a/", "b/"])");
   EXPECT_EQ(state(), ManifestState::noBridge);
-  write("/etc/hostname", R"(["a/", "b/"])");
+  directory.write("text", "no program");
+  write((directory / "text").string(), R"(["a/", "b/"])");
   EXPECT_EQ(state(), ManifestState::noBridge);
 }
 
