@@ -131,7 +131,7 @@ done <"$work/list"
 documents=$share/doc/tollvane
 mkdir -p "$documents"
 put "$packaging/debian/copyright" /usr/share/doc/tollvane/copyright
-for page in PRIVACY.md SECURITY.md docs/troubleshooting.md docs/extension.md; do
+for page in PRIVACY.md docs/{installing,troubleshooting,extension,hearing}.md; do
   put "$source/$page" "/usr/share/doc/tollvane/$(basename "$page")"
 done
 # CHANGELOG.md in Debian's form

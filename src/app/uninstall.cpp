@@ -65,6 +65,7 @@ Uninstalled uninstall(Files& files, const Locations& locations, LoginService& lo
     remover.remove(bin / (std::string(NativeHosts::bridgeName) + ".new"));
     remover.removeIfEmpty(bin);
     remover.remove(support / bridgeSocketName);
+    remover.remove(support / doctorFileName);
     remover.removeIfEmpty(support / "safari-inbox");
     if (all) {
       remover.removeWithContents(support);

@@ -49,7 +49,7 @@ int openInEditor(QCoreApplication& application, const std::string& text) {
   PosixFiles files;
   const auto folder = dataFolder();
   if (!folder) return fail("there is no home directory for this user.");
-  const auto file = *folder / supportDirectoryName / "doctor.txt";
+  const auto file = *folder / supportDirectoryName / doctorFileName;
   if (!files.createDirectories(file.parent_path()) || !files.writeAtomically(file, text))
     return fail(file.string() + " cannot be written.");
   bool opened = false;
