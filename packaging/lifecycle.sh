@@ -5,11 +5,16 @@
 #   lifecycle.sh PACKAGE
 #
 # Needs what packaging/debian/session.txt lists. Prints each check, and ends with 1 if one fails.
+# shellcheck disable=SC2317  # the functions are called by check
 set -euo pipefail
-[ $# = 1 ] && [ "$(id -u)" = 0 ] || { echo "usage, as root of a computer that is thrown away: lifecycle.sh PACKAGE" >&2; exit 64; }
+if [ $# != 1 ] || [ "$(id -u)" != 0 ]; then
+  echo "usage, as root of a computer that is thrown away: lifecycle.sh PACKAGE" >&2
+  exit 64
+fi
 here=$(cd "$(dirname "$0")" && pwd)
 package=$(realpath "$1")
 work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
 
 # repack VERSION: the same package under another version.
 repack() {
@@ -23,56 +28,95 @@ repack() {
 repack 0.0.1
 repack 9.0.0
 
-packages() { DEBIAN_FRONTEND=noninteractive apt-get -qq -y --no-install-recommends "$@" >"$work/apt" 2>&1 || { cat "$work/apt"; exit 1; }; }
-
-wrong=0
-check() {
-  if eval "$2"; then echo "ok: $1"; else echo "WRONG: $1"; wrong=1; fi
+# packages WORD...: runs apt-get, and prints what it says if it fails.
+packages() {
+  DEBIAN_FRONTEND=noninteractive apt-get -qq -y --no-install-recommends "$@" >"$work/apt" 2>&1 && return
+  cat "$work/apt" >&2
+  exit 1
 }
 
-packages install "$work/tollvane_0.0.1.deb"
+wrong=0
+# check SENTENCE COMMAND...
+check() {
+  local sentence=$1
+  shift
+  if "$@"; then echo "ok: $sentence"; else
+    echo "WRONG: $sentence"
+    wrong=1
+  fi
+}
 
-# The session replaces all variables of this shell, as a login does.
+# eventually COMMAND...: whether it succeeds within ten seconds.
+eventually() {
+  local _
+  for _ in $(seq 100); do
+    if "$@"; then return; fi
+    sleep 0.1
+  done
+  return 1
+}
+
+packages --allow-downgrades install "$work/tollvane_0.0.1.deb"
+
 # shellcheck source=tests/session/client.sh
 source "$here/../tests/session/client.sh"
 begin_session --sound pipewire --screen 800x300 --window-manager openbox --panel xfce4
-trap 'rm -rf "$work"' EXIT
+own=$home/.local/share/Tollvane
 
-running() { pgrep -f "^/usr/lib/tollvane/$1( |\$)" >/dev/null || pgrep -x "$1" >/dev/null; }
-doctor() { Tollvane --doctor || true; }
-eventually() { for _ in $(seq 100); do eval "$1" && return; sleep 0.1; done; return 1; }
-linked() { doctor | grep -q "Tollvane $1 runs"; }
-heard() { wc -l <"$home/.local/share/Tollvane/history.txt" 2>/dev/null || echo 0; }
+start_tollvane() {
+  Tollvane >>"$log/tollvane" 2>&1 &
+  tollvane=$!
+}
+gone() { ! kill -0 "$1" 2>/dev/null; }
+says() { (Tollvane --doctor || true) | grep -qF "$1"; }
+log_tool() { pgrep -P "$tollvane" -x TollvaneLog; }
+has_log_tool() { log_tool >/dev/null; }
+lines() { if [ -f "$own/history.txt" ]; then wc -l <"$own/history.txt"; else echo 0; fi; }
+heard_more_than() { [ "$(lines)" -gt "$1" ]; }
+same_log_tool() { [ "$(log_tool)" = "$log_pid" ]; }
+same_history() { [ "$(lines)" = "$before" ]; }
+tone() { sox -n -r 48000 "$work/tone.wav" synth 0.5 sine 440 vol 0.1 && pw-play "$work/tone.wav"; }
+left_in_system() {
+  find /etc /usr /var/lib -path /var/lib/dpkg -prune -o -iname '*tollvane*' -print | { grep -v "^$here" || true; }
+}
+nothing_left() { [ -z "$(left_in_system)" ]; }
+in_home() { (cd "$home" && find . -path '*ollvane*' -type f -exec md5sum {} + | sort); }
+home_is_same() { [ "$(in_home)" = "$home_before" ]; }
 
-Tollvane >"$log/tollvane" 2>&1 &
-check "the installed one runs" 'eventually "linked 0.0.1"'
-check "it starts at login" 'grep -q /usr/lib/tollvane/Tollvane "$home/.config/autostart/tollvane.desktop"'
-check "its log tool runs" 'eventually "running TollvaneLog"'
-log_tool=$(pgrep -x TollvaneLog)
+start_tollvane
+check "the installed one runs" eventually says "Tollvane 0.0.1 runs."
+check "it starts at login" grep -q '"/usr/lib/tollvane/Tollvane"' "$home/.config/autostart/tollvane.desktop"
+check "its log tool runs" eventually has_log_tool
+log_pid=$(log_tool)
+eventually says "Sounds can be heard"
+sleep 2
 
 packages install "$work/tollvane_9.0.0.deb"
-check "after the upgrade the old one runs on" 'doctor | grep -q "Tollvane 0.0.1 runs, but its program has been replaced"'
-check "and its log tool does" '[ "$(pgrep -x TollvaneLog)" = "$log_tool" ]'
-pw-play "$root/tone.wav" 2>/dev/null || paplay /usr/share/sounds/freedesktop/stereo/bell.oga || true
-check "and it still hears" 'eventually "[ \$(heard) -ge 1 ]"'
-pkill -TERM -x Tollvane
-check "it ends" 'eventually "! running Tollvane"'
-Tollvane >"$log/tollvane" 2>&1 &
-check "the next start is the new one" 'eventually "linked 9.0.0"'
-lines=$(heard)
+check "after the upgrade the old one runs on, and the doctor says so" \
+  says "Tollvane 0.0.1 runs, but its program has been replaced"
+check "its log tool runs on" same_log_tool
+before=$(lines)
+tone
+check "it still hears" eventually heard_more_than "$before"
+kill -TERM "$tollvane"
+check "it ends when it is asked to" eventually gone "$tollvane"
+start_tollvane
+check "the next start is the new one" eventually says "Tollvane 9.0.0 runs."
 
+before=$(lines)
 packages --allow-downgrades install "$work/tollvane_0.0.1.deb"
-check "a downgrade keeps the history" '[ "$(heard)" = "$lines" ] && [ "$lines" -ge 1 ]'
-check "and the settings" '[ -s "$home/.config/Tollvane/defaults.json" ]'
+check "a downgrade keeps the history" same_history
+check "and the settings" test -s "$home/.config/Tollvane/defaults.json"
 
-find "$home" -path '*ollvane*' | sort >"$work/home-before"
+home_before=$(in_home)
+log_pid=$(log_tool)
 packages remove tollvane
-check "after the removal nothing of it runs" 'eventually "! running Tollvane && ! running TollvaneLog"'
-left() { find /etc /usr /var/lib -path /var/lib/dpkg -prune -o -iname '*tollvane*' -print | grep -v '^/usr/share/doc/tollvane$' | grep -v "^$here"; }
-check "nothing of it is left in the system" '[ -z "$(left)" ]'
+check "after the removal it runs no more" eventually gone "$tollvane"
+check "nor does its log tool" eventually gone "$log_pid"
+check "nothing of it is left in the system" nothing_left
+packages --allow-downgrades install "$work/tollvane_0.0.1.deb"
 packages purge tollvane
-check "and after the purge nothing either" '[ -z "$(left)" ]'
-find "$home" -path '*ollvane*' -not -name bridge.sock | sort >"$work/home-after"
-sed -i '/bridge.sock$/d' "$work/home-before"
-check "the home is untouched" 'diff "$work/home-before" "$work/home-after"'
+check "nor after it was installed again and purged" nothing_left
+check "the home is untouched" home_is_same
+[ -z "$(left_in_system)" ] || left_in_system
 exit $wrong
