@@ -101,6 +101,10 @@ mkdir -p "$share/metainfo"
 releases >"$work/releases"
 fill "$packaging/linux/com.quarnel.tollvane.metainfo.xml.in" |
   sed -e "/@RELEASES@/{r $work/releases" -e 'd}' >"$share/metainfo/com.quarnel.tollvane.metainfo.xml"
+# A build without a real site has no home page, and no place from which a software centre could load pictures.
+if [[ $site == *.invalid ]]; then
+  sed -i '/<url /d; /<screenshots>/,/<\/screenshots>/d' "$share/metainfo/com.quarnel.tollvane.metainfo.xml"
+fi
 
 mkdir -p "$share/man/man1"
 for page in Tollvane TollvaneLog TollvaneBridge; do

@@ -5,6 +5,7 @@ The browser starts with a fresh profile, without developer mode and without an e
 extension from the package and starts the package's bridge. Ends with 77 if the browser or the package is not installed.
 """
 
+import json
 import pathlib
 import sys
 import unittest
@@ -46,6 +47,12 @@ class InstalledTest(unittest.TestCase):
         self.browser.start()
         self.hear_a_tab()
         self.assertTrue(self.tollvane.bridges(), "the user's own manifest counts first, so the bridge is the copy")
+        said = self.session.output('sh', '-c', 'Tollvane --doctor --json; true')
+        linked = [each['sentence'] for each in json.loads(said)['findings'] if 'is linked.' in each['sentence']]
+        self.assertEqual(len(linked), 1, said)
+        self.assertIn('(last report on ', linked[0])
+        for private in ('Wanted', 'Other', 'localhost', str(self.session.home)):
+            self.assertNotIn(private, said)
 
     def test_the_manifest_for_all_users_is_enough(self):
         self.tollvane.start()
