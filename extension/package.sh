@@ -30,6 +30,8 @@ archive() {
 
 rm -rf "$out/chromium"
 cp -R "$work/files" "$out/chromium"
+# Members that Firefox does not know would each be a warning in its store.
+jq 'del(.key, .minimum_chrome_version, .background.service_worker)' manifest.json >"$work/files/manifest.json"
 archive "$out/firefox/tollvane.xpi"
 jq 'del(.key)' manifest.json >"$work/files/manifest.json"
 archive "$out/tollvane-chromium.zip"

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/browser_status.h"
+#include "app/state_report.h"
 #include "menu/bell.h"
 #include "settings/extension_pick.h"
 #include "settings/settings_view.h"
@@ -56,7 +57,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::wireLink() {
   link_.settings = [prefs = prefs_] { return Message{{"markTabs", prefs.markTabs()}}; };
-  link_.onTab = alive_.guard([this](const BrowserConnection& from, const Message& report) {
+  link_.onTab = alive_.guard([this](BrowserConnection& from, const Message& report) {
+    from.lastReport = platform_.clock.now();
     recorder_.tabReport(from.browser(), report, from.bundleID.value_or(""));
   });
   link_.onChange = alive_.guard([this] { refreshSettingsSoon(); });
@@ -229,6 +231,8 @@ void AppDelegate::refreshIcon() {
   statusItem_->setImage(bell.symbolName, Bell::accessibilityDescription);
   statusItem_->setToolTip(bell.toolTip);
 }
+
+std::string AppDelegate::state() const { return stateReport(version(), watcher_.hearing(), link_, platform_.dates); }
 
 std::string AppDelegate::version() const {
   return platform_.bundle.infoString("CFBundleShortVersionString").value_or("dev");

@@ -62,6 +62,9 @@ class AppDelegate : public MenuDelegate {
   // The running program's version; "dev" if its bundle does not say.
   std::string version() const;
 
+  // What the doctor wants to know of the Tollvane that runs: see state_report.h.
+  std::string state() const;
+
   Recorder& recorder() { return recorder_; }
   BrowserLink& link() { return link_; }
   Updater& updater() { return updater_; }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "model/browser.h"
+#include "platform/clock.h"
 
 namespace tollvane {
 
@@ -26,6 +27,7 @@ class BrowserConnection {
 
   std::optional<std::string> bundleID;          // of the browser; absent until it is known
   std::optional<std::string> extensionVersion;  // absent until the extension has introduced itself
+  std::optional<TimePoint> lastReport;          // when it last reported a tab that sounds
 
   std::optional<Browser> browser() const { return Browser::fromBundleID(bundleID); }
   bool isReady() const { return extensionVersion.has_value(); }

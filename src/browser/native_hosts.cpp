@@ -31,23 +31,29 @@ void NativeHosts::installManifests() {
         if (!isHere && !files_.exists(directory.parent_path())) continue;
         if (!written.insert(directory).second) continue;
         files_.createDirectories(directory);
-        files_.write(directory / (std::string(hostName) + ".json"), manifest(browser, *bridge));
+        files_.write(directory / manifestFile(), manifest(browser, *bridge, bundle_));
       }
     }
   }
 }
 
-std::string NativeHosts::manifest(Browser browser, const std::string& bridge) const {
+std::string NativeHosts::manifestFile() { return std::string(hostName) + ".json"; }
+
+std::vector<std::string> NativeHosts::chromiumOrigins(const Bundle& bundle) {
+  std::vector<std::string> origins;
+  const auto add = [&](std::string_view id) { origins.push_back("chrome-extension://" + std::string(id) + "/"); };
+  for (const auto id : chromiumExtensionIDs) add(id);
+  for (const auto& id : bundle.infoStrings(furtherExtensionIDsKey)) add(id);
+  return origins;
+}
+
+std::string NativeHosts::manifest(Browser browser, const std::string& bridge, const Bundle& bundle) {
   nlohmann::json manifest = {
       {"name", hostName}, {"description", "Tollvane browser bridge"}, {"path", bridge}, {"type", "stdio"}};
   if (browser.isGecko()) {
     manifest["allowed_extensions"] = geckoExtensionIDs;
   } else {
-    auto origins = nlohmann::json::array();
-    for (const auto id : chromiumExtensionIDs) origins.push_back("chrome-extension://" + std::string(id) + "/");
-    for (const auto& id : bundle_.infoStrings(furtherExtensionIDsKey))
-      origins.push_back("chrome-extension://" + id + "/");
-    manifest["allowed_origins"] = origins;
+    manifest["allowed_origins"] = chromiumOrigins(bundle);
   }
   return json::pretty(manifest);
 }

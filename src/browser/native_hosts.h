@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "model/browser.h"
 #include "model/paths.h"
@@ -41,9 +42,15 @@ class NativeHosts {
   // Writes a manifest for every edition of a browser that is installed, that runs, or whose directory exists.
   void installManifests();
 
- private:
-  std::string manifest(Browser browser, const std::string& bridge) const;
+  // What a manifest says, and its file's name. Packages for all users of a computer ship the same manifests in the
+  // system's directories, with the bundle's own bridge.
+  static std::string manifest(Browser browser, const std::string& bridge, const Bundle& bundle);
+  static std::string manifestFile();
 
+  // The extensions that a manifest for the Chromium family admits.
+  static std::vector<std::string> chromiumOrigins(const Bundle& bundle);
+
+ private:
   Files& files_;
   const Locations& locations_;
   const Bundle& bundle_;

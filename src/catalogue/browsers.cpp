@@ -17,6 +17,7 @@ constexpr std::array editions = {
         .desktopIds = "google-chrome google-chrome-stable com.google.Chrome",
         .programs = "/google/chrome/chrome",
         .manifests = "google-chrome/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -24,6 +25,7 @@ constexpr std::array editions = {
         .desktopIds = "google-chrome-beta com.google.Chrome.beta",
         .programs = "/google/chrome-beta/chrome",
         .manifests = "google-chrome-beta/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -31,6 +33,7 @@ constexpr std::array editions = {
         .desktopIds = "google-chrome-unstable com.google.ChromeDev com.google.Chrome.unstable",
         .programs = "/google/chrome-unstable/chrome",
         .manifests = "google-chrome-unstable/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -38,6 +41,7 @@ constexpr std::array editions = {
         .desktopIds = "google-chrome-canary com.google.Chrome.canary",
         .programs = "/google/chrome-canary/chrome",
         .manifests = "google-chrome-canary/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -46,6 +50,7 @@ constexpr std::array editions = {
         .desktopIds = "microsoft-edge microsoft-edge-stable com.microsoft.Edge",
         .programs = "/microsoft/msedge/msedge",
         .manifests = "microsoft-edge/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/edge/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -53,6 +58,7 @@ constexpr std::array editions = {
         .desktopIds = "microsoft-edge-beta com.microsoft.EdgeBeta com.microsoft.Edge.beta",
         .programs = "/microsoft/msedge-beta/msedge",
         .manifests = "microsoft-edge-beta/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/edge/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -60,6 +66,7 @@ constexpr std::array editions = {
         .desktopIds = "microsoft-edge-dev com.microsoft.EdgeDev com.microsoft.Edge.dev",
         .programs = "/microsoft/msedge-dev/msedge",
         .manifests = "microsoft-edge-dev/NativeMessagingHosts",
+        .systemManifests = "/etc/opt/edge/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "brave",
@@ -96,6 +103,7 @@ constexpr std::array editions = {
                       "io.github.ungoogled_software.ungoogled_chromium",
         .programs = "/chromium /chromium-browser /chromium/chrome /chromium-browser/chrome /chrome-linux/chrome",
         .manifests = "chromium/NativeMessagingHosts",
+        .systemManifests = "/etc/chromium/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -104,6 +112,7 @@ constexpr std::array editions = {
         .desktopIds = "firefox firefox-esr org.mozilla.firefox firefox_firefox",
         .programs = "/firefox /firefox-bin /firefox-esr",
         .manifests = "~/.mozilla/native-messaging-hosts",
+        .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -111,6 +120,7 @@ constexpr std::array editions = {
         .desktopIds = "firefox-beta org.mozilla.firefox.beta",
         .programs = "/firefox-beta/firefox /firefox-beta/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
+        .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -120,6 +130,7 @@ constexpr std::array editions = {
         .programs = "/firefox-developer-edition/firefox /firefox-developer-edition/firefox-bin "
                     "/firefox-devedition/firefox /firefox-devedition/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
+        .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -127,6 +138,7 @@ constexpr std::array editions = {
         .desktopIds = "firefox-nightly org.mozilla.firefox.nightly",
         .programs = "/firefox-nightly/firefox /firefox-nightly/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
+        .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
     },
     BrowserEdition{
         .family = "safari",

@@ -26,6 +26,8 @@ struct BrowserEdition {
   // The folder in which it looks for manifests of native programs: below the home folder ("~/") or below the
   // configuration folder. Empty if it has no such folder of its own.
   std::string_view manifests = {};
+  // The folder in which it looks for manifests that are for all users. Empty if it has none that we know.
+  std::string_view systemManifests = {};
 
   bool hasDesktopId(std::string_view id) const;
   bool isMainRelease() const { return !name.empty(); }

@@ -1,6 +1,7 @@
 // Where Tollvane starts on Linux:
 //   Tollvane                starts it, or brings the one that runs forward
 //   Tollvane --show-menu    the same, and opens the menu of recent sounds, for a keyboard shortcut
+//   Tollvane --doctor ...   a command that prints something and ends; see linux_commands.h
 // What it must know about a start by the desktop, the desktop puts into the environment.
 
 #include <QApplication>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "app/app_delegate.h"
+#include "main/linux_commands.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/session/session_end.h"
 #include "platform/linux/session/session_start.h"
@@ -37,6 +39,7 @@ int main(int argc, char* argv[]) {
   using namespace tollvane;
   const auto bundle = ExecutableBundle::runningProgramsDirectory();
   if (!bundle) return refuse("cannot find out where this program stands; is /proc mounted?");
+  if (const auto exitCode = runCommand(argc, argv, *bundle)) return *exitCode;
   if (!dataFolder()) return refuse("there is no home directory for this user.");
   if (!hasDesktop()) return refuse("there is no desktop session here: neither DISPLAY nor WAYLAND_DISPLAY is set.");
 
@@ -49,7 +52,7 @@ int main(int argc, char* argv[]) {
   QApplication::setQuitOnLastWindowClosed(false);
 
   if (const auto strange = strangeArgument(QApplication::arguments()))
-    return refuse("there is no option " + *strange + "; the only one is " + showMenuOption + ".");
+    return refuse("there is no option " + *strange + "; --help lists them.");
   const bool showMenu = QApplication::arguments().contains(QLatin1String(showMenuOption));
 
   using Wish = SingleInstance::Wish;
@@ -79,6 +82,7 @@ int main(int argc, char* argv[]) {
     platform.setToken(token);
     return platform.showMenu();
   };
+  instance.onState = [&] { return delegate.state(); };
   const LastWord lastWord([&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
   if (showMenu) platform.showMenu();

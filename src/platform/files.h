@@ -59,7 +59,8 @@ class Files {
   // Puts the file `from` in the place of `to`, in one step.
   virtual bool rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
 
-  virtual bool remove(const std::filesystem::path& file) = 0;
+  // Removes a file, a link (and not what it leads to), or an empty directory.
+  virtual bool remove(const std::filesystem::path& path) = 0;
 };
 
 }  // namespace tollvane

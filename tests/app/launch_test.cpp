@@ -206,5 +206,20 @@ TEST_F(LaunchTest, TheSettingsModelGetsTheBrowserRows) {
               ElementsAre(BrowserRow{"brave", "Brave Browser", "Not running", false}));
 }
 
+TEST_F(LaunchTest, WhatItSaysAboutItselfNamesExtensionsAndTheirReportsButNoTabs) {
+  system.bundle.info["CFBundleShortVersionString"] = "0.2.0";
+  launchAgain();
+  const auto connection = connect(Browser::firefox);
+  connect(Browser::chrome)->extensionVersion.reset();  // has not introduced itself
+  auto state = nlohmann::json::parse(delegate->state());
+  EXPECT_EQ(state["version"], "0.2.0");
+  EXPECT_EQ(state["extensions"], nlohmann::json::parse(R"([{"browser": "org.mozilla.firefox", "version": "1.0"}])"));
+  delegate->link().handle(*connection, {{"type", "audible"}, {"tabId", 7}, {"title", "Secret"}, {"host", "a.example"}});
+  EXPECT_EQ(delegate->state().find("Secret"), std::string::npos);
+  EXPECT_EQ(delegate->state().find("a.example"), std::string::npos);
+  state = nlohmann::json::parse(delegate->state());
+  EXPECT_TRUE(state["extensions"][0].contains("lastReport")) << state;
+}
+
 }  // namespace
 }  // namespace tollvane

@@ -169,5 +169,17 @@ TEST_F(NativeHostsTest, AManifestIsWrittenAnewAtEachLaunch) {
   EXPECT_EQ(readManifest("Mozilla/NativeMessagingHosts")["type"], "stdio");
 }
 
+TEST_F(NativeHostsTest, TheManifestForAllUsersDiffersFromTheUsersOwnOnlyInThePath) {
+  installAll();
+  hosts.installManifests();
+  for (const auto& [browser, directory] : {std::pair{Browser(Browser::chromium), "Chromium/NativeMessagingHosts"},
+                                           std::pair{Browser(Browser::firefox), "Mozilla/NativeMessagingHosts"}}) {
+    auto own = readManifest(directory);
+    const auto forAll = NativeHosts::manifest(browser, "/usr/lib/tollvane/TollvaneBridge", system.bundle);
+    own["path"] = "/usr/lib/tollvane/TollvaneBridge";
+    EXPECT_EQ(own, nlohmann::json::parse(forAll));
+  }
+}
+
 }  // namespace
 }  // namespace tollvane

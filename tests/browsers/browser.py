@@ -7,7 +7,8 @@
     browser.run(tab, 'playSound()')
     browser.stop()                      # start() after this restarts it, with the same profile
 
-`extension` is the directory that extension/package.sh filled. Tabs are identified as in the browser's remote control.
+`extension` is the directory that extension/package.sh filled; None: the browser finds the extension by itself, with the
+settings of a fresh profile. Tabs are identified as in the browser's remote control.
 Tests run one browser at a time, because two cores cannot run two.
 """
 
@@ -32,7 +33,7 @@ class Browser:
 
     def __init__(self, session, extension, profile_directory=None):
         self.session = session
-        self.extension = pathlib.Path(extension)
+        self.extension = extension and pathlib.Path(extension)
         self.profile = session.home / (profile_directory or self.profile_directory)
         self.command = [self.name]
         self.variables = {}  # of its environment, besides the session's

@@ -36,13 +36,14 @@ class Chromium(Browser):
     def start(self, restore=False):
         (self.profile / 'Default').mkdir(parents=True, exist_ok=True)
         preferences = self.profile / 'Default/Preferences'
-        if not preferences.exists():
+        if self.extension and not preferences.exists():
             preferences.write_text(json.dumps({'extensions': {'ui': {'developer_mode': True}}}))
         self._pipe = _Pipe()
         self.process = self.session.start('chromium', [
             *self.command, '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
-            f'--user-data-dir={self.profile}', f'--load-extension={self.extension / "chromium"}',
+            f'--user-data-dir={self.profile}',
+            *([f'--load-extension={self.extension / "chromium"}'] if self.extension else []),
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),
             '--restore-last-session' if restore else 'about:blank'], env=self.environment(), **self._pipe.options())
         self._pipe.started()

@@ -109,12 +109,15 @@ class Firefox(Browser):
         return self._wire.command(name, parameters)
 
     def _write_profile(self, restore):
-        (self.profile / 'extensions').mkdir(parents=True, exist_ok=True)
-        # copy2 keeps the date: with another date it would count as a new extension at each start.
-        shutil.copy2(self.extension / 'firefox/tollvane.xpi', self.profile / 'extensions' / f'{ADDON_ID}.xpi')
+        self.profile.mkdir(parents=True, exist_ok=True)
+        admission = {}
+        if self.extension:
+            (self.profile / 'extensions').mkdir(exist_ok=True)
+            # copy2 keeps the date: with another date it would count as a new extension at each start.
+            shutil.copy2(self.extension / 'firefox/tollvane.xpi', self.profile / 'extensions' / f'{ADDON_ID}.xpi')
+            admission = {'xpinstall.signatures.required': False, 'extensions.autoDisableScopes': 0}
         preferences = {
-            'xpinstall.signatures.required': False,
-            'extensions.autoDisableScopes': 0,
+            **admission,
             'extensions.webextOptionalPermissionPrompts': False,
             'media.autoplay.default': 0,
             'media.autoplay.blocking_policy': 0,

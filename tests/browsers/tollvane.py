@@ -1,4 +1,5 @@
-"""The application in a private session: a copy of its bundle runs there, with its bell in the session's panel.
+"""The application in a private session: a copy of its bundle runs there, or the installed one. Its bell is in the
+session's panel.
 
     tollvane = Tollvane(session, bundle)
     tollvane.start()
@@ -22,13 +23,14 @@ WATCHER = ('org.kde.StatusNotifierWatcher', '/StatusNotifierWatcher', 'org.kde.S
 
 
 class Tollvane:
-    def __init__(self, session, bundle):
+    def __init__(self, session, bundle, in_place=False):
         self.session = session
-        self.bundle = session.root / 'bundle'
-        shutil.copytree(bundle, self.bundle)
+        self.bundle = pathlib.Path(bundle) if in_place else session.root / 'bundle'
+        if not in_place:
+            shutil.copytree(bundle, self.bundle)
         self.history_file = session.data / 'Tollvane/history.txt'
         self._socket = session.data / 'Tollvane/bridge.sock'
-        self._bridge = session.data / 'Tollvane/bin/TollvaneBridge'
+        self.bridge = session.data / 'Tollvane/bin/TollvaneBridge'
         self.process = None
         self._accessibility = Accessibility(session)
         settings = session.config / 'Tollvane/defaults.json'
@@ -104,7 +106,7 @@ class Tollvane:
 
     def bridges(self):
         """The ids of the bridges' processes, which browsers have started."""
-        return self.session.processes(self._bridge)
+        return self.session.processes(self.bridge)
 
     def is_linked(self):
         """Whether a bridge is connected."""

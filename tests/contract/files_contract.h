@@ -122,10 +122,21 @@ TYPED_TEST_P(FilesContract, ARemovedFileIsGone) {
   EXPECT_FALSE(this->files.remove(this->at("file")));
 }
 
+TYPED_TEST_P(FilesContract, AnEmptyDirectoryIsRemovedAndAFullOneStays) {
+  ASSERT_TRUE(this->files.createDirectories(this->at("folder")));
+  ASSERT_TRUE(this->files.write(this->at("folder/file"), "text"));
+  EXPECT_FALSE(this->files.remove(this->at("folder")));
+  EXPECT_TRUE(this->files.exists(this->at("folder/file")));
+  EXPECT_TRUE(this->files.remove(this->at("folder/file")));
+  EXPECT_TRUE(this->files.remove(this->at("folder")));
+  EXPECT_FALSE(this->files.exists(this->at("folder")));
+}
+
 REGISTER_TYPED_TEST_SUITE_P(FilesContract, AFileExistsOnceItIsWritten, NewContentReplacesTheOld,
                             NothingIsWrittenIntoAMissingDirectory, MissingParentDirectoriesAreMade,
                             BytesAreAppendedToExistingFilesOnly, AFileIsReadWholeOrNotAtAll,
                             TheNamesInADirectoryAreListed, ContentsAreComparedByteByByte, ACopyNeverReplacesAFile,
-                            ARenamedFileTakesThePlaceOfAnother, ARemovedFileIsGone);
+                            ARenamedFileTakesThePlaceOfAnother, ARemovedFileIsGone,
+                            AnEmptyDirectoryIsRemovedAndAFullOneStays);
 
 }  // namespace tollvane::test

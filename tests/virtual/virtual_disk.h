@@ -124,7 +124,10 @@ class VirtualFiles : public Files {
   }
   bool remove(const std::filesystem::path& file) override {
     if (onRemove) onRemove(file);
-    return !readOnly && contents.erase(file) > 0;
+    if (readOnly) return false;
+    if (contents.erase(file) > 0) return true;
+    const auto names = list(file);
+    return names && names->empty() && directories.erase(file) > 0;
   }
 
   std::map<std::filesystem::path, std::string> contents;

@@ -264,6 +264,32 @@ TEST_F(WholeDesktopTest, TheFirstLaunchWelcomesAndStartsWithTheSessionFromThenOn
   EXPECT_FALSE(fs::exists(autostart)) << "the user has removed it";
 }
 
+TEST_F(WholeDesktopTest, TheDoctorSeesTheOneThatRunsItsBellAndThatItsProgramWasReplaced) {
+  start();
+  awaitBell();
+  const auto doctor = [&] { return run({"sh", "-c", "'" + (bundle / "Tollvane").string() + "' --doctor; true"}); };
+  const std::string text = doctor();
+  EXPECT_THAT(text, HasSubstr("  ok    Tollvane 0."));
+  EXPECT_THAT(text, HasSubstr("  ok    Status icons are shown by "));
+  EXPECT_THAT(text, HasSubstr("  ok    Windows come forward through the X11 window manager."));
+
+  fs::copy(bundle / "Tollvane", bundle / "newer");
+  fs::rename(bundle / "newer", bundle / "Tollvane");
+  EXPECT_THAT(doctor(), HasSubstr("its program has been replaced or removed since it was started"));
+  EXPECT_TRUE(tollvane->running());
+}
+
+TEST_F(WholeDesktopTest, UninstallEndsTheOneThatRuns) {
+  const fs::path autostart = root() / ".config/autostart/tollvane.desktop";
+  launch();
+  awaitBell();
+  ASSERT_TRUE(fs::exists(autostart));
+  EXPECT_THAT(run({(bundle / "Tollvane").string(), "--uninstall"}), HasSubstr("History and settings are still there."));
+  EXPECT_EQ(tollvane->exitCode(desktopPatience), 0);
+  EXPECT_FALSE(fs::exists(autostart));
+  EXPECT_TRUE(fs::exists(root() / ".config/Tollvane/defaults.json"));
+}
+
 class WithoutPanelTest : public WholeDesktopTest {
  protected:
   WithoutPanelTest() : WholeDesktopTest({.screen = true, .panel = false}) {}

@@ -147,7 +147,7 @@ bool PosixFiles::rename(const std::filesystem::path& from, const std::filesystem
   return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-bool PosixFiles::remove(const std::filesystem::path& file) { return ::unlink(file.c_str()) == 0; }
+bool PosixFiles::remove(const std::filesystem::path& path) { return ::remove(path.c_str()) == 0; }
 
 UniqueFd openPlainFile(const std::string& path) {
   struct stat status {};

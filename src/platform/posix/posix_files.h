@@ -25,7 +25,7 @@ class PosixFiles : public Files {
   bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const override;
   bool copy(const std::filesystem::path& from, const std::filesystem::path& to) override;
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
-  bool remove(const std::filesystem::path& file) override;
+  bool remove(const std::filesystem::path& path) override;
 };
 
 // Reading files that somebody else may have written, or that are no files at all: nothing here waits for the other end

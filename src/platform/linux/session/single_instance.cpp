@@ -2,6 +2,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusReply>
+#include <csignal>
+#include <thread>
 #include <utility>
 
 namespace tollvane {
@@ -26,6 +28,7 @@ QDBusMessage callFor(SingleInstance::Wish wish, const std::string& token) {
 // The object is registered before the name, so that a program that finds the name can call it.
 SingleInstance::SingleInstance(QDBusConnection bus) : bus_(std::move(bus)) {
   new ApplicationAdaptor(this);
+  new StateAdaptor(this);
   if (bus_.isConnected()) bus_.registerObject(text(objectPath), this, QDBusConnection::ExportAdaptors);
 }
 
@@ -65,6 +68,33 @@ void ApplicationAdaptor::ActivateAction(const QString& name, const QVariantList&
   message.setDelayedReply(true);
   instance_->bus().send(
       message.createErrorReply(text(noMenu), QStringLiteral("The desktop lets no program open this menu.")));
+}
+
+std::optional<FirstInstance> FirstInstance::find(const QDBusConnection& bus) {
+  if (!bus.isConnected()) return std::nullopt;
+  const auto pid = bus.interface()->servicePid(text(SingleInstance::busName));
+  return pid.isValid() ? std::optional(FirstInstance{static_cast<Pid>(pid.value())}) : std::nullopt;
+}
+
+std::string FirstInstance::state(const QDBusConnection& bus) {
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(text(SingleInstance::busName), text(SingleInstance::objectPath),
+                                     QStringLiteral("com.quarnel.tollvane.State"), QStringLiteral("Describe"));
+  call.setAutoStartService(false);
+  constexpr int milliseconds = 3000;
+  const QDBusReply<QString> answer = bus.call(call, QDBus::Block, milliseconds);
+  return answer.isValid() ? answer.value().toStdString() : std::string();
+}
+
+bool FirstInstance::end(const QDBusConnection& bus, std::chrono::milliseconds patience) const {
+  const auto isThere = [&] { return bus.interface()->isServiceRegistered(text(SingleInstance::busName)).value(); };
+  constexpr std::chrono::milliseconds pause{50};
+  if (::kill(pid, SIGTERM) != 0) return !isThere();
+  for (auto waited = std::chrono::milliseconds::zero(); isThere(); waited += pause) {
+    if (waited >= patience) return false;
+    std::this_thread::sleep_for(pause);
+  }
+  return true;
 }
 
 }  // namespace tollvane

@@ -18,9 +18,11 @@
 #include <QVariantMap>
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/linux/workspace/activation_token.h"
+#include "platform/process_table.h"
 
 namespace tollvane {
 
@@ -56,6 +58,9 @@ class SingleInstance : public QObject {
   // Called when the user wants to see the menu without a click on the bell; false if it cannot be shown.
   std::function<bool(const std::string& token)> onShowMenu;
 
+  // Returns what the program says about itself, as JSON.
+  std::function<std::string()> onState;
+
   QDBusConnection bus() const { return bus_; }
 
  private:
@@ -86,6 +91,37 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
 
  private:
   SingleInstance* instance_;
+};
+
+// What the doctor asks the first instance.
+class StateAdaptor : public QDBusAbstractAdaptor {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "com.quarnel.tollvane.State")
+
+ public:
+  explicit StateAdaptor(SingleInstance* instance) : QDBusAbstractAdaptor(instance), instance_(instance) {}
+
+ public Q_SLOTS:
+  QString Describe() {  // NOLINT(readability-identifier-naming): the bus's style
+    return instance_->onState ? QString::fromStdString(instance_->onState()) : QString();
+  }
+
+ private:
+  SingleInstance* instance_;
+};
+
+// The first instance as another program sees it, which asks about it or ends it.
+struct FirstInstance {
+  Pid pid = 0;
+
+  // Absent if there is none.
+  static std::optional<FirstInstance> find(const QDBusConnection& bus);
+
+  // What it says about itself; empty if it does not answer.
+  static std::string state(const QDBusConnection& bus);
+
+  // Asks it to end, and waits until its name is gone. False if it is still there.
+  bool end(const QDBusConnection& bus, std::chrono::milliseconds patience = std::chrono::seconds(5)) const;
 };
 
 }  // namespace tollvane
