@@ -118,6 +118,13 @@ ln -s ../../../lib/tollvane/Extensions/chromium "$share/chromium/extensions/toll
 ln -s ../../../../lib/tollvane/Extensions/firefox/tollvane.xpi \
   "$share/mozilla/extensions/{ec8030f7-c20a-464f-9b0e-13a3a9e97384}/tollvane@quarnel.com.xpi"
 
+# GNOME Shell loads extensions for all users from this folder; each user turns them on. Up to 44 they are scripts.
+generation=45
+if [ "${release%%.*}" = 12 ]; then generation=43; fi
+mkdir -p "$share/gnome-shell/extensions"
+ln -s "../../../lib/tollvane/Extensions/gnome/$generation/tollvane@quarnel.com" \
+  "$share/gnome-shell/extensions/tollvane@quarnel.com"
+
 # The manifests in /etc are links, because they are no settings: nothing of them stays when the package is removed.
 "$build/packaging/system_manifests" "$bundle" /usr/lib/tollvane/TollvaneBridge "$work/manifests"
 find "$work/manifests" -type f -printf '%P\n' | sort >"$work/list"

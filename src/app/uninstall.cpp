@@ -44,7 +44,8 @@ class Remover {
 }  // namespace
 
 Uninstalled uninstall(Files& files, const Locations& locations, LoginService& login,
-                      const std::optional<std::filesystem::path>& settingsFolder, bool all) {
+                      const std::optional<std::filesystem::path>& settingsFolder, bool all,
+                      const std::vector<std::filesystem::path>& others) {
   Uninstalled result;
   Remover remover(files, result);
   result.loginFailure = login.unregisterApplication();
@@ -58,6 +59,8 @@ Uninstalled uninstall(Files& files, const Locations& locations, LoginService& lo
       }
     }
   }
+  for (const auto& path : others)
+    if (files.exists(path)) remover.removeWithContents(path);
   if (const auto data = locations.applicationSupport()) {
     const auto support = *data / supportDirectoryName;
     const auto bin = support / programFolderName;

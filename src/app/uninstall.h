@@ -21,8 +21,10 @@ struct Uninstalled {
 };
 
 // `settingsFolder`: the one with the settings; absent if the user has none. History and settings are removed only if
-// `all` is true; then nothing stays in Tollvane's two folders. Links there are removed, and never followed.
+// `all` is true; then nothing stays in Tollvane's two folders. Links there are removed, and never followed. `others`:
+// files and folders that only this system has; all of them are removed.
 Uninstalled uninstall(Files& files, const Locations& locations, LoginService& login,
-                      const std::optional<std::filesystem::path>& settingsFolder, bool all);
+                      const std::optional<std::filesystem::path>& settingsFolder, bool all,
+                      const std::vector<std::filesystem::path>& others = {});
 
 }  // namespace tollvane

@@ -8,13 +8,16 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/uninstall.h"
 #include "browser/native_hosts.h"
 #include "doctor/diagnosis.h"
+#include "platform/linux/bell/shell_extension.h"
 #include "platform/linux/doctor/examiner.h"
 #include "platform/linux/kernel/folders.h"
 #include "platform/linux/session/autostart_login.h"
+#include "platform/linux/session/launcher_entry.h"
 #include "platform/linux/session/single_instance.h"
 #include "platform/linux/system/executable_bundle.h"
 #include "platform/linux/workspace/launcher.h"
@@ -83,7 +86,10 @@ int removeTraces(const std::filesystem::path& directory, bool all) {
   const auto configuration = configurationFolder();
   AutostartLogin login(files, configuration, directory / "Tollvane");
   const auto settings = configuration ? std::optional(*configuration / "Tollvane") : std::nullopt;
-  const Uninstalled result = uninstall(files, locations, login, settings, all);
+  std::vector<std::filesystem::path> others = {*dataFolder() / "gnome-shell/extensions" / ShellExtension::uuid};
+  const auto entry = *dataFolder() / launcherEntryPath;
+  if (isOwnLauncherEntry(files, entry)) others.push_back(entry);
+  const Uninstalled result = uninstall(files, locations, login, settings, all, others);
   for (const auto& path : result.removed) print("removed " + path.string() + "\n");
   for (const auto& path : result.left) fail(path.string() + " cannot be removed.");
   if (result.loginFailure) fail(*result.loginFailure);

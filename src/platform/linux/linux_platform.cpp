@@ -72,6 +72,9 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       login_(files_, configurationFolder(), bundle / "Tollvane"),
       settingsWindows_([this](QWidget& window) { application_.bringForward(window); }) {
   login_.repair();
+  const auto data = dataFolder();
+  const auto& folders = entries_.environment().dataFolders;
+  if (data) writeLauncherEntry(files_, *data, {folders.begin(), folders.end()}, bundle);
   bar_.onChoice = [this](const std::string& token) { setToken(token); };
   bar_.onNoStatusBar = [this] {
     shellExtension_.find([this] { offerShellExtension(); }, [this] { alerts_.show(noStatusBar, [](std::size_t) {}); });

@@ -15,6 +15,7 @@
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/kernel/folders.h"
 #include "platform/linux/session/autostart_login.h"
+#include "platform/linux/session/launcher_entry.h"
 #include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/system/executable_bundle.h"
 #include "platform/linux/system/json_defaults.h"

@@ -7,6 +7,7 @@
 #include <QDBusVariant>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 namespace tollvane {
 namespace {
@@ -53,9 +54,11 @@ void ShellExtension::find(std::function<void()> offer, std::function<void()> oth
 }
 
 bool ShellExtension::install() {
+  // A package has put it there for all users.
+  const bool isThere = files_.exists(std::filesystem::path("/usr/share/gnome-shell/extensions") / uuid);
   const auto names = files_.list(form_);
-  if (!names || !files_.createDirectories(target())) return false;
-  for (const std::string& name : *names)
+  if (!isThere && (!names || !files_.createDirectories(target()))) return false;
+  for (const std::string& name : isThere ? std::vector<std::string>() : *names)
     if (!files_.copy(form_ / name, target() / name)) return false;
   bus_.asyncCall(callShell("/org/gnome/Shell", "org.gnome.Shell.Extensions", "EnableExtension")
                  << QString::fromLatin1(uuid));

@@ -9,36 +9,15 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/session/exec_key.h"
+
 namespace tollvane {
 namespace {
 
 constexpr std::size_t largestEntry = 64 << 10;
 
-// An argument as the Exec key wants it: in double quotes, with the characters escaped that are special there or in the
-// file.
-std::string execArgument(std::string_view path) {
-  std::string text = "\"";
-  for (const char c : path) {
-    if (c == '\\') {
-      text += "\\\\\\\\";
-    } else if (c == '"' || c == '`' || c == '$') {
-      text += std::string("\\\\") + c;
-    } else if (c == '%') {
-      text += "%%";
-    } else if (c == '\n') {
-      text += "\\n";
-    } else {
-      text += c;
-    }
-  }
-  return text + '"';
-}
-
-// "env" takes a path with a "=" for one more variable, so a shell starts such a program.
-std::string commandFor(const std::filesystem::path& program) {
-  std::string command = "env " + std::string(startedAtLogin) + "=1 ";
-  if (program.native().find('=') != std::string::npos) command += "sh -c " + execArgument("exec \"$0\"") + " ";
-  return command + execArgument(program.native());
+std::string loginCommandFor(const std::filesystem::path& program) {
+  return "env " + std::string(startedAtLogin) + "=1 " + execCommand(program);
 }
 
 std::string entryFor(const std::filesystem::path& program) {
@@ -47,7 +26,7 @@ std::string entryFor(const std::filesystem::path& program) {
          "Name=Tollvane\n"
          "Comment=Tells which application or browser tab made each sound\n"
          "Exec=" +
-         commandFor(program) +
+         loginCommandFor(program) +
          "\n"
          "X-GNOME-Autostart-enabled=true\n";
 }
