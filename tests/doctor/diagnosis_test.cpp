@@ -74,8 +74,7 @@ TEST_F(DiagnosisTest, WhatIsBadAlwaysHasAMend) {
     broken.browsers.front().ownManifest = state;
     const auto findings = diagnose(broken, bundle);
     EXPECT_GE(std::ranges::count(findings, Health::bad, &Finding::health), 7);
-    for (const Finding& finding : findings)
-      if (finding.health == Health::bad) EXPECT_NE(finding.mend, "") << finding.sentence;
+    for (const Finding& finding : findings) EXPECT_TRUE(finding.health != Health::bad || !finding.mend.empty());
     EXPECT_FALSE(isHealthy(findings));
   }
 }
