@@ -196,6 +196,9 @@ Finding updateFinding(const Bundle& bundle) {
 }
 
 std::vector<Finding> fileFindings(const Examination& found) {
+  if (!found.home)
+    return {{"home", Health::bad, "This user has no home directory, so Tollvane cannot run.",
+             "Log in as a user with a home directory."}};
   const std::string folder = shown(found.supportFolder, found);
   std::vector<Finding> findings;
   if (found.supportFolderIsWritable)

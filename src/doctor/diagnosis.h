@@ -22,7 +22,7 @@ enum class Health {
 struct Finding {
   std::string subject;  // "sound", "browser org.mozilla.firefox": the same in all languages and versions
   Health health = Health::good;
-  std::string sentence;
+  std::string sentence = {};
   std::string mend = {};  // what the user can do; empty: nothing needs to be done
 
   bool operator==(const Finding&) const = default;

@@ -25,7 +25,7 @@ enum class ManifestState {
 struct ExaminedBrowser {
   std::string bundleID;
   std::string name;  // what the desktop calls it
-  std::vector<BrowserPackaging> packagings;
+  std::vector<BrowserPackaging> packagings = {};
   bool isRunning = false;
   ManifestState ownManifest = ManifestState::none;     // in the user's home; it counts first
   ManifestState systemManifest = ManifestState::none;  // for all users

@@ -8,8 +8,8 @@
 
 namespace tollvane {
 
-// Tollvane's own directory below applicationSupport(), the directory in it that holds the copy of the bridge, the
-// socket in it at which the bridges find Tollvane, and what the doctor has last written for the text editor.
+// Tollvane's own directory below applicationSupport(), and in it: the directory that holds the copy of the bridge, the
+// socket at which the bridges find Tollvane, and what the doctor has last written for the text editor.
 inline constexpr std::string_view supportDirectoryName = "Tollvane";
 inline constexpr std::string_view programFolderName = "bin";
 inline constexpr std::string_view bridgeSocketName = "bridge.sock";

@@ -270,7 +270,7 @@ TEST_F(WholeDesktopTest, TheDoctorSeesTheOneThatRunsItsBellAndThatItsProgramWasR
   const auto doctor = [&] { return run({"sh", "-c", "'" + (bundle / "Tollvane").string() + "' --doctor; true"}); };
   const std::string text = doctor();
   EXPECT_THAT(text, HasSubstr("  ok    Tollvane 0."));
-  EXPECT_THAT(text, HasSubstr("  ok    Status icons are shown by "));
+  EXPECT_THAT(text, HasSubstr("  ok    Status icons are shown by xfce4-panel."));
   EXPECT_THAT(text, HasSubstr("  ok    Windows come forward through the X11 window manager."));
 
   fs::copy(bundle / "Tollvane", bundle / "newer");

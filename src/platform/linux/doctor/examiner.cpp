@@ -80,6 +80,14 @@ std::optional<std::string> notificationService(const QDBusConnection& bus) {
   return name.isEmpty() ? "a service without a name" : name.toStdString();
 }
 
+// The name of the panel. Xfce's panel runs the part with the status icons in a process of its own, "wrapper-2.0".
+std::string barName(Pid pid) {
+  const ProcFs processes;
+  const std::string name = processes.programName(pid);
+  const auto parent = processes.parentPid(pid);
+  return name.starts_with("wrapper-") && parent ? processes.programName(*parent) : name;
+}
+
 // Sets the place for the bell, and the program that shows it.
 void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examination& found) {
   constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
@@ -93,7 +101,7 @@ void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examinatio
     if (hasHost.isValid() && hasHost.value().variant().toBool()) {
       found.bellPlace = BellPlace::statusBar;
       const auto pid = bus.interface()->servicePid(latin(watcher));
-      if (pid.isValid()) found.bar = ProcFs().programName(static_cast<Pid>(pid.value()));
+      if (pid.isValid()) found.bar = barName(static_cast<Pid>(pid.value()));
       return;
     }
   }
