@@ -147,7 +147,6 @@ TEST_F(FaultsTest, StoredSettingsKeepWhatTheyHadAndTakeTheNextChange) {
       defaults.set("markTabs", true);
       defaults.set("lastCheck", 5.5);
     });
-    EXPECT_EQ(defaults.object("markTabs"), Defaults::Value(true)) << "this run goes on with it";
     const auto stored = json::object(directory->read("Tollvane/settings.json"));
     ASSERT_TRUE(stored);
     EXPECT_EQ((*stored)["own"], nlohmann::json({1, 2}));
