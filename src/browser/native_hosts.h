@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,6 +43,7 @@ class NativeHosts {
   void installManifests();
 
  private:
+  void write(const std::filesystem::path& file, const std::string& manifest);
   std::string manifest(Browser browser, const std::string& bridge) const;
 
   Files& files_;

@@ -76,12 +76,14 @@ int openat(int directory, const char* path, int flags, ...) {
 
 int mkostemp(char* name, int flags) { return fails("open", EMFILE) ? -1 : real(&mkostemp, "mkostemp")(name, flags); }
 
-// "write": nothing is written. "half write": a half is, and from then on the disk is full.
+// "write": nothing is written. "half write": a half is, and for the rest there is no room.
 ssize_t write(int descriptor, const void* bytes, size_t size) {
   const auto call = real(&write, "write");
   if (fails("write", ENOSPC)) return -1;
-  if (std::strcmp(failing, "half write") != 0 || ++seen < failsAt) return call(descriptor, bytes, size);
+  if (std::strcmp(failing, "half write") != 0) return call(descriptor, bytes, size);
+  ++seen;
   if (seen == failsAt && size > 1) return call(descriptor, bytes, size / 2);
+  if (seen != failsAt + 1) return call(descriptor, bytes, size);
   errno = ENOSPC;
   return -1;
 }
