@@ -8,8 +8,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tollvane;
-  const auto windows =
-      kwinWindows(QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)));
+  const auto windows = kwinWindows(QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)));
   if (!windows) return 0;
   const auto best = bestWindowOf(*windows, {.pid = 4711, .others = {4712}, .title = "Inbox"});
   FUZZ_REQUIRE(!best || !windows->empty());

@@ -46,7 +46,8 @@ void checkArguments(const std::vector<std::string>& arguments, std::string_view 
   for (const auto& argument : arguments) total += argument.size();
   FUZZ_REQUIRE(total <= input.size());
   FUZZ_REQUIRE(withoutPrefixes(arguments).size() <= arguments.size());
-  for (const auto* interpreter : {"python3", "sh", "java", "node", "electron", "mono"}) scriptOf(interpreter, arguments);
+  for (const auto* interpreter : {"python3", "sh", "java", "node", "electron", "mono"})
+    scriptOf(interpreter, arguments);
 }
 
 void check(std::string_view input) {

@@ -1,5 +1,5 @@
-// Reads arbitrary bytes as the control group of a process. The ids that come out of it are neither empty nor double, and
-// never longer than what went in.
+// Reads arbitrary bytes as the control group of a process. The ids that come out of it are neither empty nor double,
+// and never longer than what went in.
 
 #include <algorithm>
 #include <cstdint>

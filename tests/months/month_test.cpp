@@ -64,7 +64,8 @@ TEST_F(MonthTest, AMillionSoundsFillOnlyTheHistory) {
   EXPECT_EQ(system.children.attempts, 1);
 
   std::size_t ofTabs = 0;
-  for (auto at = history().find("\tInbox  (mail)\n"); at != history().npos; at = history().find("\tInbox  (mail)\n", at + 1))
+  for (auto at = history().find("\tInbox  (mail)\n"); at != history().npos;
+       at = history().find("\tInbox  (mail)\n", at + 1))
     ++ofTabs;
   EXPECT_EQ(ofTabs, sounds / 100) << "each sound of the browser has its tab";
 }
