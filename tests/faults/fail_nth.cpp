@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -123,6 +124,18 @@ int inotify_init1(int flags) noexcept {
 int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept {
   return fails("inotify_add_watch", ENOSPC) ? -1
                                             : real(&inotify_add_watch, "inotify_add_watch")(descriptor, path, mask);
+}
+
+// What the toolkit starts programs with, where the kernel has it.
+int clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, argument);
+  void* const parentThread = va_arg(arguments, void*);
+  void* const storage = va_arg(arguments, void*);
+  void* const childThread = va_arg(arguments, void*);
+  va_end(arguments);
+  if (fails("fork", EAGAIN)) return -1;
+  return real(&clone, "clone")(function, stack, flags, argument, parentThread, storage, childThread);
 }
 
 pid_t fork() noexcept { return fails("fork", EAGAIN) ? -1 : real(&fork, "fork")(); }

@@ -30,9 +30,7 @@ namespace tollvane {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AnyOf;
 using testing::Each;
-using testing::ElementsAre;
 using testing::IsEmpty;
 namespace fs = std::filesystem;
 
@@ -125,7 +123,6 @@ TEST_F(FaultsTest, TheHistoryLosesAtMostTheLineThatIsBeingWritten) {
         ASSERT_THAT(name, testing::StartsWith("Tollvane/history"));
         const std::string text = directory->read(name);
         ASSERT_TRUE(text.empty() || text.ends_with('\n')) << name << ":\n" << text;
-        if (!name.ends_with("history.txt") && !name.ends_with("-1.txt")) ASSERT_THAT(text, IsEmpty()) << name;
         all += text;
       }
       std::size_t kept = 0;
@@ -167,7 +164,7 @@ TEST_F(FaultsTest, TheLoginEntryIsTheOldOneOrTheNewOneAndTheSentenceSaysWhich) {
     disturbed([&] { sentence = login.registerApplication(AskedBy::user); });
     EXPECT_EQ(login.status() == LoginStatus::enabled, !sentence);
     EXPECT_EQ(earlier.status() == LoginStatus::enabled, sentence.has_value());
-    if (sentence) EXPECT_THAT(*sentence, testing::EndsWith("."));
+    EXPECT_THAT(sentence.value_or("none."), testing::EndsWith("."));
     EXPECT_EQ(login.registerApplication(AskedBy::user), std::nullopt);
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 
@@ -295,9 +292,9 @@ TEST_F(FaultsTest, AWatchThatTheKernelRefusesSaysSo) {
     });
     directory->write("missing/file", "");
     directory->write("folder/file", "more");
-    if (watch->watching()) EXPECT_TRUE(watch->appeared());
-    if (writes->isComplete()) EXPECT_TRUE(writes->takeWrites());
-    if (!wasDisturbed()) EXPECT_TRUE(watch->watching() && writes->isComplete());
+    EXPECT_TRUE(!watch->watching() || watch->appeared());
+    EXPECT_TRUE(!writes->isComplete() || writes->takeWrites());
+    EXPECT_TRUE(wasDisturbed() || (watch->watching() && writes->isComplete()));
   });
 }
 
@@ -306,20 +303,23 @@ TEST_F(FaultsTest, AProgramThatCannotBeStartedLeavesNothingBehind) {
   char name[] = "faults_test";
   char* arguments[] = {name, nullptr};
   const QCoreApplication application(count, arguments);
-  forEveryFailure({"pipe", "fork", "exec"}, [&] {
-    QtChildProcesses children;
-    bool ended = false;
-    std::unique_ptr<ChildProcess> child;
-    disturbed([&] {
-      child = children.launch({.executable = "/bin/true",
-                               .arguments = {},
-                               .onOutput = [](std::string_view) {},
-                               .onTermination = [&] { ended = true; }});
+  for (const char* call : {"pipe", "fork", "exec"}) {
+    forEveryFailure({call}, [&] {
+      QtChildProcesses children;
+      bool ended = false;
+      std::unique_ptr<ChildProcess> child;
+      disturbed([&] {
+        child = children.launch({.executable = "/bin/true",
+                                 .arguments = {},
+                                 .onOutput = [](std::string_view) {},
+                                 .onTermination = [&] { ended = true; }});
+      });
+      EXPECT_EQ(child == nullptr, wasDisturbed());
+      while (child && !ended) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+      child.reset();
+      EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a process is left over";
     });
-    while (child && !ended) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
-    child.reset();
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a process is left over";
-  });
+  }
 }
 
 }  // namespace
