@@ -14,7 +14,10 @@ void History::append(const SoundEvent& event) {
   line += "\t" + event.app + "\t" + event.kind + "\t" + event.tabLabel().value_or("") + "\n";
   const auto file = paths_.history();
   if (files_.append(file, line) != Files::Append::notOpened) return;
-  if (!files_.exists(file) || setAside(file)) files_.writeAtomically(file, line);
+  if (files_.exists(file) && !setAside(file)) return;
+  // The folder may have been removed, or there was no room for it before.
+  files_.createDirectories(file.parent_path());
+  files_.writeAtomically(file, line);
 }
 
 bool History::setAside(const std::filesystem::path& file) {

@@ -30,11 +30,17 @@ void NativeHosts::installManifests() {
       for (const auto& directory : locations_.nativeHostDirectories(edition)) {
         if (!isHere && !files_.exists(directory.parent_path())) continue;
         if (!written.insert(directory).second) continue;
-        files_.createDirectories(directory);
-        files_.write(directory / manifestFile(), manifest(browser, *bridge, bundle_));
+        write(directory / manifestFile(), manifest(browser, *bridge, bundle_));
       }
     }
   }
+}
+
+// A browser that reads it meanwhile sees the old manifest or the new one, also if the disk is full.
+void NativeHosts::write(const std::filesystem::path& file, const std::string& manifest) {
+  if (files_.read(file, manifest.size()) == manifest) return;
+  files_.createDirectories(file.parent_path());
+  files_.writeAtomically(file, manifest);
 }
 
 std::string NativeHosts::manifestFile() { return std::string(hostName) + ".json"; }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,8 @@ class NativeHosts {
   static std::vector<std::string> chromiumOrigins(const Bundle& bundle);
 
  private:
+  void write(const std::filesystem::path& file, const std::string& manifest);
+
   Files& files_;
   const Locations& locations_;
   const Bundle& bundle_;

@@ -34,8 +34,12 @@ std::optional<TimePoint> day(std::string_view text) {
   const std::chrono::year_month_day date{std::chrono::year(*ascii::number<int>(year)),
                                          std::chrono::month(*ascii::number<unsigned>(month)),
                                          std::chrono::day(*ascii::number<unsigned>(dayOfMonth))};
-  if (!date.ok()) return std::nullopt;
-  return std::chrono::sys_days(date);
+  // A point in time reaches from 1677 to 2262 only.
+  const auto earliest = std::chrono::ceil<std::chrono::days>(TimePoint::min());
+  const auto latest = std::chrono::floor<std::chrono::days>(TimePoint::max());
+  const std::chrono::sys_days midnight = date;
+  if (!date.ok() || midnight < earliest || midnight > latest) return std::nullopt;
+  return midnight;
 }
 
 }  // namespace

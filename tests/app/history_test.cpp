@@ -35,6 +35,14 @@ TEST_F(HistoryTest, AnEarlierHistoryIsContinued) {
   EXPECT_EQ(content(), "earlier\n2025-01-31 14:05:09\tMail\talert sound\t\n");
 }
 
+TEST_F(HistoryTest, AFolderThatCouldNotBeMadeAtFirstIsMadeForTheNextLine) {
+  system.files.readOnly = true;
+  append("Mail");
+  system.files.readOnly = false;
+  append("Chat");
+  EXPECT_EQ(content(), "2025-01-31 14:05:09\tChat\talert sound\t\n");
+}
+
 TEST_F(HistoryTest, TextsAreWrittenAsTheyAre) {
   append("a\tb\nc");
   EXPECT_EQ(content(), "2025-01-31 14:05:09\ta\tb\nc\talert sound\t\n");

@@ -132,6 +132,16 @@ TEST_F(NativeHostsTest, FirefoxsManifestNamesTheAddOnAndNoOrigins) {
   EXPECT_EQ(manifest["path"], installed.string());
 }
 
+TEST_F(NativeHostsTest, AManifestIsReplacedInOneStepAndOnlyIfItChanges) {
+  install(Browser::chrome);
+  hosts.installManifests();
+  hosts.installManifests();
+  EXPECT_EQ(system.files.atomicWrites, 1);
+  system.bundle.lists["TollvaneChromiumExtensionIDs"] = {"aaaabbbbccccddddeeeeffffgggghhhh"};
+  hosts.installManifests();
+  EXPECT_EQ(system.files.atomicWrites, 2);
+}
+
 TEST_F(NativeHostsTest, AManifestIsWrittenForPeopleToRead) {
   install(Browser::firefox);
   hosts.installManifests();

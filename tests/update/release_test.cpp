@@ -51,6 +51,16 @@ TEST(ReleaseTest, ADateInAnotherFormatIsIgnored) {
   EXPECT_FALSE(releaseFromFeed(R"({"version":"9.9","released":20250131})", page)->released);
 }
 
+TEST(ReleaseTest, ADateThatNoClockReachesIsIgnored) {
+  const auto released = [](const std::string& date) {
+    return releaseFromFeed(R"({"version":"9.9","released":")" + date + "\"}", page)->released;
+  };
+  for (const char* date : {"0001-01-01", "0921-02-28", "1677-09-21", "2262-04-12", "9999-12-31"})
+    EXPECT_FALSE(released(date)) << date;
+  EXPECT_EQ(released("1900-01-01"), TimePoint(-2208988800s));
+  EXPECT_EQ(released("2262-04-11"), TimePoint(9223286400s));
+}
+
 TEST(ReleaseTest, OnlyAWebPageIsTakenAsThePage) {
   for (const char* url : {"file:///etc/passwd", "javascript:alert(1)", "", "https://", "example.org", "ftp://a/b"})
     EXPECT_EQ(releaseFromFeed(R"({"version":"1","url":")" + std::string(url) + "\"}", page)->url, page) << url;

@@ -157,11 +157,9 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::strin
   return entry;
 }
 
-std::optional<DesktopEntry> readBusService(const std::string& path) {
+std::optional<DesktopEntry> parseBusService(std::string_view text) {
   constexpr const char* group = "D-BUS Service";
-  const auto text = readPlainFile(path, longestEntry);
-  if (!text) return std::nullopt;
-  const std::string valid = sanitized(*text);
+  const std::string valid = sanitized(text);
   const KeyFile file(g_key_file_new());
   if (!g_key_file_load_from_data(file.get(), valid.data(), valid.size(), G_KEY_FILE_NONE, nullptr)) return std::nullopt;
   const auto value = [&](const char* key) {
@@ -169,12 +167,18 @@ std::optional<DesktopEntry> readBusService(const std::string& path) {
     return found ? std::string(found.get()) : std::string();
   };
   DesktopEntry entry;
-  entry.path = path;
   entry.name = value("Name");
   entry.command = commandLine(value("Exec"));
   entry.unit = value("SystemdService");
   entry.noDisplay = true;
   if (entry.name.empty()) return std::nullopt;
+  return entry;
+}
+
+std::optional<DesktopEntry> readBusService(const std::string& path) {
+  const auto text = readPlainFile(path, longestEntry);
+  auto entry = text ? parseBusService(*text) : std::nullopt;
+  if (entry) entry->path = path;
   return entry;
 }
 

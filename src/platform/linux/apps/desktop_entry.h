@@ -62,8 +62,12 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string text, std::string_view
 // Reads and parses an entry's file; absent, too, if it is not a plain file, or longer than any real entry.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string_view currentDesktop);
 
-// Reads a D-Bus service file as if it were an entry: `name` is the name on the bus. Absent if it is not such a file.
+// Parses a D-Bus service file as if it were an entry: `name` is the name on the bus. Absent if it is not such a file.
+// Accepts any bytes, and sets neither `id` nor `path` nor the programs.
 // Source of the format: the D-Bus specification, "Message Bus Starting Services".
+std::optional<DesktopEntry> parseBusService(std::string_view text);
+
+// Reads and parses such a file; absent, too, if it is not a plain file, or longer than any real one.
 std::optional<DesktopEntry> readBusService(const std::string& path);
 
 // Finds the programs that the entry names; `searchPath`: in the form of PATH.
