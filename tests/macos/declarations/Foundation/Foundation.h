@@ -238,6 +238,8 @@ extern const NSActivityOptions NSActivityUserInitiatedAllowingIdleSystemSleep;
 
 // https://developer.apple.com/documentation/foundation/nsjsonserialization
 @interface NSJSONSerialization : NSObject
++ (BOOL)isValidJSONObject:(id)object;
++ (NSData*)dataWithJSONObject:(id)object options:(NSUInteger)options error:(NSError**)error;
 + (id)JSONObjectWithData:(NSData*)data options:(NSUInteger)options error:(NSError**)error;
 @end
 
@@ -314,4 +316,21 @@ extern const NSURLSessionResponseDisposition NSURLSessionResponseCancel;
                     newRequest:(NSURLRequest*)request
              completionHandler:(void (^)(NSURLRequest*))handler;
 - (void)URLSession:(NSURLSession*)session task:(NSURLSessionTask*)task didCompleteWithError:(NSError*)error;
+@end
+
+// https://developer.apple.com/documentation/foundation/nsextensionitem
+@interface NSExtensionItem : NSObject
+@property(copy) NSDictionary<NSString*, id>* userInfo;
+@end
+
+// https://developer.apple.com/documentation/foundation/nsextensioncontext
+@interface NSExtensionContext : NSObject
+@property(readonly, copy) NSArray<NSExtensionItem*>* inputItems;
+- (void)completeRequestReturningItems:(NSArray<NSExtensionItem*>*)items
+                    completionHandler:(void (^)(BOOL expired))handler;
+@end
+
+// https://developer.apple.com/documentation/foundation/nsextensionrequesthandling
+@protocol NSExtensionRequestHandling <NSObject>
+- (void)beginRequestWithExtensionContext:(NSExtensionContext*)context;
 @end

@@ -3,6 +3,9 @@
 
 #import <Foundation/Foundation.h>
 
+// https://developer.apple.com/documentation/safariservices/sfextensionmessagekey
+extern NSString* const SFExtensionMessageKey TV_SINCE(11.0);
+
 // https://developer.apple.com/documentation/safariservices/sfsafariextensionstate
 @interface SFSafariExtensionState : NSObject
 @property(readonly, getter=isEnabled) BOOL enabled;
