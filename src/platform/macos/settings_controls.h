@@ -17,7 +17,7 @@ struct ControlView {
   std::function<void(const ui::Control&)> update;  // takes a new value of the same kind
 };
 
-// `isElement`: the control stands by itself, as wide as the form, and not in a row.
-ControlView makeControlView(const ui::Control& control, bool isElement);
+// `width`: the room for the control, at which its text goes on in another line; 0: the text has one line.
+ControlView makeControlView(const ui::Control& control, double width);
 
 }  // namespace tollvane

@@ -1,5 +1,6 @@
 #include "platform/macos/settings_controls.h"
 
+#include <algorithm>
 #include <utility>
 #include <variant>
 
@@ -28,6 +29,7 @@ namespace {
 
 constexpr CGFloat iconSize = 18;
 constexpr CGFloat dotSize = 8;
+constexpr CGFloat roomForSwitch = 60;
 
 NSControlStateValue stateOf(bool isOn) { return isOn ? NSControlStateValueOn : NSControlStateValueOff; }
 NSString* shown(const std::string& text) { return nsString(text::withoutControls(text)); }
@@ -35,10 +37,21 @@ NSString* shown(const std::string& text) { return nsString(text::withoutControls
 TVRow* row(NSArray<NSView*>* views, TVControlTarget* target) {
   TVRow* row = [[TVRow alloc] initWithFrame:NSZeroRect];
   row.orientation = NSUserInterfaceLayoutOrientationHorizontal;
+  row.distribution = NSStackViewDistributionFill;
   row.alignment = NSLayoutAttributeCenterY;
   for (NSView* view in views) [row addArrangedSubview:view];
   row.controlTarget = target;
   return row;
+}
+
+NSTextField* label(double width) {
+  NSTextField* field = width > 0 ? [NSTextField wrappingLabelWithString:@""] : [NSTextField labelWithString:@""];
+  field.selectable = NO;
+  field.preferredMaxLayoutWidth = std::max(width, 0.0);
+  // Or a long text would make the window wider.
+  [field setContentCompressionResistancePriority:NSLayoutPriorityDefaultLow
+                                  forOrientation:NSLayoutConstraintOrientationHorizontal];
+  return field;
 }
 
 TVControlTarget* targetOf(const ui::Control& value, NSControl* control) {
@@ -49,12 +62,8 @@ TVControlTarget* targetOf(const ui::Control& value, NSControl* control) {
   return target;
 }
 
-ControlView textView(bool isElement) {
-  NSTextField* field = isElement ? [NSTextField wrappingLabelWithString:@""] : [NSTextField labelWithString:@""];
-  field.selectable = NO;
-  // Or a long text would make the window wider.
-  [field setContentCompressionResistancePriority:NSLayoutPriorityDefaultLow
-                                  forOrientation:NSLayoutConstraintOrientationHorizontal];
+ControlView textView(double width) {
+  NSTextField* field = label(width);
   return {.view = field, .update = [field](const ui::Control& control) {
             const auto& text = std::get<ui::Text>(control);
             field.stringValue = shown(text.text);
@@ -110,11 +119,10 @@ ControlView checkBoxView(const ui::Toggle& value) {
   };
 }
 
-ControlView switchView(const ui::Toggle& value) {
-  NSTextField* title = [NSTextField wrappingLabelWithString:@""];
-  title.selectable = NO;
-  [title setContentHuggingPriority:NSLayoutPriorityDefaultLow - 1
-                    forOrientation:NSLayoutConstraintOrientationHorizontal];
+// The title takes all room that the switch leaves.
+ControlView switchView(const ui::Toggle& value, double width) {
+  NSTextField* title = label(width - roomForSwitch);
+  [title setContentHuggingPriority:1 forOrientation:NSLayoutConstraintOrientationHorizontal];
   NSSwitch* toggle = [[NSSwitch alloc] initWithFrame:NSZeroRect];
   TVControlTarget* target = targetOf(value, toggle);
   return {
@@ -145,20 +153,20 @@ ControlView buttonView(const ui::Button& value) {
   };
 }
 
-ControlView made(const ui::Control& control, bool isElement) {
-  if (std::holds_alternative<ui::Text>(control)) return textView(isElement);
+ControlView made(const ui::Control& control, double width) {
+  if (std::holds_alternative<ui::Text>(control)) return textView(width);
   if (std::holds_alternative<ui::Image>(control)) return imageView();
   if (std::holds_alternative<ui::ApplicationIcon>(control)) return applicationIconView();
   if (std::holds_alternative<ui::Dot>(control)) return dotView();
   if (const auto* button = std::get_if<ui::Button>(&control)) return buttonView(*button);
   const auto& toggle = std::get<ui::Toggle>(control);
-  return toggle.style == ui::Toggle::Style::checkBox ? checkBoxView(toggle) : switchView(toggle);
+  return toggle.style == ui::Toggle::Style::checkBox ? checkBoxView(toggle) : switchView(toggle, width);
 }
 
 }  // namespace
 
-ControlView makeControlView(const ui::Control& control, bool isElement) {
-  ControlView view = made(control, isElement);
+ControlView makeControlView(const ui::Control& control, double width) {
+  ControlView view = made(control, width);
   view.update(control);
   return view;
 }

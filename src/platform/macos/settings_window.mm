@@ -23,13 +23,17 @@ namespace tollvane {
 namespace {
 
 constexpr CGFloat margin = 20;
+constexpr CGFloat groupMargin = 12;
 constexpr CGFloat groupRadius = 8;
+constexpr CGFloat headGap = 16;
+constexpr CGFloat roomForIcon = 40;
 constexpr CGFloat titleBar = 32;
 
 template <class View>
 View* column(CGFloat spacing) {
   View* view = [[View alloc] initWithFrame:NSZeroRect];
   view.orientation = NSUserInterfaceLayoutOrientationVertical;
+  view.distribution = NSStackViewDistributionFill;
   view.alignment = NSLayoutAttributeLeading;
   view.spacing = spacing;
   return view;
@@ -42,8 +46,18 @@ void add(NSView* view, NSStackView* to) {
   [view.widthAnchor constraintEqualToAnchor:to.widthAnchor constant:-sides].active = YES;
 }
 
-// The box of a section.
-NSBox* group(NSStackView* content) {
+// Over all of the other view.
+void cover(NSView* with, NSView* place) {
+  [place addSubview:with];
+  with.translatesAutoresizingMaskIntoConstraints = NO;
+  [with.topAnchor constraintEqualToAnchor:place.topAnchor].active = YES;
+  [with.bottomAnchor constraintEqualToAnchor:place.bottomAnchor].active = YES;
+  [with.leadingAnchor constraintEqualToAnchor:place.leadingAnchor].active = YES;
+  [with.trailingAnchor constraintEqualToAnchor:place.trailingAnchor].active = YES;
+}
+
+// The elements of a section in their box.
+NSView* group(NSStackView* elements) {
   NSBox* box = [[NSBox alloc] initWithFrame:NSZeroRect];
   box.boxType = NSBoxCustom;
   box.titlePosition = NSNoTitle;
@@ -51,14 +65,17 @@ NSBox* group(NSStackView* content) {
   box.borderWidth = 1;
   box.borderColor = NSColor.separatorColor;
   box.fillColor = NSColor.controlBackgroundColor;
-  box.contentViewMargins = NSZeroSize;
-  box.contentView = content;
-  return box;
+  NSView* group = [[NSView alloc] initWithFrame:NSZeroRect];
+  cover(box, group);
+  cover(elements, group);
+  group.accessibilityElement = YES;
+  group.accessibilityRole = NSAccessibilityGroupRole;
+  return group;
 }
 
 class FormWindow : public SettingsWindow {
  public:
-  explicit FormWindow(const Style& style) {
+  explicit FormWindow(const Style& style) : width_(style.width - 2 * margin) {
     const NSRect screen = NSScreen.mainScreen == nil ? NSMakeRect(0, 0, style.width, style.height + titleBar)
                                                      : NSScreen.mainScreen.visibleFrame;
     const NSRect frame = NSMakeRect(0, 0, style.width, std::min<CGFloat>(style.height, screen.size.height - titleBar));
@@ -110,37 +127,42 @@ class FormWindow : public SettingsWindow {
     return nil;
   }
 
-  NSView* view(const ui::Control& control, bool isElement) {
-    controls_.push_back(makeControlView(control, isElement));
+  NSView* view(const ui::Control& control, double width) {
+    controls_.push_back(makeControlView(control, width));
     return controls_.back().view;
   }
 
   NSView* head(const ui::SettingsContent& content) {
     NSStackView* head = [[NSStackView alloc] initWithFrame:NSZeroRect];
     head.orientation = NSUserInterfaceLayoutOrientationHorizontal;
+    head.distribution = NSStackViewDistributionFill;
     head.alignment = NSLayoutAttributeTop;
-    head.spacing = 16;
-    NSView* icon = view(content.icon, false);
-    [icon setContentHuggingPriority:NSLayoutPriorityRequired forOrientation:NSLayoutConstraintOrientationHorizontal];
+    head.spacing = headGap;
+    NSView* icon = view(content.icon, 0);
+    [icon.widthAnchor constraintEqualToConstant:roomForIcon].active = YES;
     [head addArrangedSubview:icon];
     NSStackView* texts = column<NSStackView>(6);
-    for (const ui::Text& text : content.introduction) add(view(text, true), texts);
+    for (const ui::Text& text : content.introduction) add(view(text, width_ - roomForIcon - headGap), texts);
     [head addArrangedSubview:texts];
     return head;
   }
 
+  // Its controls stand together at the leading edge.
   NSView* row(const ui::Row& value) {
     NSStackView* row = [[NSStackView alloc] initWithFrame:NSZeroRect];
     row.orientation = NSUserInterfaceLayoutOrientationHorizontal;
+    row.distribution = NSStackViewDistributionGravityAreas;
     row.alignment = NSLayoutAttributeCenterY;
-    for (const ui::Control& control : value.controls) [row addArrangedSubview:view(control, false)];
+    for (const ui::Control& control : value.controls)
+      [row addView:view(control, 0) inGravity:NSStackViewGravityLeading];
     return row;
   }
 
   NSView* element(const ui::Element& value) {
-    if (const auto* texts = std::get_if<ui::Text>(&value)) return view(*texts, true);
-    if (const auto* toggle = std::get_if<ui::Toggle>(&value)) return view(*toggle, true);
-    if (const auto* button = std::get_if<ui::Button>(&value)) return view(*button, true);
+    const double width = width_ - 2 * groupMargin;
+    if (const auto* text = std::get_if<ui::Text>(&value)) return view(*text, width);
+    if (const auto* toggle = std::get_if<ui::Toggle>(&value)) return view(*toggle, width);
+    if (const auto* button = std::get_if<ui::Button>(&value)) return view(*button, width);
     return row(std::get<ui::Row>(value));
   }
 
@@ -150,34 +172,41 @@ class FormWindow : public SettingsWindow {
     form.edgeInsets = NSEdgeInsetsMake(margin, margin, margin, margin);
     add(head(content), form);
     for (const ui::Section& section : content.sections) {
-      add(view(ui::Text{section.title}, true), form);
+      add(view(sectionTitle(section), width_), form);
       NSStackView* elements = column<NSStackView>(8);
-      elements.edgeInsets = NSEdgeInsetsMake(10, 12, 10, 12);
+      elements.edgeInsets = NSEdgeInsetsMake(10, groupMargin, 10, groupMargin);
       for (const ui::Element& each : section.elements) add(element(each), elements);
       groups_.push_back(group(elements));
       add(groups_.back(), form);
     }
-    scroll_ = [[NSScrollView alloc] initWithFrame:NSZeroRect];
-    scroll_.hasVerticalScroller = YES;
-    scroll_.drawsBackground = NO;
-    scroll_.documentView = form;
-    form.translatesAutoresizingMaskIntoConstraints = NO;
-    [form.widthAnchor constraintEqualToAnchor:scroll_.contentView.widthAnchor].active = YES;
-    [form.topAnchor constraintEqualToAnchor:scroll_.contentView.topAnchor].active = YES;
     NSStackView* page = column<NSStackView>(10);
     page.edgeInsets = NSEdgeInsetsMake(0, 0, 12, 0);
+    scroll_ = scrolling(form);
     add(scroll_, page);
-    NSStackView* foot = column<NSStackView>(0);
-    foot.alignment = NSLayoutAttributeCenterX;
-    [foot addArrangedSubview:view(content.footer, false)];
-    add(foot, page);
+    NSTextField* footer = (NSTextField*)view(content.footer, width_);
+    footer.alignment = NSTextAlignmentCenter;
+    add(footer, page);
     return page;
   }
 
+  static NSScrollView* scrolling(NSView* form) {
+    NSScrollView* scroll = [[NSScrollView alloc] initWithFrame:NSZeroRect];
+    scroll.hasVerticalScroller = YES;
+    scroll.drawsBackground = NO;
+    scroll.documentView = form;
+    NSView* clip = scroll.contentView;
+    form.translatesAutoresizingMaskIntoConstraints = NO;
+    [form.topAnchor constraintEqualToAnchor:clip.topAnchor].active = YES;
+    [form.leadingAnchor constraintEqualToAnchor:clip.leadingAnchor].active = YES;
+    [form.trailingAnchor constraintEqualToAnchor:clip.trailingAnchor].active = YES;
+    return scroll;
+  }
+
+  const double width_;  // of what stands in the window
   NSWindow* window_;
   NSScrollView* scroll_ = nil;
   std::vector<ControlView> controls_;
-  std::vector<NSBox*> groups_;
+  std::vector<NSView*> groups_;
   std::string shape_;
 };
 

@@ -10,12 +10,16 @@
 
 namespace tollvane {
 
+inline ui::Text sectionTitle(const ui::Section& section) {
+  return {section.title, ui::TextStyle::body, TextColor::label, FontWeight::semibold};
+}
+
 // All controls of the content in the order in which they stand there.
 inline std::vector<ui::Control> controlsOf(const ui::SettingsContent& content) {
   std::vector<ui::Control> controls = {content.icon};
   controls.insert(controls.end(), content.introduction.begin(), content.introduction.end());
   for (const ui::Section& section : content.sections) {
-    controls.emplace_back(ui::Text{section.title});
+    controls.emplace_back(sectionTitle(section));
     for (const ui::Element& element : section.elements) {
       if (const auto* row = std::get_if<ui::Row>(&element)) {
         controls.insert(controls.end(), row->controls.begin(), row->controls.end());

@@ -28,7 +28,6 @@ typedef struct {
   CGFloat top, left, bottom, right;
 } NSEdgeInsets;
 extern const NSRect NSZeroRect;
-extern const NSSize NSZeroSize;
 extern "C" NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height);
 extern "C" NSEdgeInsets NSEdgeInsetsMake(CGFloat top, CGFloat left, CGFloat bottom, CGFloat right);
 
@@ -159,6 +158,7 @@ extern const NSAttributedStringKey NSParagraphStyleAttributeName;
 
 // https://developer.apple.com/documentation/uikit/nstexttab
 typedef NSInteger NSTextAlignment;
+extern const NSTextAlignment NSTextAlignmentCenter;
 extern const NSTextAlignment NSTextAlignmentNatural;
 @interface NSTextTab : NSObject
 - (instancetype)initWithTextAlignment:(NSTextAlignment)alignment
@@ -190,10 +190,8 @@ extern const NSTextAlignment NSTextAlignmentNatural;
 typedef NSInteger NSLayoutAttribute;
 extern const NSLayoutAttribute NSLayoutAttributeTop;
 extern const NSLayoutAttribute NSLayoutAttributeLeading;
-extern const NSLayoutAttribute NSLayoutAttributeCenterX;
 extern const NSLayoutAttribute NSLayoutAttributeCenterY;
 typedef float NSLayoutPriority;
-extern const NSLayoutPriority NSLayoutPriorityRequired;
 extern const NSLayoutPriority NSLayoutPriorityDefaultLow;
 typedef NSInteger NSLayoutConstraintOrientation;
 extern const NSLayoutConstraintOrientation NSLayoutConstraintOrientationHorizontal;
@@ -205,6 +203,8 @@ extern const NSLayoutConstraintOrientation NSLayoutConstraintOrientationHorizont
 @interface NSLayoutAnchor : NSObject
 - (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor*)anchor;
 @end
+@interface NSLayoutXAxisAnchor : NSLayoutAnchor
+@end
 @interface NSLayoutYAxisAnchor : NSLayoutAnchor
 @end
 
@@ -213,6 +213,9 @@ extern const NSLayoutConstraintOrientation NSLayoutConstraintOrientationHorizont
 - (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutDimension*)anchor constant:(CGFloat)constant;
 - (NSLayoutConstraint*)constraintEqualToConstant:(CGFloat)constant;
 @end
+
+// https://developer.apple.com/documentation/appkit/nsaccessibility/role
+extern NSString* const NSAccessibilityGroupRole;
 
 // https://developer.apple.com/documentation/appkit/nsview
 @interface NSView : NSResponder
@@ -223,9 +226,15 @@ extern const NSLayoutConstraintOrientation NSLayoutConstraintOrientationHorizont
 @property BOOL translatesAutoresizingMaskIntoConstraints;
 @property(readonly, strong) NSLayoutDimension* widthAnchor;
 @property(readonly, strong) NSLayoutDimension* heightAnchor;
+@property(readonly, strong) NSLayoutXAxisAnchor* leadingAnchor;
+@property(readonly, strong) NSLayoutXAxisAnchor* trailingAnchor;
 @property(readonly, strong) NSLayoutYAxisAnchor* topAnchor;
+@property(readonly, strong) NSLayoutYAxisAnchor* bottomAnchor;
+@property(getter=isAccessibilityElement) BOOL accessibilityElement;
+@property(copy) NSString* accessibilityRole;
 @property(copy) NSString* accessibilityLabel;
 @property(copy) NSString* toolTip;
+- (void)addSubview:(NSView*)view;
 - (void)layoutSubtreeIfNeeded;
 - (void)scrollPoint:(NSPoint)point;
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority forOrientation:(NSLayoutConstraintOrientation)orientation;
@@ -237,7 +246,14 @@ extern const NSLayoutConstraintOrientation NSLayoutConstraintOrientationHorizont
 typedef NSInteger NSUserInterfaceLayoutOrientation;
 extern const NSUserInterfaceLayoutOrientation NSUserInterfaceLayoutOrientationHorizontal;
 extern const NSUserInterfaceLayoutOrientation NSUserInterfaceLayoutOrientationVertical;
+typedef NSInteger NSStackViewDistribution;
+extern const NSStackViewDistribution NSStackViewDistributionFill;
+extern const NSStackViewDistribution NSStackViewDistributionGravityAreas;
+typedef NSInteger NSStackViewGravity;
+extern const NSStackViewGravity NSStackViewGravityLeading;
 @interface NSStackView : NSView
+@property NSStackViewDistribution distribution;
+- (void)addView:(NSView*)view inGravity:(NSStackViewGravity)gravity;
 @property NSUserInterfaceLayoutOrientation orientation;
 @property NSLayoutAttribute alignment;
 @property CGFloat spacing;
@@ -257,8 +273,6 @@ extern const NSTitlePosition NSNoTitle;
 @property CGFloat borderWidth;
 @property(copy) NSColor* borderColor;
 @property(copy) NSColor* fillColor;
-@property NSSize contentViewMargins;
-@property(strong) NSView* contentView;
 @end
 
 // https://developer.apple.com/documentation/appkit/nsclipview
@@ -283,6 +297,7 @@ extern const NSControlStateValue NSControlStateValueOff;
 @property(getter=isEnabled) BOOL enabled;
 @property NSInteger integerValue;
 @property(copy) NSString* stringValue;
+@property NSTextAlignment alignment;
 @property(strong) NSFont* font;
 @end
 
@@ -291,6 +306,7 @@ extern const NSControlStateValue NSControlStateValueOff;
 + (instancetype)labelWithString:(NSString*)string;
 + (instancetype)wrappingLabelWithString:(NSString*)string;
 @property(copy) NSColor* textColor;
+@property CGFloat preferredMaxLayoutWidth;
 @property(getter=isSelectable) BOOL selectable;
 @end
 
