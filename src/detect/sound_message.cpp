@@ -4,6 +4,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
 
 #include "support/ascii.h"
