@@ -13,7 +13,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DECLARATIONS = ROOT / 'tests/macos/declarations'
-SOURCES = ['src/main/*.mm', 'src/platform/macos', 'bridge', 'extension/safari']
+SOURCES = ['src/main/*.mm', 'src/platform/macos', 'bridge', 'extension/safari', 'tests/contract/*.mm']
 
 # What stands in the code where the language calls the selector.
 SYNTAX = {
@@ -88,7 +88,7 @@ def main():
             if not property_is_used(name, getter[1] if getter else name, text):
                 unused.append(f'{place}: {name}')
         names = re.findall(r'^(?:extern|static) const [\w ]+?\*?(\w+)(?: =[^;]*)?;', declared, flags=re.M)
-        names += re.findall(r'^#define ((?!TV_|YES|NO|nil)[A-Z_0-9a-z]+) ', declared, flags=re.M)
+        names += re.findall(r'^#define ((?!TV_|YES|NO|nil|TARGET_)[A-Z_0-9a-z]+) ', declared, flags=re.M)
         names += re.findall(r'^(?:extern "C" )?[\w ]+[ *](\w+)\([^;{]*\);', declared, flags=re.M)
         for name in names:
             if not re.search(rf'\b{name}\b', text):

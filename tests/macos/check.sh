@@ -21,7 +21,7 @@ while read -r folder; do
   [[ $folder == */lib/clang/* ]] || flags+=(-isystem "$folder") # clang finds its own for each computer
 done < <(clang++ -E -x c++ -v /dev/null 2>&1 | sed -n '/^#include <...>/,/^End/s/^ //p')
 
-mapfile -t files < <(find src/main src/platform/macos src/platform/posix bridge extension/safari \
+mapfile -t files < <(find src/main src/platform/macos src/platform/posix bridge extension/safari tests/contract \
   -name '*.mm' -o -path '*/macos/*.cpp' -o -path '*/posix/*.cpp' -o -path 'bridge/*.cpp' ! -path 'bridge/linux_*' ! -path bridge/parent_browser.cpp | sort)
 
 work=$(mktemp -d)

@@ -99,7 +99,7 @@ class SharedWorkspace : public Workspace {
     const auto steps = activationSteps(
         {.isRunning = running != nil && !running.terminated, .isSame = isSame, .hasBundle = running.bundleURL != nil},
         isCooperative());
-    attempt(running, {steps.begin(), steps.end()}, std::move(done));
+    attempt(running, {steps.begin(), steps.end()}, false, std::move(done));
   }
 
   void open(const std::filesystem::path& path, Done done) override {
@@ -129,9 +129,10 @@ class SharedWorkspace : public Workspace {
     return found;
   }
 
-  void attempt(NSRunningApplication* running, std::deque<ActivationStep> steps, Done done) {
+  // `wasAsked`: the system has accepted a request, so the application may still come forward.
+  void attempt(NSRunningApplication* running, std::deque<ActivationStep> steps, bool wasAsked, Done done) {
     if (running.active) return done(true);
-    if (steps.empty()) return done(false);
+    if (steps.empty()) return done(wasAsked);
     const ActivationStep step = steps.front();
     steps.pop_front();
     if (step == ActivationStep::open) {
@@ -140,8 +141,8 @@ class SharedWorkspace : public Workspace {
                    completionHandler:reportTo(std::move(done))];
       return;
     }
-    if (!asked(running, step)) return attempt(running, std::move(steps), std::move(done));
-    queue_.after(activationTime, alive_.guard([this, running, steps, done] { attempt(running, steps, done); }));
+    if (!asked(running, step)) return attempt(running, std::move(steps), wasAsked, std::move(done));
+    queue_.after(activationTime, alive_.guard([this, running, steps, done] { attempt(running, steps, true, done); }));
   }
 
   static bool asked(NSRunningApplication* running, ActivationStep step) {

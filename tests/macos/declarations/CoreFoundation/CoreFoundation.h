@@ -37,6 +37,8 @@ CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
 // https://developer.apple.com/documentation/corefoundation/cfrunloop
 typedef struct __CFRunLoop* CFRunLoopRef;
 extern const CFStringRef kCFRunLoopCommonModes;
+extern const CFStringRef kCFRunLoopDefaultMode;
+int CFRunLoopRunInMode(CFStringRef mode, double seconds, bool returnAfterSource);
 CFRunLoopRef CFRunLoopGetMain(void);
 void CFRunLoopPerformBlock(CFRunLoopRef loop, CFTypeRef mode, void (^block)(void));
 void CFRunLoopWakeUp(CFRunLoopRef loop);

@@ -174,6 +174,7 @@ extern const NSNotificationName NSSystemTimeZoneDidChangeNotification;
 - (void)setBool:(BOOL)value forKey:(NSString*)key;
 - (void)setDouble:(double)value forKey:(NSString*)key;
 - (BOOL)synchronize;
+- (void)removePersistentDomainForName:(NSString*)name;
 @end
 
 // https://developer.apple.com/documentation/foundation/nssearchpathdirectory
@@ -233,6 +234,7 @@ typedef unsigned long long NSActivityOptions;
 extern const NSActivityOptions NSActivityUserInitiatedAllowingIdleSystemSleep;
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
+@property(readonly, copy) NSString* processName;
 - (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
 @end
 
