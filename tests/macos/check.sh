@@ -3,8 +3,8 @@
 # this folder. Nothing is linked or run. Every warning is an error: a selector that nobody declares, a call that the
 # oldest supported system does not have and that is not guarded, a deprecated one. Prints what is wrong and ends with 1.
 #
-# C++'s headers are those of this Linux, made to fit: they ask for the computer that they were installed for,
-# and "__nonnull" is a keyword of clang for macOS.
+# C++'s headers are those of this Linux, made to fit: they ask for the computer that they were installed for, and
+# "__nonnull" is a keyword of clang for macOS.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -22,7 +22,8 @@ while read -r folder; do
 done < <(clang++ -E -x c++ -v /dev/null 2>&1 | sed -n '/^#include <...>/,/^End/s/^ //p')
 
 mapfile -t files < <(find src/main src/platform/macos src/platform/posix bridge extension/safari tests/contract \
-  -name '*.mm' -o -path '*/macos/*.cpp' -o -path '*/posix/*.cpp' -o -path 'bridge/*.cpp' ! -path 'bridge/linux_*' ! -path bridge/parent_browser.cpp | sort)
+  -name '*.mm' -o -path '*/macos/*.cpp' -o -path '*/posix/*.cpp' \
+  -o -path 'bridge/*.cpp' ! -path 'bridge/linux_*' ! -path bridge/parent_browser.cpp | sort)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
