@@ -26,9 +26,12 @@ MacPlatform::MacPlatform()
       login_(makeLoginService(*bundle_)),
       settingsWindows_(makeSettingsWindows()) {}
 
-// The tooltip says it as long as it is so, the alert once.
+// The tooltip says it as long as it is so. The alert says it once for all: Tollvane starts at each login.
 void MacPlatform::logIsRefused() {
+  constexpr std::string_view isTold = "toldOfLogRefusal";
   wording_.noLogTool = logRefusedToolTip;
+  if (defaults_->object(isTold)) return;
+  defaults_->set(isTold, true);
   application_->activateIgnoringOtherApps();
   alerts_->show({std::string(logRefusedTitle), std::string(logRefused)}, [](std::size_t) {});
 }
