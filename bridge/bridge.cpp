@@ -39,9 +39,7 @@ struct Bridge::Events {
 };
 
 Bridge::Bridge(Browser browser, const std::vector<std::string>& sockets, Relay relay)
-    : browser_(std::move(browser)),
-      relay_(std::move(relay)),
-      buffer_(std::make_unique_for_overwrite<char[]>(readSize)) {
+    : browser_(std::move(browser)), relay_(std::move(relay)), buffer_(new char[readSize]) {
   for (const std::string& socket : sockets)
     places_.push_back({fittingSocketPath(socket), PathWatch(fittingSocketPath(socket))});
 }

@@ -13,8 +13,8 @@
 
 #include "bridge/relay.h"
 #include "bridge/retry_delay.h"
-#include "platform/linux/kernel/path_watch.h"
 #include "platform/posix/local_socket.h"
+#include "platform/posix/path_watch.h"
 #include "platform/posix/unique_fd.h"
 
 namespace tollvane::bridge {

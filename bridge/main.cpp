@@ -2,12 +2,10 @@
 // frames may ever be written to standard output. File descriptors that the browser left open stay open: Firefox notices
 // by one of them that its program has ended.
 #include <fcntl.h>
-#include <sys/syscall.h>
 #include <sysexits.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <exception>
 #include <string>
 #include <utility>
@@ -15,14 +13,10 @@
 
 #include "bridge/application_sockets.h"
 #include "bridge/bridge.h"
-#include "bridge/parent_browser.h"
-#include "platform/linux/kernel/folders.h"
+#include "bridge/browser_process.h"
 
 namespace tollvane::bridge {
 namespace {
-
-// glibc 2.36 declares its own pidfd_open for C only.
-UniqueFd processDescriptor(pid_t process) { return UniqueFd(static_cast<int>(syscall(SYS_pidfd_open, process, 0))); }
 
 bool makeNonBlocking(int descriptor) {
   const int flags = fcntl(descriptor, F_GETFL);
@@ -35,17 +29,13 @@ int run(const std::vector<std::string>& arguments) {
   // If standard error is closed, give its number to /dev/null: otherwise a socket of ours would get it, and libraries
   // would write into that.
   if (fcntl(STDERR_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
-  // PR_SET_PDEATHSIG would be too early: that signal is sent when the thread that started us ends, which need not be
-  // the browser's last.
-  UniqueFd browserProcess = processDescriptor(browser);
-  const auto launchedBy =
-      parentBrowser(ProcFs(), browser, arguments, [](const char* name) { return std::getenv(name); });
-  Relay relay(introduction(launchedBy), processName(ProcFs(), browser));
+  BrowserProcess launchedBy = browserProcess(browser, arguments);
+  Relay relay(std::move(launchedBy.introduction), std::move(launchedBy.name));
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
-  const auto sockets = applicationSockets(ProcFs().executable(getpid()).value_or(""), dataFolder());
+  const auto sockets = applicationSockets(ownProgram(), applicationSupport());
   if (sockets.empty()) return EX_CONFIG;
-  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(browserProcess)}, sockets, std::move(relay));
+  Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(launchedBy.end)}, sockets, std::move(relay));
   bridge.run();
   return EX_OK;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "bridge/introduction.h"
 #include "catalogue/browsers.h"
 #include "platform/posix/posix_files.h"
 #include "support/ascii.h"
@@ -11,11 +12,6 @@ namespace tollvane::bridge {
 namespace {
 
 constexpr std::size_t longestFlatpakInfo = 64 * 1024;
-
-bool isIdentifier(std::string_view text) {
-  constexpr std::string_view allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789.-_";
-  return !text.empty() && text.size() <= 255 && text.find_first_not_of(allowed) == std::string_view::npos;
-}
 
 std::string_view bundleOf(const BrowserEdition* edition) {
   return edition == nullptr ? std::string_view() : edition->bundleID;
@@ -94,10 +90,6 @@ std::string processName(const ProcFs& processes, Pid process) {
   return boot + '-' + std::to_string(process) + '-' + std::to_string(status->startTime);
 }
 
-std::string introduction(const ParentBrowser& parent) {
-  const std::string bundle = bundleIdentifier(parent);
-  if (bundle.empty()) return R"({"type":"bridge"})";
-  return R"({"type":"bridge","bundleID":")" + bundle + R"("})";
-}
+std::string introduction(const ParentBrowser& parent) { return introductionOf(bundleIdentifier(parent)); }
 
 }  // namespace tollvane::bridge

@@ -13,7 +13,7 @@
 #include <optional>
 
 #include "platform/clock.h"
-#include "platform/linux/kernel/path_watch.h"
+#include "platform/posix/path_watch.h"
 #include "soundlog/connection/loop.h"
 
 namespace tollvane::soundlog {

@@ -1,7 +1,7 @@
 #include "support/text.h"
 
-#include <unicode/brkiter.h>
 #include <unicode/uchar.h>
+#include <unicode/uregex.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
@@ -19,14 +19,19 @@ namespace {
 // ICU counts in 32 bits. No text that is shown comes near.
 constexpr std::size_t longest = INT_MAX;
 
-icu::BreakIterator* characterIterator() {
-  // Making one reads rules from ICU's data; one serves for the life of a thread.
-  thread_local std::unique_ptr<icu::BreakIterator> iterator = [] {
+struct CloseExpression {
+  void operator()(URegularExpression* expression) const { uregex_close(expression); }
+};
+
+// A pattern of one user-perceived character, and not ICU's iterator over characters: macOS publishes only this part of
+// its ICU. To compile it takes long; one serves for the life of a thread.
+URegularExpression* oneCharacter() {
+  thread_local const std::unique_ptr<URegularExpression, CloseExpression> expression = [] {
     UErrorCode status = U_ZERO_ERROR;
-    return std::unique_ptr<icu::BreakIterator>(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    UParseError place{};
+    return std::unique_ptr<URegularExpression, CloseExpression>(uregex_openC("\\X", 0, &place, &status));
   }();
-  return iterator.get();
+  return expression.get();
 }
 
 }  // namespace
@@ -50,19 +55,18 @@ std::string_view trimmed(std::string_view text) {
 }
 
 std::string_view prefix(std::string_view text, std::size_t characters) {
-  icu::BreakIterator* iterator = characterIterator();
-  if (iterator == nullptr || text.empty()) return text;
+  URegularExpression* const character = oneCharacter();
+  if (character == nullptr || text.empty()) return text;
   UErrorCode status = U_ZERO_ERROR;
   UText view = UTEXT_INITIALIZER;
   utext_openUTF8(&view, text.data(), static_cast<std::int64_t>(std::min(text.size(), longest)), &status);
-  iterator->setText(&view, status);
-  std::size_t end = text.size();
-  if (U_SUCCESS(status)) {
-    const std::int32_t boundary = iterator->next(static_cast<std::int32_t>(std::min(characters, longest)));
-    if (boundary != icu::BreakIterator::DONE) end = static_cast<std::size_t>(boundary);
-  }
+  uregex_setUText(character, &view, &status);
+  std::int64_t end = 0;
+  for (; characters > 0 && uregex_findNext(character, &status) != 0; --characters)
+    end = uregex_end64(character, 0, &status);
   utext_close(&view);
-  return text.substr(0, end);
+  const bool isPart = U_SUCCESS(status) && characters == 0;
+  return isPart ? text.substr(0, static_cast<std::size_t>(end)) : text;
 }
 
 std::string withoutControls(std::string_view text) {

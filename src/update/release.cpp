@@ -67,7 +67,7 @@ std::strong_ordering compareVersions(std::string_view a, std::string_view b) {
   right.resize(length);
   for (std::size_t i = 0; i < length; ++i) {
     if (const auto order = left[i].size() <=> right[i].size(); order != 0) return order;
-    if (const auto order = left[i] <=> right[i]; order != 0) return order;
+    if (const auto order = left[i].compare(right[i]) <=> 0; order != 0) return order;  // not every library has <=> here
   }
   return std::strong_ordering::equal;
 }

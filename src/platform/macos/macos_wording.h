@@ -23,4 +23,16 @@ inline constexpr Wording macWording = {
     .everythingStaysHere = " · Everything stays on this Mac. Patent pending.",
 };
 
+// The bell's tooltip, and an alert, if macOS does not let this account read the system log.
+inline constexpr std::string_view logRefusedToolTip =
+    "Tollvane can't hear any sounds: this account isn't an administrator";
+inline constexpr std::string_view logRefusedTitle = "Tollvane can't hear any sounds";
+inline constexpr std::string_view logRefused =
+    "macOS lets only administrators read the system log, which tells of sounds, and this account isn't one. An "
+    "administrator can change that in System Settings, Users & Groups. Then log in again.";
+
+// Why Tollvane cannot start at login from the place to which it was downloaded. Follows `changeNotAllowed`.
+inline constexpr std::string_view moveToApplications =
+    "Move Tollvane to your Applications folder and open it from there.";
+
 }  // namespace tollvane

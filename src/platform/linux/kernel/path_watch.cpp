@@ -1,4 +1,4 @@
-#include "platform/linux/kernel/path_watch.h"
+#include "platform/posix/path_watch.h"
 
 #include <sys/inotify.h>
 
@@ -24,8 +24,8 @@ bool isThere(const std::filesystem::path& path) {
 }  // namespace
 
 PathWatch::PathWatch(std::filesystem::path file)
-    : file_(std::move(file)), inotify_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-  if (inotify_) anchor();
+    : file_(std::move(file)), events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+  if (events_) anchor();
 }
 
 bool PathWatch::appeared() {
@@ -38,13 +38,13 @@ bool PathWatch::appeared() {
 // and watching: then this looks again, one step nearer.
 void PathWatch::anchor() {
   for (int looks = 0; looks < mostLooks; ++looks) {
-    if (watch_ >= 0) inotify_rm_watch(inotify_.get(), watch_);
+    if (watch_ >= 0) inotify_rm_watch(events_.get(), watch_);
     watch_ = -1;
     std::filesystem::path step = file_;
     while (watch_ < 0 && step.has_relative_path()) {
       awaited_ = step.filename().string();
       step = step.parent_path();
-      watch_ = inotify_add_watch(inotify_.get(), step.c_str(), appearance | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR);
+      watch_ = inotify_add_watch(events_.get(), step.c_str(), appearance | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR);
     }
     if (watch_ < 0 || step == file_.parent_path() || !isThere(step / awaited_)) return;
   }
@@ -55,7 +55,7 @@ bool PathWatch::takeEvents() {
   bool nearer = false;
   alignas(inotify_event) std::array<char, 4096> buffer{};
   ssize_t size = 0;
-  while ((size = read(inotify_.get(), buffer.data(), buffer.size())) > 0) {
+  while ((size = read(events_.get(), buffer.data(), buffer.size())) > 0) {
     for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
       const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
       at += sizeof(inotify_event) + event->len;

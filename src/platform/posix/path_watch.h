@@ -1,6 +1,6 @@
 // Tells when a file appears, even if some of its parent directories are missing. Costs nothing while nothing happens:
-// the kernel reports changes (inotify(7)), and nothing is polled. There is no event loop here: the owner waits for
-// descriptor(). One thread.
+// the kernel reports changes (inotify(7), kqueue(2)), and nothing is polled. There is no event loop here: the owner
+// waits for descriptor(). One thread. Each system has an implementation of its own.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +15,7 @@ class PathWatch {
   explicit PathWatch(std::filesystem::path file);
 
   // Readable if something happened on the way to the file; -1 if the kernel has no more descriptors to give.
-  int descriptor() const { return inotify_.get(); }
+  int descriptor() const { return events_.get(); }
 
   // False if the kernel has no watch left to give.
   bool watching() const { return watch_ >= 0; }
@@ -29,8 +29,9 @@ class PathWatch {
   bool takeEvents();
 
   std::filesystem::path file_;
-  UniqueFd inotify_;
-  int watch_ = -1;       // of the nearest directory that exists
+  UniqueFd events_;
+  UniqueFd folder_;      // the nearest directory that exists, on systems that watch what is open
+  int watch_ = -1;       // of that directory
   std::string awaited_;  // the name in that directory that leads to the file
 };
 
