@@ -15,7 +15,7 @@
 #include "app/history.h"
 #include "browser/bridge_listener.h"
 #include "browser/native_hosts.h"
-#include "platform/linux/kernel/path_watch.h"
+#include "platform/posix/path_watch.h"
 #include "platform/linux/kernel/write_watch.h"
 #include "platform/linux/session/autostart_login.h"
 #include "platform/linux/system/json_defaults.h"
