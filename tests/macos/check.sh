@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check.sh: compiles the code for macOS without a Mac, for both of its architectures, with clang and the declarations in
-# this folder. Nothing is linked or run. Every warning is an error: a selector that nobody declares, a call that the
+# check.sh: compiles the code for macOS without a Mac, with clang and the declarations in this folder: Objective-C++ for
+# both architectures, C++ for one. Nothing is linked or run. Every warning is an error: a selector that nobody declares, a call that the
 # oldest supported system does not have and that is not guarded, a deprecated one. Prints what is wrong and ends with 1.
 #
 # C++'s headers are those of this Linux, made to fit: they ask for the computer that they were installed for, "__nonnull"
