@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # check.sh: compiles the code for macOS without a Mac, with clang and the declarations in this folder: Objective-C++ for
-# both architectures, C++ for one. Nothing is linked or run. Every warning is an error: a selector that nobody declares, a call that the
-# oldest supported system does not have and that is not guarded, a deprecated one. Prints what is wrong and ends with 1.
+# both architectures, C++ for one. Nothing is linked or run. Every warning is an error: a selector that nobody declares,
+# a call that the oldest supported system does not have and that is not guarded, a deprecated one. Prints what is wrong
+# and ends with 1.
 #
 # C++'s headers are those of this Linux, made to fit: they ask for the computer that they were installed for, "__nonnull"
 # is a keyword of clang for macOS, and there is no __float128, of which the headers know for another compiler only.
