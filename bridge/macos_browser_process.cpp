@@ -18,7 +18,7 @@ namespace {
 // A queue of the kernel can itself be waited for. It holds no descriptor if the process has ended already.
 UniqueFd endOf(Pid process) {
   UniqueFd queue(::kqueue());
-  struct kevent end {};
+  struct kevent end = {};
   end.ident = static_cast<uintptr_t>(process);
   end.filter = EVFILT_PROC;
   end.flags = EV_ADD;

@@ -20,7 +20,7 @@ bool isThere(const std::filesystem::path& path) {
 
 // From now on the queue tells of each change in the directory that is open as `folder`, until that is closed.
 void watchChanges(int queue, int folder) {
-  struct kevent change {};
+  struct kevent change = {};
   change.ident = static_cast<uintptr_t>(folder);
   change.filter = EVFILT_VNODE;
   change.flags = EV_ADD | EV_CLEAR;
