@@ -30,33 +30,39 @@ Finding programFinding(const Examination& found) {
 }
 
 Finding runningFinding(const Examination& found, const std::string& version) {
-  if (!found.hasSessionBus)
+  if (!found.hasSessionBus) {
     return {"running", Health::bad, "There is no session bus, so the desktop cannot be asked.",
             "Run this command in a terminal of your desktop, as the user who is logged in there."};
+  }
   if (!found.running) return {"running", Health::note, "Tollvane does not run.", "Start it from your applications."};
   const RunningTollvane& running = *found.running;
-  if (running.version.empty())
+  if (running.version.empty()) {
     return {"running", Health::bad, "Tollvane runs, but does not say how it is.",
             "It may be an older version. " + std::string(restart)};
-  if (running.isOutdated || running.version != version)
+  }
+  if (running.isOutdated || running.version != version) {
     return {"running", Health::note,
             "Tollvane " + running.version + " runs, but its program has been replaced or removed since it was started.",
             std::string(restart)};
+  }
   return {"running", Health::good, "Tollvane " + running.version + " runs."};
 }
 
 Finding soundFinding(const Examination& found) {
-  if (found.soundServers.empty())
+  if (found.soundServers.empty()) {
     return {"sound", Health::bad, "No sound server answers, so no sound can be heard.",
             "Start one: systemctl --user start pipewire pipewire-pulse wireplumber"};
+  }
   std::string servers;
   for (const std::string& server : found.soundServers) servers += (servers.empty() ? "" : " and ") + server;
-  if (found.running && !found.running->hearsLogTool)
+  if (found.running && !found.running->hearsLogTool) {
     return {"sound", Health::bad, servers + " can be reached, but Tollvane's program TollvaneLog does not run.",
             "Run \"TollvaneLog stream\" in a terminal, and see why."};
-  if (found.running && !found.running->hearsSoundServer)
+  }
+  if (found.running && !found.running->hearsSoundServer) {
     return {"sound", Health::bad, servers + " can be reached from here, but not by the Tollvane that runs.",
             std::string(restart)};
+  }
   return {"sound", Health::good, "Sounds can be heard: " + servers + " can be reached."};
 }
 
@@ -79,10 +85,11 @@ Finding bellFinding(const Examination& found) {
   if (found.bellPlace == BellPlace::statusBar) return {"bell", Health::good, "Status icons are shown" + by + "."};
   if (found.bellPlace == BellPlace::oldTray)
     return {"bell", Health::good, "Status icons are shown by a tray of the old kind."};
-  if (found.desktop.find("GNOME") != std::string::npos)
+  if (found.desktop.find("GNOME") != std::string::npos) {
     return {"bell", Health::bad, "GNOME shows no status icons by itself, so there is no place for the bell.",
             "Install the extension (sudo apt install gnome-shell-extension-appindicator), log in again, and turn it on "
             "in the program Extensions."};
+  }
   return {"bell", Health::bad, "Nothing on this desktop shows status icons, so there is no place for the bell.",
           "Add the item for status icons to your panel. It is often called Status Tray or System Tray."};
 }
@@ -196,22 +203,25 @@ Finding updateFinding(const Bundle& bundle) {
 }
 
 std::vector<Finding> fileFindings(const Examination& found) {
-  if (!found.home)
+  if (!found.home) {
     return {{"home", Health::bad, "This user has no home directory, so Tollvane cannot run.",
              "Log in as a user with a home directory."}};
+  }
   const std::string folder = shown(found.supportFolder, found);
   std::vector<Finding> findings;
-  if (found.supportFolderIsWritable)
+  if (found.supportFolderIsWritable) {
     findings.push_back({"history", Health::good, "The history is written to " + folder + "."});
-  else
+  } else {
     findings.push_back({"history", Health::bad, "Tollvane cannot write to " + folder + ", so it keeps no history.",
                         "Make sure that the folder is yours, and that the disk is neither full nor read-only."});
+  }
   const std::string settings = shown(found.settingsFile, found);
-  if (found.settingsAreReadable)
+  if (found.settingsAreReadable) {
     findings.push_back({"settings", Health::good, "The settings are in " + settings + "."});
-  else
+  } else {
     findings.push_back({"settings", Health::bad, "The settings in " + settings + " cannot be read.",
                         "Make the file readable, or remove it; then the usual settings count."});
+  }
   return findings;
 }
 

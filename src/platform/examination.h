@@ -55,20 +55,20 @@ struct Examination {
   std::optional<std::filesystem::path> home;
   std::filesystem::path bundle;
   std::vector<std::string> missingParts;  // of the bundle
-  bool hasSessionBus = false;
   std::optional<RunningTollvane> running;
   std::vector<std::string> soundServers;           // those that answer
   std::string lastSound;                           // date and time of the history's last line; empty: there is none
   std::optional<std::string> notificationService;  // its name
-  BellPlace bellPlace = BellPlace::none;
-  std::string bar;      // the program that shows status icons
-  std::string desktop;  // what the desktop calls itself
-  WindowWay windowWay = WindowWay::none;
-  std::vector<ExaminedBrowser> browsers;  // those that are installed or run
-  LoginStatus login = LoginStatus::notRegistered;
+  std::string bar;                                 // the program that shows status icons
+  std::string desktop;                             // what the desktop calls itself
+  std::vector<ExaminedBrowser> browsers;           // those that are installed or run
   std::filesystem::path supportFolder;
-  bool supportFolderIsWritable = false;
   std::filesystem::path settingsFile;
+  BellPlace bellPlace = BellPlace::none;
+  WindowWay windowWay = WindowWay::none;
+  LoginStatus login = LoginStatus::notRegistered;
+  bool hasSessionBus = false;
+  bool supportFolderIsWritable = false;
   bool settingsAreReadable = true;  // also if there is no such file yet
 };
 

@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/json_value.h"
