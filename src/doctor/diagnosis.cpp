@@ -85,10 +85,11 @@ Finding bellFinding(const Examination& found) {
   if (found.bellPlace == BellPlace::statusBar) return {"bell", Health::good, "Status icons are shown" + by + "."};
   if (found.bellPlace == BellPlace::oldTray)
     return {"bell", Health::good, "Status icons are shown by a tray of the old kind."};
+  if (found.bellPlace == BellPlace::shell)
+    return {"bell", Health::good, "GNOME Shell shows the bell, with Tollvane's extension."};
   if (found.desktop.find("GNOME") != std::string::npos) {
     return {"bell", Health::bad, "GNOME shows no status icons by itself, so there is no place for the bell.",
-            "Install the extension (sudo apt install gnome-shell-extension-appindicator), log in again, and turn it on "
-            "in the program Extensions."};
+            "Turn on Tollvane's extension of GNOME Shell: Tollvane offers it when it starts. Then log in again."};
   }
   return {"bell", Health::bad, "Nothing on this desktop shows status icons, so there is no place for the bell.",
           "Add the item for status icons to your panel. It is often called Status Tray or System Tray."};
@@ -100,9 +101,17 @@ Finding windowFinding(const Examination& found) {
       return {"windows", Health::good, "Windows come forward through the X11 window manager."};
     case WindowWay::sway:
       return {"windows", Health::good, "Windows come forward through sway."};
-    case WindowWay::bus:
+    case WindowWay::kwin:
+      return {"windows", Health::good, "Windows come forward through KWin."};
+    case WindowWay::shell:
+      return {"windows", Health::good, "Windows come forward through Tollvane's extension of GNOME Shell."};
+    case WindowWay::others:
+      if (found.desktop.find("GNOME") != std::string::npos) {
+        return {"windows", Health::note, "GNOME lets no program bring another's windows forward.",
+                "Turn on Tollvane's extension of GNOME Shell."};
+      }
       return {"windows", Health::note,
-              "On this desktop only applications that listen on the session bus can be brought forward."};
+              "Windows come forward if the compositor lists its windows for programs, as most do but GNOME."};
     case WindowWay::none:
       break;
   }

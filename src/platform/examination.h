@@ -46,10 +46,10 @@ struct RunningTollvane {
 };
 
 // Where the bell can be shown.
-enum class BellPlace { none, oldTray, statusBar };
+enum class BellPlace { none, oldTray, statusBar, shell };
 
 // How windows of other applications come forward.
-enum class WindowWay { none, x11, sway, bus };
+enum class WindowWay { none, x11, sway, kwin, shell, others };
 
 struct Examination {
   std::optional<std::filesystem::path> home;

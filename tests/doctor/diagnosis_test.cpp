@@ -124,7 +124,14 @@ TEST_F(DiagnosisTest, WithoutABusOnlyTheBusIsBad) {
 TEST_F(DiagnosisTest, GnomeIsToldOfItsExtensionAndOtherDesktopsOfTheirPanel) {
   found.bellPlace = BellPlace::none;
   found.desktop = "ubuntu:GNOME";
-  EXPECT_THAT(about("bell").mend, HasSubstr("gnome-shell-extension-appindicator"));
+  EXPECT_THAT(about("bell").mend, HasSubstr("Tollvane's extension of GNOME Shell"));
+  found.windowWay = WindowWay::others;
+  EXPECT_THAT(about("windows").mend, HasSubstr("Tollvane's extension of GNOME Shell"));
+  found.bellPlace = BellPlace::shell;
+  found.windowWay = WindowWay::shell;
+  for (const char* topic : {"bell", "windows"}) EXPECT_EQ(about(topic).health, Health::good) << topic;
+  found.windowWay = WindowWay::kwin;
+  EXPECT_THAT(about("windows").sentence, HasSubstr("KWin"));
   found.desktop = "XFCE";
   EXPECT_THAT(about("bell").mend, Not(HasSubstr("gnome")));
 }

@@ -88,6 +88,17 @@ std::string barName(Pid pid) {
   return name.starts_with("wrapper-") && parent ? processes.programName(*parent) : name;
 }
 
+// Whether GNOME Shell has Tollvane's extension, and it is turned on.
+bool hasShellExtension(const QDBusConnection& bus) {
+  if (!isOnBus(bus, "org.gnome.Shell")) return false;
+  QDBusMessage call = QDBusMessage::createMethodCall(
+      QStringLiteral("org.gnome.Shell"), QStringLiteral("/com/quarnel/tollvane/shell"),
+      QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect"));
+  call.setAutoStartService(false);
+  const QDBusReply<QString> answer = bus.call(call, QDBus::Block, busPatience);
+  return answer.isValid() && answer.value().contains(QLatin1String("com.quarnel.tollvane.Shell"));
+}
+
 // Sets the place for the bell, and the program that shows it.
 void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examination& found) {
   constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
@@ -106,6 +117,7 @@ void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examinatio
     }
   }
   if (x11.hasTray) found.bellPlace = BellPlace::oldTray;
+  if (hasShellExtension(bus)) found.bellPlace = BellPlace::shell;
 }
 
 std::optional<RunningTollvane> running(const QDBusConnection& bus) {
@@ -120,8 +132,10 @@ std::optional<RunningTollvane> running(const QDBusConnection& bus) {
 
 WindowWay windowWay(const QDBusConnection& bus, const X11Desktop& x11) {
   if (!variable("SWAYSOCK").empty()) return WindowWay::sway;
+  if (isOnBus(bus, "org.kde.KWin")) return WindowWay::kwin;
+  if (hasShellExtension(bus)) return WindowWay::shell;
   if (variable("WAYLAND_DISPLAY").empty()) return x11.hasWindowManager ? WindowWay::x11 : WindowWay::none;
-  return bus.isConnected() ? WindowWay::bus : WindowWay::none;
+  return WindowWay::others;
 }
 
 // --- browsers --------------------------------------------------------------------------------------------------------
