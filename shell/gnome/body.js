@@ -19,12 +19,12 @@ const BELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Bell">
   <method name="Menu"><arg type="s" direction="out"/></method>
   <method name="Choose"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
   <signal name="Changed"/>
+  <signal name="ShowMenu"/>
 </interface></node>`;
 
 const SHELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Shell">
   <method name="Windows"><arg type="a(tusssb)" direction="out"/></method>
   <method name="Activate"><arg type="t" direction="in"/><arg type="b" direction="out"/></method>
-  <signal name="ShowMenu"/>
 </interface></node>`;
 
 const BellProxy = Gio.DBusProxy.makeProxyWrapper(BELL_INTERFACE);
@@ -209,7 +209,10 @@ class Link {
         if (failure || answer[0] !== VERSION || cancel.is_cancelled())
           return;
         this._proxy = proxy;
-        this._changes = proxy.connectSignal('Changed', () => this._update());
+        this._signals = [
+          proxy.connectSignal('Changed', () => this._update()),
+          proxy.connectSignal('ShowMenu', () => this.bell?.menu.toggle()),
+        ];
         this._showBell();
       });
     }, cancel, Gio.DBusProxyFlags.DO_NOT_AUTO_START | Gio.DBusProxyFlags.DO_NOT_LOAD_PROPERTIES);
@@ -219,8 +222,8 @@ class Link {
     this._owner = null;
     this._cancel?.cancel();
     this._cancel = null;
-    if (this._proxy)
-      this._proxy.disconnectSignal(this._changes);
+    for (const signal of this._proxy ? this._signals : [])
+      this._proxy.disconnectSignal(signal);
     this._proxy = null;
     this._showBell();
   }

@@ -241,6 +241,11 @@ class GnomeTest(ShellTest):
         self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
                       f'.find(i => i.accessible_name === {json.dumps(name)}).activate(null); 1')
 
+    def test_a_key_opens_the_menu(self):
+        self.start_tollvane()
+        self.assertTrue(self.session.succeeds(*as_user(self.session), str(BUILD / 'Tollvane/Tollvane'), '--show-menu'))
+        wait_until(lambda: self.evaluate('Main.panel.statusArea.tollvane.menu.isOpen'), 'the open menu')
+
     def test_the_bell_goes_with_tollvane(self):
         tollvane = self.start_tollvane()
         tollvane.end()

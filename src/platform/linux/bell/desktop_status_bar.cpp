@@ -100,7 +100,8 @@ class DesktopStatusBar::Item : public StatusItem {
   }
 
   bool showMenu() {
-    if (!drawn_ || !RichMenu::isPossible()) return false;
+    if (!RichMenu::isPossible()) return bar_.shell_.showMenu();
+    if (!drawn_) return false;
     drawn_->toggleByKeyboard();
     return true;
   }

@@ -65,6 +65,12 @@ QString ShellBell::shell() const {
 
 bool ShellBell::isAttached() const { return !attached_.isEmpty() && attached_ == shell(); }
 
+bool ShellBell::showMenu() {
+  if (!isAttached()) return false;
+  Q_EMIT ShowMenu();
+  return true;
+}
+
 bool ShellBell::isShell() {
   if (!calledFromDBus()) return false;
   if (message().service() == shell()) return true;

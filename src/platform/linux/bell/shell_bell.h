@@ -4,7 +4,7 @@
 //
 //   com.quarnel.tollvane.Bell at /com/quarnel/tollvane/bell
 //     Attach(u version) -> u        the version that Tollvane speaks; the shell goes on only if it is its own
-//     State() -> s symbol, s tooltip        Changed        signal: ask again
+//     State() -> s symbol, s tooltip        Changed        signal: ask again        ShowMenu        signal: open it
 //     Menu() -> s        JSON: a list of items; see shell/gnome/body.js for its reader
 //     Choose(i number, s token)
 #pragma once
@@ -33,6 +33,9 @@ class ShellBell : public QObject, public StatusItem, protected QDBusContext {
   explicit ShellBell(QDBusConnection bus);
   ~ShellBell() override;
 
+  // Opens the menu in the shell, or closes it. False if the shell has no extension of ours.
+  bool showMenu();
+
   // Whether the shell that runs now has the extension, and has said so.
   bool isAttached() const;
 
@@ -52,6 +55,7 @@ class ShellBell : public QObject, public StatusItem, protected QDBusContext {
 
  Q_SIGNALS:
   Q_SCRIPTABLE void Changed();
+  Q_SCRIPTABLE void ShowMenu();
   // NOLINTEND(readability-identifier-naming)
 
  private:
