@@ -66,6 +66,9 @@ class ShellTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.session = cls.enterClassContext(PrivateSession(*SIZE, *cls.options))
+        # Another user runs the session, who may not be allowed to reach the build.
+        cls.bundle = cls.session.home / 'Tollvane'
+        shutil.copytree(BUILD / 'Tollvane', cls.bundle)
         applications = cls.session.data / 'applications'
         applications.mkdir(parents=True)
         for name in ('one', 'two'):
@@ -203,7 +206,7 @@ class GnomeTest(ShellTest):
         settings.parent.mkdir(exist_ok=True)
         settings.write_text('{"hasLaunchedBefore": true}')
         subprocess.run(['chown', '-R', self.session.facts['user'], str(self.session.home)], check=True)
-        tollvane = Probe(self.session, 'tollvane', program=BUILD / 'Tollvane/Tollvane')
+        tollvane = Probe(self.session, 'tollvane', program=self.bundle / 'Tollvane')
         self.addCleanup(tollvane.end)
         wait_until(lambda: self.evaluate('Boolean(Main.panel.statusArea.tollvane)'), 'the bell')
         return tollvane
@@ -243,7 +246,7 @@ class GnomeTest(ShellTest):
 
     def test_a_key_opens_the_menu(self):
         self.start_tollvane()
-        self.assertTrue(self.session.succeeds(*as_user(self.session), str(BUILD / 'Tollvane/Tollvane'), '--show-menu'))
+        self.assertTrue(self.session.succeeds(*as_user(self.session), str(self.bundle / 'Tollvane'), '--show-menu'))
         wait_until(lambda: self.evaluate('Main.panel.statusArea.tollvane.menu.isOpen'), 'the open menu')
 
     def test_the_bell_goes_with_tollvane(self):
@@ -286,7 +289,7 @@ class BareGnomeTest(ShellTest):
         settings.parent.mkdir(exist_ok=True)
         settings.write_text('{"hasLaunchedBefore": true}')
         subprocess.run(['chown', '-R', self.session.facts['user'], str(self.session.home)], check=True)
-        tollvane = Probe(self.session, 'tollvane', program=BUILD / 'Tollvane/Tollvane')
+        tollvane = Probe(self.session, 'tollvane', program=self.bundle / 'Tollvane')
         self.addCleanup(tollvane.end)
         wait_until(lambda: self.titles() == ['Tollvane'], 'the offer')
         wait_until(lambda: self.active_pid() == tollvane.pid, 'the offer in front')
@@ -318,7 +321,7 @@ class IndicatorTest(ShellTest):
                              '(m?._getMenuItems() ?? []).map(i => [i.label?.text ?? "", i.sensitive])')
 
     def test_the_menu_is_right_after_sounds_came_and_went(self):
-        bell = Probe(self.session, 'menu_probe', str(BUILD / 'Tollvane/icons'), 'none')
+        bell = Probe(self.session, 'menu_probe', str(self.bundle / 'icons'), 'none')
         self.addCleanup(bell.end)
         bell.ask('image bell')
         wait_until(lambda: 'appindicator' in self.evaluate('Object.keys(Main.panel.statusArea).join()'), 'the bell')

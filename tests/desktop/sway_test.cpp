@@ -72,7 +72,7 @@ TEST_F(SwayTest, AWindowComesForwardThroughTheCompositorsList) {
   ASSERT_TRUE(waitUntil([&] { return isInFront(*window); }));
   sway({"workspace", "2"});
   ASSERT_FALSE(isInFront(*window));
-  const auto probe = desktop.start({"env", "-u", "SWAYSOCK", TOLLVANE_PROBES "/desktop_probe"});
+  const auto probe = desktop.start({TOLLVANE_PROBES "/desktop_probe"}, {{"SWAYSOCK", ""}});
   ASSERT_EQ(probe->line(), "ready");
   EXPECT_EQ(ask(*probe, "activate " + std::to_string(window->pid())), "activated yes");
   EXPECT_TRUE(waitUntil([&] { return isInFront(*window); }));

@@ -37,8 +37,8 @@ PrivateWayland::PrivateWayland(const std::string& pointer)
   startBar();
 }
 
-std::unique_ptr<Process> PrivateWayland::start(const std::vector<std::string>& command) {
-  return session_.start(command, Process::Input::written, Process::Output::read);
+std::unique_ptr<Process> PrivateWayland::start(const std::vector<std::string>& command, const Variables& extra) {
+  return session_.start(command, Process::Input::written, Process::Output::read, extra);
 }
 
 void PrivateWayland::renew() {

@@ -31,8 +31,9 @@ class PrivateWayland {
   // `pointer`: the path of the program wayland_pointer.
   explicit PrivateWayland(const std::string& pointer);
 
-  // Starts a program in this desktop, with pipes at its standard input and output.
-  std::unique_ptr<Process> start(const std::vector<std::string>& command);
+  // Starts a program in this desktop, with pipes at its standard input and output. Variables in `extra` override those
+  // of the desktop.
+  std::unique_ptr<Process> start(const std::vector<std::string>& command, const Variables& extra = {});
   std::optional<std::string> run(const std::vector<std::string>& command) { return session_.run(command); }
 
   // Prepares the desktop for the next test: an empty home for its programs, the pointer in the middle of the first
