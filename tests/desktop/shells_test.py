@@ -315,19 +315,31 @@ class IndicatorTest(ShellTest):
     evaluate = GnomeTest.evaluate
     active_pid = GnomeTest.active_pid
 
-    def menu(self):
+    def menu(self, then=''):
         # An item that registers anew may leave an empty one behind for a moment.
         return self.evaluate('const menus = Object.keys(Main.panel.statusArea).filter(key => '
                              'key.startsWith("appindicator")).map(key => Main.panel.statusArea[key]?.menu); '
+                             f'{then}; '
                              'const m = menus.find(menu => menu?._getMenuItems().length > 1); '
                              '(m?._getMenuItems() ?? []).map(i => [i.label?.text ?? "", i.sensitive])')
 
+    def bell_with_menu(self):
+        """Sometimes the extension never asks for the menu of an item that has registered while the shell starts."""
+        for _ in range(5):
+            bell = Probe(self.session, 'menu_probe', str(self.bundle / 'icons'), 'none')
+            self.addCleanup(bell.end)
+            bell.ask('image bell')
+            try:
+                wait_until(lambda: self.menu('menus.forEach(m => m?.open())')[:1] == [['No sounds yet', False]],
+                           'the empty menu', deadline=10, pause=0.3)
+                return bell
+            except TimeoutError:
+                bell.end()
+        self.fail('the extension shows no menu')
+
     def test_the_menu_is_right_after_sounds_came_and_went(self):
-        bell = Probe(self.session, 'menu_probe', str(self.bundle / 'icons'), 'none')
-        self.addCleanup(bell.end)
-        bell.ask('image bell')
-        wait_until(lambda: 'appindicator' in self.evaluate('Object.keys(Main.panel.statusArea).join()'), 'the bell')
-        wait_until(lambda: self.menu()[:1] == [['No sounds yet', False]], 'the empty menu')
+        bell = self.bell_with_menu()
+        self.menu('menus.forEach(m => m?.close())')
         bell.ask('add Mail')
         bell.ask('add Chat')
         wait_until(lambda: self.menu()[0][0] == 'Recent sounds · 2 unseen', 'the header with two sounds')
