@@ -26,7 +26,7 @@ int refuse(const std::string& sentence) {
 
 constexpr const char* showMenuOption = "--show-menu";
 
-// The first argument that is none of ours. The toolkit has taken its own out.
+// The first argument that Tollvane does not know. The toolkit has taken its own out.
 std::optional<std::string> strangeArgument(const QStringList& arguments) {
   for (const QString& argument : arguments.mid(1))
     if (argument != QLatin1String(showMenuOption)) return argument.toStdString();

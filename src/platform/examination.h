@@ -57,7 +57,7 @@ struct Examination {
   std::vector<std::string> missingParts;  // of the bundle
   std::optional<RunningTollvane> running;
   std::vector<std::string> soundServers;           // those that answer
-  std::string lastSound;                           // date and time of the history's last line; empty: there is none
+  std::string lastSound;                           // date and time of the history's last line; empty: no line yet
   std::optional<std::string> notificationService;  // its name
   std::string bar;                                 // the program that shows status icons
   std::string desktop;                             // what the desktop calls itself

@@ -63,9 +63,12 @@ void SettingsModel::refresh() {
 
   icons_.clear();
   for (const Browser browser : Browser::allCases) {
-    for (const std::string_view edition : browser.editions())
-      if (auto name = workspace_.icon(edition); !name.empty())
-        icons_.try_emplace(std::string(browser.rawValue()), name);
+    for (const std::string_view edition : browser.editions()) {
+      const auto name = workspace_.icon(edition);
+      if (name.empty()) continue;
+      icons_.emplace(browser.rawValue(), name);
+      break;
+    }
   }
 
   auto rows = browserStatus ? browserStatus() : std::vector<BrowserRow>();

@@ -1,6 +1,6 @@
 // Tells when a file appears, even if some of its parent directories are missing. Costs nothing while nothing happens:
 // the kernel reports changes (inotify(7), kqueue(2)), and nothing is polled. There is no event loop here: the owner
-// waits for descriptor(). One thread. Each system has an implementation of its own.
+// waits for descriptor(). One thread. What asks the kernel is written for each system.
 #pragma once
 
 #include <filesystem>
@@ -26,6 +26,11 @@ class PathWatch {
 
  private:
   void anchor();
+
+  // Each system's own. watch() sets watch_, to -1 if the directory cannot be watched; unwatch() sets it to -1.
+  static UniqueFd makeQueue();
+  void watch(const std::filesystem::path& directory);
+  void unwatch();
   bool takeEvents();
 
   std::filesystem::path file_;

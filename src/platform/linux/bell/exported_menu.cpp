@@ -50,10 +50,11 @@ const DBusMenuLayout* findBelow(const DBusMenuLayout& layout, int number) {
 
 }  // namespace
 
-QString menuLabel(const MenuItem& item) {
-  QString label = item.attributedTitle.empty() ? plainLine(item.title) : labelOf(item.attributedTitle);
-  return label.replace(u'_', QStringLiteral("__"));
+QString plainLabel(const MenuItem& item) {
+  return item.attributedTitle.empty() ? plainLine(item.title) : labelOf(item.attributedTitle);
 }
+
+QString menuLabel(const MenuItem& item) { return plainLabel(item).replace(u'_', QStringLiteral("__")); }
 
 void MenuNumbers::beginMenu() {
   inThisMenu_.clear();

@@ -60,9 +60,12 @@ class ExportedMenu {
   QHash<int, MenuItem> items_;
 };
 
-// A menu item's title for bars that draw the menu themselves and can show only one line of plain text: "3:07:42 PM
-// Firefox · notification sound — Tab: Inbox". Two blanks follow the time, a dot stands between other parts, a dash
-// before what was the second line. Underscores are doubled, because a single one would underline the next character.
+// A menu item's title in one line of plain text: "3:07:42 PM  Firefox · notification sound — Tab: Inbox". Two blanks
+// follow the time, a dot stands between other parts, a dash before what was the second line.
+QString plainLabel(const MenuItem& item);
+
+// The same for bars that draw the menu themselves. Underscores are doubled, because a single one would underline the
+// next character.
 QString menuLabel(const MenuItem& item);
 
 // `layout` with at most `depth` levels below it (0: none, negative: all) and only with the properties in `names`

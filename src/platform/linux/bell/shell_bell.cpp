@@ -79,13 +79,13 @@ bool ShellBell::isShell() {
 }
 
 void ShellBell::setImage(std::string_view symbolName, std::string_view) {
-  symbol_ = plainLine(symbolName);
-  Q_EMIT Changed();
+  const QString symbol = plainLine(symbolName);
+  if (symbol != std::exchange(symbol_, symbol)) Q_EMIT Changed();
 }
 
 void ShellBell::setToolTip(std::string_view text) {
-  toolTip_ = QString::fromStdString(plainToolTip(text));
-  Q_EMIT Changed();
+  const QString toolTip = QString::fromStdString(plainToolTip(text));
+  if (toolTip != std::exchange(toolTip_, toolTip)) Q_EMIT Changed();
 }
 
 void ShellBell::setMenu(MenuDelegate& delegate) { delegate_ = &delegate; }
@@ -115,11 +115,10 @@ QString ShellBell::Menu() {
       if (item.isSeparator) {
         made.insert(QStringLiteral("separator"), true);
       } else {
-        made.insert(QStringLiteral("name"), menuLabel(item).replace(QLatin1String("__"), QLatin1String("_")));
+        made.insert(QStringLiteral("name"), plainLabel(item));
         made.insert(QStringLiteral("enabled"), item.isEnabled);
         made.insert(QStringLiteral("lines"), linesOf(item));
         if (!item.keyEquivalent.empty()) made.insert(QStringLiteral("key"), plainLine(item.keyEquivalent));
-        if (!item.toolTip.empty()) made.insert(QStringLiteral("tip"), plainLine(item.toolTip));
         if (!item.submenu.empty()) made.insert(QStringLiteral("items"), listOf(item.submenu));
       }
       items_.insert_or_assign(number, item);

@@ -41,7 +41,7 @@ class ShellExtension {
   Liveness alive_;
 };
 
-// The folder of the form for this version of the shell ("43.9"); empty if there is none.
+// The folder of the form for this version of the shell ("43.9"); empty if no form fits that version.
 std::string formForShell(const std::string& version);
 
 }  // namespace tollvane

@@ -13,8 +13,8 @@ namespace {
 
 QString appearanceGroup() { return QStringLiteral("org.freedesktop.appearance"); }
 
-// A user who has chosen another plug-in than the desktop's has chosen its look, and Plasma shows its own to the
-// toolkit.
+// Whether the toolkit gets its look elsewhere: from a plug-in that the user has chosen instead of the desktop's, or
+// from Plasma.
 bool isDressedByOthers() {
   const QByteArray plugin = qgetenv("QT_QPA_PLATFORMTHEME");
   const bool isDesktops = plugin.isEmpty() || plugin == "gtk2" || plugin == "gtk3" || plugin == "gnome";

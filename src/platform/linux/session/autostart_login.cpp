@@ -46,7 +46,7 @@ class AutostartEntry {
     return text ? text.get() : "";
   }
 
-  // The program that it starts; absent if it is none of our entries.
+  // The program that the entry starts; absent if the entry is not one of ours.
   std::optional<std::string> program() const {
     const std::string text = command();
     if (text.find(std::string(startedAtLogin) + "=1 ") == std::string::npos) return std::nullopt;

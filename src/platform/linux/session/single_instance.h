@@ -114,7 +114,7 @@ class StateAdaptor : public QDBusAbstractAdaptor {
 struct FirstInstance {
   Pid pid = 0;
 
-  // Absent if there is none.
+  // Absent if Tollvane does not run.
   static std::optional<FirstInstance> find(const QDBusConnection& bus);
 
   // What it says about itself; empty if it does not answer.

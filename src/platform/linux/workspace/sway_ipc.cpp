@@ -56,7 +56,7 @@ struct Search {
     const std::string appId = node[QLatin1String("app_id")].toString().toStdString();
     const QJsonValue properties = node[QLatin1String("window_properties")];
     const std::string windowClass = properties[QLatin1String("class")].toString().toStdString();
-    const auto fits = target.rank(pid, appId, windowClass);
+    const auto fits = target.rank(pid, {appId, windowClass});
     if (!fits) return;
     const std::pair found(!target.isWanted(node[QLatin1String("name")].toString().toStdString()), *fits);
     if (window && best <= found) return;

@@ -33,10 +33,11 @@ std::optional<int> ActivationTarget::rankOfName(std::string_view windowName) con
   return same ? std::optional<int>(sameName) : std::nullopt;
 }
 
-std::optional<int> ActivationTarget::rank(Pid windowPid, std::string_view name, std::string_view otherName) const {
-  std::optional<int> best;
-  for (const auto& rank : {rankOfPid(windowPid), rankOfName(name), rankOfName(otherName)}) {
-    if (rank && (!best || *rank < *best)) best = rank;
+std::optional<int> ActivationTarget::rank(Pid windowPid, const std::vector<std::string>& windowNames) const {
+  std::optional<int> best = rankOfPid(windowPid);
+  for (const std::string& name : windowNames) {
+    const auto byName = rankOfName(name);
+    if (byName && (!best || *byName < *best)) best = byName;
   }
   return best;
 }
@@ -51,11 +52,7 @@ std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, c
   std::optional<Order> best;
   std::optional<OpenWindow> found;
   for (const OpenWindow& window : windows) {
-    auto rank = target.rankOfPid(window.pid);
-    for (const std::string& name : window.names) {
-      const auto byName = target.rankOfName(name);
-      if (byName && (!rank || *byName < *rank)) rank = byName;
-    }
+    const auto rank = target.rank(window.pid, window.names);
     if (!rank) continue;
     const Order order{*rank, !target.isWanted(window.title), !window.isActive, -window.height};
     if (best && !(order < *best)) continue;

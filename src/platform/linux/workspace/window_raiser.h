@@ -39,8 +39,8 @@ struct ActivationTarget {
   // The same by the name that a window gives itself: a half of its WM_CLASS, or its app_id.
   std::optional<int> rankOfName(std::string_view windowName) const;
 
-  // The better one of both.
-  std::optional<int> rank(Pid windowPid, std::string_view name, std::string_view otherName = {}) const;
+  // The best of all that its process and its names tell.
+  std::optional<int> rank(Pid windowPid, const std::vector<std::string>& windowNames) const;
 };
 
 // A window as a compositor describes it.

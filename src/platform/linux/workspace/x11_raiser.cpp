@@ -98,7 +98,7 @@ class Activation : public QObject {
     for (const Questions& question : questions) {
       const X11Owner owner = X11Owner::answer(x11_, question.owner);
       const auto types = x11_.values<xcb_atom_t>(question.type);
-      const auto rank = target.rank(owner.pid, owner.instance, owner.windowClass);
+      const auto rank = target.rank(owner.pid, {owner.instance, owner.windowClass});
       if (!rank || !isForPeople(types)) continue;
       if (!best.empty() && *rank > bestRank) continue;
       if (!best.empty() && *rank < bestRank) best.clear();

@@ -50,8 +50,8 @@ TEST(ActivationTarget, AnApplicationWithoutAnEntryHasNoNames) {
 }
 
 TEST(ActivationTarget, ItsOwnNameComesBeforeTheTerminalItRunsIn) {
-  EXPECT_LT(player().rank(0, "PlayerWindow"), player().rank(50, "xterm"));
-  EXPECT_EQ(player().rank(50, "PlayerWindow"), player().rankOfName("PlayerWindow")) << "the better of both ranks";
+  EXPECT_LT(player().rank(0, {"PlayerWindow"}), player().rank(50, {"xterm"}));
+  EXPECT_EQ(player().rank(50, {"PlayerWindow"}), player().rankOfName("PlayerWindow")) << "the better of both ranks";
 }
 
 class Fixed : public WindowRaiser {
