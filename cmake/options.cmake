@@ -44,12 +44,16 @@ function(tollvane_bundle_program target name)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY ${TOLLVANE_BUNDLE})
 endfunction()
 
-# tollvane_room(TARGET FOLDER SOURCE...): adds the sources of one folder. They are compiled together, as one unit, which
-# takes a quarter of the time. So all names in a folder must differ, even those in anonymous namespaces.
+# tollvane_room(TARGET FOLDER [UNIT NAME] SOURCE...): adds the sources of one folder. All sources of one unit are compiled
+# together, which takes a quarter of the time; without UNIT, a folder is a unit of its own. So all names in a unit must
+# differ, even those in anonymous namespaces.
 function(tollvane_room target folder)
-  list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/)
-  target_sources(${target} PRIVATE ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 2 room "" "UNIT" "")
+  if(NOT room_UNIT)
+    string(MAKE_C_IDENTIFIER ${folder} room_UNIT)
+  endif()
+  list(TRANSFORM room_UNPARSED_ARGUMENTS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/)
+  target_sources(${target} PRIVATE ${room_UNPARSED_ARGUMENTS})
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${TOLLVANE_UNITY} UNITY_BUILD_MODE GROUP)
-  string(MAKE_C_IDENTIFIER ${folder} group)
-  set_source_files_properties(${ARGN} PROPERTIES UNITY_GROUP ${group})
+  set_source_files_properties(${room_UNPARSED_ARGUMENTS} PROPERTIES UNITY_GROUP ${room_UNIT})
 endfunction()

@@ -31,7 +31,7 @@ std::string unescaped(std::string_view text) {
   return result;
 }
 
-std::optional<std::filesystem::path> busPath(std::string_view address) {
+std::optional<std::filesystem::path> busSocket(std::string_view address) {
   constexpr std::string_view unix = "unix:";
   if (!address.starts_with(unix)) return std::nullopt;
   for (std::string_view rest = address.substr(unix.size()); !rest.empty();) {
@@ -105,7 +105,7 @@ std::optional<BusAddress> sessionBus(const Environment& environment) {
     if (address.empty()) continue;
     if (!bus.address.empty()) bus.address += ';';
     bus.address += withoutInstance(address);
-    if (!bus.socket) bus.socket = busPath(address);
+    if (!bus.socket) bus.socket = busSocket(address);
   }
   return bus;
 }

@@ -19,8 +19,8 @@ constexpr const char* pulseModule = "TollvaneLogPulse.so";
 // a library that it needs, is missing.
 std::unique_ptr<SoundSource> loadPulseSource(SoundSource::Remember remember, SoundSource::Events events) {
   using Make = SoundSource* (*)(SoundSource::Remember, SoundSource::Events);
-  std::error_code unknown;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
   const auto module = program.parent_path() / pulseModule;
   void* const handle = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
   const auto make = handle ? reinterpret_cast<Make>(dlsym(handle, "tollvaneMakePulseSource")) : nullptr;

@@ -55,8 +55,8 @@ void SourceOpener::openApplication(const SoundEvent& event) {
 // Of several processes of the application, the one that made the sound.
 std::optional<RunningApplication> SourceOpener::runningApplication(const SoundEvent& event) const {
   std::optional<RunningApplication> found;
-  for (auto& candidate : workspace_.runningApplications()) {
-    if (candidate.localizedName != event.app || candidate.activationPolicy != ActivationPolicy::regular) continue;
+  for (auto& candidate : workspace_.regularApplications()) {
+    if (candidate.localizedName != event.app) continue;
     const bool isMaker =
         event.maker && candidate.pid == event.maker->pid && candidate.startTime == event.maker->startTime;
     if (isMaker) return candidate;

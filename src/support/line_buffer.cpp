@@ -6,7 +6,7 @@ namespace tollvane {
 namespace {
 
 // An emptied buffer larger than this gives its memory back.
-constexpr std::size_t mostKept = 1 << 20;
+constexpr std::size_t largestKeptBuffer = 1 << 20;
 
 }  // namespace
 
@@ -48,7 +48,7 @@ void LineBuffer::compact() {
   bytes_.erase(0, begin_);
   searched_ -= begin_;
   begin_ = 0;
-  if (bytes_.empty() && bytes_.capacity() > mostKept) std::string().swap(bytes_);
+  if (bytes_.empty() && bytes_.capacity() > largestKeptBuffer) std::string().swap(bytes_);
 }
 
 }  // namespace tollvane

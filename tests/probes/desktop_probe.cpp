@@ -107,7 +107,7 @@ void obey(Desktop& desktop, const std::string& command) {
     desktop.workspace.activate(application, title,
                                [](bool forward) { say(std::string("activated ") + yesOrNo(forward)); });
   } else if (verb == "running") {
-    for (const auto& each : desktop.workspace.runningApplications())
+    for (const auto& each : desktop.workspace.regularApplications())
       say(std::to_string(each.pid) + "\t" + each.localizedName.value_or(""));
     say("end");
   } else if (verb == "open" || verb == "url") {

@@ -100,9 +100,10 @@ class VirtualWorkspace : public Workspace {
       if (entry.bundleID == bundleID) result.push_back(entry.application);
     return result;
   }
-  std::vector<RunningApplication> runningApplications() const override {
+  std::vector<RunningApplication> regularApplications() const override {
     std::vector<RunningApplication> result;
-    for (const auto& entry : running) result.push_back(entry.application);
+    for (const auto& entry : running)
+      if (entry.application.activationPolicy == ActivationPolicy::regular) result.push_back(entry.application);
     return result;
   }
   std::vector<std::string> names(std::string_view bundleID) const override {

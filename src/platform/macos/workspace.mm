@@ -68,7 +68,11 @@ class SharedWorkspace : public Workspace {
     return found;
   }
 
-  std::vector<RunningApplication> runningApplications() const override { return all(shared().runningApplications); }
+  std::vector<RunningApplication> regularApplications() const override {
+    auto found = all(shared().runningApplications);
+    std::erase_if(found, [](const auto& each) { return each.activationPolicy != ActivationPolicy::regular; });
+    return found;
+  }
 
   std::vector<std::string> names(std::string_view bundleID) const override {
     std::vector<std::string> names;

@@ -9,7 +9,7 @@ namespace tollvane {
 namespace {
 
 // An emptied queue whose memory is larger than this frees it.
-constexpr std::size_t mostKept = 64 * 1024;
+constexpr std::size_t mostRoomKept = 64 * 1024;
 
 }  // namespace
 
@@ -46,7 +46,7 @@ void Outbox::written(std::size_t size) {
 
 void Outbox::clear() {
   sent_ = 0;
-  if (bytes_.capacity() > mostKept) {
+  if (bytes_.capacity() > mostRoomKept) {
     std::string().swap(bytes_);
   } else {
     bytes_.clear();

@@ -33,20 +33,22 @@ struct ApplicationProcesses::Search {
   std::vector<Pid> withWindows;
 };
 
-std::optional<ApplicationProcess> ApplicationProcesses::process(Pid pid) const {
+std::optional<ApplicationProcess> ApplicationProcesses::process(Pid pid, Applications::Wanted wanted) const {
   // Whose process it is comes first, because that is far cheaper than finding its application.
   const ProcFs& processes = applications_.processes();
   if (!processes.isOwn(pid)) return std::nullopt;
-  auto application = applications_.of(pid);
+  RunningProgram program = applications_.program(pid);
+  auto application = applications_.of(program, wanted);
   const auto status = application ? processes.status(pid) : std::nullopt;
   if (!status) return std::nullopt;
   return ApplicationProcess{pid, status->startTime, std::move(*application)};
 }
 
-std::vector<ApplicationProcess> ApplicationProcesses::all() const {
+std::vector<ApplicationProcess> ApplicationProcesses::regular() const {
+  applications_.entries().refresh();
   std::vector<ApplicationProcess> found;
   for (const Pid pid : applications_.processes().all())
-    if (auto belonging = process(pid)) found.push_back(std::move(*belonging));
+    if (auto belonging = process(pid, Applications::Wanted::regular)) found.push_back(std::move(*belonging));
   return found;
 }
 
@@ -75,7 +77,7 @@ std::vector<ApplicationProcess> ApplicationProcesses::of(const ProgramIndex::Ent
   const auto collect = [&](auto mayBelong) {
     for (const Seen& each : everybody()) {
       if (!mayBelong(each)) continue;
-      auto belonging = process(each.pid);
+      auto belonging = process(each.pid, Applications::Wanted::any);
       if (belonging && belonging->application.entry != nullptr && hasIdOf(wanted, belonging->application.entry))
         found.push_back(std::move(*belonging));
     }

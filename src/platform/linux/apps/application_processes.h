@@ -25,8 +25,8 @@ class ApplicationProcesses {
   ApplicationProcesses(const Applications& applications, const Clock& clock)
       : applications_(applications), clock_(clock) {}
 
-  // All of the user's processes that belong to an application, in ascending order.
-  std::vector<ApplicationProcess> all() const;
+  // All of the user's processes that belong to an ordinary application, in ascending order.
+  std::vector<ApplicationProcess> regular() const;
 
   // The user's processes that belong to one of these entries, in ascending order. `knownPrograms`: the caller promises
   // that each entry names a real executable, not a script. If none of those runs, the other processes are not examined.
@@ -41,7 +41,7 @@ class ApplicationProcesses {
     std::optional<std::string> executable;
   };
 
-  std::optional<ApplicationProcess> process(Pid pid) const;
+  std::optional<ApplicationProcess> process(Pid pid, Applications::Wanted wanted) const;
   const std::vector<Seen>& everybody() const;
   bool mayBelong(const Seen& process, const Search& search) const;
 

@@ -33,22 +33,27 @@ bool startsOthers(const DesktopEntry& entry) { return entry.isTerminalEmulator |
 }  // namespace
 
 std::optional<Ownership> Applications::of(Pid pid, Wanted wanted) const {
-  constexpr Pid init = 1;
-  if (pid <= init) return std::nullopt;
-  RunningProgram first = program(pid);
-  if (!first.isAlive()) return std::nullopt;
   entries_.refresh();
+  RunningProgram first = program(pid);
+  return of(first, wanted);
+}
+
+std::optional<Ownership> Applications::of(RunningProgram& program, Wanted wanted) const {
+  constexpr Pid init = 1;
+  const Pid pid = program.pid();
+  if (pid <= init || !program.isAlive()) return std::nullopt;
   const std::string cgroup = processes_.cgroup(pid);
-  Ownership application = identify(pid, first, applicationUnit(cgroup));
+  Ownership application = identify(program, applicationUnit(cgroup));
   if (!application.isRegular()) lookForWindows(pid, application);
   if (wanted == Wanted::regular && !application.isRegular()) return std::nullopt;
   if (application.entry != nullptr || !application.id.empty()) return application;
-  if (background_ != nullptr) application.backgroundName = background_->nameOf(first, cgroup, application.hasWindow);
+  if (background_ != nullptr) application.backgroundName = background_->nameOf(program, cgroup, application.hasWindow);
   if (!application.hasWindow && application.backgroundName.empty()) return std::nullopt;
   return application;
 }
 
-Ownership Applications::identify(Pid pid, RunningProgram& program, const UnitName& unit) const {
+Ownership Applications::identify(RunningProgram& program, const UnitName& unit) const {
+  const Pid pid = program.pid();
   if (auto sandboxed = fromSandbox(pid, unit)) {
     // A program that was started by a snap without confinement runs in the snap's scope, too.
     if (unit.snapInstance.empty() || sandboxed->entry == nullptr || isTrusted(sandboxed->entry, program))

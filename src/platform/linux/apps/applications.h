@@ -51,6 +51,11 @@ class Applications {
   // any other, and no time is spent on names of background programs.
   std::optional<Ownership> of(Pid pid, Wanted wanted = Wanted::any) const;
 
+  // The same for a process of which something is known already. The entries are taken as they are, so refresh them
+  // before the first of several questions.
+  std::optional<Ownership> of(RunningProgram& program, Wanted wanted) const;
+  RunningProgram program(Pid pid) const { return {pid, processes_, entries_, executables_}; }
+
   // The name that the desktop shows: the entry's own, else the end of the id ("org.example.Player" -> "Player"), else
   // that of the background program, else the window's class, else the program's name. Valid UTF-8.
   std::string nameOf(Pid pid, const Ownership& application) const;
@@ -61,8 +66,7 @@ class Applications {
   Executables& executables() const { return executables_; }
 
  private:
-  RunningProgram program(Pid pid) const { return {pid, processes_, entries_, executables_}; }
-  Ownership identify(Pid pid, RunningProgram& program, const UnitName& unit) const;
+  Ownership identify(RunningProgram& program, const UnitName& unit) const;
   std::optional<Ownership> fromSandbox(Pid pid, const UnitName& unit) const;
   DesktopEntries::Entry launchedEntry(Pid pid) const;
   DesktopEntries::Entry unitEntry(const UnitName& unit) const;

@@ -44,6 +44,8 @@ class RunningProgram {
   RunningProgram(Pid pid, const ProcFs& processes, const DesktopEntries& entries, Executables& executables)
       : pid_(pid), processes_(processes), entries_(entries), executables_(executables) {}
 
+  Pid pid() const { return pid_; }
+
   // The same process, to be looked up among other entries. What is known about it already is not asked again.
   RunningProgram among(const DesktopEntries& entries, Executables& executables);
 

@@ -12,8 +12,6 @@
 namespace tollvane {
 namespace {
 
-QString latin(const char* text) { return QString::fromLatin1(text); }
-
 QJsonObject runOf(const TextRun& run) {
   QString style;
   if (run.font.weight == FontWeight::semibold) style = QStringLiteral("bold");
@@ -51,12 +49,12 @@ QJsonArray linesOf(const MenuItem& item) {
 
 ShellBell::ShellBell(QDBusConnection bus) : bus_(std::move(bus)) {
   if (!bus_.isConnected()) return;
-  bus_.registerObject(latin(objectPath), this,
+  bus_.registerObject(QLatin1String(objectPath), this,
                       QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportScriptableSignals);
 }
 
 ShellBell::~ShellBell() {
-  if (bus_.isConnected()) bus_.unregisterObject(latin(objectPath));
+  if (bus_.isConnected()) bus_.unregisterObject(QLatin1String(objectPath));
 }
 
 QString ShellBell::shell() const {

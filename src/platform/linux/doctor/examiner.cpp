@@ -33,7 +33,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t largestFile = 1 << 20;
+constexpr std::size_t largestExamined = 1 << 20;
 constexpr int busPatience = 1000;  // milliseconds
 
 std::string variable(const char* name) {
@@ -58,22 +58,20 @@ std::vector<std::string> soundServers() {
 
 // --- the bus ---------------------------------------------------------------------------------------------------------
 
-QString latin(const char* text) { return QString::fromLatin1(text); }
-
-bool isOnBus(const QDBusConnection& bus, const char* name) {
-  return bus.isConnected() && bus.interface()->isServiceRegistered(latin(name)).value();
+bool isOnBus(const QDBusConnection& bus, QLatin1String name) {
+  return bus.isConnected() && bus.interface()->isServiceRegistered(name).value();
 }
 
 std::optional<std::string> notificationService(const QDBusConnection& bus) {
-  constexpr const char* service = "org.freedesktop.Notifications";
+  constexpr QLatin1String service("org.freedesktop.Notifications");
   if (!bus.isConnected()) return std::nullopt;
   if (!isOnBus(bus, service)) {
     const QDBusReply<QStringList> activatable = bus.interface()->call(QStringLiteral("ListActivatableNames"));
-    if (!activatable.isValid() || !activatable.value().contains(latin(service))) return std::nullopt;
+    if (!activatable.isValid() || !activatable.value().contains(service)) return std::nullopt;
     return "a service that starts when it is needed";
   }
-  QDBusMessage call = QDBusMessage::createMethodCall(latin(service), QStringLiteral("/org/freedesktop/Notifications"),
-                                                     latin(service), QStringLiteral("GetServerInformation"));
+  QDBusMessage call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"), service,
+                                                     QStringLiteral("GetServerInformation"));
   call.setAutoStartService(false);
   const QDBusMessage answer = bus.call(call, QDBus::Block, busPatience);
   const QString name = answer.arguments().value(0).toString();
@@ -90,7 +88,7 @@ std::string barName(Pid pid) {
 
 // Whether GNOME Shell has Tollvane's extension, and it is turned on.
 bool hasShellExtension(const QDBusConnection& bus) {
-  if (!isOnBus(bus, "org.gnome.Shell")) return false;
+  if (!isOnBus(bus, QLatin1String("org.gnome.Shell"))) return false;
   QDBusMessage call = QDBusMessage::createMethodCall(
       QStringLiteral("org.gnome.Shell"), QStringLiteral("/com/quarnel/tollvane/shell"),
       QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect"));
@@ -101,17 +99,17 @@ bool hasShellExtension(const QDBusConnection& bus) {
 
 // Sets the place for the bell, and the program that shows it.
 void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examination& found) {
-  constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
+  constexpr QLatin1String watcher("org.kde.StatusNotifierWatcher");
   if (isOnBus(bus, watcher)) {
     QDBusMessage call =
-        QDBusMessage::createMethodCall(latin(watcher), QStringLiteral("/StatusNotifierWatcher"),
+        QDBusMessage::createMethodCall(watcher, QStringLiteral("/StatusNotifierWatcher"),
                                        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    call << latin(watcher) << QStringLiteral("IsStatusNotifierHostRegistered");
+    call << watcher << QStringLiteral("IsStatusNotifierHostRegistered");
     call.setAutoStartService(false);
     const QDBusReply<QDBusVariant> hasHost = bus.call(call, QDBus::Block, busPatience);
     if (hasHost.isValid() && hasHost.value().variant().toBool()) {
       found.bellPlace = BellPlace::statusBar;
-      const auto pid = bus.interface()->servicePid(latin(watcher));
+      const auto pid = bus.interface()->servicePid(watcher);
       if (pid.isValid()) found.bar = barName(static_cast<Pid>(pid.value()));
       return;
     }
@@ -132,7 +130,7 @@ std::optional<RunningTollvane> running(const QDBusConnection& bus) {
 
 WindowWay windowWay(const QDBusConnection& bus, const X11Desktop& x11) {
   if (!variable("SWAYSOCK").empty()) return WindowWay::sway;
-  if (isOnBus(bus, "org.kde.KWin")) return WindowWay::kwin;
+  if (isOnBus(bus, QLatin1String("org.kde.KWin"))) return WindowWay::kwin;
   if (hasShellExtension(bus)) return WindowWay::shell;
   if (variable("WAYLAND_DISPLAY").empty()) return x11.hasWindowManager ? WindowWay::x11 : WindowWay::none;
   return WindowWay::others;
@@ -184,7 +182,7 @@ bool isWritable(fs::path folder) {
 ManifestState manifestState(const fs::path& manifest, const std::vector<std::string>& admitted) {
   std::error_code error;
   if (!fs::exists(fs::symlink_status(manifest, error))) return ManifestState::none;
-  const auto text = readPlainFile(manifest, largestFile);
+  const auto text = readPlainFile(manifest, largestExamined);
   const auto object = text ? json::object(*text) : std::nullopt;
   if (!object) return ManifestState::unreadable;
   const auto admits = [&](const char* key) {
@@ -264,7 +262,7 @@ Examination examine(const fs::path& bundle, const WantedManifests& wanted, const
   found.lastSound = lastTimeIn(found.supportFolder / "history.txt");
   found.supportFolderIsWritable = isWritable(found.supportFolder);
   found.settingsFile = configuration.value_or("") / "Tollvane" / "defaults.json";
-  const auto settings = files.exists(found.settingsFile) ? files.read(found.settingsFile, largestFile) : "{}";
+  const auto settings = files.exists(found.settingsFile) ? files.read(found.settingsFile, largestExamined) : "{}";
   found.settingsAreReadable = settings && json::object(*settings);
   return found;
 }

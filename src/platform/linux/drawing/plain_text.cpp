@@ -9,7 +9,6 @@
 namespace tollvane {
 namespace {
 
-constexpr QChar ellipsis = u'\u2026';
 constexpr qsizetype longestLine = 300;  // characters
 constexpr qsizetype longestToolTip = 160;
 

@@ -10,6 +10,8 @@
 
 namespace tollvane {
 
+inline constexpr QChar ellipsis = u'\u2026';
+
 // UTF-8 as one line of a bar or a menu, without control characters (see text::withoutControls). If the text has more
 // than 300 user-perceived characters, only the first are kept, with an ellipsis.
 QString plainLine(std::string_view text);

@@ -116,13 +116,13 @@ std::vector<std::optional<std::string>> ProcFs::environment(Pid pid, std::span<c
   if (!text) return {};
   std::vector<std::optional<std::string>> values(names.size());
   for (std::string_view rest = *text; !rest.empty();) {
-    std::string_view value = ascii::takePart(rest, '\0');
-    if (value.find('=') == std::string_view::npos) continue;
-    const std::string_view name = ascii::takePart(value, '=');
-    const auto wanted = std::find(names.begin(), names.end(), name);
-    if (wanted == names.end() || name.empty()) continue;
+    const std::string_view variable = ascii::takePart(rest, '\0');
+    const auto wanted = std::find_if(names.begin(), names.end(), [&](std::string_view name) {
+      return !name.empty() && variable.starts_with(name) && variable.substr(name.size()).starts_with('=');
+    });
+    if (wanted == names.end()) continue;
     auto& known = values[static_cast<std::size_t>(wanted - names.begin())];
-    if (!known) known = value;
+    if (!known) known = variable.substr(wanted->size() + 1);
   }
   return values;
 }

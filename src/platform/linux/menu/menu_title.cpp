@@ -83,7 +83,6 @@ bool isStrong(QChar::Direction direction) {
 // The ellipsis stands where the text was cut, which is on the left if the letters before it are read from right to
 // left. A mark behind it makes it one of them.
 QString withEllipsisInPlace(QString text) {
-  constexpr QChar ellipsis = u'\u2026';
   constexpr QChar rightToLeftMark = u'\u200F';
   if (!text.endsWith(ellipsis)) return text;
   const auto last = std::find_if(text.crbegin(), text.crend(), [](QChar c) { return isStrong(c.direction()); });

@@ -9,17 +9,15 @@
 namespace tollvane {
 namespace {
 
-constexpr const char* noMenu = "com.quarnel.tollvane.Error.NoMenu";
-
-QString text(const char* latin) { return QString::fromLatin1(latin); }
+constexpr QLatin1String noMenu("com.quarnel.tollvane.Error.NoMenu");
 
 QDBusMessage callFor(SingleInstance::Wish wish, const std::string& token) {
   const bool showMenu = wish == SingleInstance::Wish::showMenu;
   QDBusMessage call = QDBusMessage::createMethodCall(
-      text(SingleInstance::busName), text(SingleInstance::objectPath), QStringLiteral("org.freedesktop.Application"),
+      SingleInstance::busName, SingleInstance::objectPath, QStringLiteral("org.freedesktop.Application"),
       showMenu ? QStringLiteral("ActivateAction") : QStringLiteral("Activate"));
   call.setAutoStartService(false);
-  if (showMenu) call << text(SingleInstance::showMenu) << QVariantList();
+  if (showMenu) call << SingleInstance::showMenu << QVariantList();
   return call << platformData(token);
 }
 
@@ -29,13 +27,13 @@ QDBusMessage callFor(SingleInstance::Wish wish, const std::string& token) {
 SingleInstance::SingleInstance(QDBusConnection bus) : bus_(std::move(bus)) {
   new ApplicationAdaptor(this);
   new StateAdaptor(this);
-  if (bus_.isConnected()) bus_.registerObject(text(objectPath), this, QDBusConnection::ExportAdaptors);
+  if (bus_.isConnected()) bus_.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
 }
 
 SingleInstance::~SingleInstance() {
   if (!bus_.isConnected()) return;
-  bus_.unregisterObject(text(objectPath));
-  bus_.unregisterService(text(busName));
+  bus_.unregisterObject(objectPath);
+  bus_.unregisterService(busName);
 }
 
 SingleInstance::Start SingleInstance::claim(const std::string& token, Wish wish, std::chrono::milliseconds patience) {
@@ -46,39 +44,39 @@ SingleInstance::Start SingleInstance::claim(const std::string& token, Wish wish,
     if (ownsName()) return Start::first;
     const QDBusMessage answer = bus_.call(callFor(wish, token), QDBus::Block, static_cast<int>(patience.count()));
     if (answer.type() == QDBusMessage::ReplyMessage) return Start::another;
-    if (answer.errorName() == text(noMenu)) return Start::refused;
+    if (answer.errorName() == noMenu) return Start::refused;
     const QDBusError::ErrorType error = QDBusError(answer).type();
     const bool hasEnded = error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
-    if (!hasEnded || bus_.interface()->isServiceRegistered(text(busName)).value()) return Start::deadlock;
+    if (!hasEnded || bus_.interface()->isServiceRegistered(busName).value()) return Start::deadlock;
   }
   return Start::deadlock;
 }
 
 // A bus that refuses the name to every program (a sandbox's bus does) counts as no bus.
 bool SingleInstance::ownsName() {
-  const auto reply = bus_.interface()->registerService(text(busName), QDBusConnectionInterface::DontQueueService,
+  const auto reply = bus_.interface()->registerService(busName, QDBusConnectionInterface::DontQueueService,
                                                        QDBusConnectionInterface::DontAllowReplacement);
   return !reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered;
 }
 
 void ApplicationAdaptor::ActivateAction(const QString& name, const QVariantList&, const QVariantMap& platformData,
                                         const QDBusMessage& message) {
-  if (name != text(SingleInstance::showMenu) || !instance_->onShowMenu) return Activate(platformData);
+  if (name != SingleInstance::showMenu || !instance_->onShowMenu) return Activate(platformData);
   if (instance_->onShowMenu(tokenOf(platformData))) return;
   message.setDelayedReply(true);
   instance_->bus().send(
-      message.createErrorReply(text(noMenu), QStringLiteral("The desktop lets no program open this menu.")));
+      message.createErrorReply(noMenu, QStringLiteral("The desktop lets no program open this menu.")));
 }
 
 std::optional<FirstInstance> FirstInstance::find(const QDBusConnection& bus) {
   if (!bus.isConnected()) return std::nullopt;
-  const auto pid = bus.interface()->servicePid(text(SingleInstance::busName));
+  const auto pid = bus.interface()->servicePid(SingleInstance::busName);
   return pid.isValid() ? std::optional(FirstInstance{static_cast<Pid>(pid.value())}) : std::nullopt;
 }
 
 std::string FirstInstance::state(const QDBusConnection& bus) {
   QDBusMessage call =
-      QDBusMessage::createMethodCall(text(SingleInstance::busName), text(SingleInstance::objectPath),
+      QDBusMessage::createMethodCall(SingleInstance::busName, SingleInstance::objectPath,
                                      QStringLiteral("com.quarnel.tollvane.State"), QStringLiteral("Describe"));
   call.setAutoStartService(false);
   constexpr int milliseconds = 3000;
@@ -87,7 +85,7 @@ std::string FirstInstance::state(const QDBusConnection& bus) {
 }
 
 bool FirstInstance::end(const QDBusConnection& bus, std::chrono::milliseconds patience) const {
-  const auto isThere = [&] { return bus.interface()->isServiceRegistered(text(SingleInstance::busName)).value(); };
+  const auto isThere = [&] { return bus.interface()->isServiceRegistered(SingleInstance::busName).value(); };
   constexpr std::chrono::milliseconds pause{50};
   if (::kill(pid, SIGTERM) != 0) return !isThere();
   for (auto waited = std::chrono::milliseconds::zero(); isThere(); waited += pause) {

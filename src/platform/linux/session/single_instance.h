@@ -30,10 +30,10 @@ class SingleInstance : public QObject {
   Q_OBJECT
 
  public:
-  static constexpr const char* busName = "com.quarnel.tollvane";
-  static constexpr const char* objectPath = "/com/quarnel/tollvane";
+  static constexpr QLatin1String busName{"com.quarnel.tollvane"};
+  static constexpr QLatin1String objectPath{"/com/quarnel/tollvane"};
 
-  static constexpr const char* showMenu = "show-recent-sounds";  // the action of org.freedesktop.Application
+  static constexpr QLatin1String showMenu{"show-recent-sounds"};  // the action of org.freedesktop.Application
 
   enum class Wish { comeForward, showMenu };
 

@@ -18,10 +18,14 @@ bool startsAWebApplication(const DesktopEntry& entry) {
 }  // namespace
 
 const BrowserEdition* BrowserPrograms::editionOf(Pid pid) const {
-  const ProcFs& processes = applications_.processes();
-  const auto executable = processes.executable(pid);
+  RunningProgram program = applications_.program(pid);
+  return editionOf(program);
+}
+
+const BrowserEdition* BrowserPrograms::editionOf(RunningProgram& program) const {
+  const auto& executable = program.executable();
   const BrowserEdition* const edition = executable ? editionOfProgram(*executable) : nullptr;
-  return edition != nullptr && processes.isOwn(pid) ? edition : nullptr;
+  return edition != nullptr && applications_.processes().isOwn(program.pid()) ? edition : nullptr;
 }
 
 const std::vector<BrowserPrograms::Running>& BrowserPrograms::look() const {

@@ -19,6 +19,7 @@ class BrowserPrograms {
 
   // The edition whose program the process runs; null if it is no browser's, another user's, or gone.
   const BrowserEdition* editionOf(Pid pid) const;
+  const BrowserEdition* editionOf(RunningProgram& program) const;
 
   // The user's processes that run this edition's program, or any browser's, in ascending order.
   std::vector<Pid> running(const BrowserEdition& edition) const;

@@ -18,9 +18,11 @@ LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& cl
 
 // A browser without a desktop entry is an ordinary application all the same, even if it has no window that we see.
 std::optional<Ownership> LinuxWorkspace::ownership(Pid pid, Applications::Wanted wanted) const {
-  auto application = applications_.of(pid, wanted);
+  applications_.entries().refresh();
+  RunningProgram program = applications_.program(pid);
+  auto application = applications_.of(program, wanted);
   if (application && application->entry != nullptr) return application;
-  if (browsers_.editionOf(pid) == nullptr) return application;
+  if (browsers_.editionOf(program) == nullptr) return application;
   if (!application) application.emplace();
   application->hasWindow = true;
   return application;
@@ -61,8 +63,8 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_
   return oldestFirst(std::move(found));
 }
 
-std::vector<RunningApplication> LinuxWorkspace::runningApplications() const {
-  auto found = processes_.all();
+std::vector<RunningApplication> LinuxWorkspace::regularApplications() const {
+  auto found = processes_.regular();
   add(browsers_.running(), found);
   return oldestFirst(std::move(found));
 }

@@ -19,7 +19,7 @@ class LinuxWorkspace : public Workspace {
   std::optional<RunningApplication> runningApplication(Pid pid) const override;
   std::optional<RunningApplication> regularApplication(Pid pid) const override;
   std::vector<RunningApplication> runningApplications(std::string_view bundleID) const override;
-  std::vector<RunningApplication> runningApplications() const override;
+  std::vector<RunningApplication> regularApplications() const override;
   std::vector<std::string> names(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplication(std::string_view bundleID) const override;
   std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const override;

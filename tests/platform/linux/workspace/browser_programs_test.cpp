@@ -45,7 +45,7 @@ TEST(BrowserPrograms, ItIsAnOrdinaryApplicationWithAWindowOrWithout) {
     EXPECT_EQ(application->localizedName, "Firefox");
     EXPECT_EQ(application->activationPolicy, ActivationPolicy::regular);
   }
-  const auto all = system.workspace().runningApplications();
+  const auto all = system.workspace().regularApplications();
   EXPECT_EQ(all.size(), 2u);
 }
 
@@ -96,7 +96,7 @@ TEST(BrowserPrograms, AnInstalledBrowserIsListedOnce) {
   system.entry("firefox", "Name=Firefox Web Browser\nExec=firefox %u\n");
   system.process({.pid = 100, .executable = system.at("/usr/lib/firefox/firefox")});
   EXPECT_THAT(runningOf(system, "org.mozilla.firefox"), ElementsAre(std::pair(100, "Firefox Web Browser")));
-  EXPECT_EQ(system.workspace().runningApplications().size(), 1u);
+  EXPECT_EQ(system.workspace().regularApplications().size(), 1u);
 }
 
 TEST(BrowserPrograms, ABrowserOfAnotherUserIsNobodys) {

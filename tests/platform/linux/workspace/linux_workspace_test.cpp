@@ -207,19 +207,18 @@ TEST(RunningApplications, SearchesWithinATenthOfASecondShareOneScan) {
   EXPECT_EQ(count(), 1u) << "a process that has ended is never listed";
 }
 
-TEST(AllRunningApplications, AreListedOldestFirstOneForEachProcess) {
+TEST(RegularApplications, AreListedOldestFirstOneForEachProcess) {
   FakeSystem system;
   for (const char* name : {"player", "editor"}) system.program(std::string("/usr/bin/") + name);
   system.entry("player", "Name=Player\nExec=player\n");
-  system.entry("editor", "Name=Editor\nExec=editor\nNoDisplay=true\n");
+  system.entry("editor", "Name=Editor\nExec=editor\nNoDisplay=true\n");  // an accessory
   system.process({.pid = 100, .executable = system.at("/usr/bin/player"), .startTime = 30});
   system.process({.pid = 101, .executable = system.at("/usr/bin/editor"), .startTime = 20});
   system.process({.pid = 102, .executable = system.at("/usr/bin/player"), .startTime = 10});
   system.process({.pid = 103, .executable = "/usr/bin/nobodys"});
   const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular, 10},
-                                                    {101, "Editor", ActivationPolicy::accessory, 20},
                                                     {100, "Player", ActivationPolicy::regular, 30}};
-  EXPECT_EQ(system.workspace().runningApplications(), expected);
+  EXPECT_EQ(system.workspace().regularApplications(), expected);
 }
 
 std::optional<bool> activate(FakeSystem& system, Pid pid) {
