@@ -8,13 +8,12 @@ const WATCHER = 'org.kde.StatusNotifierWatcher'; // its owner shows the bell, so
 const BELL_PATH = '/com/quarnel/tollvane/bell';
 const SHELL_PATH = '/com/quarnel/tollvane/shell';
 
-const LONGEST_TEXT = 400;
-const MOST_ITEMS = 80;
-const LONGEST_MENU = 1 << 20;
 const MOST_WINDOWS = 1000;
+const REST = 700; // milliseconds until a tooltip appears
 
 const BELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Bell">
   <method name="Attach"><arg type="u" direction="in"/><arg type="u" direction="out"/></method>
+  <method name="Detach"/>
   <method name="State"><arg type="s" direction="out"/><arg type="s" direction="out"/></method>
   <method name="Menu"><arg type="s" direction="out"/></method>
   <method name="Choose"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
@@ -29,37 +28,86 @@ const SHELL_INTERFACE = `<node><interface name="com.quarnel.tollvane.Shell">
 
 const BellProxy = Gio.DBusProxy.makeProxyWrapper(BELL_INTERFACE);
 
-function shortened(text) {
-  return typeof text !== 'string' ? '' : text.length <= LONGEST_TEXT ? text : `${text.slice(0, LONGEST_TEXT)}…`;
-}
-
 // How strongly texts are drawn on the menu, of 255. The shell's style sheets know no opacity.
 const STRENGTHS = {secondary: 205, faint: 150};
 
-function labelled(text, ...classes) {
-  const label = new St.Label({text: shortened(text), y_align: Clutter.ActorAlign.CENTER});
+function labelled(text, classes) {
+  const label = new St.Label({text, y_align: Clutter.ActorAlign.CENTER});
   for (const each of classes)
     label.add_style_class_name(`tollvane-${each}`);
   label.opacity = Math.min(255, ...classes.map(each => STRENGTHS[each] ?? 255));
   return label;
 }
 
+// The text that appears when the pointer rests on an actor. Its timer runs only meanwhile.
+class ToolTip {
+  constructor() {
+    this._timer = 0;
+  }
+
+  // `text` is asked when the tooltip appears.
+  follow(actor, text) {
+    actor.connect('notify::hover', () => actor.hover ? this._await(actor, text) : this._left(actor));
+    actor.connect('destroy', () => this._left(actor));
+  }
+
+  hide() {
+    if (this._timer)
+      GLib.source_remove(this._timer);
+    this._timer = 0;
+    this._actor = null;
+    this._label?.destroy();
+    this._label = null;
+  }
+
+  _left(actor) {
+    if (this._actor === actor)
+      this.hide();
+  }
+
+  _await(actor, text) {
+    this.hide();
+    this._actor = actor;
+    this._timer = GLib.timeout_add(GLib.PRIORITY_DEFAULT, REST, () => {
+      this._timer = 0;
+      if (text())
+        this._show(text());
+      return GLib.SOURCE_REMOVE;
+    });
+  }
+
+  // Below the pointer, or above it at the bottom of the screen.
+  _show(text) {
+    this._label = new St.Label({text, style_class: 'dash-label tollvane-tip'});
+    this._label.clutter_text.line_wrap = true;
+    this._label.clutter_text.line_wrap_mode = Pango.WrapMode.WORD_CHAR;
+    Main.uiGroup.add_child(this._label);
+    const [x, y] = global.get_pointer();
+    const [, , width, height] = this._label.get_preferred_size();
+    const {x: left, y: top, width: room, height: depth} = Main.layoutManager.currentMonitor;
+    const below = y + 24;
+    this._label.set_position(Math.max(left, Math.min(x, left + room - width)),
+      below + height <= top + depth ? below : Math.max(top, y - height - 8));
+  }
+}
+
 // One sound or command: one line or two, and the keys at the end.
 const Row = GObject.registerClass(
 class TollvaneRow extends PopupMenu.PopupBaseMenuItem {
-  _init(item, choose) {
-    super._init({reactive: item.enabled !== false, can_focus: item.enabled !== false});
+  _init(item, toolTip, choose) {
+    super._init({reactive: item.isEnabled, can_focus: item.isEnabled});
     const lines = new St.BoxLayout({vertical: true, x_expand: true});
-    for (const runs of Array.isArray(item.lines) ? item.lines.slice(0, 2) : []) {
+    for (const runs of item.lines) {
       const line = new St.BoxLayout({style_class: 'tollvane-line'});
-      for (const run of Array.isArray(runs) ? runs.slice(0, 8) : [])
-        line.add_child(labelled(run.text, run.style, run.color));
+      for (const run of runs)
+        line.add_child(labelled(run.text, run.classes));
       lines.add_child(line);
     }
     this.add_child(lines);
     if (item.key)
-      this.add_child(labelled(`Ctrl+${String(item.key).toUpperCase()}`, 'key', 'secondary'));
-    this.accessible_name = shortened(item.name);
+      this.add_child(labelled(`Ctrl+${item.key.toUpperCase()}`, ['key', 'secondary']));
+    this.accessible_name = item.name;
+    toolTip.follow(this, () => item.toolTip);
     this.connect('activate', () => choose(item.id));
   }
 });
@@ -73,11 +121,18 @@ class TollvaneBell extends PanelMenu.Button {
     this._icon = new St.Icon({style_class: 'system-status-icon'});
     this.add_child(this._icon);
     this._keys = new Map();
+    this._toolTip = new ToolTip();
+    this._toolTip.follow(this, () => this.menu.isOpen ? '' : this.accessible_name);
+    this.connect('destroy', () => this._toolTip.hide());
     this.menu.actor.add_style_class_name('tollvane-menu');
-    this.menu.connect('open-state-changed', (_menu, open) => open && this.fill());
+    this.menu.connect('open-state-changed', (_menu, open) => {
+      this._toolTip.hide();
+      if (open)
+        this.fill();
+    });
     this.menu.actor.connect('key-press-event', (_actor, event) => this._pressed(event));
     // A menu without items does not open, and items come only when it opens.
-    this.menu.addMenuItem(new Row({enabled: false, lines: [[{text: 'No sounds yet'}]]}, () => {}));
+    this._fillWith('[{"enabled": false, "lines": [[{"text": "No sounds yet"}]]}]');
     this.show_state('bell', 'Tollvane');
     this.fill();
   }
@@ -89,34 +144,48 @@ class TollvaneBell extends PanelMenu.Button {
   }
 
   fill() {
-    this._link.menu(items => {
-      this.menu.removeAll();
-      this._keys.clear();
-      this._add(this.menu, items);
+    this._link.menu(text => this._fillWith(text));
+  }
+
+  _fillWith(text) {
+    if (text === this._shown)
+      return;
+    const items = menuFrom(text);
+    if (items.length === 0)
+      return;
+    this._shown = text;
+    this.menu.removeAll();
+    this._keys.clear();
+    for (const item of items)
+      this._add(item);
+  }
+
+  _add(item) {
+    const choose = id => this._link.choose(id);
+    const rowOf = each => each.isSeparator ? new PopupMenu.PopupSeparatorMenuItem() :
+      new Row(each, this._toolTip, choose);
+    if (item.items.length === 0) {
+      this.menu.addMenuItem(rowOf(item));
+      if (item.key)
+        this._keys.set(item.key, item.id);
+      return;
+    }
+    // Most of the sounds are in the submenu, and most people do not open it. An empty one would not open.
+    const below = new PopupMenu.PopupSubMenuMenuItem(item.name, false);
+    this.menu.addMenuItem(below);
+    const {menu} = below;
+    const [first, ...others] = item.items;
+    menu.addMenuItem(rowOf(first));
+    menu.connect('open-state-changed', (_menu, open) => {
+      for (const each of open ? others.splice(0) : [])
+        menu.addMenuItem(rowOf(each));
     });
   }
 
-  _add(menu, items) {
-    for (const item of items.slice(0, MOST_ITEMS)) {
-      if (item.separator) {
-        menu.addMenuItem(new PopupMenu.PopupSeparatorMenuItem());
-      } else if (Array.isArray(item.items) && item.items.length > 0) {
-        const below = new PopupMenu.PopupSubMenuMenuItem(shortened(item.name), false);
-        this._add(below.menu, item.items);
-        menu.addMenuItem(below);
-      } else {
-        const choose = id => this._link.choose(id);
-        menu.addMenuItem(new Row(item, choose));
-        if (item.key)
-          this._keys.set(String(item.key), item.id);
-      }
-    }
-  }
-
   _pressed(event) {
-    const pressed = event.get_state() & Clutter.ModifierType.CONTROL_MASK;
-    const id = pressed ? this._keys.get(String.fromCodePoint(event.get_key_unicode().codePointAt?.(0) ?? 0)) ??
-      this._keys.get(event.get_key_unicode()) : undefined;
+    const isCommand = event.get_state() & Clutter.ModifierType.CONTROL_MASK;
+    const pressed = String.fromCodePoint(Clutter.keysym_to_unicode(event.get_key_symbol())).toLowerCase();
+    const id = isCommand ? this._keys.get(pressed) : undefined;
     if (id === undefined)
       return Clutter.EVENT_PROPAGATE;
     this.menu.close();
@@ -188,6 +257,7 @@ class Link {
   destroy() {
     for (const watch of this._watches)
       Gio.bus_unwatch_name(watch);
+    this._proxy?.DetachRemote(() => {}); // an older Tollvane does not know it
     this._vanished();
     this._windows.destroy();
   }
@@ -205,6 +275,7 @@ class Link {
       if (error || cancel.is_cancelled())
         return;
       proxy.AttachRemote(VERSION, (answer, failure) => {
+        this._settled = true;
         // An older Tollvane knows nothing of this, and a newer one may want another version.
         if (failure || answer[0] !== VERSION || cancel.is_cancelled())
           return;
@@ -249,15 +320,8 @@ class Link {
 
   menu(use) {
     this._proxy?.MenuRemote(([text], error) => {
-      if (error || !this.bell || text.length > LONGEST_MENU)
-        return;
-      try {
-        const items = JSON.parse(text);
-        if (Array.isArray(items) && items.length > 0)
-          use(items);
-      } catch (e) {
-        logError(e, 'Tollvane');
-      }
+      if (!error && this.bell)
+        use(text);
     });
   }
 
@@ -266,6 +330,6 @@ class Link {
     const info = Gio.AppInfo.create_from_commandline('Tollvane', 'Tollvane',
       Gio.AppInfoCreateFlags.SUPPORTS_STARTUP_NOTIFICATION);
     const token = global.create_app_launch_context(0, -1).get_startup_notify_id(info, []);
-    this._proxy?.ChooseRemote(Number(id), token ?? '');
+    this._proxy?.ChooseRemote(id, token ?? '');
   }
 }

@@ -1,6 +1,6 @@
 'use strict';
 
-const {Clutter, Gio, GLib, GObject, St} = imports.gi;
+const {Clutter, Gio, GLib, GObject, Pango, St} = imports.gi;
 const Main = imports.ui.main;
 const PanelMenu = imports.ui.panelMenu;
 const PopupMenu = imports.ui.popupMenu;

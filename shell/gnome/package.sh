@@ -13,7 +13,7 @@ form() {
   folder=$out/$1/tollvane@quarnel.com
   rm -rf "$folder"
   mkdir -p "$folder"
-  cat "head-$1.js" body.js "tail-$1.js" >"$folder/extension.js"
+  cat "head-$1.js" menu.js body.js "tail-$1.js" >"$folder/extension.js"
   jq --argjson versions "$2" '. + {"shell-version": $versions}' metadata.json >"$folder/metadata.json"
   cp stylesheet.css ../../src/platform/linux/icons/hicolor/symbolic/apps/tollvane-bell*-symbolic.svg "$folder"
 }

@@ -7,11 +7,14 @@
 //   url URL               -> "ok" at once
 //   url-in URL PATH       -> "started yes" or "started no"
 //   alert TEXT|INFORMATION|BUTTON|...  -> "answered NUMBER" when the user has answered
+//   play FILE             -> "ok": a program that this one has started plays it
+//   title TEXT            -> "ok": the title of all our windows
 //   panel X Y WIDTH HEIGHT -> "shown": a panel there, which reserves no room for itself
 //   own NAME              -> "ok": owns this name on the session bus
 //   ask                   -> "ok", after the answers to everything before
 #include <QApplication>
 #include <QMessageBox>
+#include <QProcess>
 #include <QRasterWindow>
 #include <memory>
 #include <sstream>
@@ -125,6 +128,17 @@ void obey(Desktop& desktop, const std::string& command) {
     std::string name;
     line >> name;
     say(QDBusConnection::sessionBus().registerService(QString::fromStdString(name)) ? "ok" : "refused");
+  } else if (verb == "play") {
+    std::string file;
+    std::getline(line >> std::ws, file);
+    auto* player = new QProcess(QCoreApplication::instance());
+    player->start(QStringLiteral("pw-play"), {QString::fromStdString(file)});
+    say("ok");
+  } else if (verb == "title") {
+    std::string title;
+    std::getline(line >> std::ws, title);
+    for (QWidget* window : QApplication::topLevelWidgets()) window->setWindowTitle(QString::fromStdString(title));
+    say("ok");
   } else if (verb == "panel") {
     showPanel(desktop, line);
   } else {

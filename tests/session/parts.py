@@ -253,11 +253,11 @@ class GnomeShell:
 
     @staticmethod
     def _is_up(session):
-        """It starts with its overview, which covers the windows."""
+        """It starts with its overview, which covers the windows. Hidden too early, the start would never end."""
         if not accepts(session.run / 'wayland-0'):
             return False
         try:
-            script = 'Main.overview.hide(); !Main.overview.visible && !Main.layoutManager._startingUp'
+            script = '!Main.layoutManager._startingUp && (Main.overview.hide(), !Main.overview.visible)'
             return session.bus.call(*GnomeShell.SHELL, 'Eval', 's', script) == [True, 'true']
         except BusError:
             return False

@@ -93,6 +93,10 @@ uint ShellBell::Attach(uint theirs) {
   return version;
 }
 
+void ShellBell::Detach() {
+  if (isShell()) attached_.clear();
+}
+
 QString ShellBell::State(QString& toolTip) {
   if (!isShell()) return {};
   toolTip = toolTip_;
@@ -116,6 +120,7 @@ QString ShellBell::Menu() {
         made.insert(QStringLiteral("name"), plainLabel(item));
         made.insert(QStringLiteral("enabled"), item.isEnabled);
         made.insert(QStringLiteral("lines"), linesOf(item));
+        if (!item.toolTip.empty()) made.insert(QStringLiteral("toolTip"), plainLine(item.toolTip));
         if (!item.keyEquivalent.empty()) made.insert(QStringLiteral("key"), plainLine(item.keyEquivalent));
         if (!item.submenu.empty()) made.insert(QStringLiteral("items"), listOf(item.submenu));
       }

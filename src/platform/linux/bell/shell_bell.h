@@ -4,6 +4,7 @@
 //
 //   com.quarnel.tollvane.Bell at /com/quarnel/tollvane/bell
 //     Attach(u version) -> u        the version that Tollvane speaks; the shell goes on only if it is its own
+//     Detach()                      the extension is turned off
 //     State() -> s symbol, s tooltip        Changed        signal: ask again        ShowMenu        signal: open it
 //     Menu() -> s        JSON: a list of items; see shell/gnome/body.js for its reader
 //     Choose(i number, s token)
@@ -49,6 +50,7 @@ class ShellBell : public QObject, public StatusItem, protected QDBusContext {
   // NOLINTBEGIN(readability-identifier-naming): names on the bus
  public Q_SLOTS:
   Q_SCRIPTABLE uint Attach(uint theirs);
+  Q_SCRIPTABLE void Detach();
   Q_SCRIPTABLE QString State(QString& toolTip);
   Q_SCRIPTABLE QString Menu();
   Q_SCRIPTABLE void Choose(int number, const QString& token);

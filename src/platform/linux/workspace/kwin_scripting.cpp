@@ -25,13 +25,13 @@ constexpr qsizetype longestScriptAnswer = 1 << 20;
 constexpr QLatin1String kwinName("org.kde.KWin");
 constexpr QLatin1String answersPath("/com/quarnel/tollvane/scripts");
 
-// Version 6 has other names for some things than version 5.
+// The texts are short enough for a thousand windows. Version 6 has other names for some things than version 5.
 constexpr QLatin1String listWindows(R"(
   const six = workspace.windowList !== undefined;
   const all = six ? workspace.windowList() : workspace.clientList();
   const active = six ? workspace.activeWindow : workspace.activeClient;
   answer(JSON.stringify(all.filter((w) => w.normalWindow || w.dialog).map((w) => ({
-    id: String(w.internalId), pid: w.pid, title: String(w.caption), name: String(w.resourceName),
+    id: String(w.internalId), pid: w.pid, title: String(w.caption).slice(0, 400), name: String(w.resourceName),
     className: String(w.resourceClass), entry: String(w.desktopFileName || ""), active: w === active,
     height: w.stackingOrder || 0}))));
 )");
@@ -110,7 +110,7 @@ void KWinScripting::run(const QString& body, OnAnswer onAnswer) {
     loaded->deleteLater();
     const QDBusPendingReply<int> number = *loaded;
     if (!number.isValid() || number.value() < 0) return finish(script, std::nullopt);
-    kwin_ = number.reply().service();
+    kwin_ = bus_.interface()->serviceOwner(latin(kwinName)).value();
     start(script);
   });
 }
