@@ -37,7 +37,11 @@ class TaskProcess : public ChildProcess {
       const int status = one.terminationReason == NSTaskTerminationReasonExit ? one.terminationStatus : 0;
       onMainQueue([ended, status] { ended(status); });
     };
-    if (![task launchAndReturnError:nil]) return false;
+    @try {
+      if (![task launchAndReturnError:nil]) return false;
+    } @catch (NSException*) {
+      return false;
+    }
     task_ = task;
     const int descriptor = pipe_.fileHandleForReading.fileDescriptor;
     ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);

@@ -115,6 +115,10 @@ extern const NSStringEncoding NSISOLatin1StringEncoding;
 @property(readonly) NSUInteger length;
 @end
 
+// https://developer.apple.com/documentation/foundation/nsexception
+@interface NSException : NSObject
+@end
+
 // https://developer.apple.com/documentation/foundation/nserror
 @interface NSError : NSObject
 @property(readonly, copy) NSString* localizedDescription;
