@@ -18,11 +18,8 @@ namespace {
 // A queue of the kernel can itself be waited for. It holds no descriptor if the process has ended already.
 UniqueFd endOf(Pid process) {
   UniqueFd queue(::kqueue());
-  struct kevent end = {};
-  end.ident = static_cast<uintptr_t>(process);
-  end.filter = EVFILT_PROC;
-  end.flags = EV_ADD;
-  end.fflags = NOTE_EXIT;
+  struct kevent end;
+  EV_SET(&end, process, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
   if (!queue || ::kevent(queue.get(), &end, 1, nullptr, 0, nullptr) != 0) return {};
   return queue;
 }

@@ -20,6 +20,7 @@ SYNTAX = {
     'arrayWithObjects:count:': r'@\[',
     'dictionaryWithObjects:forKeys:count:': r'@\{',
     'objectForKeyedSubscript:': r'\w\[[^\]]+\]',
+    'numberWithBool:': r'@(YES|NO)\b',
     'setObject:forKeyedSubscript:': r'\w\[[^\]]+\] = ',
     'countByEnumeratingWithState:objects:count:': r'for \([^;)]+ in ',
 }

@@ -18,6 +18,7 @@ constexpr std::array editions = {
         .programs = "/google/chrome/chrome",
         .manifests = "google-chrome/NativeMessagingHosts",
         .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
+        .macManifests = "Google/Chrome/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -26,6 +27,7 @@ constexpr std::array editions = {
         .programs = "/google/chrome-beta/chrome",
         .manifests = "google-chrome-beta/NativeMessagingHosts",
         .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
+        .macManifests = "Google/Chrome Beta/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -34,6 +36,7 @@ constexpr std::array editions = {
         .programs = "/google/chrome-unstable/chrome",
         .manifests = "google-chrome-unstable/NativeMessagingHosts",
         .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
+        .macManifests = "Google/Chrome Dev/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "chrome",
@@ -42,6 +45,7 @@ constexpr std::array editions = {
         .programs = "/google/chrome-canary/chrome",
         .manifests = "google-chrome-canary/NativeMessagingHosts",
         .systemManifests = "/etc/opt/chrome/native-messaging-hosts",
+        .macManifests = "Google/Chrome Canary/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -51,6 +55,7 @@ constexpr std::array editions = {
         .programs = "/microsoft/msedge/msedge",
         .manifests = "microsoft-edge/NativeMessagingHosts",
         .systemManifests = "/etc/opt/edge/native-messaging-hosts",
+        .macManifests = "Microsoft Edge/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -59,6 +64,7 @@ constexpr std::array editions = {
         .programs = "/microsoft/msedge-beta/msedge",
         .manifests = "microsoft-edge-beta/NativeMessagingHosts",
         .systemManifests = "/etc/opt/edge/native-messaging-hosts",
+        .macManifests = "Microsoft Edge Beta/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "edge",
@@ -67,6 +73,7 @@ constexpr std::array editions = {
         .programs = "/microsoft/msedge-dev/msedge",
         .manifests = "microsoft-edge-dev/NativeMessagingHosts",
         .systemManifests = "/etc/opt/edge/native-messaging-hosts",
+        .macManifests = "Microsoft Edge Dev/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "brave",
@@ -75,6 +82,7 @@ constexpr std::array editions = {
         .desktopIds = "brave-browser brave-browser-stable brave com.brave.Browser brave_brave",
         .programs = "/brave/brave",
         .manifests = "BraveSoftware/Brave-Browser/NativeMessagingHosts",
+        .macManifests = "BraveSoftware/Brave-Browser/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "brave",
@@ -82,6 +90,7 @@ constexpr std::array editions = {
         .desktopIds = "brave-browser-beta com.brave.Browser.beta",
         .programs = "/brave-beta/brave",
         .manifests = "BraveSoftware/Brave-Browser-Beta/NativeMessagingHosts",
+        .macManifests = "BraveSoftware/Brave-Browser-Beta/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "brave",
@@ -89,11 +98,13 @@ constexpr std::array editions = {
         .desktopIds = "brave-browser-nightly com.brave.Browser.nightly",
         .programs = "/brave-nightly/brave",
         .manifests = "BraveSoftware/Brave-Browser-Nightly/NativeMessagingHosts",
+        .macManifests = "BraveSoftware/Brave-Browser-Nightly/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "arc",
         .bundleID = "company.thebrowser.Browser",
         .name = "Arc",
+        .macManifests = "Arc/User Data/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "chromium",
@@ -104,6 +115,7 @@ constexpr std::array editions = {
         .programs = "/chromium /chromium-browser /chromium/chrome /chromium-browser/chrome /chrome-linux/chrome",
         .manifests = "chromium/NativeMessagingHosts",
         .systemManifests = "/etc/chromium/native-messaging-hosts",
+        .macManifests = "Chromium/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -113,6 +125,7 @@ constexpr std::array editions = {
         .programs = "/firefox /firefox-bin /firefox-esr",
         .manifests = "~/.mozilla/native-messaging-hosts",
         .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
+        .macManifests = "Mozilla/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -121,6 +134,7 @@ constexpr std::array editions = {
         .programs = "/firefox-beta/firefox /firefox-beta/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
         .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
+        .macManifests = "Mozilla/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -131,6 +145,7 @@ constexpr std::array editions = {
                     "/firefox-devedition/firefox /firefox-devedition/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
         .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
+        .macManifests = "Mozilla/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "firefox",
@@ -139,6 +154,7 @@ constexpr std::array editions = {
         .programs = "/firefox-nightly/firefox /firefox-nightly/firefox-bin",
         .manifests = "~/.mozilla/native-messaging-hosts",
         .systemManifests = "/usr/lib/mozilla/native-messaging-hosts",
+        .macManifests = "Mozilla/NativeMessagingHosts",
     },
     BrowserEdition{
         .family = "safari",

@@ -5,8 +5,8 @@
 //   for (const BrowserEdition& edition : browserEditions())
 //     if (edition.hasDesktopId("firefox-esr")) use(edition.bundleID);
 //
-// Sources: the packages and documentation of the browsers' makers; "Native messaging" on developer.chrome.com and
-// "Native manifests" on MDN for the folders of manifests.
+// Sources: the packages and documentation of the browsers' makers; "Native messaging" on developer.chrome.com, "Native
+// manifests" on MDN and the makers' own pages for Edge, Brave and Arc for the folders of manifests.
 #pragma once
 
 #include <span>
@@ -28,6 +28,10 @@ struct BrowserEdition {
   std::string_view manifests = {};
   // The folder in which it looks for manifests that are for all users. Empty if it has none that we know.
   std::string_view systemManifests = {};
+
+  // For macOS: the folder below Application Support in which it looks for manifests of native programs. Empty if it
+  // starts none.
+  std::string_view macManifests = {};
 
   bool hasDesktopId(std::string_view id) const;
   bool isMainRelease() const { return !name.empty(); }

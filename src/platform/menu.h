@@ -34,6 +34,12 @@ struct TextRun {
 
 using AttributedText = std::vector<TextRun>;
 
+// Whether the title goes on in its second line here. A text from outside may contain line feeds, too, but it does not
+// consist of blanks only.
+inline bool beginsLine(const TextRun& run) {
+  return run.text.starts_with('\n') && run.text.find_first_not_of(' ', 1) == std::string::npos;
+}
+
 // The text without its fonts and colours.
 inline std::string plainText(const AttributedText& text) {
   std::string plain;

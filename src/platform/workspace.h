@@ -60,7 +60,10 @@ class Workspace {
 
   // The same for the name that the desktop shows; the name must be exact, and case matters. Absent on a system whose
   // applications are in Locations::applicationFolders().
-  virtual std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view displayName) const = 0;
+  virtual std::optional<std::filesystem::path> urlForApplicationNamed(
+      [[maybe_unused]] std::string_view displayName) const {
+    return std::nullopt;
+  }
 
   // The icon of the application with this bundle identifier: what the platform's windows need to draw it, a name or a
   // path. Empty if the application is not installed, or has none.

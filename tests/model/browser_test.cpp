@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "catalogue/browsers.h"
 #include "tests/virtual/virtual_platform.h"
 
 namespace tollvane {
@@ -89,6 +90,21 @@ TEST(BrowserTest, ABrowserRunsIfOneOfItsProcessesRuns) {
   workspace.addRunning(100, "Google Chrome", ActivationPolicy::regular, "com.google.Chrome");
   EXPECT_TRUE(Browser(Browser::chrome).isRunning(workspace));
   EXPECT_FALSE(Browser(Browser::chromium).isRunning(workspace));
+}
+
+TEST(BrowserTest, EveryBrowserWithOurExtensionHasAFolderForManifestsOnMacOSExceptSafari) {
+  for (const BrowserEdition& edition : browserEditions()) {
+    const bool needsOne = !edition.family.empty() && edition.family != "safari";
+    EXPECT_EQ(!edition.macManifests.empty(), needsOne) << edition.bundleID;
+  }
+}
+
+TEST(BrowserTest, TheFoldersForManifestsOnMacOSAreThoseOfTheBrowsersMakers) {
+  const auto folder = [](std::string_view bundleID) { return editionOfBundle(bundleID)->macManifests; };
+  EXPECT_EQ(folder("com.google.Chrome"), "Google/Chrome/NativeMessagingHosts");
+  EXPECT_EQ(folder("com.brave.Browser"), "BraveSoftware/Brave-Browser/NativeMessagingHosts");
+  EXPECT_EQ(folder("company.thebrowser.Browser"), "Arc/User Data/NativeMessagingHosts");
+  EXPECT_EQ(folder("org.mozilla.nightly"), "Mozilla/NativeMessagingHosts");
 }
 
 }  // namespace

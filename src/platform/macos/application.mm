@@ -1,5 +1,3 @@
-#include "platform/macos/application.h"
-
 #import <AppKit/AppKit.h>
 
 #include <csignal>
@@ -52,28 +50,24 @@ class SharedApplication : public Application {
   }
 };
 
-NSMenu* submenu(NSMenu* menu) {
-  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
-  item.submenu = [[NSMenu alloc] initWithTitle:@""];
-  [menu addItem:item];
-  return item.submenu;
-}
-
 // Never seen, but without it the keys for close, copy and quit do nothing in our windows.
 NSMenu* mainMenu() {
+  NSMenu* keys = [[NSMenu alloc] initWithTitle:@""];
+  [keys addItemWithTitle:@"Quit Tollvane" action:@selector(terminate:) keyEquivalent:@"q"];
+  [keys addItemWithTitle:@"Close" action:@selector(performClose:) keyEquivalent:@"w"];
+  [keys addItemWithTitle:@"Copy" action:@selector(copy:) keyEquivalent:@"c"];
+  [keys addItemWithTitle:@"Select All" action:@selector(selectAll:) keyEquivalent:@"a"];
   NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
-  [submenu(menu) addItemWithTitle:@"Quit Tollvane" action:@selector(terminate:) keyEquivalent:@"q"];
-  [submenu(menu) addItemWithTitle:@"Close" action:@selector(performClose:) keyEquivalent:@"w"];
-  NSMenu* edit = submenu(menu);
-  [edit addItemWithTitle:@"Copy" action:@selector(copy:) keyEquivalent:@"c"];
-  [edit addItemWithTitle:@"Select All" action:@selector(selectAll:) keyEquivalent:@"a"];
+  [menu addItemWithTitle:@"" action:nil keyEquivalent:@""].submenu = keys;
   return menu;
 }
 
-// A signal would end the process at once, and leave the log tool running. It gets a handler that does nothing, because
-// programs that we start would inherit that a signal is ignored.
+// Handles a signal. One that is ignored would be ignored by the programs that we start, too.
+void doNothing(int) {}
+
+// A signal would end the process at once, and leave the log tool running.
 dispatch_source_t terminateAt(int number) {
-  std::signal(number, [](int) {});
+  std::signal(number, doNothing);
   dispatch_source_t source =
       dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(number), 0, dispatch_get_main_queue());
   dispatch_source_set_event_handler(source, ^{
@@ -87,23 +81,25 @@ dispatch_source_t terminateAt(int number) {
 
 std::unique_ptr<Application> makeApplication() { return std::make_unique<SharedApplication>(); }
 
-// Until the end of its scope, although nothing uses it any more.
-#define KEPT __attribute__((objc_precise_lifetime, unused))
-
 void runApplication(const ApplicationEvents& events) {
+  // Writing to a browser that has gone must fail, not end the process. Nothing else would do: a socket whose other end
+  // has closed already cannot be told so.
+  std::signal(SIGPIPE, doNothing);
   NSApplication* application = NSApplication.sharedApplication;
-  // The application holds it weakly.
-  KEPT TVApplicationDelegate* delegate = [[TVApplicationDelegate alloc] init];
+  // What would end with the last use of its name must live as long as the application: the delegate, which the
+  // application holds weakly, the activity and the sources.
+  static TVApplicationDelegate* const delegate = [[TVApplicationDelegate alloc] init];
   delegate->events = events;
   application.delegate = delegate;
   [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
   application.mainMenu = mainMenu();
   // The system slows applications down that show no window. This one must hear sounds at once; it lets the computer
   // sleep all the same.
-  KEPT id<NSObject> activity =
+  [[maybe_unused]] static const id<NSObject> activity =
       [NSProcessInfo.processInfo beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
                                                    reason:@"Listens for sounds"];
-  KEPT NSArray<dispatch_source_t>* signals = @[ terminateAt(SIGTERM), terminateAt(SIGINT), terminateAt(SIGHUP) ];
+  [[maybe_unused]] static NSArray<dispatch_source_t>* const signals =
+      @[ terminateAt(SIGTERM), terminateAt(SIGINT), terminateAt(SIGHUP) ];
   [application run];
 }
 

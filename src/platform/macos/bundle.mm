@@ -6,18 +6,14 @@ namespace {
 
 class MainBundle : public Bundle {
  public:
-  std::optional<std::string> infoString(std::string_view key) const override {
-    NSObject* value = info(key);
-    if (![value isKindOfClass:[NSString class]]) return std::nullopt;
-    return utf8((NSString*)value);
-  }
+  std::optional<std::string> infoString(std::string_view key) const override { return text(info(key)); }
 
   std::vector<std::string> infoStrings(std::string_view key) const override {
     NSObject* value = info(key);
     std::vector<std::string> texts;
     if (![value isKindOfClass:[NSArray class]]) return texts;
     for (NSObject* member in (NSArray<NSObject*>*)value)
-      if ([member isKindOfClass:[NSString class]]) texts.push_back(utf8((NSString*)member));
+      if (auto found = text(member)) texts.push_back(*std::move(found));
     return texts;
   }
 
@@ -34,6 +30,10 @@ class MainBundle : public Bundle {
  private:
   // Not objectForInfoDictionaryKey:, whose answer is translated.
   static NSObject* info(std::string_view key) { return NSBundle.mainBundle.infoDictionary[nsString(key)]; }
+
+  static std::optional<std::string> text(NSObject* value) {
+    return [value isKindOfClass:[NSString class]] ? std::optional(utf8((NSString*)value)) : std::nullopt;
+  }
 };
 
 }  // namespace

@@ -5,143 +5,105 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/macos/decisions/log_refusal.h"
+#include "platform/macos/decisions/decisions.h"
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
+#include "support/liveness.h"
 
 namespace tollvane {
 namespace {
 
-// One started program. The end is reported when both the program and its output have ended, in whatever order.
-class TaskRun : public std::enable_shared_from_this<TaskRun> {
+// The end is reported when both the program and its output have ended, in whatever order.
+class TaskProcess : public ChildProcess {
  public:
-  TaskRun(ChildProcesses::Launch launch, std::function<void(int status)> onExit)
-      : launch_(std::move(launch)), onExit_(std::move(onExit)) {}
+  TaskProcess(MainQueue& queue, std::shared_ptr<LogRefusal> refusal, ChildProcesses::Launch launch)
+      : queue_(queue), refusal_(std::move(refusal)), launch_(std::move(launch)) {}
+
+  ~TaskProcess() override {
+    task_.terminationHandler = nil;
+    [task_ terminate];
+  }
 
   bool start() {
-    task_ = [[NSTask alloc] init];
+    NSTask* task = [[NSTask alloc] init];
     NSMutableArray<NSString*>* arguments = [NSMutableArray array];
     for (const std::string& argument : launch_.arguments) [arguments addObject:nsString(argument)];
-    NSPipe* pipe = [NSPipe pipe];
-    task_.executableURL = fileURL(launch_.executable);
-    task_.arguments = arguments;
-    task_.standardOutput = pipe;
-    task_.standardError = NSFileHandle.fileHandleWithNullDevice;
-    const std::weak_ptr<TaskRun> weak = weak_from_this();
-    task_.terminationHandler = ^(NSTask* ended) {
-      const bool byItself = ended.terminationReason == NSTaskTerminationReasonExit;
-      const int status = byItself ? ended.terminationStatus : 0;
-      onMainQueue([weak, status] {
-        if (const auto run = weak.lock()) run->taskEnded(status);
-      });
+    task.executableURL = fileURL(launch_.executable);
+    task.arguments = arguments;
+    task.standardOutput = pipe_;
+    task.standardError = NSFileHandle.fileHandleWithNullDevice;
+    const std::function<void(int)> ended = alive_.guard([this](int status) { taskEnded(status); });
+    task.terminationHandler = ^(NSTask* one) {
+      const int status = one.terminationReason == NSTaskTerminationReasonExit ? one.terminationStatus : 0;
+      onMainQueue([ended, status] { ended(status); });
     };
-    if (![task_ launchAndReturnError:nil]) {
-      task_ = nil;
+    @try {
+      if (![task launchAndReturnError:nil]) return false;
+    } @catch (NSException*) {
       return false;
     }
-    readFrom(pipe);
+    task_ = task;
+    const int descriptor = pipe_.fileHandleForReading.fileDescriptor;
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+    output_ = queue_.watchReadable(descriptor, [this, descriptor] { readSome(descriptor); });
     return true;
   }
 
-  void removeTerminationHandler() { launch_.onTermination = nullptr; }
-
-  // NSTask raises an exception if it was never started, so a task is kept only if it was.
-  void terminate() { [task_ terminate]; }
-
-  void abandon() {
-    launch_ = {};
-    task_.terminationHandler = nil;
-    [task_ terminate];
-    endReading();
-  }
+  void removeTerminationHandler() override { launch_.onTermination = nullptr; }
+  void terminate() override { [task_ terminate]; }
 
  private:
-  void readFrom(NSPipe* pipe) {
-    NSFileHandle* handle = pipe.fileHandleForReading;
-    const int descriptor = handle.fileDescriptor;
-    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-    output_ = dispatch_source_create(DISPATCH_SOURCE_TYPE_READ, static_cast<uintptr_t>(descriptor), 0,
-                                     dispatch_get_main_queue());
-    const std::weak_ptr<TaskRun> weak = weak_from_this();
-    dispatch_source_set_event_handler(output_, ^{
-      if (const auto run = weak.lock()) run->readSome(descriptor);
-    });
-    dispatch_source_set_cancel_handler(output_, ^{
-      [handle closeAndReturnError:nil];
-    });
-    dispatch_activate(output_);
-  }
-
   void readSome(int descriptor) {
     std::array<char, 65536> bytes;
     const ssize_t size = ::read(descriptor, bytes.data(), bytes.size());
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
-    if (size > 0) {
-      if (launch_.onOutput) launch_.onOutput({bytes.data(), static_cast<std::size_t>(size)});
-      return;
-    }
-    endReading();
+    if (size > 0) return launch_.onOutput({bytes.data(), static_cast<std::size_t>(size)});
+    output_.reset();
     finish();
   }
 
-  void endReading() {
-    if (output_ != nil) dispatch_source_cancel(std::exchange(output_, nil));
-  }
-
   void taskEnded(int status) {
-    onExit_(status);
+    refusal_->ended(launch_.executable, status);
     taskEnded_ = true;
     finish();
   }
 
   void finish() {
-    if (output_ != nil || !taskEnded_) return;
+    if (output_ || !taskEnded_) return;
     if (const auto handler = std::exchange(launch_.onTermination, nullptr)) handler();
   }
 
+  MainQueue& queue_;
+  std::shared_ptr<LogRefusal> refusal_;
   ChildProcesses::Launch launch_;
-  std::function<void(int status)> onExit_;
-  NSTask* task_ = nil;
-  dispatch_source_t output_ = nil;
+  NSPipe* pipe_ = [NSPipe pipe];
+  NSTask* task_ = nil;  // only if it was started, because NSTask raises an exception if another one is to end
+  std::unique_ptr<MainQueue::Watch> output_;
   bool taskEnded_ = false;
-};
-
-class TaskProcess : public ChildProcess {
- public:
-  explicit TaskProcess(std::shared_ptr<TaskRun> run) : run_(std::move(run)) {}
-  ~TaskProcess() override { run_->abandon(); }
-
-  void removeTerminationHandler() override { run_->removeTerminationHandler(); }
-  void terminate() override { run_->terminate(); }
-
- private:
-  std::shared_ptr<TaskRun> run_;
+  Liveness alive_;
 };
 
 class TaskProcesses : public ChildProcesses {
  public:
-  TaskProcesses(std::filesystem::path logTool, std::function<void()> onLogRefused)
-      : refusal_(std::make_shared<LogRefusal>(std::move(logTool))), onLogRefused_(std::move(onLogRefused)) {}
+  TaskProcesses(MainQueue& queue, LogRefusal refusal)
+      : queue_(queue), refusal_(std::make_shared<LogRefusal>(std::move(refusal))) {}
 
   std::unique_ptr<ChildProcess> launch(Launch launch) override {
     if (!refusal_->mayStart(launch.executable)) return nullptr;
-    const auto onExit = [refusal = refusal_, tell = onLogRefused_, program = launch.executable](int status) {
-      if (refusal->ended(program, status) && tell) tell();
-    };
-    const auto run = std::make_shared<TaskRun>(std::move(launch), onExit);
-    if (!run->start()) return nullptr;
-    return std::make_unique<TaskProcess>(run);
+    auto process = std::make_unique<TaskProcess>(queue_, refusal_, std::move(launch));
+    return process->start() ? std::move(process) : nullptr;
   }
 
  private:
+  MainQueue& queue_;
   std::shared_ptr<LogRefusal> refusal_;
-  std::function<void()> onLogRefused_;
 };
 
 }  // namespace
 
-std::unique_ptr<ChildProcesses> makeChildProcesses(const Bundle& bundle, std::function<void()> onLogRefused) {
-  return std::make_unique<TaskProcesses>(bundle.logTool(), std::move(onLogRefused));
+std::unique_ptr<ChildProcesses> makeChildProcesses(MainQueue& queue, const Bundle& bundle,
+                                                   std::function<void()> onLogRefused) {
+  return std::make_unique<TaskProcesses>(queue, LogRefusal(bundle.logTool(), std::move(onLogRefused)));
 }
 
 }  // namespace tollvane

@@ -1,5 +1,3 @@
-#import <CoreFoundation/CoreFoundation.h>
-
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
 
@@ -14,7 +12,8 @@ class UserDefaults : public Defaults {
     if (object == nil) return std::nullopt;
     if (![object isKindOfClass:[NSNumber class]]) return Other{};
     NSNumber* number = (NSNumber*)object;
-    if (CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID()) return static_cast<bool>(number.boolValue);
+    // Truth values have a class of their own.
+    if ([number isKindOfClass:[@YES class]]) return static_cast<bool>(number.boolValue);
     return number.doubleValue;
   }
 

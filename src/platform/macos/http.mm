@@ -1,41 +1,29 @@
 #import <Foundation/Foundation.h>
 
+#include <string>
 #include <utility>
 
-#include "platform/macos/decisions/web_address.h"
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
-
-namespace tollvane {
-namespace {
-
-using Completion = std::function<void(std::optional<HttpResponse>)>;
-
-bool isAllowed(NSURL* url) { return mayAsk(utf8(url.scheme.lowercaseString), utf8(url.host.lowercaseString)); }
-
-}  // namespace
-}  // namespace tollvane
+#include "support/web_address.h"
 
 using namespace tollvane;
 
 // One request. Its session holds it until the request has ended. All on the main thread.
-@interface TVRequest : NSObject <NSURLSessionDataDelegate>
-- (instancetype)initWithCompletion:(Completion)completion;
+@interface TVRequest : NSObject <NSURLSessionDataDelegate> {
+ @public
+  std::function<void(std::optional<HttpResponse>)> completion;
+}
++ (BOOL)mayAsk:(NSURL*)url;
 @end
 
 @implementation TVRequest {
-  Completion _completion;
-  NSMutableData* _body;
+  std::string _body;
   NSInteger _status;
 }
 
-- (instancetype)initWithCompletion:(Completion)completion {
-  self = [super init];
-  if (self != nil) {
-    _completion = std::move(completion);
-    _body = [NSMutableData data];
-  }
-  return self;
++ (BOOL)mayAsk:(NSURL*)url {
+  return web::mayAsk(utf8(url.scheme.lowercaseString), utf8(url.host.lowercaseString));
 }
 
 - (void)URLSession:(NSURLSession*)session
@@ -50,8 +38,8 @@ using namespace tollvane;
 
 // More may come after the task was cancelled, because it had arrived before.
 - (void)URLSession:(NSURLSession*)session dataTask:(NSURLSessionDataTask*)task didReceiveData:(NSData*)data {
-  if (_body.length <= Http::maxBody) [_body appendData:data];
-  if (_body.length > Http::maxBody) [task cancel];
+  if (_body.size() <= Http::maxBody) _body.append(static_cast<const char*>(data.bytes), data.length);
+  if (_body.size() > Http::maxBody) [task cancel];
 }
 
 - (void)URLSession:(NSURLSession*)session
@@ -59,15 +47,13 @@ using namespace tollvane;
     willPerformHTTPRedirection:(NSHTTPURLResponse*)response
                     newRequest:(NSURLRequest*)request
              completionHandler:(void (^)(NSURLRequest*))proceed {
-  proceed(isAllowed(request.URL) ? request : nil);
+  proceed([TVRequest mayAsk:request.URL] ? request : nil);
 }
 
 - (void)URLSession:(NSURLSession*)session task:(NSURLSessionTask*)task didCompleteWithError:(NSError*)error {
-  const auto completion = std::exchange(_completion, nullptr);
-  if (!completion) return;
-  const bool isWhole = error == nil && _body.length <= Http::maxBody;
-  if (!isWhole || !isAnswer(_status)) return completion(std::nullopt);
-  completion(HttpResponse{static_cast<int>(_status), {static_cast<const char*>(_body.bytes), _body.length}});
+  const bool isWhole = error == nil && _body.size() <= Http::maxBody;
+  if (!isWhole || !web::isAnswer(_status)) return completion(std::nullopt);
+  completion(HttpResponse{static_cast<int>(_status), _body});
 }
 
 @end
@@ -77,15 +63,16 @@ namespace {
 
 class SessionHttp : public Http {
  public:
-  void get(const HttpRequest& request, Completion completion) override {
+  void get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) override {
     NSURL* url = [NSURL URLWithString:nsString(request.url)];
-    if (url == nil || !isAllowed(url)) return onMainQueue([completion] { completion(std::nullopt); });
+    if (url == nil || ![TVRequest mayAsk:url]) return onMainQueue([completion] { completion(std::nullopt); });
     NSURLSessionConfiguration* configuration = [NSURLSessionConfiguration ephemeralSessionConfiguration];
     // The timeout of a request begins anew with each piece of the answer; that of the resource does not.
     configuration.timeoutIntervalForResource = std::chrono::duration<double>(request.timeout).count();
-    configuration.HTTPShouldSetCookies = NO;
+    TVRequest* delegate = [[TVRequest alloc] init];
+    delegate->completion = std::move(completion);
     NSURLSession* session = [NSURLSession sessionWithConfiguration:configuration
-                                                          delegate:[[TVRequest alloc] initWithCompletion:completion]
+                                                          delegate:delegate
                                                      delegateQueue:NSOperationQueue.mainQueue];
     NSMutableURLRequest* question = [NSMutableURLRequest requestWithURL:url];
     question.cachePolicy = NSURLRequestReloadIgnoringLocalCacheData;

@@ -1,4 +1,4 @@
-#include "platform/macos/decisions/manifest_folders.h"
+#include "catalogue/browsers.h"
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
 
@@ -19,10 +19,10 @@ class FoundationLocations : public Locations {
   }
 
   std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override {
-    const auto folder = manifestFolder(bundleID);
+    const BrowserEdition* edition = editionOfBundle(bundleID);
     const auto support = applicationSupport();
-    if (folder.empty() || !support) return {};
-    return {*support / folder};
+    if (edition == nullptr || edition->macManifests.empty() || !support) return {};
+    return {*support / edition->macManifests};
   }
 
   std::vector<std::filesystem::path> applicationFolders() const override {

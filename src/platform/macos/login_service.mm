@@ -1,6 +1,6 @@
 #import <ServiceManagement/ServiceManagement.h>
 
-#include "platform/macos/decisions/login.h"
+#include "platform/macos/decisions/decisions.h"
 #include "platform/macos/macos_wording.h"
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
@@ -10,13 +10,10 @@ namespace {
 
 class MainAppService : public LoginService {
  public:
-  explicit MainAppService(const Bundle& bundle) : bundle_(bundle) {}
-
   LoginStatus status() const override { return loginStatus(service().status); }
 
   std::optional<std::string> registerApplication(AskedBy by) override {
-    if (isTranslocated(bundle_.auxiliaryExecutable("Tollvane").value_or(std::filesystem::path())))
-      return std::string(moveToApplications);
+    if (isTranslocated(utf8(NSBundle.mainBundle.bundlePath))) return std::string(moveToApplications);
     NSError* error = nil;
     if (status() != LoginStatus::enabled && ![service() registerAndReturnError:&error]) return reason(error);
     if (showsSystemSettings(status(), by)) [SMAppService openSystemSettingsLoginItems];
@@ -32,14 +29,10 @@ class MainAppService : public LoginService {
  private:
   static SMAppService* service() { return SMAppService.mainAppService; }
   static std::string reason(NSError* error) { return utf8(error.localizedDescription); }
-
-  const Bundle& bundle_;
 };
 
 }  // namespace
 
-std::unique_ptr<LoginService> makeLoginService(const Bundle& bundle) {
-  return std::make_unique<MainAppService>(bundle);
-}
+std::unique_ptr<LoginService> makeLoginService() { return std::make_unique<MainAppService>(); }
 
 }  // namespace tollvane

@@ -2,29 +2,7 @@
 
 #include <string>
 
-#include "platform/macos/macos_wording.h"
-#include "platform/macos/roles.h"
-
 namespace tollvane {
-
-MacPlatform::MacPlatform()
-    : wording_(macWording),
-      queue_(makeMainQueue()),
-      clock_(makeClock()),
-      dates_(makeDateFormatter()),
-      defaults_(makeDefaults()),
-      locations_(makeLocations()),
-      bundle_(makeBundle()),
-      children_(makeChildProcesses(*bundle_, [this] { logIsRefused(); })),
-      processes_(makeProcessTable()),
-      workspace_(makeWorkspace(*queue_)),
-      statusBar_(makeStatusBar()),
-      application_(makeApplication()),
-      alerts_(makeAlerts()),
-      http_(makeHttp()),
-      safari_(makeSafariServices()),
-      login_(makeLoginService(*bundle_)),
-      settingsWindows_(makeSettingsWindows()) {}
 
 // The tooltip says it as long as it is so. The alert says it once for all: Tollvane starts at each login.
 void MacPlatform::logIsRefused() {

@@ -14,33 +14,33 @@
 namespace tollvane {
 namespace {
 
-// The system may report to a source that was cancelled until its cancel handler has run, and must find the descriptor
-// open. So each source has a descriptor of its own, which that handler closes.
 class SourceWatch : public MainQueue::Watch {
  public:
-  SourceWatch(dispatch_source_type_t type, UniqueFd own, uintptr_t events, MainQueue::Block block) {
-    if (!own) return;
-    const auto handle = static_cast<uintptr_t>(own.get());
-    source_ = dispatch_source_create(type, handle, events, dispatch_get_main_queue());
-    if (source_ == nil) return;
-    const auto descriptor = std::make_shared<UniqueFd>(std::move(own));
-    dispatch_source_set_event_handler(source_, ^{
-      block();
-    });
-    dispatch_source_set_cancel_handler(source_, ^{
-      descriptor->reset();
-    });
-    dispatch_activate(source_);
-  }
-  ~SourceWatch() override {
-    if (source_ != nil) dispatch_source_cancel(source_);
-  }
-
-  bool isWatching() const { return source_ != nil; }
+  explicit SourceWatch(dispatch_source_t source) : source_(source) {}
+  ~SourceWatch() override { dispatch_source_cancel(source_); }
 
  private:
-  dispatch_source_t source_ = nil;
+  dispatch_source_t source_;
 };
+
+// The system may report to a source that was cancelled until its cancel handler has run, and must find the descriptor
+// open. So each source has a descriptor of its own, which that handler closes.
+std::unique_ptr<MainQueue::Watch> watch(dispatch_source_type_t type, UniqueFd own, uintptr_t events,
+                                        MainQueue::Block block) {
+  if (!own) return nullptr;
+  dispatch_source_t source =
+      dispatch_source_create(type, static_cast<uintptr_t>(own.get()), events, dispatch_get_main_queue());
+  if (source == nil) return nullptr;
+  const auto descriptor = std::make_shared<UniqueFd>(std::move(own));
+  dispatch_source_set_event_handler(source, ^{
+    block();
+  });
+  dispatch_source_set_cancel_handler(source, ^{
+    descriptor->reset();
+  });
+  dispatch_activate(source);
+  return std::make_unique<SourceWatch>(source);
+}
 
 UniqueFd copyOf(int descriptor) { return UniqueFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)); }
 
@@ -65,19 +65,17 @@ class DispatchQueue : public MainQueue {
   }
 
   std::unique_ptr<Watch> watchReadable(int descriptor, Block block) override {
-    return std::make_unique<SourceWatch>(DISPATCH_SOURCE_TYPE_READ, copyOf(descriptor), 0, std::move(block));
+    return watch(DISPATCH_SOURCE_TYPE_READ, copyOf(descriptor), 0, std::move(block));
   }
 
   std::unique_ptr<Watch> watchWritable(int descriptor, Block block) override {
-    return std::make_unique<SourceWatch>(DISPATCH_SOURCE_TYPE_WRITE, copyOf(descriptor), 0, std::move(block));
+    return watch(DISPATCH_SOURCE_TYPE_WRITE, copyOf(descriptor), 0, std::move(block));
   }
 
   std::unique_ptr<Watch> watchDirectory(const std::filesystem::path& directory, Block block) override {
     constexpr uintptr_t changes = DISPATCH_VNODE_WRITE | DISPATCH_VNODE_DELETE | DISPATCH_VNODE_RENAME;
     UniqueFd opened(::open(directory.c_str(), O_EVTONLY | O_DIRECTORY | O_CLOEXEC));
-    auto watch =
-        std::make_unique<SourceWatch>(DISPATCH_SOURCE_TYPE_VNODE, std::move(opened), changes, std::move(block));
-    return watch->isWatching() ? std::move(watch) : nullptr;
+    return watch(DISPATCH_SOURCE_TYPE_VNODE, std::move(opened), changes, std::move(block));
   }
 
  private:

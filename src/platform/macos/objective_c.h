@@ -11,6 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "support/text.h"
+
 namespace tollvane {
 
 // An identifier or a path, exactly. Bytes that are no UTF-8 are read as Latin-1, so that there is always a text.
@@ -20,10 +22,13 @@ inline NSString* nsString(std::string_view text) {
   return [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSISOLatin1StringEncoding];
 }
 
+// A text for people's eyes, on one line.
+inline NSString* shown(std::string_view text) { return nsString(text::withoutControls(text)); }
+
 // Empty for nil.
 inline std::string utf8(NSString* string) {
   const char* bytes = string.UTF8String;
-  return bytes == nullptr ? std::string() : std::string(bytes);
+  return bytes == nullptr ? "" : bytes;
 }
 
 inline NSURL* fileURL(const std::filesystem::path& path) { return [NSURL fileURLWithPath:nsString(path.native())]; }

@@ -1,5 +1,4 @@
 #include <dlfcn.h>
-#include <sys/types.h>
 
 #include "platform/macos/kernel/kernel_process.h"
 #include "platform/macos/roles.h"
@@ -7,19 +6,13 @@
 namespace tollvane {
 namespace {
 
-using ResponsiblePid = pid_t (*)(pid_t);
-
-// The function is in no header; a system without it keeps no such record.
-ResponsiblePid findResponsiblePid() {
-  void* const symbol = ::dlsym(::dlopen(nullptr, RTLD_NOW), "responsibility_get_pid_responsible_for_pid");
-  return reinterpret_cast<ResponsiblePid>(symbol);
-}
-
 class KernelProcessTable : public ProcessTable {
  public:
   std::optional<Pid> responsiblePid(Pid pid) const override {
-    static const ResponsiblePid ask = findResponsiblePid();
-    const pid_t responsible = ask == nullptr ? 0 : ask(pid);
+    // The function is in no header; a system without it keeps no such record.
+    static const auto ask = reinterpret_cast<Pid (*)(Pid)>(
+        ::dlsym(::dlopen(nullptr, RTLD_NOW), "responsibility_get_pid_responsible_for_pid"));
+    const Pid responsible = ask == nullptr ? 0 : ask(pid);
     return responsible >= 1 ? std::optional<Pid>(responsible) : std::nullopt;
   }
 

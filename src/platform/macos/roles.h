@@ -1,5 +1,5 @@
-// Makes the roles on macOS. Each file of this folder is named after the roles in it. To be called on the main thread.
-// What a role is given here must outlive it.
+// Makes the roles on macOS, and runs the event loop. Each file of this folder is named after the roles in it. To be
+// called on the main thread. What a role is given here must outlive it.
 #pragma once
 
 #include <functional>
@@ -22,11 +22,22 @@ std::unique_ptr<Application> makeApplication();
 std::unique_ptr<Alerts> makeAlerts();
 std::unique_ptr<Http> makeHttp();
 std::unique_ptr<SafariServices> makeSafariServices();
-std::unique_ptr<LoginService> makeLoginService(const Bundle& bundle);
+std::unique_ptr<LoginService> makeLoginService();
 std::unique_ptr<SettingsWindows> makeSettingsWindows();
 
 // `onLogRefused` is called once, on the main thread, before the end of the log tool is reported, if macOS does not let
 // this account read the system log. From then on the log tool is not started any more.
-std::unique_ptr<ChildProcesses> makeChildProcesses(const Bundle& bundle, std::function<void()> onLogRefused);
+std::unique_ptr<ChildProcesses> makeChildProcesses(MainQueue& queue, const Bundle& bundle,
+                                                   std::function<void()> onLogRefused);
+
+struct ApplicationEvents {
+  std::function<void()> didFinishLaunching;
+  std::function<void()> shouldHandleReopen;  // the user has opened the application while it runs
+  std::function<void()> willTerminate;       // also if the process is asked to end by a signal
+};
+
+// Runs an application without Dock icon and without a visible menu bar. Does not return: the process ends with the
+// event loop.
+void runApplication(const ApplicationEvents& events);
 
 }  // namespace tollvane

@@ -1,14 +1,12 @@
 #include "platform/macos/settings_controls.h"
 
 #include <algorithm>
-#include <utility>
 #include <variant>
 
 #include "platform/macos/objective_c.h"
 #include "platform/macos/text_look.h"
-#include "support/text.h"
 
-// The target of a switch, a check box or a button. A control holds its target weakly, so its view holds it.
+// The target of a switch, a check box or a button.
 @interface TVControlTarget : NSObject {
  @public
   tollvane::ui::Control value;
@@ -16,32 +14,34 @@
 - (void)operate:(NSControl*)sender;
 @end
 
-// A row of views that keeps the target of its control.
-@interface TVRow : NSStackView
-@property(strong) TVControlTarget* controlTarget;
-@end
-
-@implementation TVRow
-@end
-
 namespace tollvane {
 namespace {
 
 constexpr CGFloat iconSize = 18;
 constexpr CGFloat dotSize = 8;
+constexpr CGFloat gap = 8;
 constexpr CGFloat roomForSwitch = 60;
 
 NSControlStateValue stateOf(bool isOn) { return isOn ? NSControlStateValueOn : NSControlStateValueOff; }
-NSString* shown(const std::string& text) { return nsString(text::withoutControls(text)); }
 
-TVRow* row(NSArray<NSView*>* views, TVControlTarget* target) {
-  TVRow* row = [[TVRow alloc] initWithFrame:NSZeroRect];
-  row.orientation = NSUserInterfaceLayoutOrientationHorizontal;
-  row.distribution = NSStackViewDistributionFill;
-  row.alignment = NSLayoutAttributeCenterY;
-  for (NSView* view in views) [row addArrangedSubview:view];
-  row.controlTarget = target;
-  return row;
+template <class Kind, class Update>
+ControlView shownIn(NSView* view, Update update) {
+  return {.view = view, .update = [update](const ui::Control& control) { update(std::get<Kind>(control)); }};
+}
+
+// A control holds its target weakly; this holds it.
+template <class Kind, class Update>
+ControlView operatedIn(NSView* view, NSControl* operated, Update update) {
+  TVControlTarget* target = [[TVControlTarget alloc] init];
+  operated.target = target;
+  operated.action = @selector(operate:);
+  return {.view = view, .operated = operated, .update = [operated, target, update](const ui::Control& control) {
+            target->value = control;
+            const Kind& value = std::get<Kind>(control);
+            operated.identifier = nsString(value.identifier);
+            operated.accessibilityLabel = shown(value.title);
+            update(value);
+          }};
 }
 
 NSTextField* label(double width) {
@@ -54,113 +54,79 @@ NSTextField* label(double width) {
   return field;
 }
 
-TVControlTarget* targetOf(const ui::Control& value, NSControl* control) {
-  TVControlTarget* target = [[TVControlTarget alloc] init];
-  target->value = value;
-  control.target = target;
-  control.action = @selector(operate:);
-  return target;
-}
-
 ControlView textView(double width) {
   NSTextField* field = label(width);
-  return {.view = field, .update = [field](const ui::Control& control) {
-            const auto& text = std::get<ui::Text>(control);
-            field.stringValue = shown(text.text);
-            field.font = nsFont(text);
-            field.textColor = nsColor(text.color);
-          }};
+  return shownIn<ui::Text>(field, [field](const ui::Text& text) {
+    field.stringValue = shown(text.text);
+    field.font = nsFont(text);
+    field.textColor = nsColor(text.color);
+  });
 }
 
-ControlView imageView() {
-  NSImageView* view = [[NSImageView alloc] initWithFrame:NSZeroRect];
-  return {.view = view, .update = [view](const ui::Control& control) {
-            const auto& value = std::get<ui::Image>(control);
-            NSImageSymbolConfiguration* size =
-                [NSImageSymbolConfiguration configurationWithPointSize:value.size weight:nsWeight(value.weight)];
-            view.image = [symbol(nsString(value.symbolName), @"") imageWithSymbolConfiguration:size];
-            view.contentTintColor = nsColor(value.color);
-          }};
+NSImage* sized(std::string_view name, double size, FontWeight weight) {
+  NSImageSymbolConfiguration* look = [NSImageSymbolConfiguration configurationWithPointSize:size
+                                                                                     weight:nsWeight(weight)];
+  return [symbol(name, nil) imageWithSymbolConfiguration:look];
 }
 
-ControlView applicationIconView() {
+ControlView imageView(const ui::Control& control) {
   NSImageView* view = [[NSImageView alloc] initWithFrame:NSZeroRect];
+  if (std::holds_alternative<ui::Image>(control))
+    return shownIn<ui::Image>(view, [view](const ui::Image& image) {
+      view.image = sized(image.symbolName, image.size, image.weight);
+      view.contentTintColor = nsColor(image.color);
+    });
+  if (std::holds_alternative<ui::Dot>(control))
+    return shownIn<ui::Dot>(view, [view](const ui::Dot& dot) {
+      view.image = sized("circle.fill", dotSize, FontWeight::regular);
+      view.contentTintColor = nsColor(dot.color);
+      view.alphaValue = dot.opacity;
+    });
   [view.widthAnchor constraintEqualToConstant:iconSize].active = YES;
   [view.heightAnchor constraintEqualToConstant:iconSize].active = YES;
-  return {.view = view, .update = [view](const ui::Control& control) {
-            const auto& name = std::get<ui::ApplicationIcon>(control).name;
-            view.image = name.empty() ? nil : [NSWorkspace.sharedWorkspace iconForFile:nsString(name)];
-          }};
+  return shownIn<ui::ApplicationIcon>(view, [view](const ui::ApplicationIcon& icon) {
+    view.image = icon.name.empty() ? nil : [NSWorkspace.sharedWorkspace iconForFile:nsString(icon.name)];
+  });
 }
 
-ControlView dotView() {
-  NSImageView* view = [[NSImageView alloc] initWithFrame:NSZeroRect];
-  NSImageSymbolConfiguration* size = [NSImageSymbolConfiguration configurationWithPointSize:dotSize
-                                                                                     weight:NSFontWeightRegular];
-  view.image = [symbol(@"circle.fill", @"") imageWithSymbolConfiguration:size];
-  return {.view = view, .update = [view](const ui::Control& control) {
-            const auto& dot = std::get<ui::Dot>(control);
-            view.contentTintColor = nsColor(dot.color);
-            view.alphaValue = dot.opacity;
-          }};
-}
-
-ControlView checkBoxView(const ui::Toggle& value) {
+ControlView checkBoxView() {
   NSButton* box = [NSButton checkboxWithTitle:@"" target:nil action:nil];
-  TVControlTarget* target = targetOf(value, box);
-  return {
-    .view = row(@[ box ], target), .focus = box, .identifier = nsString(value.identifier),
-    .update = [box, target](const ui::Control& control) {
-      target->value = control;
-      const auto& toggle = std::get<ui::Toggle>(control);
-      box.accessibilityLabel = shown(toggle.title);
-      box.state = stateOf(toggle.isOn);
-    }
-  };
+  return operatedIn<ui::Toggle>(box, box, [box](const ui::Toggle& toggle) { box.state = stateOf(toggle.isOn); });
 }
 
 // The title takes all room that the switch leaves.
-ControlView switchView(const ui::Toggle& value, double width) {
+ControlView switchView(double width) {
   NSTextField* title = label(width - roomForSwitch);
   [title setContentHuggingPriority:1 forOrientation:NSLayoutConstraintOrientationHorizontal];
-  NSSwitch* toggle = [[NSSwitch alloc] initWithFrame:NSZeroRect];
-  TVControlTarget* target = targetOf(value, toggle);
-  return {
-    .view = row(@[ title, toggle ], target), .focus = toggle, .identifier = nsString(value.identifier),
-    .update = [title, toggle, target](const ui::Control& control) {
-      target->value = control;
-      const auto& now = std::get<ui::Toggle>(control);
-      title.stringValue = shown(now.title);
-      toggle.accessibilityLabel = shown(now.title);
-      toggle.state = stateOf(now.isOn);
-    }
-  };
+  NSSwitch* control = [[NSSwitch alloc] initWithFrame:NSZeroRect];
+  NSStackView* row = stack(NSUserInterfaceLayoutOrientationHorizontal, NSLayoutAttributeCenterY, gap);
+  [row addArrangedSubview:title];
+  [row addArrangedSubview:control];
+  return operatedIn<ui::Toggle>(row, control, [title, control](const ui::Toggle& toggle) {
+    title.stringValue = shown(toggle.title);
+    control.state = stateOf(toggle.isOn);
+  });
 }
 
-// The window's only button is the one that Return presses.
-ControlView buttonView(const ui::Button& value) {
+// The window's only button is the one that Return presses. Beside nothing, it keeps its own width.
+ControlView buttonView() {
   NSButton* button = [NSButton buttonWithTitle:@"" target:nil action:nil];
   button.keyEquivalent = @"\r";
-  TVControlTarget* target = targetOf(value, button);
-  return {
-    .view = row(@[ button ], target), .focus = button, .identifier = nsString(value.identifier),
-    .update = [button, target](const ui::Control& control) {
-      target->value = control;
-      const auto& now = std::get<ui::Button>(control);
-      button.title = shown(now.title);
-      button.enabled = now.isEnabled;
-    }
-  };
+  NSStackView* row = stack(NSUserInterfaceLayoutOrientationHorizontal, NSLayoutAttributeCenterY, gap);
+  row.distribution = NSStackViewDistributionGravityAreas;
+  [row addView:button inGravity:NSStackViewGravityLeading];
+  return operatedIn<ui::Button>(row, button, [button](const ui::Button& value) {
+    button.title = shown(value.title);
+    button.enabled = value.isEnabled;
+  });
 }
 
 ControlView made(const ui::Control& control, double width) {
   if (std::holds_alternative<ui::Text>(control)) return textView(width);
-  if (std::holds_alternative<ui::Image>(control)) return imageView();
-  if (std::holds_alternative<ui::ApplicationIcon>(control)) return applicationIconView();
-  if (std::holds_alternative<ui::Dot>(control)) return dotView();
-  if (const auto* button = std::get_if<ui::Button>(&control)) return buttonView(*button);
-  const auto& toggle = std::get<ui::Toggle>(control);
-  return toggle.style == ui::Toggle::Style::checkBox ? checkBoxView(toggle) : switchView(toggle, width);
+  if (std::holds_alternative<ui::Button>(control)) return buttonView();
+  if (const auto* toggle = std::get_if<ui::Toggle>(&control))
+    return toggle->style == ui::Toggle::Style::checkBox ? checkBoxView() : switchView(width);
+  return imageView(control);
 }
 
 }  // namespace
@@ -177,7 +143,7 @@ using namespace tollvane;
 
 @implementation TVControlTarget
 
-// The control may be gone after its function was called.
+// Control and target may be gone after the function was called.
 - (void)operate:(NSControl*)sender {
   if (const auto* toggle = std::get_if<ui::Toggle>(&value)) {
     const bool isOn = sender.integerValue == NSControlStateValueOn;

@@ -26,17 +26,13 @@ constexpr CGFloat margin = 20;
 constexpr CGFloat groupMargin = 12;
 constexpr CGFloat groupRadius = 8;
 constexpr CGFloat headGap = 16;
+constexpr CGFloat rowGap = 8;
 constexpr CGFloat roomForIcon = 40;
 constexpr CGFloat titleBar = 32;
 
-template <class View>
+template <class View = NSStackView>
 View* column(CGFloat spacing) {
-  View* view = [[View alloc] initWithFrame:NSZeroRect];
-  view.orientation = NSUserInterfaceLayoutOrientationVertical;
-  view.distribution = NSStackViewDistributionFill;
-  view.alignment = NSLayoutAttributeLeading;
-  view.spacing = spacing;
-  return view;
+  return stack<View>(NSUserInterfaceLayoutOrientationVertical, NSLayoutAttributeLeading, spacing);
 }
 
 // As wide as the column.
@@ -46,18 +42,23 @@ void add(NSView* view, NSStackView* to) {
   [view.widthAnchor constraintEqualToAnchor:to.widthAnchor constant:-sides].active = YES;
 }
 
-// Over all of the other view.
-void cover(NSView* with, NSView* place) {
-  [place addSubview:with];
+// As wide as the other view, from its top down.
+void fillFromTop(NSView* with, NSView* place) {
   with.translatesAutoresizingMaskIntoConstraints = NO;
   [with.topAnchor constraintEqualToAnchor:place.topAnchor].active = YES;
-  [with.bottomAnchor constraintEqualToAnchor:place.bottomAnchor].active = YES;
   [with.leadingAnchor constraintEqualToAnchor:place.leadingAnchor].active = YES;
   [with.trailingAnchor constraintEqualToAnchor:place.trailingAnchor].active = YES;
 }
 
+// Over all of the other view.
+void cover(NSView* with, NSView* place) {
+  [place addSubview:with];
+  fillFromTop(with, place);
+  [with.bottomAnchor constraintEqualToAnchor:place.bottomAnchor].active = YES;
+}
+
 // The elements of a section in their box.
-NSView* group(NSStackView* elements) {
+NSView* group(NSStackView* elements, const std::string& title) {
   NSBox* box = [[NSBox alloc] initWithFrame:NSZeroRect];
   box.boxType = NSBoxCustom;
   box.titlePosition = NSNoTitle;
@@ -70,16 +71,16 @@ NSView* group(NSStackView* elements) {
   cover(elements, group);
   group.accessibilityElement = YES;
   group.accessibilityRole = NSAccessibilityGroupRole;
+  group.accessibilityLabel = shown(title);
   return group;
 }
 
 class FormWindow : public SettingsWindow {
  public:
   explicit FormWindow(const Style& style) : width_(style.width - 2 * margin) {
-    const NSRect screen = NSScreen.mainScreen == nil ? NSMakeRect(0, 0, style.width, style.height + titleBar)
-                                                     : NSScreen.mainScreen.visibleFrame;
-    const NSRect frame = NSMakeRect(0, 0, style.width, std::min<CGFloat>(style.height, screen.size.height - titleBar));
-    window_ = [[NSWindow alloc] initWithContentRect:frame
+    NSScreen* screen = NSScreen.mainScreen;
+    const CGFloat room = screen == nil ? style.height : screen.visibleFrame.size.height - titleBar;
+    window_ = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, style.width, std::min<CGFloat>(style.height, room))
                                           styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
                                             backing:NSBackingStoreBuffered
                                               defer:NO];
@@ -95,8 +96,6 @@ class FormWindow : public SettingsWindow {
     shape_ = shape;
     const auto controls = controlsOf(content);
     for (std::size_t i = 0; i < controls_.size(); ++i) controls_[i].update(controls[i]);
-    for (std::size_t i = 0; i < groups_.size(); ++i)
-      groups_[i].accessibilityLabel = nsString(content.sections[i].title);
   }
 
   // From macOS 14 on, the system may refuse to make Tollvane the active application; the window is seen all the same.
@@ -108,23 +107,18 @@ class FormWindow : public SettingsWindow {
  private:
   // New views, with the focus and the place that the old ones had.
   void rebuild(const ui::SettingsContent& content) {
-    NSString* const focused = focusedControl();
+    NSResponder* const first = window_.firstResponder;
+    NSString* focused = nil;
+    for (const ControlView& control : controls_)
+      if (control.operated == first) focused = control.operated.identifier;
     const NSPoint place = scroll_.contentView.bounds.origin;
     controls_.clear();
-    groups_.clear();
     window_.contentView = page(content);
     [window_.contentView layoutSubtreeIfNeeded];
     [scroll_.documentView scrollPoint:place];
     for (const ControlView& control : controls_)
-      if (control.focus != nil && [control.identifier isEqualToString:focused])
-        [window_ makeFirstResponder:control.focus];
-  }
-
-  NSString* focusedControl() const {
-    NSResponder* const first = window_.firstResponder;
-    for (const ControlView& control : controls_)
-      if (control.focus != nil && first == control.focus) return control.identifier;
-    return nil;
+      if (focused != nil && [control.operated.identifier isEqualToString:focused])
+        [window_ makeFirstResponder:control.operated];
   }
 
   NSView* view(const ui::Control& control, double width) {
@@ -133,37 +127,24 @@ class FormWindow : public SettingsWindow {
   }
 
   NSView* head(const ui::SettingsContent& content) {
-    NSStackView* head = [[NSStackView alloc] initWithFrame:NSZeroRect];
-    head.orientation = NSUserInterfaceLayoutOrientationHorizontal;
-    head.distribution = NSStackViewDistributionFill;
-    head.alignment = NSLayoutAttributeTop;
-    head.spacing = headGap;
+    NSStackView* head = stack(NSUserInterfaceLayoutOrientationHorizontal, NSLayoutAttributeTop, headGap);
     NSView* icon = view(content.icon, 0);
     [icon.widthAnchor constraintEqualToConstant:roomForIcon].active = YES;
     [head addArrangedSubview:icon];
-    NSStackView* texts = column<NSStackView>(6);
+    NSStackView* texts = column(6);
     for (const ui::Text& text : content.introduction) add(view(text, width_ - roomForIcon - headGap), texts);
     [head addArrangedSubview:texts];
     return head;
   }
 
-  // Its controls stand together at the leading edge.
-  NSView* row(const ui::Row& value) {
-    NSStackView* row = [[NSStackView alloc] initWithFrame:NSZeroRect];
-    row.orientation = NSUserInterfaceLayoutOrientationHorizontal;
-    row.distribution = NSStackViewDistributionGravityAreas;
-    row.alignment = NSLayoutAttributeCenterY;
-    for (const ui::Control& control : value.controls)
-      [row addView:view(control, 0) inGravity:NSStackViewGravityLeading];
-    return row;
-  }
-
+  // The controls of a row stand together at the leading edge.
   NSView* element(const ui::Element& value) {
-    const double width = width_ - 2 * groupMargin;
-    if (const auto* text = std::get_if<ui::Text>(&value)) return view(*text, width);
-    if (const auto* toggle = std::get_if<ui::Toggle>(&value)) return view(*toggle, width);
-    if (const auto* button = std::get_if<ui::Button>(&value)) return view(*button, width);
-    return row(std::get<ui::Row>(value));
+    const auto controls = controlsOf(value);
+    if (!std::holds_alternative<ui::Row>(value)) return view(controls.front(), width_ - 2 * groupMargin);
+    NSStackView* row = stack(NSUserInterfaceLayoutOrientationHorizontal, NSLayoutAttributeCenterY, rowGap);
+    row.distribution = NSStackViewDistributionGravityAreas;
+    for (const ui::Control& control : controls) [row addView:view(control, 0) inGravity:NSStackViewGravityLeading];
+    return row;
   }
 
   // The controls are made in the order of controlsOf().
@@ -173,13 +154,12 @@ class FormWindow : public SettingsWindow {
     add(head(content), form);
     for (const ui::Section& section : content.sections) {
       add(view(sectionTitle(section), width_), form);
-      NSStackView* elements = column<NSStackView>(8);
+      NSStackView* elements = column(8);
       elements.edgeInsets = NSEdgeInsetsMake(10, groupMargin, 10, groupMargin);
       for (const ui::Element& each : section.elements) add(element(each), elements);
-      groups_.push_back(group(elements));
-      add(groups_.back(), form);
+      add(group(elements, section.title), form);
     }
-    NSStackView* page = column<NSStackView>(10);
+    NSStackView* page = column(10);
     page.edgeInsets = NSEdgeInsetsMake(0, 0, 12, 0);
     scroll_ = scrolling(form);
     add(scroll_, page);
@@ -194,11 +174,7 @@ class FormWindow : public SettingsWindow {
     scroll.hasVerticalScroller = YES;
     scroll.drawsBackground = NO;
     scroll.documentView = form;
-    NSView* clip = scroll.contentView;
-    form.translatesAutoresizingMaskIntoConstraints = NO;
-    [form.topAnchor constraintEqualToAnchor:clip.topAnchor].active = YES;
-    [form.leadingAnchor constraintEqualToAnchor:clip.leadingAnchor].active = YES;
-    [form.trailingAnchor constraintEqualToAnchor:clip.trailingAnchor].active = YES;
+    fillFromTop(form, scroll.contentView);
     return scroll;
   }
 
@@ -206,7 +182,6 @@ class FormWindow : public SettingsWindow {
   NSWindow* window_;
   NSScrollView* scroll_ = nil;
   std::vector<ControlView> controls_;
-  std::vector<NSView*> groups_;
   std::string shape_;
 };
 

@@ -4,7 +4,6 @@
 #include "platform/macos/roles.h"
 #include "platform/macos/status_menu.h"
 #include "platform/macos/text_look.h"
-#include "support/text.h"
 
 namespace tollvane {
 namespace {
@@ -18,28 +17,22 @@ class BarItem : public StatusItem {
   ~BarItem() override { [NSStatusBar.systemStatusBar removeStatusItem:item_]; }
 
   void setImage(std::string_view symbolName, std::string_view accessibilityDescription) override {
-    NSImage* image = symbol(nsString(symbolName), nsString(accessibilityDescription));
+    NSImage* image = symbol(symbolName, nsString(accessibilityDescription));
     [image setTemplate:YES];
     item_.button.image = image;
   }
 
-  void setToolTip(std::string_view text) override { item_.button.toolTip = nsString(text::withoutControls(text)); }
-
-  void setMenu(MenuDelegate& delegate) override {
-    menu_ = [[TVStatusMenu alloc] initWithContent:delegate];
-    item_.menu = menu_.menu;
-  }
+  void setToolTip(std::string_view text) override { item_.button.toolTip = shown(text); }
+  void setMenu(MenuDelegate& delegate) override { item_.menu = [[TVStatusMenu alloc] initWithContent:delegate]; }
 
  private:
   NSStatusItem* item_;
-  TVStatusMenu* menu_ = nil;
 };
 
 class SystemStatusBar : public StatusBar {
  public:
   std::unique_ptr<StatusItem> makeStatusItem() override {
-    NSStatusItem* item = [NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength];
-    return item == nil ? nullptr : std::make_unique<BarItem>(item);
+    return std::make_unique<BarItem>([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]);
   }
 };
 

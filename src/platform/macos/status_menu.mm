@@ -8,16 +8,6 @@
 #include "platform/macos/objective_c.h"
 #include "platform/macos/text_look.h"
 
-// What an NSMenuItem is about: the item of the core.
-@interface TVMenuItemBox : NSObject {
- @public
-  tollvane::MenuItem value;
-}
-@end
-
-@implementation TVMenuItemBox
-@end
-
 namespace tollvane {
 namespace {
 
@@ -33,29 +23,20 @@ NSAttributedString* drawn(const MenuTitle& title, NSParagraphStyle* paragraph) {
   return text;
 }
 
-double widthOf(const MenuTitle& title) {
-  if (title.columnText.empty()) return 0;
-  NSDictionary<NSAttributedStringKey, id>* look = @{NSFontAttributeName : nsFont(title.columnFont)};
-  return [nsString(title.columnText) sizeWithAttributes:look].width;
-}
-
 // One column for the whole menu, as wide as its widest text.
 NSParagraphStyle* paragraphFor(const std::vector<MenuItem>& items) {
   double width = 0;
-  for (const MenuItem& item : items) width = std::max(width, widthOf(menuTitle(item.attributedTitle)));
+  for (const MenuItem& item : items) {
+    const TextRun column = menuTitle(item.attributedTitle).column;
+    NSDictionary<NSAttributedStringKey, id>* look = @{NSFontAttributeName : nsFont(column.font)};
+    width = std::max(width, [nsString(column.text) sizeWithAttributes:look].width);
+  }
   NSMutableParagraphStyle* paragraph = [[NSMutableParagraphStyle alloc] init];
   if (width > 0)
     paragraph.tabStops = @[ [[NSTextTab alloc] initWithTextAlignment:NSTextAlignmentNatural
                                                             location:std::ceil(width)
                                                              options:@{}] ];
   return paragraph;
-}
-
-NSMenu* emptyMenu() {
-  NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
-  // The system would enable every item that has an action, whatever its own state.
-  menu.autoenablesItems = NO;
-  return menu;
 }
 
 }  // namespace
@@ -69,11 +50,12 @@ using namespace tollvane;
 }
 
 - (instancetype)initWithContent:(MenuDelegate&)content {
-  self = [super init];
+  self = [super initWithTitle:@""];
   if (self != nil) {
     _content = &content;
-    _menu = emptyMenu();
-    _menu.delegate = self;
+    self.delegate = self;
+    // The system would enable every item that has an action, whatever its own state.
+    self.autoenablesItems = NO;
   }
   return self;
 }
@@ -96,18 +78,20 @@ using namespace tollvane;
 
 - (NSMenuItem*)itemFor:(const MenuItem&)value paragraph:(NSParagraphStyle*)paragraph {
   if (value.isSeparator) return [NSMenuItem separatorItem];
-  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:nsString(text::withoutControls(value.title))
+  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:shown(value.title)
                                                 action:@selector(choose:)
                                          keyEquivalent:nsString(value.keyEquivalent)];
   item.target = self;
   item.enabled = value.isEnabled;
   if (!value.attributedTitle.empty()) item.attributedTitle = drawn(menuTitle(value.attributedTitle), paragraph);
-  if (!value.toolTip.empty()) item.toolTip = nsString(text::withoutControls(value.toolTip));
-  TVMenuItemBox* box = [[TVMenuItemBox alloc] init];
-  box->value = value;
-  item.representedObject = box;
+  if (!value.toolTip.empty()) item.toolTip = shown(value.toolTip);
+  const MenuItem chosen = value;
+  item.representedObject = ^{
+    if (chosen.action) chosen.action(chosen);
+  };
   if (!value.submenu.empty()) {
-    item.submenu = emptyMenu();
+    item.submenu = [[NSMenu alloc] initWithTitle:@""];
+    item.submenu.autoenablesItems = NO;
     [self add:value.submenu to:item.submenu];
   }
   return item;
@@ -115,9 +99,8 @@ using namespace tollvane;
 
 // The action may make the menu anew, and the item with it.
 - (void)choose:(NSMenuItem*)item {
-  TVMenuItemBox* box = item.representedObject;
-  const MenuItem chosen = box->value;
-  if (chosen.action) chosen.action(chosen);
+  void (^const action)() = item.representedObject;
+  action();
 }
 
 @end

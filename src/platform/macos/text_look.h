@@ -3,6 +3,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "platform/macos/objective_c.h"
 #include "platform/menu.h"
 #include "platform/settings_window.h"
 #include "platform/text_style.h"
@@ -23,9 +24,8 @@ inline NSColor* nsColor(TextColor color) {
       return NSColor.systemOrangeColor;
     case TextColor::unset:
     case TextColor::label:
-      break;
+      return NSColor.labelColor;
   }
-  return NSColor.labelColor;
 }
 
 inline NSFontWeight nsWeight(FontWeight weight) {
@@ -49,9 +49,9 @@ inline NSFont* nsFont(const ui::Text& text) {
   return [NSFont systemFontOfSize:font.pointSize weight:nsWeight(text.weight)];
 }
 
-// Nil if the system has no symbol of this name. A description is read aloud; an empty one makes it an ornament.
-inline NSImage* symbol(NSString* name, NSString* description) {
-  return [NSImage imageWithSystemSymbolName:name accessibilityDescription:description.length > 0 ? description : nil];
+// Nil if the system has no symbol of this name. A description is read aloud; nil makes it an ornament.
+inline NSImage* symbol(std::string_view name, NSString* description) {
+  return [NSImage imageWithSystemSymbolName:nsString(name) accessibilityDescription:description];
 }
 
 }  // namespace tollvane

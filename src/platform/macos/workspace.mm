@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <deque>
 #include <utility>
 
-#include "platform/macos/decisions/activation.h"
+#include "platform/macos/decisions/decisions.h"
 #include "platform/macos/kernel/kernel_process.h"
 #include "platform/macos/objective_c.h"
 #include "platform/macos/roles.h"
@@ -33,11 +32,8 @@ RunningApplication described(NSRunningApplication* running) {
   return application;
 }
 
-NSWorkspaceOpenConfiguration* comingForward() {
-  NSWorkspaceOpenConfiguration* configuration = [NSWorkspaceOpenConfiguration configuration];
-  configuration.activates = YES;
-  return configuration;
-}
+// With it, what is opened comes forward.
+NSWorkspaceOpenConfiguration* standard() { return [NSWorkspaceOpenConfiguration configuration]; }
 
 // The system calls it on a thread of its own.
 void (^reportTo(Done done))(NSRunningApplication*, NSError*) {
@@ -47,9 +43,15 @@ void (^reportTo(Done done))(NSRunningApplication*, NSError*) {
   };
 }
 
-bool isCooperative() {
-  if (@available(macOS 14.0, *)) return true;
-  return false;
+NSURL* webPage(std::string_view url) { return text::isWebPage(url) ? [NSURL URLWithString:nsString(url)] : nil; }
+
+// False if the system refuses at once. From macOS 14 on, only the active application can let another one come forward.
+bool mayComeForward(NSRunningApplication* running) {
+  if (@available(macOS 14.0, *)) {
+    [NSApp yieldActivationToApplication:running];
+    return [running activateFromApplication:NSRunningApplication.currentApplication options:0];
+  }
+  return [running activateWithOptions:NSApplicationActivateIgnoringOtherApps];
 }
 
 class SharedWorkspace : public Workspace {
@@ -85,8 +87,6 @@ class SharedWorkspace : public Workspace {
     return pathOf([shared() URLForApplicationWithBundleIdentifier:nsString(bundleID)]);
   }
 
-  std::optional<std::filesystem::path> urlForApplicationNamed(std::string_view) const override { return std::nullopt; }
-
   std::string icon(std::string_view bundleID) const override {
     return urlForApplication(bundleID).value_or(std::filesystem::path()).native();
   }
@@ -99,28 +99,25 @@ class SharedWorkspace : public Workspace {
   // window of the application will do.
   void activate(const RunningApplication& application, std::string_view, Done done) override {
     NSRunningApplication* running = [NSRunningApplication runningApplicationWithProcessIdentifier:application.pid];
-    const bool isSame = application.startTime == 0 || application.startTime == startTime(application.pid);
-    const auto steps = activationSteps(
-        {.isRunning = running != nil && !running.terminated, .isSame = isSame, .hasBundle = running.bundleURL != nil},
-        isCooperative());
-    attempt(running, {steps.begin(), steps.end()}, false, std::move(done));
+    const bool isMeant = isSameProcess(application.startTime, startTime(application.pid));
+    if (running == nil || running.terminated || !isMeant) return done(false);
+    attempt(running, false, false, std::move(done));
   }
 
   void open(const std::filesystem::path& path, Done done) override {
-    [shared() openURL:fileURL(path) configuration:comingForward() completionHandler:reportTo(std::move(done))];
+    [shared() openURL:fileURL(path) configuration:standard() completionHandler:reportTo(std::move(done))];
   }
 
   void openURL(std::string_view url) override {
-    NSURL* page = text::isWebPage(url) ? [NSURL URLWithString:nsString(url)] : nil;
-    if (page != nil) [shared() openURL:page];
+    if (NSURL* page = webPage(url)) [shared() openURL:page];
   }
 
   void openURL(std::string_view url, const std::filesystem::path& application, Done done) override {
-    NSURL* page = text::isWebPage(url) ? [NSURL URLWithString:nsString(url)] : nil;
+    NSURL* page = webPage(url);
     if (page == nil) return done(false);
     [shared() openURLs:@[ page ]
         withApplicationAtURL:fileURL(application)
-               configuration:comingForward()
+               configuration:standard()
            completionHandler:reportTo(std::move(done))];
   }
 
@@ -133,30 +130,18 @@ class SharedWorkspace : public Workspace {
     return found;
   }
 
-  // `wasAsked`: the system has accepted a request, so the application may still come forward.
-  void attempt(NSRunningApplication* running, std::deque<ActivationStep> steps, bool wasAsked, Done done) {
-    if (running.active) return done(true);
-    if (steps.empty()) return done(wasAsked);
-    const ActivationStep step = steps.front();
-    steps.pop_front();
-    if (step == ActivationStep::open) {
-      [shared() openApplicationAtURL:running.bundleURL
-                       configuration:comingForward()
-                   completionHandler:reportTo(std::move(done))];
-      return;
+  // `isComing`: the system has accepted a request, so the application may still come forward.
+  void attempt(NSRunningApplication* running, bool wasAsked, bool isComing, Done done) {
+    NSURL* bundle = running.bundleURL;
+    switch (nextStep(running.active, bundle != nil, wasAsked)) {
+      case ActivationStep::ask:
+        if (!mayComeForward(running)) return attempt(running, true, false, done);
+        return queue_.after(activationTime, alive_.guard([=, this] { attempt(running, true, true, done); }));
+      case ActivationStep::open:
+        return [shared() openApplicationAtURL:bundle configuration:standard() completionHandler:reportTo(done)];
+      case ActivationStep::none:
+        return done(running.active || isComing);
     }
-    if (!asked(running, step)) return attempt(running, std::move(steps), wasAsked, std::move(done));
-    queue_.after(activationTime, alive_.guard([this, running, steps, done] { attempt(running, steps, true, done); }));
-  }
-
-  static bool asked(NSRunningApplication* running, ActivationStep step) {
-    if (step == ActivationStep::activateIgnoringOthers)
-      return [running activateWithOptions:NSApplicationActivateIgnoringOtherApps];
-    if (@available(macOS 14.0, *)) {
-      [NSApp yieldActivationToApplication:running];
-      return [running activateFromApplication:NSRunningApplication.currentApplication options:0];
-    }
-    return false;
   }
 
   MainQueue& queue_;

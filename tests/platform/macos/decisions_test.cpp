@@ -1,35 +1,35 @@
 // Tests of what the roles on macOS decide.
-#include <gtest/gtest.h>
+#include "platform/macos/decisions/decisions.h"
 
-#include "catalogue/browsers.h"
-#include "platform/macos/decisions/activation.h"
-#include "platform/macos/decisions/alert_buttons.h"
-#include "platform/macos/decisions/log_refusal.h"
-#include "platform/macos/decisions/login.h"
-#include "platform/macos/decisions/manifest_folders.h"
-#include "platform/macos/decisions/web_address.h"
+#include <gtest/gtest.h>
 
 namespace tollvane {
 namespace {
 
-TEST(LogRefusalTest, TheUserIsToldOnceThatTheSystemLogMayNotBeRead) {
-  LogRefusal refusal("/usr/bin/log");
+class LogRefusalTest : public testing::Test {
+ protected:
+  LogRefusal refusal{"/usr/bin/log", [this] { ++timesTold; }};
+  int timesTold = 0;
+};
+
+TEST_F(LogRefusalTest, TheUserIsToldOnceThatTheSystemLogMayNotBeRead) {
   EXPECT_TRUE(refusal.mayStart("/usr/bin/log"));
-  EXPECT_TRUE(refusal.ended("/usr/bin/log", 77));
-  EXPECT_FALSE(refusal.ended("/usr/bin/log", 77));
+  refusal.ended("/usr/bin/log", 77);
+  EXPECT_EQ(timesTold, 1);
+  refusal.ended("/usr/bin/log", 77);
+  EXPECT_EQ(timesTold, 1);
 }
 
-TEST(LogRefusalTest, AfterARefusalTheLogToolIsNotStartedAgain) {
-  LogRefusal refusal("/usr/bin/log");
+TEST_F(LogRefusalTest, AfterARefusalTheLogToolIsNotStartedAgain) {
   refusal.ended("/usr/bin/log", 77);
   EXPECT_FALSE(refusal.mayStart("/usr/bin/log"));
   EXPECT_TRUE(refusal.mayStart("/usr/bin/true"));
 }
 
-TEST(LogRefusalTest, AnyOtherEndIsNoRefusal) {
-  LogRefusal refusal("/usr/bin/log");
-  for (const int status : {0, 1, 64, 76, 78}) EXPECT_FALSE(refusal.ended("/usr/bin/log", status)) << status;
-  EXPECT_FALSE(refusal.ended("/usr/bin/true", 77)) << "another program means something else by it";
+TEST_F(LogRefusalTest, AnyOtherEndIsNoRefusal) {
+  for (const int status : {0, 1, 64, 76, 78}) refusal.ended("/usr/bin/log", status);
+  refusal.ended("/usr/bin/true", 77);  // another program means something else by it
+  EXPECT_EQ(timesTold, 0);
   EXPECT_TRUE(refusal.mayStart("/usr/bin/log"));
 }
 
@@ -61,21 +61,25 @@ TEST(LoginDecisionsTest, AnApplicationThatWasNotMovedAfterItsDownloadIsKnown) {
   EXPECT_FALSE(isTranslocated(""));
 }
 
-TEST(ActivationTest, FromMacOS14OnTollvaneLetsTheApplicationComeForward) {
-  const ActivationTarget running{.isRunning = true, .hasBundle = true};
-  EXPECT_EQ(activationSteps(running, true), (std::vector{ActivationStep::yieldAndActivate, ActivationStep::open}));
-  EXPECT_EQ(activationSteps(running, false),
-            (std::vector{ActivationStep::activateIgnoringOthers, ActivationStep::open}));
+TEST(ActivationTest, AnApplicationIsAskedAndThenOpenedUntilItIsTheActiveOne) {
+  constexpr bool isActive = true, hasBundle = true, wasAsked = true;
+  EXPECT_EQ(nextStep(!isActive, hasBundle, !wasAsked), ActivationStep::ask);
+  EXPECT_EQ(nextStep(!isActive, hasBundle, wasAsked), ActivationStep::open);
+  EXPECT_EQ(nextStep(isActive, hasBundle, !wasAsked), ActivationStep::none);
+  EXPECT_EQ(nextStep(isActive, hasBundle, wasAsked), ActivationStep::none);
 }
 
 TEST(ActivationTest, AnApplicationWithoutABundleCannotBeOpened) {
-  EXPECT_EQ(activationSteps({.isRunning = true}, true), std::vector{ActivationStep::yieldAndActivate});
+  constexpr bool isActive = true, hasBundle = true, wasAsked = true;
+  EXPECT_EQ(nextStep(!isActive, !hasBundle, !wasAsked), ActivationStep::ask);
+  EXPECT_EQ(nextStep(!isActive, !hasBundle, wasAsked), ActivationStep::none);
 }
 
-TEST(ActivationTest, NothingIsTriedForAnApplicationThatHasEnded) {
-  EXPECT_TRUE(activationSteps({.isRunning = false, .hasBundle = true}, true).empty());
-  EXPECT_TRUE(activationSteps({.isRunning = true, .isSame = false, .hasBundle = true}, true).empty())
-      << "another process has its number";
+TEST(ActivationTest, AProcessThatHasTheNumberOfAnEndedOneIsAnother) {
+  EXPECT_TRUE(isSameProcess(7, 7));
+  EXPECT_FALSE(isSameProcess(7, 8));
+  EXPECT_FALSE(isSameProcess(7, 0)) << "the process has just ended";
+  EXPECT_TRUE(isSameProcess(0, 8)) << "nobody knows when the one that is meant started";
 }
 
 TEST(AlertButtonsTest, TheAnswerNamesTheButton) {
@@ -93,38 +97,6 @@ TEST(AlertButtonsTest, EscapeIsTheLastButtonOfSeveral) {
   EXPECT_TRUE(takesEscape(1, 2));
   EXPECT_FALSE(takesEscape(0, 2));
   EXPECT_FALSE(takesEscape(0, 1)) << "which keeps Return";
-}
-
-TEST(WebAddressTest, OnlyHttpsIsAskedExceptOnThisComputer) {
-  EXPECT_TRUE(mayAsk("https", "tollvane.example"));
-  EXPECT_FALSE(mayAsk("http", "tollvane.example"));
-  for (const char* host : {"localhost", "127.0.0.1", "::1"}) EXPECT_TRUE(mayAsk("http", host)) << host;
-  for (const char* scheme : {"file", "ftp", ""}) EXPECT_FALSE(mayAsk(scheme, "localhost")) << scheme;
-}
-
-TEST(WebAddressTest, NamesThatNeverExistAreNotAsked) {
-  EXPECT_FALSE(mayAsk("https", "tollvane.invalid"));
-  EXPECT_FALSE(mayAsk("https", ""));
-}
-
-TEST(WebAddressTest, ARedirectionThatWasNotFollowedIsNoAnswer) {
-  for (const long status : {200L, 204L, 404L, 500L}) EXPECT_TRUE(isAnswer(status)) << status;
-  for (const long status : {0L, 100L, 301L, 307L}) EXPECT_FALSE(isAnswer(status)) << status;
-}
-
-TEST(ManifestFoldersTest, EveryBrowserWithOurExtensionHasAFolderExceptSafari) {
-  for (const BrowserEdition& edition : browserEditions()) {
-    if (edition.family.empty()) continue;
-    EXPECT_EQ(manifestFolder(edition.bundleID).empty(), edition.family == "safari") << edition.bundleID;
-  }
-}
-
-TEST(ManifestFoldersTest, TheFoldersAreThoseOfTheBrowsersMakers) {
-  EXPECT_EQ(manifestFolder("com.google.Chrome"), "Google/Chrome/NativeMessagingHosts");
-  EXPECT_EQ(manifestFolder("com.brave.Browser"), "BraveSoftware/Brave-Browser/NativeMessagingHosts");
-  EXPECT_EQ(manifestFolder("company.thebrowser.Browser"), "Arc/User Data/NativeMessagingHosts");
-  EXPECT_EQ(manifestFolder("org.mozilla.nightly"), "Mozilla/NativeMessagingHosts");
-  EXPECT_EQ(manifestFolder("com.example.Unknown"), "");
 }
 
 }  // namespace

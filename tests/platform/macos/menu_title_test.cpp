@@ -12,8 +12,8 @@ constexpr Font plain{};
 TEST(MenuTitleTest, TheTimeStandsInAColumnThatEndsAtATabStop) {
   const MenuTitle title = menuTitle({{"3:07:42 PM   ", digits}, {"Mail", plain}});
   EXPECT_EQ(plainText(title.runs), "3:07:42 PM\tMail");
-  EXPECT_EQ(title.columnText, "3:07:42 PM   ");
-  EXPECT_EQ(title.columnFont, digits);
+  EXPECT_EQ(title.column.text, "3:07:42 PM   ");
+  EXPECT_EQ(title.column.font, digits);
 }
 
 TEST(MenuTitleTest, TheSecondLineStartsAtTheSameTabStop) {
@@ -25,13 +25,13 @@ TEST(MenuTitleTest, TheSecondLineStartsAtTheSameTabStop) {
 TEST(MenuTitleTest, AnIndentAloneIsAColumnToo) {
   const MenuTitle title = menuTitle({{"              ", digits}, {"Add the free extension", plain}});
   EXPECT_EQ(plainText(title.runs), "\tAdd the free extension");
-  EXPECT_EQ(title.columnText, "              ");
+  EXPECT_EQ(title.column.text, "              ");
 }
 
 TEST(MenuTitleTest, ATitleWithoutATimeHasNoTabStop) {
   const MenuTitle title = menuTitle({{"Update available: version 2…", plain}});
   EXPECT_EQ(plainText(title.runs), "Update available: version 2…");
-  EXPECT_EQ(title.columnText, "");
+  EXPECT_EQ(title.column.text, "");
 }
 
 TEST(MenuTitleTest, TextFromOutsideBeginsNoLineAndNoColumn) {

@@ -36,11 +36,6 @@ QFont fontOf(const Font& role, const QFont& menuFont) {
   return font;
 }
 
-// A text from outside may contain line feeds, too, but it does not consist of blanks only.
-bool beginsLine(const TextRun& run) {
-  return !run.text.empty() && run.text.front() == '\n' && run.text.find_first_not_of(' ', 1) == std::string::npos;
-}
-
 bool isBlank(const QString& text) {
   return std::all_of(text.begin(), text.end(), [](QChar character) { return character.isSpace(); });
 }

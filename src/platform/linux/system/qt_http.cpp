@@ -1,27 +1,19 @@
 #include "platform/linux/system/qt_http.h"
 
-#include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTimer>
 #include <utility>
+
+#include "support/web_address.h"
 
 namespace tollvane {
 namespace {
 
 using Completion = std::function<void(std::optional<HttpResponse>)>;
 
-bool isThisComputer(const QString& host) {
-  return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
-}
-
-// Names in this domain never exist (RFC 6761), so no server needs to be asked.
-bool isNowhere(const QString& host) { return host.endsWith(QLatin1String(".invalid")); }
-
 bool isAllowed(const QUrl& url) {
-  return url.isValid() && !isNowhere(url.host()) &&
-         (url.scheme() == QLatin1String("https") ||
-          (url.scheme() == QLatin1String("http") && isThisComputer(url.host())));
+  return url.isValid() && web::mayAsk(url.scheme().toStdString(), url.host().toStdString());
 }
 
 QNetworkRequest networkRequest(const HttpRequest& request, const QUrl& url) {
@@ -51,7 +43,7 @@ std::optional<HttpResponse> responseOf(QNetworkReply& reply) {
   // An answer that broke off is no answer, and neither is a redirection that was not followed.
   if (reply.error() != QNetworkReply::NoError && !isRefusal(reply.error())) return std::nullopt;
   const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-  if (status < 200 || (status >= 300 && status < 400)) return std::nullopt;
+  if (!web::isAnswer(status)) return std::nullopt;
   const QByteArray encoding = reply.rawHeader("Content-Encoding").toLower();
   if (!encoding.isEmpty() && encoding != "identity") return std::nullopt;
   // A reply may be complete before its length has been checked.

@@ -110,7 +110,7 @@ void KWinScripting::run(const QString& body, OnAnswer onAnswer) {
     loaded->deleteLater();
     const QDBusPendingReply<int> number = *loaded;
     if (!number.isValid() || number.value() < 0) return finish(script, std::nullopt);
-    kwin_ = bus_.interface()->serviceOwner(latin(kwinName)).value();
+    kwin_ = bus_.interface()->serviceOwner(kwinName).value();
     start(script);
   });
 }

@@ -11,8 +11,8 @@ std::optional<KernelProcess> kernelProcess(Pid pid) {
   std::array<int, 4> name = {CTL_KERN, KERN_PROC, KERN_PROC_PID, pid};
   kinfo_proc record{};
   std::size_t size = sizeof record;
-  if (::sysctl(name.data(), name.size(), &record, &size, nullptr, 0) != 0) return std::nullopt;
-  if (size == 0) return std::nullopt;  // the call succeeds for a process that does not exist
+  const bool succeeds = ::sysctl(name.data(), name.size(), &record, &size, nullptr, 0) == 0;
+  if (!succeeds || size == 0) return std::nullopt;  // without data: there is no such process
   const timeval& start = record.kp_proc.p_starttime;
   return KernelProcess{
       .parent = record.kp_eproc.e_ppid,

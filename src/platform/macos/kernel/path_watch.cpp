@@ -14,11 +14,8 @@ void PathWatch::watch(const std::filesystem::path& directory) {
   folder_ = UniqueFd(::open(directory.c_str(), O_EVTONLY | O_DIRECTORY | O_CLOEXEC));
   watch_ = folder_.get();
   if (!folder_) return;
-  struct kevent change = {};
-  change.ident = static_cast<uintptr_t>(watch_);
-  change.filter = EVFILT_VNODE;
-  change.flags = EV_ADD | EV_CLEAR;
-  change.fflags = NOTE_WRITE | NOTE_DELETE | NOTE_RENAME;
+  struct kevent change;
+  EV_SET(&change, watch_, EVFILT_VNODE, EV_ADD | EV_CLEAR, NOTE_WRITE | NOTE_DELETE | NOTE_RENAME, 0, nullptr);
   ::kevent(events_.get(), &change, 1, nullptr, 0, nullptr);
 }
 

@@ -83,7 +83,6 @@ extern NSApplication* NSApp;
 // https://developer.apple.com/documentation/appkit/nsworkspace/openconfiguration
 @interface NSWorkspaceOpenConfiguration : NSObject
 + (instancetype)configuration;
-@property BOOL activates;
 @end
 
 // https://developer.apple.com/documentation/appkit/nsworkspace
@@ -234,6 +233,7 @@ extern NSString* const NSAccessibilityGroupRole;
 @property(copy) NSString* accessibilityRole;
 @property(copy) NSString* accessibilityLabel;
 @property(copy) NSString* toolTip;
+@property(copy) NSString* identifier;
 - (void)addSubview:(NSView*)view;
 - (void)layoutSubtreeIfNeeded;
 - (void)scrollPoint:(NSPoint)point;

@@ -7,16 +7,11 @@ extern "C" {
 
 // https://developer.apple.com/documentation/corefoundation/cftype
 typedef const void* CFTypeRef;
-typedef unsigned long CFTypeID;
 typedef long CFIndex;
-CFTypeID CFGetTypeID(CFTypeRef object);
 void CFRelease(CFTypeRef object);
 
 // https://developer.apple.com/documentation/corefoundation/cfallocator
 typedef const struct __CFAllocator* CFAllocatorRef;
-
-// https://developer.apple.com/documentation/corefoundation/cfboolean
-CFTypeID CFBooleanGetTypeID(void);
 
 // https://developer.apple.com/documentation/corefoundation/cfstring
 typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFStringRef;
@@ -36,9 +31,7 @@ CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
 
 // https://developer.apple.com/documentation/corefoundation/cfrunloop
 typedef struct __CFRunLoop* CFRunLoopRef;
-extern const CFStringRef kCFRunLoopCommonModes;
 extern const CFStringRef kCFRunLoopDefaultMode;
-int CFRunLoopRunInMode(CFStringRef mode, double seconds, bool returnAfterSource);
 CFRunLoopRef CFRunLoopGetMain(void);
 void CFRunLoopPerformBlock(CFRunLoopRef loop, CFTypeRef mode, void (^block)(void));
 void CFRunLoopWakeUp(CFRunLoopRef loop);

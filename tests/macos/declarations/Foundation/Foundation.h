@@ -33,10 +33,9 @@ typedef double CGFloat;
 @class NSNotification;
 @class NSOperationQueue;
 
-typedef NSString* NSNotificationName;
-
 // https://developer.apple.com/documentation/objectivec/1418956-nsobject
 @protocol NSObject
+- (Class)class;
 - (BOOL)isKindOfClass:(Class)aClass;
 @end
 
@@ -104,6 +103,7 @@ extern const NSStringEncoding NSISOLatin1StringEncoding;
 
 // https://developer.apple.com/documentation/foundation/nsnumber
 @interface NSNumber : NSObject
++ (NSNumber*)numberWithBool:(BOOL)value;
 @property(readonly) BOOL boolValue;
 @property(readonly) double doubleValue;
 @end
@@ -115,10 +115,8 @@ extern const NSStringEncoding NSISOLatin1StringEncoding;
 @property(readonly) NSUInteger length;
 @end
 
-// https://developer.apple.com/documentation/foundation/nsmutabledata
-@interface NSMutableData : NSData
-+ (instancetype)data;
-- (void)appendData:(NSData*)other;
+// https://developer.apple.com/documentation/foundation/nsexception
+@interface NSException : NSObject
 @end
 
 // https://developer.apple.com/documentation/foundation/nserror
@@ -138,28 +136,21 @@ extern const NSStringEncoding NSISOLatin1StringEncoding;
 // https://developer.apple.com/documentation/foundation/nsdate
 @interface NSDate : NSObject
 + (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)seconds;
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)seconds;
+@end
+
+// https://developer.apple.com/documentation/foundation/nsrunloop
+typedef NSString* NSRunLoopMode;
+extern const NSRunLoopMode NSDefaultRunLoopMode;
+@interface NSRunLoop : NSObject
+@property(class, readonly, strong) NSRunLoop* currentRunLoop;
+- (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit;
 @end
 
 // https://developer.apple.com/documentation/foundation/nsdateformatter
 @interface NSDateFormatter : NSObject
 - (NSString*)stringFromDate:(NSDate*)date;
 @property(copy) NSString* dateFormat;
-@end
-
-// https://developer.apple.com/documentation/foundation/nslocale
-extern const NSNotificationName NSCurrentLocaleDidChangeNotification;
-
-// https://developer.apple.com/documentation/foundation/nstimezone
-extern const NSNotificationName NSSystemTimeZoneDidChangeNotification;
-
-// https://developer.apple.com/documentation/foundation/nsnotificationcenter
-@interface NSNotificationCenter : NSObject
-@property(class, readonly, strong) NSNotificationCenter* defaultCenter;
-- (id<NSObject>)addObserverForName:(NSNotificationName)name
-                            object:(id)object
-                             queue:(NSOperationQueue*)queue
-                        usingBlock:(void (^)(NSNotification* notification))block;
-- (void)removeObserver:(id)observer;
 @end
 
 // https://developer.apple.com/documentation/foundation/nsoperationqueue
@@ -196,6 +187,7 @@ extern "C" NSString* NSHomeDirectory(void);
 // https://developer.apple.com/documentation/foundation/nsbundle
 @interface NSBundle : NSObject
 @property(class, readonly, strong) NSBundle* mainBundle;
+@property(readonly, copy) NSString* bundlePath;
 @property(readonly, copy) NSDictionary<NSString*, id>* infoDictionary;
 - (NSURL*)URLForAuxiliaryExecutable:(NSString*)name;
 - (NSURL*)URLForResource:(NSString*)name withExtension:(NSString*)ending;
@@ -205,7 +197,6 @@ extern "C" NSString* NSHomeDirectory(void);
 @interface NSFileHandle : NSObject
 @property(class, readonly, strong) NSFileHandle* fileHandleWithNullDevice;
 @property(readonly) int fileDescriptor;
-- (BOOL)closeAndReturnError:(NSError**)error;
 @end
 
 // https://developer.apple.com/documentation/foundation/nspipe
@@ -280,7 +271,6 @@ extern const NSURLRequestCachePolicy NSURLRequestReloadIgnoringLocalCacheData;
 @interface NSURLSessionConfiguration : NSObject
 @property(class, readonly, strong) NSURLSessionConfiguration* ephemeralSessionConfiguration;
 @property NSTimeInterval timeoutIntervalForResource;
-@property BOOL HTTPShouldSetCookies;
 @end
 
 // https://developer.apple.com/documentation/foundation/nsurlsessiontask

@@ -13,6 +13,9 @@ struct kevent {
   void* udata;
 };
 
+#define EV_SET(event, identifier, filter_, flags_, details, data_, userData) \
+  (*(event) = {static_cast<uintptr_t>(identifier), filter_, flags_, details, data_, userData})
+
 #define EVFILT_VNODE (-4)
 #define EVFILT_PROC (-5)
 #define EV_ADD 0x0001
