@@ -107,6 +107,7 @@ class PanelTest(unittest.TestCase):
     button_of_own_menu, button_of_panel_menu = 1, 3
     tells_what_is_open = True   # that a menu was opened and closed
     tells_new_texts = True      # to screen readers, of a row that stays
+    shows_tooltips = True
 
     @classmethod
     def setUpClass(cls):
@@ -281,6 +282,10 @@ class PanelTest(unittest.TestCase):
 
     def test_bell_is_hollow_then_filled_and_names_the_last_sound(self):
         spot, hollow = self.place_of_bell()
+        if not self.shows_tooltips:
+            self.two_sounds()
+            wait_until(lambda: self.crop(hollow) != hollow.picture, 'another picture of the bell')
+            return
         self.screen.point(*spot)
         short_tip = wait_until(self.tooltip, 'the tooltip')
         self.screen.point(*self.screen.nowhere)
@@ -344,6 +349,8 @@ class PanelTest(unittest.TestCase):
         wait_until(lambda: '1 unseen' in str(self.property('ToolTip')), 'a sound that was seen')
 
     def test_choice_in_tollvanes_menu_brings_the_window_forward(self):
+        if not self.button_of_own_menu:
+            self.skipTest('This panel always shows its own menu.')
         spot = self.place_of_bell()[0]
         self.two_sounds()
         self.screen.click(*spot, self.button_of_own_menu)
@@ -493,10 +500,33 @@ class PlasmaTest(PanelTest):
 
 
 class BudgieTest(PanelTest):
+    """Budgie's own tray is of the old kind. Its applet for indicators shows status items: without tooltips, and every
+    click opens the menu that the panel draws."""
     desktop, panel = 'Budgie:GNOME', 'budgie-panel'
+    button_of_own_menu, button_of_panel_menu = None, 1
+    tells_what_is_open = tells_new_texts = shows_tooltips = False
+
+    def rows(self, program):
+        return [row for row in super().rows(program) if row[0] != 'Tollvane']  # that is the bell
 
     @classmethod
     def start_panel(cls):
+        cls.write('.config/glib-2.0/settings/keyfile', """[com/solus-project/budgie-panel]
+panels=['top']
+migration-level=2
+
+[com/solus-project/budgie-panel/panels/{top}]
+applets=['indicators']
+location='top'
+size=30
+
+[com/solus-project/budgie-panel/applets/{indicators}]
+name='AppIndicator Applet'
+alignment='start'
+position=0
+""")
+        cls.start('indicators',
+                  '/usr/libexec/ayatana-indicator-application/ayatana-indicator-application-service')
         cls.start('panel', 'budgie-panel')
 
 
