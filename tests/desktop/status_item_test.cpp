@@ -106,6 +106,18 @@ TEST_F(StatusItemTest, TheItemLeavesTheBusWithItsProcess) {
   EXPECT_TRUE(waitUntilOnTheBus([&] { return !bus_->interface()->isServiceRegistered(service).value(); }));
 }
 
+TEST_F(StatusItemTest, TheIconHasPicturesOnlyWhileTheWatcherIsXApps) {
+  const ItemOnTheBus item = startItem();
+  ASSERT_EQ(item.text("IconName"), "tollvane-bell-symbolic");
+  ASSERT_TRUE(bus_->registerService("org.x.StatusNotifierWatcher"));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return item.text("IconName").empty(); }));
+  EXPECT_FALSE(item.pixmaps().isEmpty());
+  const ItemOnTheBus later = startItem();
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return later.text("IconName").empty(); }));
+  ASSERT_TRUE(bus_->unregisterService("org.x.StatusNotifierWatcher"));
+  EXPECT_TRUE(waitUntilOnTheBus([&] { return later.text("IconName") == "tollvane-bell-symbolic"; }));
+}
+
 TEST_F(StatusItemTest, SaysWhatItIs) {
   const ItemOnTheBus item = startItem();
   EXPECT_EQ(item.text("Category"), "ApplicationStatus");

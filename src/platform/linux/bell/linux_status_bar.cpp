@@ -47,6 +47,7 @@ class LinuxStatusItem : public StatusItem {
     if (!bus_->isConnected()) return;
     registerObject(StatusNotifierItem::objectPath, item_);
     schemes_.emplace(*bus_, [this](ColorScheme scheme) { item_.setTone(toneFor(scheme)); });
+    xApp_.emplace(*bus_, [this](bool isThere) { item_.setIconIsNamed(!isThere); });
     registration_.emplace(*bus_, ownName(number));
   }
 
@@ -103,6 +104,7 @@ class LinuxStatusItem : public StatusItem {
   std::optional<DBusMenu> exported_;
   std::optional<RichMenu> drawn_;
   std::optional<ColorSchemeWatcher> schemes_;
+  std::optional<XAppWatch> xApp_;
   std::optional<WatcherRegistration> registration_;
 };
 

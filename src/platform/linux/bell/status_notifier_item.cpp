@@ -31,6 +31,11 @@ void StatusNotifierItem::setTone(BarTone tone) {
   if (!iconName_.isEmpty()) Q_EMIT NewIcon();
 }
 
+void StatusNotifierItem::setIconIsNamed(bool isNamed) {
+  if (isNamed == std::exchange(iconIsNamed_, isNamed)) return;
+  if (!iconName_.isEmpty()) Q_EMIT NewIcon();
+}
+
 void StatusNotifierItem::setMenu(const QString& path, bool itemIsMenu) {
   menuPath_ = path;
   itemIsMenu_ = itemIsMenu;

@@ -55,6 +55,7 @@ class StatusNotifierItem : public QObject {
   void setIcon(const QString& iconName, const QString& accessibleDescription);
   void setToolTipTitle(const QString& title);
   void setTone(BarTone tone);
+  void setIconIsNamed(bool isNamed);  // otherwise the icon is told as pictures only
 
   // `path`: where the menu is on the same connection. `itemIsMenu`: a click opens the menu, because there is nothing to
   // activate. To be called before the item is registered, because bars ask only once.
@@ -69,7 +70,7 @@ class StatusNotifierItem : public QObject {
   QString status() const { return QStringLiteral("Active"); }
   int windowId() const { return 0; }
   QString iconThemePath() const { return iconThemePath_; }
-  QString iconName() const { return iconName_; }
+  QString iconName() const { return iconIsNamed_ ? iconName_ : QString(); }
   QString iconAccessibleDescription() const { return accessibleDescription_; }
   IconPixmaps iconPixmap() const;
   QString noName() const { return {}; }
@@ -107,6 +108,7 @@ class StatusNotifierItem : public QObject {
   QString menuPath_ = QStringLiteral("/NO_DBUSMENU");
   bool itemIsMenu_ = false;
   BarTone tone_ = BarTone::dark;
+  bool iconIsNamed_ = true;
   mutable std::optional<IconPixmaps> pixmaps_;  // drawn when a bar first asks, because many never do
 };
 

@@ -14,10 +14,29 @@ namespace {
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
+// XApp's watcher has this name besides the usual one.
+const QString xAppName = QStringLiteral("org.x.StatusNotifierWatcher");
+
 QDBusMessage watcherCall(const QString& interface, const char* method) {
   QDBusMessage call = QDBusMessage::createMethodCall(watcherName, watcherPath, interface, QString::fromLatin1(method));
   call.setAutoStartService(false);
   return call;
+}
+
+// `answered` gets the unique name of the owner, unless there is none.
+void askForOwner(const QDBusConnection& bus, QObject* asker, const QString& name,
+                 std::function<void(const QString& owner)> answered) {
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                     QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
+  call << name;
+  auto* reply = new QDBusPendingCallWatcher(bus.asyncCall(call), asker);
+  QObject::connect(reply, &QDBusPendingCallWatcher::finished, asker,
+                   [answered = std::move(answered)](QDBusPendingCallWatcher* finished) {
+                     finished->deleteLater();
+                     const QDBusPendingReply<QString> owner = *finished;
+                     if (owner.isValid()) answered(owner.value());
+                   });
 }
 
 // Asks for a property of the watcher. `answered` gets an invalid value if there is no watcher or no such property.
@@ -48,16 +67,7 @@ WatcherRegistration::WatcherRegistration(QDBusConnection bus, QString itemServic
 }
 
 void WatcherRegistration::findWatcher() {
-  QDBusMessage call =
-      QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-                                     QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
-  call << watcherName;
-  auto* reply = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-  connect(reply, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
-    finished->deleteLater();
-    const QDBusPendingReply<QString> owner = *finished;
-    if (owner.isValid()) watcherChanged(owner.value());
-  });
+  askForOwner(bus_, this, watcherName, [this](const QString& owner) { watcherChanged(owner); });
 }
 
 // The first question and the bus's own signal may both report the same owner, in either order.
@@ -86,6 +96,14 @@ void WatcherRegistration::hostRegistered() {
 bool WatcherRegistration::isOurs(const QString& item) const {
   const QString name = item.section(u'/', 0, 0);
   return name == itemService_ || name == bus_.baseService();
+}
+
+XAppWatch::XAppWatch(QDBusConnection bus, std::function<void(bool)> onChange)
+    : watcher_(xAppName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+  QObject::connect(
+      &watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &watcher_,
+      [onChange](const QString&, const QString&, const QString& newOwner) { onChange(!newOwner.isEmpty()); });
+  askForOwner(bus, &watcher_, xAppName, [onChange](const QString&) { onChange(true); });
 }
 
 StatusHostWatch::StatusHostWatch(QDBusConnection bus, std::function<void(bool)> onChange)

@@ -35,6 +35,17 @@ class WatcherRegistration : public QObject {
   QString registeredWith_;  // unique name of the watcher that knows the item; empty if none exists
 };
 
+// Whether the desktop's watcher is XApp's, as in Cinnamon. It hands an icon's name on as a file, and Cinnamon's panel
+// draws nothing for a symbolic icon that is a file. It draws the pictures of an item that has no name for its icon.
+class XAppWatch {
+ public:
+  // `onChange` is called, after the constructor, whenever that watcher has come or gone. At first there is none.
+  XAppWatch(QDBusConnection bus, std::function<void(bool isThere)> onChange);
+
+ private:
+  QDBusServiceWatcher watcher_;
+};
+
 // Whether anything on this desktop shows status items.
 class StatusHostWatch : public QObject {
   Q_OBJECT

@@ -1,0 +1,534 @@
+#!/usr/bin/env python3
+"""Tollvane in the panels that people have, for real: panels_test.py BUILD [TEST...]
+
+Each panel runs without a screen in a private session, with the whole Tollvane. Only the log tool is replaced, by a
+program that prints the lines that the test writes, so that a window without sound can make a sound.
+`tests/session/software fetch session shells panels` provides the panels.
+"""
+
+import io
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import typing
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path.append(str(HERE.parent / 'session'))
+
+from PIL import Image, ImageChops
+
+from bus import BusError
+from client import PrivateSession
+from waiting import wait_until
+
+BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'
+SERVICES = pathlib.Path('/usr/share/dbus-1/services')
+WATCHER = ('org.kde.StatusNotifierWatcher', '/StatusNotifierWatcher', 'org.kde.StatusNotifierWatcher')
+ITEM = 'org.kde.StatusNotifierItem'
+ROWS = ('menu item', 'menu', 'separator', 'check menu item')
+
+
+class Spot(typing.NamedTuple):
+    """A part of the screen, and what it showed."""
+    box: tuple
+    picture: Image.Image
+
+    @staticmethod
+    def of(screen, box):
+        return Spot(box, screen.crop(box))
+
+
+class Lines:
+    """A program that answers lines with lines."""
+
+    def __init__(self, session, name, command, **environment):
+        self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                     env={**session.environment, **environment})
+
+    def ask(self, line):
+        self.process.stdin.write(line + '\n')
+        self.process.stdin.flush()
+        return self.process.stdout.readline().rstrip('\n')
+
+
+class XScreen:
+    """Pointer, keyboard, windows and pictures on X11."""
+    nowhere = (900, 700)
+
+    def __init__(self, session):
+        self.session = session
+
+    def picture(self):
+        done = subprocess.run(['import', '-window', 'root', 'ppm:-'], env=self.session.environment,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
+        return Image.open(io.BytesIO(done.stdout)).convert('RGB')
+
+    def point(self, x, y):
+        # Two steps, because some panels wait for a movement inside the icon.
+        self.session.output('xdotool', 'mousemove', str(x - 2), str(y), 'mousemove', str(x), str(y))
+
+    def click(self, x, y, button=1):
+        self.point(x, y)
+        self.session.output('xdotool', 'click', str(button))
+
+    def key(self, name):
+        self.session.output('xdotool', 'key', name)
+
+    def in_front(self):
+        return self.session.output('xdotool', 'getactivewindow', 'getwindowname')
+
+    def bring_forward(self, title):
+        self.session.output('xdotool', 'search', '--onlyvisible', '--name', f'^{title}$', 'windowactivate')
+
+    def width_of_tooltip(self):
+        for line in self.session.output('xwininfo', '-root', '-tree').splitlines():
+            found = re.match(r'\s+(0x[0-9a-f]+) .* (\d+)x\d+\+', line)
+            if found and 'TYPE_TOOLTIP' in self.session.output('xprop', '-id', found[1], '_NET_WM_WINDOW_TYPE') and \
+                    'IsViewable' in self.session.output('xwininfo', '-id', found[1]):
+                return int(found[2])
+        return None
+
+
+def unseen(value):
+    found = re.search(r'\d+ unseen', str(value))
+    return found[0] if found else ''
+
+
+class PanelTest(unittest.TestCase):
+    """What every panel must do. A panel names itself in `panel`, as screen readers know it."""
+    options = ('--screen', '1024x768', '--window-manager', 'openbox')
+    desktop = None      # as in XDG_CURRENT_DESKTOP
+    panel = None        # the program that shows menus of the bus
+    button_of_own_menu, button_of_panel_menu = 1, 3
+    tells_what_is_open = True   # that a menu was opened and closed
+    tells_new_texts = True      # to screen readers, of a row that stays
+    shows_tooltips = True
+
+    @classmethod
+    def setUpClass(cls):
+        if cls.panel is None:
+            raise unittest.SkipTest('not a panel')
+        cls.session = cls.enterClassContext(PrivateSession(*cls.options))
+        cls.session.environment.update(XDG_CURRENT_DESKTOP=cls.desktop, GSETTINGS_BACKEND='keyfile', NO_AT_BRIDGE='0',
+                                       LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', QT_QPA_PLATFORM='xcb',
+                                       **cls.variables())
+        cls.lasting = {**cls.session.environment, 'TOLLVANE_PART_OF_SESSION': '1'}
+        cls.allow_services('org.a11y.Bus')
+        cls.session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')
+        cls.screen = cls.make_screen()
+        cls.bundle = cls.session.home / 'Tollvane'
+        shutil.copytree(BUILD / 'Tollvane', cls.bundle)
+        cls.sounds = cls.session.root / 'sounds'
+        os.mkfifo(cls.sounds)
+        (cls.bundle / 'TollvaneLog').unlink()
+        (cls.bundle / 'TollvaneLog').write_text(f"#!/bin/sh\nexec cat <>'{cls.sounds}'\n")
+        (cls.bundle / 'TollvaneLog').chmod(0o755)
+        cls.write('.config/Tollvane/defaults.json', '{"hasLaunchedBefore": true}')
+        for name, program in (('Wall Clock', 'xmessage -title xmessage ding'), ('Pocket Calculator', 'xcalc'),
+                              ('Sundial', cls.session.home / 'sundial')):
+            cls.write(f'.local/share/applications/{name.lower().replace(" ", "-")}.desktop',
+                      f'[Desktop Entry]\nType=Application\nName={name}\nExec={program}\n')
+        shutil.copy('/usr/bin/xmessage', cls.session.home / 'sundial')
+        cls.start_panel()
+        wait_until(cls.has_host, f'{cls.__name__}: a host for status items')
+        cls.reader = Lines(cls.session, 'accessibles', [sys.executable, '-B', str(HERE / 'accessibles.py')],
+                           TOLLVANE_PART_OF_SESSION='1')
+
+    @classmethod
+    def make_screen(cls):
+        return XScreen(cls.session)
+
+    @classmethod
+    def variables(cls):
+        return {}
+
+    @classmethod
+    def start(cls, name, *command):
+        """Starts what stays for all tests of the class."""
+        return cls.session.start(name, command, env=cls.lasting)
+
+    @classmethod
+    def write(cls, path, text):
+        file = cls.session.home / path
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+
+    @classmethod
+    def allow_services(cls, *names):
+        """The bus of a private session starts only these services by itself."""
+        folder = pathlib.Path(cls.session.environment['XDG_RUNTIME_DIR']) / 'dbus-1/services'
+        folder.mkdir(parents=True, exist_ok=True)
+        for name in names:
+            for file in SERVICES.glob(f'{name}.service'):
+                shutil.copy(file, folder)
+        cls.session.bus.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus', 'ReloadConfig')
+        environment = [f'{name}={value}' for name, value in cls.lasting.items()]
+        cls.session.bus.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus',
+                             'UpdateActivationEnvironment', 'a{ss}', len(environment),
+                             *[part for each in environment for part in each.split('=', 1)])
+
+    @classmethod
+    def has_host(cls):
+        try:
+            return cls.session.bus.get(*WATCHER, 'IsStatusNotifierHostRegistered')
+        except BusError:
+            return False
+
+    # --- Tollvane ---
+
+    def setUp(self):
+        self.screen.point(*self.screen.nowhere)
+        self.empty = self.picture_at_rest()
+        self.tollvane = self.session.start('tollvane', [str(self.bundle / 'Tollvane')], env=self.session.environment)
+        self.addCleanup(self.end_tollvane)
+        wait_until(lambda: self.property('Id') == 'tollvane', 'the bell on the bus')
+
+    def end_tollvane(self):
+        self.screen.key('Escape')  # a menu that a failed test has left open
+        self.tollvane.kill()
+        self.tollvane.wait()
+        self.session.tell('clear')  # its log tool, which would read what the next test writes
+        wait_until(lambda: not self.items(), 'the end of the bell')
+
+    @classmethod
+    def items(cls):
+        try:
+            return cls.session.bus.get(*WATCHER, 'RegisteredStatusNotifierItems')
+        except BusError:
+            return []
+
+    def property(self, name):
+        items = self.items()
+        if len(items) != 1:
+            return None
+        service, slash, path = items[0].partition('/')
+        try:
+            return self.session.bus.get(service, slash + path or '/StatusNotifierItem', ITEM, name)
+        except BusError:
+            return None
+
+    def window(self, program, title):
+        process = self.session.start(title, program, env=self.session.environment)
+        self.addCleanup(lambda: (process.kill(), process.wait()))
+        # A window manager may not let a window take the keyboard right after a click elsewhere.
+        wait_until(lambda: self.screen.bring_forward(title) or self.screen.in_front() == title,
+                   f'the window {title} in front', pause=0.2)
+        return process
+
+    def sound(self, name, process):
+        message = f'update_running_state {{"name":"{name}({process.pid})","output_running":true}}'
+        with open(self.sounds, 'w', encoding='utf-8') as pipe:
+            pipe.write(json.dumps({'processImagePath': '/usr/sbin/audiomxd', 'eventMessage': message, 'traceID': 1}) +
+                       '\n')
+
+    def two_sounds(self):
+        """A clock and a calculator, each with a window, and a sound of each; the calculator's is the newer one."""
+        self.clock = self.window(['xmessage', '-title', 'xmessage', 'ding'], 'xmessage')
+        self.calculator = self.window(['xcalc'], 'Calculator')
+        self.sound('xmessage', self.clock)
+        wait_until(lambda: 'Wall Clock' in str(self.property('ToolTip')), 'the sound of the clock')
+        self.sound('xcalc', self.calculator)
+        wait_until(lambda: 'Pocket Calculator' in str(self.property('ToolTip')), 'the sound of the calculator')
+
+    # --- what the screen shows ---
+
+    def picture_at_rest(self):
+        """The screen when two pictures in a row are equal."""
+        last = None
+
+        def is_at_rest():
+            nonlocal last
+            before, last = last, self.screen.picture()
+            return before is not None and not ImageChops.difference(before, last).getbbox()
+        wait_until(is_at_rest, 'a screen at rest', pause=0.3)
+        return last
+
+    def place_of_bell(self):
+        """Where the screen has changed since before Tollvane started: the middle, and the picture of it."""
+        def found():
+            picture = self.picture_at_rest()
+            box = ImageChops.difference(self.empty, picture).getbbox()
+            return box and Spot.of(picture, self.bell_in(box))
+        spot = wait_until(found, 'a bell on the screen')
+        left, top, right, bottom = spot.box
+        self.assertLess(max(bottom - top, right - left), 64, 'more than a bell has changed')
+        return ((left + right) // 2, (top + bottom) // 2), spot
+
+    def shown(self, program):
+        """All elements of a program, flat, in their order."""
+        def flat(elements):
+            for each in elements:
+                yield (each['role'], each['name'], str(each['place'])), each
+                yield from flat(each['below'])
+        return list(dict(flat(json.loads(self.reader.ask(f'tree {program}')))).values())  # some are there twice
+
+    def rows(self, program):
+        """The texts of an open menu, and whether each can be chosen. A separator is an empty text."""
+        found = [each for each in self.shown(program) if each['showing'] and each['place'] and each['place'][3] > 0 and
+                 (each['role'] == 'separator' or each['role'] in ROWS and each['name'])]
+        return [('', False) if each['role'] == 'separator' else (each['name'], each['enabled']) for each in found]
+
+
+    def bell_in(self, changed):
+        """The place of the bell, if only that has changed."""
+        return changed
+
+    # --- the tests of every panel ---
+
+    def test_bell_is_hollow_then_filled_and_names_the_last_sound(self):
+        spot, hollow = self.place_of_bell()
+        if not self.shows_tooltips:
+            self.two_sounds()
+            wait_until(lambda: self.crop(hollow) != hollow.picture, 'another picture of the bell')
+            return
+        self.screen.point(*spot)
+        short_tip = wait_until(self.tooltip, 'the tooltip')
+        self.screen.point(*self.screen.nowhere)
+        self.two_sounds()
+        wait_until(lambda: self.crop(hollow) != hollow.picture, 'another picture of the bell')
+        self.screen.point(*spot)
+        if isinstance(short_tip, int):
+            wait_until(lambda: (self.tooltip() or 0) > 2 * short_tip, 'a longer tooltip')
+            return
+        self.assertEqual(short_tip, 'Tollvane')
+        tip = wait_until(self.tooltip, 'the tooltip')
+        self.assertRegex(tip, r'^Last sound: Pocket Calculator at \d+:\d\d:\d\d( [AP]M)? · 2 unseen$')
+
+    def test_panels_menu_is_right_after_sounds_came_were_seen_and_were_cleared(self):
+        spot, hollow = self.place_of_bell()
+        self.open_panels_menu(spot)
+        self.assertEqual(self.rows(self.panel)[:2], [('No sounds yet', False), ('', False)])
+        self.close_menu()
+        sundial = self.window([str(self.session.home / 'sundial'), '-title', 'sundial', 'noon'], 'sundial')
+        self.two_sounds()
+        self.open_panels_menu(spot)
+        self.assert_rows(self.rows(self.panel), 'Recent sounds · 2 unseen', ['Pocket Calculator', 'Wall Clock'], True)
+
+        self.sound('sundial', sundial)
+        wait_until(lambda: '3 unseen' in str(self.property('ToolTip')), 'the third sound')
+        if self.tells_what_is_open:
+            # What is open stays as it is, because nobody wants to hit the wrong row.
+            self.assert_rows(self.rows(self.panel), 'Recent sounds · 2 unseen', ['Pocket Calculator', 'Wall Clock'],
+                             True)
+        self.close_menu()
+        self.open_panels_menu(spot)
+        self.assert_rows(self.rows(self.panel), 'Recent sounds · 3 unseen',
+                         ['Sundial', 'Pocket Calculator', 'Wall Clock'], True)
+
+        self.choose('Mark all as seen')
+        wait_until(lambda: 'unseen' not in str(self.property('ToolTip')), 'no unseen sound')
+        self.screen.point(*self.screen.nowhere)
+        wait_until(lambda: self.crop(hollow) == hollow.picture, 'a hollow bell')
+        self.open_panels_menu(spot)
+        self.assert_rows(self.rows(self.panel), 'Recent sounds', ['Sundial', 'Pocket Calculator', 'Wall Clock'], False)
+        self.choose('Clear list')
+        wait_until(lambda: self.property('ToolTip')[2] == 'Tollvane', 'an empty list')
+        self.open_panels_menu(spot)
+        self.assert_rows(self.rows(self.panel), 'No sounds yet', [], False)
+
+    def assert_rows(self, rows, header, sounds, unseen):
+        self.assertEqual(rows[0], (header if self.tells_new_texts else rows[0][0], False))
+        for (text, enabled), name in zip(rows[1:], sounds):
+            self.assertRegex(text, rf'^\d+:\d\d:\d\d( [AP]M)?  {name} · started playing audio$')
+            self.assertTrue(enabled)
+        self.assertEqual(rows[len(sounds) + 1:], [
+            ('', False), ('Mark all as seen', unseen), ('Open full history', True), ('Clear list', True), ('', False),
+            ('Check for updates', True), ('Browser extensions…', True), ('Settings…', True), ('Quit Tollvane', True)])
+
+    def test_choice_in_the_panels_menu_brings_the_window_forward(self):
+        spot = self.place_of_bell()[0]
+        self.two_sounds()
+        self.open_panels_menu(spot)
+        self.choose('Wall Clock')
+        wait_until(lambda: self.screen.in_front() == 'xmessage', 'the clock in front')
+        wait_until(lambda: '1 unseen' in str(self.property('ToolTip')), 'a sound that was seen')
+
+    def test_choice_in_tollvanes_menu_brings_the_window_forward(self):
+        if not self.button_of_own_menu:
+            self.skipTest('This panel always shows its own menu.')
+        spot = self.place_of_bell()[0]
+        self.two_sounds()
+        self.screen.click(*spot, self.button_of_own_menu)
+        self.await_menu('Tollvane')
+        self.choose('Wall Clock', 'Tollvane')
+        wait_until(lambda: self.screen.in_front() == 'xmessage', 'the clock in front')
+
+    def test_settings_and_alerts_come_forward(self):
+        spot = self.place_of_bell()[0]
+        self.two_sounds()
+        self.open_panels_menu(spot)
+        self.choose('Settings…')
+        wait_until(lambda: self.screen.in_front() == 'Tollvane Settings', 'the settings in front')
+        self.clock.kill()
+        self.clock.wait()
+        self.open_panels_menu(spot)
+        self.choose('Wall Clock')
+        wait_until(lambda: self.screen.in_front() == 'Tollvane', 'the alert in front')
+
+    # --- steps ---
+
+    def crop(self, known):
+        return Spot.of(self.screen.picture(), known.box).picture
+
+    def tooltip(self):
+        """What the tooltip says. Panels of GTK do not tell screen readers: then it is the tooltip's width."""
+        return next((each['name'] for each in self.shown(self.panel) if each['role'] == 'tool tip'),
+                    self.screen.width_of_tooltip())
+
+    def open_panels_menu(self, spot):
+        if not self.tells_what_is_open:
+            # For 3 s, Tollvane takes a menu for open that the panel has asked for, and leaves it as it is.
+            wait_until(lambda: unseen(self.layout()) == unseen(self.property('ToolTip')), 'the new menu on the bus')
+        self.screen.click(*spot, self.button_of_panel_menu)
+        self.await_menu(self.panel)
+
+    def layout(self):
+        service = self.items()[0].partition('/')[0]
+        return self.session.bus.call(service, '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', 'GetLayout',
+                                     'iias', 0, -1, 0)
+
+    def await_menu(self, program):
+        """Gives the keyboard to a row, because otherwise a menu of Qt is not found."""
+        wait_until(lambda: self.screen.key('Down') or len(self.rows(program)) > 2, f'the menu of {program}', pause=0.2)
+
+    def close_menu(self):
+        self.screen.key('Escape')
+        wait_until(lambda: not self.rows(self.panel), "the end of the panel's menu")
+
+    def choose(self, text, program=None):
+        row = next(each for each in self.shown(program or self.panel)
+                   if each['role'] in ROWS and text in each['name'] and each['showing'])
+        left, top, width, height = row['place']
+        self.screen.click(left + min(width // 2, 60), top + height // 2)
+
+
+class LXQtTest(PanelTest):
+    desktop, panel = 'LXQt', 'lxqt-panel'
+
+    @classmethod
+    def start_panel(cls):
+        cls.write('.config/lxqt/panel.conf', '[General]\npanels=panel1\n\n[panel1]\nplugins=statusnotifier\n'
+                  'position=Top\npanelSize=32\niconSize=22\nwidth=100\nwidth-percent=true\nalignment=-1\n\n'
+                  '[statusnotifier]\ntype=statusnotifier\n')
+        cls.start('panel', 'lxqt-panel')
+
+
+class MateTest(PanelTest):
+    desktop, panel = 'MATE', 'notification-area-applet'
+
+    @classmethod
+    def start_panel(cls):
+        cls.write('.config/glib-2.0/settings/keyfile', """[org/mate/panel/general]
+toplevel-id-list=['top']
+object-id-list=['tray']
+
+[org/mate/panel/toplevels/top]
+orientation='top'
+size=28
+screen=0
+expand=true
+
+[org/mate/panel/objects/tray]
+object-type='applet'
+applet-iid='NotificationAreaAppletFactory::NotificationArea'
+toplevel-id='top'
+position=10
+""")
+        cls.allow_services('org.mate.panel.applet.*')
+        cls.start('panel', 'mate-panel')
+
+
+class CinnamonTest(PanelTest):
+    """A helper of Cinnamon hears the protocol and draws the menus. The panel draws the icons that the helper hands on."""
+    options = ('--screen', '1024x768')
+    desktop, panel = 'X-Cinnamon', 'xapp-sn-watcher'
+    tells_what_is_open = tells_new_texts = False
+
+    def tooltip(self):
+        icons = "imports.ui.appletManager.getRunningInstancesForUuid('xapp-status@cinnamon.org')[0].statusIcons"
+        done, text = self.session.bus.call(
+            'org.Cinnamon', '/org/Cinnamon', 'org.Cinnamon', 'Eval', 's',
+            f'const tip = Object.values({icons})[0]._tooltip; tip.visible ? tip._tooltip.text : ""')
+        return json.loads(text) if done else None
+
+    @classmethod
+    def start_panel(cls):
+        cls.write('.config/glib-2.0/settings/keyfile', """[org/cinnamon]
+enabled-applets=['panel1:right:0:systray@cinnamon.org:0', 'panel1:right:1:xapp-status@cinnamon.org:1']
+panels-enabled=['1:0:bottom']
+panels-height=['1:40']
+""")
+        cls.start('panel', 'cinnamon')
+        cls.start('sn-watcher', '/usr/libexec/xapps/sn-watcher/xapp-sn-watcher')
+
+
+
+class PlasmaTest(PanelTest):
+    desktop, panel = 'KDE', 'plasmashell'
+    layout = """panels().forEach(panel => panel.remove()); const bar = new Panel; bar.location = "bottom";
+                bar.height = 44; bar.addWidget("org.kde.plasma.systemtray");"""
+
+    def bell_in(self, changed):
+        """The bell has come to the left of other icons, and has moved them."""
+        left, top, right, bottom = changed
+        return left, top, min(right, left + 28), bottom
+
+    @classmethod
+    def variables(cls):
+        return {'KDE_FULL_SESSION': 'true', 'KDE_SESSION_VERSION': '5'}
+
+    @classmethod
+    def start_panel(cls):
+        cls.allow_services('org.kde.*')
+        cls.start('kded', 'kded5')
+        cls.start('panel', 'plasmashell')
+        shell = ('org.kde.plasmashell', '/PlasmaShell', 'org.kde.PlasmaShell')
+        wait_until(lambda: cls.session.bus.has('org.kde.plasmashell'), 'plasmashell on the bus')
+
+        def lay_out():
+            try:
+                cls.session.bus.call(*shell, 'evaluateScript', 's', cls.layout)
+                return True
+            except BusError:
+                return False
+        wait_until(lay_out, 'a panel with the system tray', pause=1)
+
+
+class BudgieTest(PanelTest):
+    """Budgie's own tray is of the old kind. Its applet for indicators shows status items: without tooltips, and every
+    click opens the menu that the panel draws."""
+    desktop, panel = 'Budgie:GNOME', 'budgie-panel'
+    button_of_own_menu, button_of_panel_menu = None, 1
+    tells_what_is_open = tells_new_texts = shows_tooltips = False
+
+    def rows(self, program):
+        return [row for row in super().rows(program) if row[0] != 'Tollvane']  # that is the bell
+
+    @classmethod
+    def start_panel(cls):
+        cls.write('.config/glib-2.0/settings/keyfile', """[com/solus-project/budgie-panel]
+panels=['top']
+migration-level=2
+
+[com/solus-project/budgie-panel/panels/{top}]
+applets=['indicators']
+location='top'
+size=30
+
+[com/solus-project/budgie-panel/applets/{indicators}]
+name='AppIndicator Applet'
+alignment='start'
+position=0
+""")
+        cls.start('indicators',
+                  '/usr/libexec/ayatana-indicator-application/ayatana-indicator-application-service')
+        cls.start('panel', 'budgie-panel')
+
+
+if __name__ == '__main__':
+    unittest.main(verbosity=2)
