@@ -79,6 +79,9 @@ class UsersTest(unittest.TestCase):
             self.assertNotIn(other, ' '.join(facts[own]['history']))
             self.assertEqual(len(facts[own]['sockets']), 2, 'in the home and for this computer')
             self.assertEqual([len(pids) for pids in facts[own]['bridges'].values()], [0, 1], facts[own])
+        for user in (anna, bert):
+            said = self.about_browsers(user)
+            self.assertEqual(said.count('It does not run now.'), 1, f"the other user's browser is none of theirs: {said}")
         self.assertFalse(set(facts['Annas-page']['sockets']) & set(facts['Berts-page']['sockets']))
 
     def test_nothing_needs_to_be_written_into_usr(self):

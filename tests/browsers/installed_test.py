@@ -39,7 +39,7 @@ class InstalledTest(unittest.TestCase):
         """Lets a tab in the background play, and goes there by a click on its entry."""
         wait_until(self.tollvane.is_linked, 'the link of the browser')
         wanted = self.browser.open_tab(self.pages.address('Wanted', 'localhost'))
-        other = self.browser.open_tab(self.pages.address('Other', 'localhost'))
+        other = self.browser.open_tab(self.pages.address('Elsewhere', 'localhost'))
         self.browser.show_tab(other)
         self.browser.run(wanted, 'playSound()')
         self.tollvane.choose(self.tollvane.await_entry('Tab: Wanted '))
@@ -54,7 +54,7 @@ class InstalledTest(unittest.TestCase):
         linked = [each['sentence'] for each in json.loads(said)['findings'] if 'is linked.' in each['sentence']]
         self.assertEqual(len(linked), 1, said)
         self.assertIn('(last report on ', linked[0])
-        for private in ('Wanted', 'Other', 'localhost', str(self.session.home)):
+        for private in ('Wanted', 'Elsewhere', 'localhost', str(self.session.home)):
             self.assertNotIn(private, said)
 
     def test_the_settings_say_that_the_extension_is_there(self):
