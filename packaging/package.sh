@@ -163,6 +163,13 @@ while IFS= read -r file; do
   ln -s "/$place" "$root/$file"
 done <"$work/list"
 
+# Each link leads to something in the package.
+while IFS= read -r link; do
+  target=$(readlink "$link")
+  case $target in /*) target=$root$target ;; *) target=$(dirname "$link")/$target ;; esac
+  [ -e "$target" ] || fail "${link#"$root"} leads nowhere."
+done < <(find "$root" -type l)
+
 documents=$share/doc/tollvane
 mkdir -p "$documents"
 put "$packaging/debian/copyright" /usr/share/doc/tollvane/copyright
