@@ -206,9 +206,10 @@ awk -v suffix="${debian_version#"$version"}" '
   version && /^  / { say($0) }
   END { finish() }' "$source/CHANGELOG.md" | gzip -9n >"$documents/changelog.gz"
 
-if grep -q '^[^#]' "$packaging/debian/lintian-overrides"; then
-  put "$packaging/debian/lintian-overrides" /usr/share/lintian/overrides/tollvane
-fi
+overrides=("$packaging/debian/lintian-overrides")
+if [ "${release%%.*}" != 12 ] && [[ $site == *.invalid ]]; then overrides+=("$packaging/debian/lintian-overrides.13"); fi
+cat "${overrides[@]}" >"$work/overrides"
+put "$work/overrides" /usr/share/lintian/overrides/tollvane
 
 # dpkg-shlibdeps wants the source package's file of that name.
 mkdir "$work/debian"
