@@ -44,11 +44,14 @@ def taken_apart(package):
 
 
 class SignedExtensionTest(unittest.TestCase):
-    def setUp(self):
-        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
-        self.key = self.folder / 'keys/key.pem'
-        self.archive = self.folder / 'extension.zip'
-        self.archive.write_bytes(b'PK an archive')
+    """All tests share the key, because making one takes long."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
+        cls.key = cls.folder / 'keys/key.pem'
+        cls.archive = cls.folder / 'extension.zip'
+        cls.archive.write_bytes(b'PK an archive')
 
     def sign(self, key=None, crx='extension.crx'):
         said = subprocess.run([PROGRAM, key or self.key, self.archive, self.folder / crx], check=True,
