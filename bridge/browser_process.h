@@ -29,4 +29,7 @@ std::filesystem::path ownProgram();
 // The folder in which applications keep their data for this user; absent if there is none.
 std::optional<std::filesystem::path> applicationSupport();
 
+// The folder for this user's sockets on this computer; absent if there is none.
+std::optional<std::filesystem::path> socketFolder();
+
 }  // namespace tollvane::bridge

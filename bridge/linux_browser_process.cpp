@@ -23,5 +23,6 @@ BrowserProcess browserProcess(Pid parent, const std::vector<std::string>& argume
 std::filesystem::path ownProgram() { return ProcFs().executable(getpid()).value_or(""); }
 
 std::optional<std::filesystem::path> applicationSupport() { return dataFolder(); }
+std::optional<std::filesystem::path> socketFolder() { return runtimeFolder(); }
 
 }  // namespace tollvane::bridge

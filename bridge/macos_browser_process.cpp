@@ -68,4 +68,6 @@ std::optional<std::filesystem::path> applicationSupport() {
   return std::filesystem::path(home) / "Library/Application Support";
 }
 
+std::optional<std::filesystem::path> socketFolder() { return std::nullopt; }
+
 }  // namespace tollvane::bridge

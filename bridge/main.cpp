@@ -33,7 +33,7 @@ int run(const std::vector<std::string>& arguments) {
   Relay relay(std::move(launchedBy.introduction), std::move(launchedBy.name));
   if (getppid() != browser) return EX_OK;
   std::signal(SIGPIPE, SIG_IGN);
-  const auto sockets = applicationSockets(ownProgram(), applicationSupport());
+  const auto sockets = applicationSockets(ownProgram(), applicationSupport(), socketFolder());
   if (sockets.empty()) return EX_CONFIG;
   Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(launchedBy.end)}, sockets, std::move(relay));
   bridge.run();

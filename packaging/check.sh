@@ -20,10 +20,16 @@ dpkg-deb -x "$package" "$root"
 
 check lintian lintian --fail-on error,warning --tag-display-limit 0 "$package"
 check "the desktop entry" desktop-file-validate "$root/usr/share/applications/tollvane.desktop"
-check "the AppStream metadata" appstreamcli validate --pedantic --no-net \
-  "$root/usr/share/metainfo/com.quarnel.tollvane.metainfo.xml"
+metadata=$root/usr/share/metainfo/com.quarnel.tollvane.metainfo.xml
+# A build without a real site has no home page, of which AppStream 1.0 warns.
+without_page=()
+if ! grep -q '"homepage"' "$metadata" && grep -q '<developer ' "$metadata"; then
+  without_page=(--override=url-homepage-missing=info)
+fi
+check "the AppStream metadata" appstreamcli validate --pedantic --no-net "${without_page[@]}" "$metadata"
 # The form that a build with a site of its own has.
-sed 's|@SITE@|https://www.example.org|; s|@RELEASES@|<release version="1.0" date="2026-01-01"/>|' \
+developer=$(grep -o '<developer.*' "$metadata")
+sed "s|@SITE@|https://www.example.org|; s|@DEVELOPER@|$developer|"'; s|@RELEASES@|<release version="1.0" date="2026-01-01"/>|' \
   "$packaging/linux/com.quarnel.tollvane.metainfo.xml.in" >"$root/com.quarnel.tollvane.metainfo.xml"
 check "the AppStream metadata with pictures" appstreamcli validate --pedantic --no-net \
   "$root/com.quarnel.tollvane.metainfo.xml"

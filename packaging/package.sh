@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Makes everything that is handed out, from one build:
 #
-#   package.sh BUILD OUT     BUILD: a build directory that holds the bundle; OUT: a directory for the packages
+#   package.sh BUILD OUT [KEY]   BUILD: a build directory that holds the bundle; OUT: a directory for the packages;
+#                                KEY: signs the extension for Chrome and Edge, and is made if there is no such file
 #
 #   OUT/tollvane_VERSION_ARCHITECTURE.deb         for the Debian release on which this runs
 #   OUT/Tollvane-VERSION-linux-MACHINE.tar.gz     the bundle, which runs from any directory
@@ -9,13 +10,14 @@
 #   OUT/tollvane-extension-VERSION-firefox.xpi    for Firefox's store
 #   OUT/tollvane-extension-VERSION-source.zip     the source of the extension, which Firefox's store asks for
 #
-# The same sources and compiler give the same bytes, whenever and wherever this runs. All dates are that of the newest
+# The same sources, compiler and key give the same bytes, whenever and wherever this runs. All dates are that of the newest
 # release in CHANGELOG.md. Neither root nor the network is needed.
 set -euo pipefail
-[ $# = 2 ] || { echo "usage: package.sh BUILD OUT" >&2; exit 64; }
+[ $# = 2 ] || [ $# = 3 ] || { echo "usage: package.sh BUILD OUT [KEY]" >&2; exit 64; }
 packaging=$(cd "$(dirname "$0")" && pwd)
 source=$(dirname "$packaging")
 build=$(realpath "$1")
+key=${3:+$(realpath -m "$3")}
 mkdir -p "$2"
 out=$(realpath "$2")
 
@@ -47,6 +49,16 @@ chmod -R u=rwX,go=rX "$work/Tollvane"
 chmod 644 "$work/Tollvane/TollvaneLogPulse.so"
 mv "$work/Tollvane/Extensions/tollvane-chromium.zip" "$out/tollvane-extension-$version-chromium.zip"
 cp "$work/Tollvane/Extensions/firefox/tollvane.xpi" "$out/tollvane-extension-$version-firefox.xpi"
+
+# The signed extension's identifier follows from the key, and the manifests have to admit it.
+signed_id=
+if [ -n "$key" ]; then
+  case $key in "$source"/*) fail "the key $key is among the sources, where it could be published." ;; esac
+  crx=Extensions/tollvane.crx
+  signed_id=$("$packaging/sign_extension.py" "$key" "$out/tollvane-extension-$version-chromium.zip" "$work/Tollvane/$crx")
+  chmod 644 "$work/Tollvane/$crx"
+  jq --arg id "$signed_id" '.TollvaneChromiumExtensionIDs += [$id]' "$bundle/Info.json" >"$work/Tollvane/Info.json"
+fi
 
 tar -C "$work" --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner -cf - Tollvane |
   gzip -9n >"$out/Tollvane-$version-linux-$(uname -m).tar.gz"
@@ -97,10 +109,13 @@ put "$bundle/icons/hicolor/symbolic/apps/tollvane-bell-symbolic.svg" $icons/symb
 releases() {
   sed -n 's|^## \(.*\) (\(.*\))$|    <release version="\1" date="\2"/>|p' "$source/CHANGELOG.md"
 }
+# AppStream 1.0, which Debian has since 13, has another element for the authors.
+developer='<developer id="com.quarnel"><name translate="no">The Tollvane authors</name></developer>'
+if [ "${release%%.*}" = 12 ]; then developer='<developer_name translate="no">The Tollvane authors</developer_name>'; fi
 mkdir -p "$share/metainfo"
 releases >"$work/releases"
 fill "$packaging/linux/com.quarnel.tollvane.metainfo.xml.in" |
-  sed -e "/@RELEASES@/{r $work/releases" -e 'd}' >"$share/metainfo/com.quarnel.tollvane.metainfo.xml"
+  sed -e "s|@DEVELOPER@|$developer|; /@RELEASES@/{r $work/releases" -e 'd}' >"$share/metainfo/com.quarnel.tollvane.metainfo.xml"
 # A build without a real site has no home page, and no place from which a software centre could load pictures.
 if [[ $site == *.invalid ]]; then
   sed -i '/<url /d; /<screenshots>/,/<\/screenshots>/d' "$share/metainfo/com.quarnel.tollvane.metainfo.xml"
@@ -118,6 +133,15 @@ ln -s ../../../lib/tollvane/Extensions/chromium "$share/chromium/extensions/toll
 ln -s ../../../../lib/tollvane/Extensions/firefox/tollvane.xpi \
   "$share/mozilla/extensions/{ec8030f7-c20a-464f-9b0e-13a3a9e97384}/tollvane@quarnel.com.xpi"
 
+# Chrome and Edge read there which signed extensions they should have.
+if [ -n "$signed_id" ]; then
+  for browser in google-chrome microsoft-edge; do
+    mkdir -p "$share/$browser/extensions"
+    jq -n --arg crx "/usr/lib/tollvane/$crx" --arg version "$version" \
+      '{external_crx: $crx, external_version: $version}' >"$share/$browser/extensions/$signed_id.json"
+  done
+fi
+
 # GNOME Shell loads extensions for all users from this folder; each user turns them on. Up to 44 they are scripts.
 generation=45
 if [ "${release%%.*}" = 12 ]; then generation=43; fi
@@ -126,7 +150,7 @@ ln -s "../../../lib/tollvane/Extensions/gnome/$generation/tollvane@quarnel.com" 
   "$share/gnome-shell/extensions/tollvane@quarnel.com"
 
 # The manifests in /etc are links, because they are no settings: nothing of them stays when the package is removed.
-"$build/packaging/system_manifests" "$bundle" /usr/lib/tollvane/TollvaneBridge "$work/manifests"
+"$build/packaging/system_manifests" "$work/Tollvane" /usr/lib/tollvane/TollvaneBridge "$work/manifests"
 find "$work/manifests" -type f -printf '%P\n' | sort >"$work/list"
 while IFS= read -r file; do
   if [[ $file != etc/* ]]; then
@@ -138,6 +162,13 @@ while IFS= read -r file; do
   mkdir -p "$root/$(dirname "$file")"
   ln -s "/$place" "$root/$file"
 done <"$work/list"
+
+# Each link leads to something in the package.
+while IFS= read -r link; do
+  target=$(readlink "$link")
+  case $target in /*) target=$root$target ;; *) target=$(dirname "$link")/$target ;; esac
+  [ -e "$target" ] || fail "${link#"$root"} leads nowhere."
+done < <(find "$root" -type l)
 
 documents=$share/doc/tollvane
 mkdir -p "$documents"
@@ -175,9 +206,10 @@ awk -v suffix="${debian_version#"$version"}" '
   version && /^  / { say($0) }
   END { finish() }' "$source/CHANGELOG.md" | gzip -9n >"$documents/changelog.gz"
 
-if grep -q '^[^#]' "$packaging/debian/lintian-overrides"; then
-  put "$packaging/debian/lintian-overrides" /usr/share/lintian/overrides/tollvane
-fi
+overrides=("$packaging/debian/lintian-overrides")
+if [ "${release%%.*}" != 12 ] && [[ $site == *.invalid ]]; then overrides+=("$packaging/debian/lintian-overrides.13"); fi
+cat "${overrides[@]}" >"$work/overrides"
+put "$work/overrides" /usr/share/lintian/overrides/tollvane
 
 # dpkg-shlibdeps wants the source package's file of that name.
 mkdir "$work/debian"

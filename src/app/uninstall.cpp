@@ -76,6 +76,11 @@ Uninstalled uninstall(Files& files, const Locations& locations, LoginService& lo
       remover.removeIfEmpty(support);
     }
   }
+  if (const auto runtime = locations.runtimeFolder()) {
+    const auto folder = *runtime / supportDirectoryName;
+    remover.remove(folder / bridgeSocketName);
+    remover.removeIfEmpty(folder);
+  }
   if (all && settingsFolder) remover.removeWithContents(*settingsFolder);
   return result;
 }

@@ -29,15 +29,18 @@ BrowserLink::BrowserLink(MainQueue& queue, SafariServices& safari, Files& files,
     : settings([] { return Message::object(); }),
       queue_(queue),
       safariServices_(safari),
+      locations_(locations),
       paths_(paths),
       nativeHosts_(files, locations, bundle, workspace, paths),
       inbox_(queue, files),
       listener_(queue, files),
+      localListener_(queue, files),
       safari_(std::make_shared<SafariConnection>(safari)),
       focusRequests_(queue),
       audibleQuestions_(queue) {
   inbox_.onMessage = [this](const Message& message) { handle(*safari_, message); };
   listener_.onConnection = [this](LocalStream stream) { accept(std::move(stream)); };
+  localListener_.onConnection = listener_.onConnection;
 }
 
 BrowserLink::~BrowserLink() = default;
@@ -46,11 +49,14 @@ void BrowserLink::start() {
   nativeHosts_.installManifests();
   inbox_.start(paths_.supportDir() / "safari-inbox");
   listener_.open(paths_.bridgeSocket());
+  if (const auto folder = locations_.runtimeFolder())
+    localListener_.open(*folder / supportDirectoryName / bridgeSocketName);
 }
 
 void BrowserLink::stop() {
   connections.clear();
   listener_.close();
+  localListener_.close();
 }
 
 void BrowserLink::accept(LocalStream stream) {

@@ -97,10 +97,12 @@ class BrowserLink {
 
   MainQueue& queue_;
   SafariServices& safariServices_;
+  const Locations& locations_;
   const Paths& paths_;
   NativeHosts nativeHosts_;
   SafariInbox inbox_;
   BridgeListener listener_;
+  BridgeListener localListener_;  // for a home that can hold no socket, or that another computer uses as well
   std::shared_ptr<BrowserConnection> safari_;
   FocusRequests focusRequests_;
   AudibleQuestions audibleQuestions_;

@@ -14,9 +14,11 @@ std::optional<std::string> NativeHosts::installedBridgePath() {
   const auto installed = bin / bridgeName;
   const auto fresh = bin / (std::string(bridgeName) + ".new");
   if (!files_.createDirectories(bin)) return *bundled;
-  if (files_.contentsEqual(*bundled, installed)) return installed;
-  files_.remove(fresh);
-  return files_.copy(*bundled, fresh) && files_.rename(fresh, installed) ? installed : *bundled;
+  if (!files_.contentsEqual(*bundled, installed)) {
+    files_.remove(fresh);
+    if (!files_.copy(*bundled, fresh) || !files_.rename(fresh, installed)) return *bundled;
+  }
+  return files_.canBeStarted(installed) ? installed : *bundled;  // some homes may hold no programs
 }
 
 void NativeHosts::installManifests() {

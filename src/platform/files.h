@@ -53,6 +53,9 @@ class Files {
   // False, too, if one of the files does not exist.
   virtual bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const = 0;
 
+  // Whether the user can start this program: not if it lies on a file system on which no program may be started.
+  virtual bool canBeStarted(const std::filesystem::path& program) const = 0;
+
   // Copies a plain file with its permissions. `to` must not exist. After a failure, nothing is left at `to`.
   virtual bool copy(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
 

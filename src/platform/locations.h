@@ -26,6 +26,9 @@ class Locations {
   // none (a user without a home directory).
   virtual std::optional<std::filesystem::path> applicationSupport() const = 0;
 
+  // The directory for this user's sockets on this computer, which no other computer shares. Absent if there is none.
+  virtual std::optional<std::filesystem::path> runtimeFolder() const = 0;
+
   // The directories in which the browser with this bundle identifier looks for the manifests of native programs that it
   // may start; empty if the browser is unknown or starts no such programs.
   virtual std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const = 0;

@@ -30,6 +30,9 @@ class UninstallTest : public testing::Test {
     system.files.contents[own / "history.txt"] = "a line";
     system.files.contents[own / "bridge.sock"] = "";
     system.files.directories[own / "safari-inbox"] = true;
+    system.locations.runtime = "/run/user/1";
+    system.files.createDirectories("/run/user/1/Tollvane");
+    system.files.contents["/run/user/1/Tollvane/bridge.sock"] = "";
   }
   Uninstalled run(bool all) { return uninstall(system.files, system.locations, system.login, settings, all); }
 
@@ -50,6 +53,7 @@ TEST_F(UninstallTest, LoginManifestsAndBridgeAreTakenBackAndHistoryAndSettingsSt
   }
   EXPECT_FALSE(system.files.exists(own / "bin"));
   EXPECT_FALSE(system.files.exists(own / "bridge.sock"));
+  EXPECT_FALSE(system.files.exists("/run/user/1/Tollvane"));
   EXPECT_TRUE(system.files.exists(own / "history.txt"));
   EXPECT_TRUE(system.files.exists(settings / "defaults.json"));
   EXPECT_THAT(result.removed, Contains(hosts / "com.quarnel.tollvane.json"));

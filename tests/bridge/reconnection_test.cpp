@@ -161,6 +161,13 @@ TEST_F(OtherEnvironmentTest, AnApplicationThatComesLaterIsFoundInEitherPlace) {
   }
 }
 
+TEST_F(OtherEnvironmentTest, AnApplicationWhoseHomeCanHoldNoSocketIsFoundInTheFolderOfThisComputer) {
+  installed.variables = {{"XDG_RUNTIME_DIR", directory / "run"}};
+  FakeApplication application(directory / "run/Tollvane/bridge.sock");
+  RunningBridge bridge(dataHome(), installed);
+  EXPECT_EQ(application.accept().line(), introduction);
+}
+
 TEST_F(OtherEnvironmentTest, AnApplicationOfAnotherUserBesideTheBridgeHearsNothing) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
   std::filesystem::create_directories(besideSocket().parent_path());

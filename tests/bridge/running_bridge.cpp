@@ -34,7 +34,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 std::vector<std::string> environment(const std::filesystem::path& dataHome, const Variables& further) {
   Variables variables = ownVariables();
-  for (const char* hint : {"CHROME_DESKTOP", "SNAP_NAME"}) variables.erase(hint);
+  for (const char* hint : {"CHROME_DESKTOP", "SNAP_NAME", "XDG_RUNTIME_DIR"}) variables.erase(hint);
   for (const auto& [name, value] : further) variables[name] = value;
   variables["XDG_DATA_HOME"] = dataHome;
   std::vector<std::string> result;

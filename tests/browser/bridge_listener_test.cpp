@@ -68,6 +68,38 @@ TEST_F(BridgeListenerTest, ASocketWhoseOwnerHangsIsTakenOver) {
   EXPECT_THAT(link->connections, SizeIs(1));
 }
 
+TEST_F(BridgeListenerTest, IfTheHomeCanHoldNoSocketBridgesComeThroughThatOfThisComputer) {
+  system.locations.runtime = directory.path() / "run";
+  std::filesystem::create_directories(directory.path() / "run/Tollvane");
+  std::filesystem::remove(directory.path() / "Tollvane");
+  std::ofstream(directory.path() / "Tollvane") << "not a folder";
+  link->start();
+  EXPECT_FALSE(Bridge(path()).connected);
+  const Bridge bridge(directory.path() / "run/Tollvane/bridge.sock");
+  EXPECT_TRUE(bridge.connected);
+  system.queue.drainDescriptors();
+  EXPECT_THAT(link->connections, SizeIs(1));
+}
+
+// The socket is there, but nobody on this computer listens.
+TEST_F(BridgeListenerTest, IfAnotherComputerHasTakenTheHomesSocketBridgesComeThroughThatOfThisComputer) {
+  system.locations.runtime = directory.path() / "run";
+  std::filesystem::create_directories(directory.path() / "run/Tollvane");
+  link->start();
+  std::filesystem::remove(path());
+  {
+    const UniqueFd elsewhere(::socket(AF_UNIX, SOCK_STREAM, 0));
+    const sockaddr_un address = addressOf(path());
+    ASSERT_EQ(::bind(elsewhere.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  }
+  EXPECT_FALSE(Bridge(path()).connected);
+  const std::string local = directory.path() / "run/Tollvane/bridge.sock";
+  EXPECT_TRUE(Bridge(local).connected);
+  link->stop();
+  EXPECT_FALSE(std::filesystem::exists(local));
+  EXPECT_TRUE(std::filesystem::exists(path())) << "it is not ours";
+}
+
 TEST_F(BridgeListenerTest, ASocketThatVanishesIsMadeAgain) {
   link->start();
   std::filesystem::remove(path());

@@ -76,6 +76,12 @@ TEST_F(NativeHostsTest, AFullDiskOrAFailedRenameFallsBackToo) {
   EXPECT_EQ(readManifest("Google/Chrome/NativeMessagingHosts")["path"], "/bundle/TollvaneBridge");
 }
 
+TEST_F(NativeHostsTest, IfTheHomeMayHoldNoProgramsTheBundlesOwnBridgeIsUsed) {
+  system.files.noPrograms = true;
+  EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge");
+  EXPECT_EQ(hosts.installedBridgePath(), "/bundle/TollvaneBridge") << "the copy is there already";
+}
+
 TEST_F(NativeHostsTest, ABundleWithoutABridgeWritesNoManifests) {
   system.bundle.programs.clear();
   installAll();
@@ -177,6 +183,15 @@ TEST_F(NativeHostsTest, AManifestIsWrittenAnewAtEachLaunch) {
   system.files.contents[manifestOf("Mozilla/NativeMessagingHosts")] = "old";
   hosts.installManifests();
   EXPECT_EQ(readManifest("Mozilla/NativeMessagingHosts")["type"], "stdio");
+}
+
+TEST_F(NativeHostsTest, AManifestOfABundleThatWasElsewhereIsReplaced) {
+  install(Browser::chrome);
+  system.files.createDirectories(support / "Google/Chrome/NativeMessagingHosts");
+  system.files.contents[manifestOf("Google/Chrome/NativeMessagingHosts")] =
+      NativeHosts::manifest(Browser::chrome, "/old/place/TollvaneBridge", system.bundle);
+  hosts.installManifests();
+  EXPECT_EQ(readManifest("Google/Chrome/NativeMessagingHosts")["path"], installed.string());
 }
 
 TEST_F(NativeHostsTest, TheManifestForAllUsersDiffersFromTheUsersOwnOnlyInThePath) {

@@ -7,17 +7,20 @@ extension from the package and starts the package's bridge. Ends with 77 if the 
 
 import json
 import pathlib
+import shutil
 import sys
 import unittest
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / 'session'))
 
 from browser_of_this_run import browser_of_this_run
+from chromium import Chromium
 from client import PrivateSession
 from pages import Pages
 from tollvane import Tollvane
 from waiting import wait_until
 
+CHROME = pathlib.Path('/usr/share/google-chrome/extensions')  # what Chrome is told
 BUNDLE = pathlib.Path('/usr/lib/tollvane')
 SESSION = ('--sound', 'pipewire', '--screen', '1280x900', '--window-manager', 'openbox', '--panel', 'xfce4')
 MANIFEST = 'com.quarnel.tollvane.json'
@@ -36,7 +39,7 @@ class InstalledTest(unittest.TestCase):
         """Lets a tab in the background play, and goes there by a click on its entry."""
         wait_until(self.tollvane.is_linked, 'the link of the browser')
         wanted = self.browser.open_tab(self.pages.address('Wanted', 'localhost'))
-        other = self.browser.open_tab(self.pages.address('Other', 'localhost'))
+        other = self.browser.open_tab(self.pages.address('Elsewhere', 'localhost'))
         self.browser.show_tab(other)
         self.browser.run(wanted, 'playSound()')
         self.tollvane.choose(self.tollvane.await_entry('Tab: Wanted '))
@@ -51,8 +54,36 @@ class InstalledTest(unittest.TestCase):
         linked = [each['sentence'] for each in json.loads(said)['findings'] if 'is linked.' in each['sentence']]
         self.assertEqual(len(linked), 1, said)
         self.assertIn('(last report on ', linked[0])
-        for private in ('Wanted', 'Other', 'localhost', str(self.session.home)):
+        for private in ('Wanted', 'Elsewhere', 'localhost', str(self.session.home)):
             self.assertNotIn(private, said)
+
+    def test_the_settings_say_that_the_extension_is_there(self):
+        self.tollvane.start()
+        said = 'Connected' if KIND is Chromium else 'Added'
+        self.assertNotIn(said, self.tollvane.open_settings().texts())
+        self.browser.start()
+        wait_until(lambda: said in self.tollvane.open_settings().texts(), f'"{said}"', pause=0.2)
+        self.assertEqual(self.tollvane.open_settings().texts().count('Not found on this computer'),
+                         2 if shutil.which('firefox-esr') else 3, 'Chrome, Edge, and perhaps Firefox')
+
+    def test_a_chrome_that_is_told_of_the_signed_extension_takes_it_and_asks_nothing(self):
+        """Chromium stands in for Chrome. It reads the folder beside its program, as Chrome reads one in /usr/share."""
+        if KIND is not Chromium or not CHROME.exists():
+            self.skipTest('for Chromium, and for a package with a signed extension')
+        chrome = self.browser.unpacked()
+        folder = pathlib.Path(chrome.command[0]).parent / 'extensions'
+        if folder.is_symlink():
+            folder.unlink()
+        shutil.copytree(CHROME, folder)
+        chrome.profile.mkdir(parents=True)  # so Tollvane knows that there is such a browser
+        self.browser = chrome
+        self.tollvane.start()
+        self.browser.start()
+        self.hear_a_tab()
+        self.assertIn('Added', self.tollvane.open_settings().texts())
+        (signed,) = CHROME.glob('*.json')
+        self.assertIn(f'chrome-extension://{signed.stem}/',
+                      (chrome.profile / 'NativeMessagingHosts' / MANIFEST).read_text())
 
     def test_the_manifest_for_all_users_is_enough(self):
         self.tollvane.start()

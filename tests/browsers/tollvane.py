@@ -29,7 +29,8 @@ class Tollvane:
         if not in_place:
             shutil.copytree(bundle, self.bundle)
         self.history_file = session.data / 'Tollvane/history.txt'
-        self._socket = session.data / 'Tollvane/bridge.sock'
+        folders = (session.data, pathlib.Path(session.environment['XDG_RUNTIME_DIR']))
+        self._sockets = tuple(f' {folder}/Tollvane/bridge.sock' for folder in folders)
         self.bridge = session.data / 'Tollvane/bin/TollvaneBridge'
         self.process = None
         self._accessibility = Accessibility(session)
@@ -111,7 +112,7 @@ class Tollvane:
     def is_linked(self):
         """Whether a bridge is connected."""
         # Listening sockets are in state 01, connected ones in 03.
-        return any(line.split()[5] == '03' and line.endswith(f' {self._socket}')
+        return any(line.split()[5] == '03' and line.endswith(self._sockets)
                    for line in pathlib.Path('/proc/net/unix').read_text().splitlines())
 
     # --- inside ---

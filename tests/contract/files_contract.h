@@ -95,6 +95,11 @@ TYPED_TEST_P(FilesContract, ContentsAreComparedByteByByte) {
   EXPECT_FALSE(this->files.contentsEqual(this->at("missing"), this->at("missing")));
 }
 
+TYPED_TEST_P(FilesContract, WhatIsNotThereCannotBeStarted) {
+  EXPECT_FALSE(this->files.canBeStarted(this->at("missing")));
+  EXPECT_FALSE(this->files.canBeStarted(this->system.folder)) << "a directory is no program";
+}
+
 TYPED_TEST_P(FilesContract, ACopyNeverReplacesAFile) {
   ASSERT_TRUE(this->files.write(this->at("one"), "text"));
   EXPECT_TRUE(this->files.copy(this->at("one"), this->at("two")));
@@ -135,8 +140,8 @@ TYPED_TEST_P(FilesContract, AnEmptyDirectoryIsRemovedAndAFullOneStays) {
 REGISTER_TYPED_TEST_SUITE_P(FilesContract, AFileExistsOnceItIsWritten, NewContentReplacesTheOld,
                             NothingIsWrittenIntoAMissingDirectory, MissingParentDirectoriesAreMade,
                             BytesAreAppendedToExistingFilesOnly, AFileIsReadWholeOrNotAtAll,
-                            TheNamesInADirectoryAreListed, ContentsAreComparedByteByByte, ACopyNeverReplacesAFile,
-                            ARenamedFileTakesThePlaceOfAnother, ARemovedFileIsGone,
+                            TheNamesInADirectoryAreListed, ContentsAreComparedByteByByte, WhatIsNotThereCannotBeStarted,
+                            ACopyNeverReplacesAFile, ARenamedFileTakesThePlaceOfAnother, ARemovedFileIsGone,
                             AnEmptyDirectoryIsRemovedAndAFullOneStays);
 
 }  // namespace tollvane::test

@@ -540,6 +540,25 @@ class GnomeTest(ExtensionSession):
         self.open_menu()
 
 
+@unittest.skipUnless(pathlib.Path('/usr/lib/tollvane/Tollvane').exists(), 'the Debian package is not installed')
+class InstalledGnomeTest(ExtensionSession):
+    """The Debian package with GNOME Shell, in which the user has turned on the extension for all users."""
+    options = ('--wayland', 'gnome', '--sound', 'pipewire', '--extension', 'tollvane@quarnel.com')
+
+    def test_the_shell_loads_the_extension_from_the_package(self):
+        self.assertEqual(self.evaluate("Main.extensionManager.lookup('tollvane@quarnel.com').path"),
+                         '/usr/share/gnome-shell/extensions/tollvane@quarnel.com')
+        self.bundle = pathlib.Path('/usr/lib/tollvane')
+        self.start_tollvane()
+        wait_until(lambda: self.play() or self.bell()[0] == 'tollvane-bell-fill-symbolic.svg', 'a filled bell')
+        rows = wait_until(lambda: (found := self.menu())[0].startswith('Recent') and found, 'the menu with the sound')
+        self.assertIn('pw-play', rows[1])
+        said = subprocess.run([*as_user(self.session), '/usr/lib/tollvane/Tollvane', '--doctor'], text=True,
+                              env=self.session.environment, capture_output=True, check=False).stdout
+        self.assertIn("GNOME Shell shows the bell, with Tollvane's extension.", said)
+        self.assertIn("Windows come forward through Tollvane's extension of GNOME Shell.", said)
+
+
 class BareGnomeTest(GnomeSession):
     """GNOME Shell as it comes: nothing shows the bell, so Tollvane offers its own extension."""
     options = ('--wayland', 'gnome')

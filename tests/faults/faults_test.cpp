@@ -209,6 +209,7 @@ TEST_F(FaultsTest, AManifestNamesAWholeBridgeAndIsNeverHalfWritten) {
     fs::create_directories(*directory / "mozilla");
     const auto install = [&](const std::string& bridge) {
       directory->write("bundle/TollvaneBridge", bridge);
+      fs::permissions(bridgeFile, fs::perms::owner_all);
       disturbed([&] { hosts.installManifests(); });
     };
     const std::vector<std::string> manifests = {"chrome/hosts/com.quarnel.tollvane.json",

@@ -35,6 +35,7 @@ class VirtualLocations : public Locations {
     ++asked;
     return support;
   }
+  std::optional<std::filesystem::path> runtimeFolder() const override { return runtime; }
   std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override {
     const auto found = nativeHosts.find(std::string(bundleID));
     if (found == nativeHosts.end() || !support) return {};
@@ -45,6 +46,7 @@ class VirtualLocations : public Locations {
   }
 
   std::optional<std::filesystem::path> support = "/home/user/Application Support";
+  std::optional<std::filesystem::path> runtime;
   std::map<std::string, std::string> nativeHosts = {
       {"com.google.Chrome", "Google/Chrome/NativeMessagingHosts"},
       {"com.microsoft.edgemac", "Microsoft Edge/NativeMessagingHosts"},
@@ -110,6 +112,9 @@ class VirtualFiles : public Files {
   bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const override {
     return contents.contains(a) && contents.contains(b) && contents.at(a) == contents.at(b);
   }
+  bool canBeStarted(const std::filesystem::path& program) const override {
+    return contents.contains(program) && !noPrograms;
+  }
   bool copy(const std::filesystem::path& from, const std::filesystem::path& to) override {
     if (contents.contains(to) || !contents.contains(from) || !write(to, contents.at(from))) return false;
     ++copies;
@@ -138,6 +143,7 @@ class VirtualFiles : public Files {
   bool cannotRename = false;
   int copies = 0;
   bool readOnly = false;
+  bool noPrograms = false;  // none can be started
   bool full = false;
   int atomicWrites = 0;
 };

@@ -18,6 +18,8 @@ class FoundationLocations : public Locations {
     return pathOf(urls.firstObject);
   }
 
+  std::optional<std::filesystem::path> runtimeFolder() const override { return std::nullopt; }
+
   std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override {
     const BrowserEdition* edition = editionOfBundle(bundleID);
     const auto support = applicationSupport();

@@ -117,6 +117,11 @@ std::optional<std::vector<std::string>> PosixFiles::list(const std::filesystem::
   return error ? std::nullopt : std::optional(std::move(names));
 }
 
+bool PosixFiles::canBeStarted(const std::filesystem::path& program) const {
+  struct stat status {};
+  return ::stat(program.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(program.c_str(), X_OK) == 0;
+}
+
 bool PosixFiles::contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const {
   const UniqueFd left = openPlainFile(a);
   const UniqueFd right = openPlainFile(b);

@@ -23,6 +23,7 @@ class PosixFiles : public Files {
   std::optional<std::string> read(const std::filesystem::path& file, std::size_t most) const override;
   std::optional<std::vector<std::string>> list(const std::filesystem::path& directory) const override;
   bool contentsEqual(const std::filesystem::path& a, const std::filesystem::path& b) const override;
+  bool canBeStarted(const std::filesystem::path& program) const override;
   bool copy(const std::filesystem::path& from, const std::filesystem::path& to) override;
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
   bool remove(const std::filesystem::path& path) override;

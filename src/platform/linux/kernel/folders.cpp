@@ -58,6 +58,7 @@ std::optional<std::filesystem::path> homeFolder() {
 
 std::optional<std::filesystem::path> dataFolder() { return folder("XDG_DATA_HOME", ".local/share"); }
 std::optional<std::filesystem::path> configurationFolder() { return folder("XDG_CONFIG_HOME", ".config"); }
+std::optional<std::filesystem::path> runtimeFolder() { return absolutePath(std::getenv("XDG_RUNTIME_DIR")); }
 
 std::optional<std::string> findProgram(std::string_view name, std::string_view searchPath) {
   const auto isProgram = [](const std::string& path) { return ::access(path.c_str(), X_OK) == 0; };
@@ -99,7 +100,7 @@ DesktopEnvironment DesktopEnvironment::current() {
     addFolder(environment.configurationFolders, ascii::takePart(rest, ':'));
   if (configuration) addFolder(environment.userUnitFolders, (*configuration / "systemd/user").native());
   addFolder(environment.userUnitFolders, "/etc/systemd/user");
-  if (const auto runtime = absolutePath(std::getenv("XDG_RUNTIME_DIR")))
+  if (const auto runtime = runtimeFolder())
     addFolder(environment.userUnitFolders, (*runtime / "systemd/user").native());
   addFolder(environment.userUnitFolders, "/run/systemd/user");
   for (const std::string& folder : environment.dataFolders)

@@ -18,6 +18,7 @@ namespace tollvane {
 std::optional<std::filesystem::path> homeFolder();           // HOME, else as the user database says
 std::optional<std::filesystem::path> dataFolder();           // XDG_DATA_HOME
 std::optional<std::filesystem::path> configurationFolder();  // XDG_CONFIG_HOME
+std::optional<std::filesystem::path> runtimeFolder();        // XDG_RUNTIME_DIR; absent without that variable
 
 // The path of the program that a shell would start under this name; absent if none exists. A name with a slash in it
 // must be an absolute path. `searchPath`: in the form of PATH; only its absolute folders are searched.
@@ -30,6 +31,7 @@ class XdgLocations : public Locations {
  public:
   std::optional<std::filesystem::path> home() const override { return homeFolder(); }
   std::optional<std::filesystem::path> applicationSupport() const override { return dataFolder(); }
+  std::optional<std::filesystem::path> runtimeFolder() const override { return tollvane::runtimeFolder(); }
   std::vector<std::filesystem::path> applicationFolders() const override { return {}; }  // Linux has no such folders
   std::vector<std::filesystem::path> nativeHostDirectories(std::string_view bundleID) const override;
 };
