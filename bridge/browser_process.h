@@ -29,4 +29,8 @@ std::filesystem::path ownProgram();
 // The folder in which applications keep their data for this user; absent if there is none.
 std::optional<std::filesystem::path> applicationSupport();
 
+// Gives up what a bridge does not need once it knows its browser, as far as the system can take that from it: from then
+// on it opens no file and starts no program.
+void giveUpRights();
+
 }  // namespace tollvane::bridge

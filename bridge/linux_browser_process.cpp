@@ -6,6 +6,7 @@
 #include "bridge/browser_process.h"
 #include "bridge/parent_browser.h"
 #include "platform/linux/kernel/folders.h"
+#include "platform/linux/sandbox/sandbox.h"
 
 namespace tollvane::bridge {
 
@@ -23,5 +24,11 @@ BrowserProcess browserProcess(Pid parent, const std::vector<std::string>& argume
 std::filesystem::path ownProgram() { return ProcFs().executable(getpid()).value_or(""); }
 
 std::optional<std::filesystem::path> applicationSupport() { return dataFolder(); }
+
+void giveUpRights() {
+#ifndef TOLLVANE_SANITIZED  // sanitizers look into processes and write reports
+  enterSandbox(Sandbox::relay);
+#endif
+}
 
 }  // namespace tollvane::bridge

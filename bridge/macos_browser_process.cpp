@@ -71,4 +71,7 @@ std::optional<std::filesystem::path> applicationSupport() {
   return std::filesystem::path(home) / "Library/Application Support";
 }
 
+// A program on macOS is restricted by the entitlements that it is signed with.
+void giveUpRights() {}
+
 }  // namespace tollvane::bridge
