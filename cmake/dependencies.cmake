@@ -2,7 +2,7 @@
 find_package(simdjson REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
-find_package(Qt6 REQUIRED COMPONENTS Core Gui Widgets DBus Network Svg)
+find_package(Qt6 REQUIRED COMPONENTS Core Gui Widgets DBus Network)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(glib REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb)

@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <utility>
 
+#include "platform/linux/system/lazy_http.h"
+
 namespace tollvane {
 namespace {
 
@@ -14,9 +16,6 @@ using Completion = std::function<void(std::optional<HttpResponse>)>;
 bool isThisComputer(const QString& host) {
   return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
 }
-
-// Names in this domain never exist (RFC 6761), so no server needs to be asked.
-bool isNowhere(const QString& host) { return host.endsWith(QLatin1String(".invalid")); }
 
 bool isAllowed(const QUrl& url) {
   return url.isValid() && !isNowhere(url.host()) &&
@@ -90,3 +89,6 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
 }
 
 }  // namespace tollvane
+
+// The module's only entry point, see LazyHttp.
+extern "C" __attribute__((visibility("default"))) tollvane::Http* tollvaneMakeHttp() { return new tollvane::QtHttp(); }
