@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
