@@ -102,7 +102,7 @@ void printMemory(pid_t pid) {
     if (line.starts_with("Pss:")) pss = std::stol(line.substr(4));
     if (line.starts_with("Private_Dirty:")) dirty = std::stol(line.substr(14));
   }
-  std::printf("memory: PSS %ld b, of that changed by itself %ld b\n", pss, dirty);
+  std::printf("memory: PSS %ld KiB, of that changed by itself %ld KiB\n", pss, dirty);
 }
 
 void measureRoundTrips(std::chrono::seconds length) {

@@ -1,6 +1,7 @@
 // Measures parts of Tollvane's core: making the menu's tree, and handling messages of browsers.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -47,21 +48,20 @@ void menuOfFiftySounds(benchmark::State& state) {
 }
 BENCHMARK(menuOfFiftySounds)->Unit(benchmark::kMicrosecond);
 
-constexpr std::size_t connections = 64;
 constexpr std::size_t messagesEach = 100;
 
-// Sixty-four clients of one listening socket, which have all sent their messages.
+// The clients of one listening socket.
 class Clients {
  public:
   // `accept` lets the listener accept each client at once, because its queue is shorter than the number of clients.
-  Clients(const std::string& path, const std::function<void()>& accept) {
+  Clients(std::size_t count, const std::string& path, const std::function<void()>& accept) {
     const std::string message =
         R"({"type":"audible","tabId":1734,"title":"The title of a page","host":"www.example.org"})";
     for (std::size_t i = 0; i < messagesEach; ++i) batch_ += message + '\n';
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
-    for (std::size_t i = 0; i < connections; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
       sockets_.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
       ok_ &= ::connect(sockets_.back().get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
       accept();
@@ -93,7 +93,8 @@ std::filesystem::path benchDirectory() {
   return name;
 }
 
-void linkWithSixtyFourBrowsers(benchmark::State& state) {
+void linkWithBrowsers(benchmark::State& state) {
+  const auto connections = static_cast<std::size_t>(state.range(0));
   const auto directory = benchDirectory();
   test::VirtualPlatform system;
   system.locations.support = directory;
@@ -103,7 +104,7 @@ void linkWithSixtyFourBrowsers(benchmark::State& state) {
   std::map<const BrowserConnection*, std::size_t> heard;
   link.onTab = [&](BrowserConnection& from, const Message&) { ++heard[&from]; };
   link.start();
-  Clients clients(paths.bridgeSocket(), [&] { system.queue.drainDescriptors(); });
+  Clients clients(connections, paths.bridgeSocket(), [&] { system.queue.drainDescriptors(); });
   for (auto _ : state) {
     clients.writeAll();
     system.queue.drainDescriptors();
@@ -115,10 +116,11 @@ void linkWithSixtyFourBrowsers(benchmark::State& state) {
   link.stop();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(linkWithSixtyFourBrowsers)->Unit(benchmark::kMillisecond);
+BENCHMARK(linkWithBrowsers)->Arg(1)->Arg(10)->Arg(64)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 // The baseline: the same sockets and the same waiting, but everything that is read is only written back.
-void echoWithSixtyFourClients(benchmark::State& state) {
+void echoWithClients(benchmark::State& state) {
+  const auto connections = static_cast<std::size_t>(state.range(0));
   const auto directory = benchDirectory();
   test::VirtualClock clock;
   test::VirtualMainQueue queue(clock);
@@ -136,7 +138,7 @@ void echoWithSixtyFourClients(benchmark::State& state) {
     }));
   };
   listener.open(directory / "echo.sock");
-  Clients clients(directory / "echo.sock", [&] { queue.drainDescriptors(); });
+  Clients clients(connections, directory / "echo.sock", [&] { queue.drainDescriptors(); });
   for (auto _ : state) {
     clients.writeAll();
     queue.drainDescriptors();
@@ -147,9 +149,17 @@ void echoWithSixtyFourClients(benchmark::State& state) {
   watches.clear();
   std::filesystem::remove_all(directory);
 }
-BENCHMARK(echoWithSixtyFourClients)->Unit(benchmark::kMillisecond);
+BENCHMARK(echoWithClients)->Arg(1)->Arg(10)->Arg(64)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tollvane
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  rlimit files{};
+  getrlimit(RLIMIT_NOFILE, &files);
+  files.rlim_cur = files.rlim_max;  // a thousand connections have two thousand ends
+  setrlimit(RLIMIT_NOFILE, &files);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

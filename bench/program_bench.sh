@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Measures the process Tollvane, in a private desktop with a real panel and a real sound server:
-#   program_bench.sh BUNDLE
+#   program_bench.sh BUNDLE EMPTY
 # prints the time from its start to its icon, its memory, and how often it wakes while idle. The log tool is a process
-# of its own, which soundlog_bench measures.
+# of its own, which soundlog_bench measures. EMPTY is a program that only starts the toolkit.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 bundle=$(realpath "$1")
+empty=$(realpath "$2")
 runs=15
 idle_seconds=30
 
@@ -61,3 +62,21 @@ before=$(context_switches "$tollvane")
 sleep "$idle_seconds"
 echo "idle for $idle_seconds s, context switches: $(($(context_switches "$tollvane") - before))"
 echo "PSS, MiB: $(pss "$tollvane") (the panel beside it: $(pss "$panel_pid"))"
+stop "$tollvane"
+
+# Of the toolkit's libraries each program here has a copy of its own, so that no other program on the machine shares them
+# and makes the figure smaller.
+ldd "$bundle/Tollvane" | awk '$1 ~ /^lib(Qt6|icu|simdjson|double-conv|pcre2-16|b2|md4c|harfbuzz|graphite)/ {print $3}' |
+  xargs cp -Lt "$root"
+plugins=$(dirname "$(ldd "$bundle/Tollvane" | awk '$1 ~ /^libQt6Core/ {print $3}')")/qt6/plugins
+cp -L "$(dirname "$plugins")"/../libQt6XcbQpa.so.6 "$root"
+cp -r "$plugins" "$root/plugins"
+# alone NAME PROGRAM: its memory with these libraries.
+alone() {
+  start "$1" env LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$2"
+  sleep 5
+  echo "PSS with no other program of the toolkit, MiB: $1 $(pss "$!")"
+  stop "$!"
+}
+alone Tollvane "$bundle/Tollvane"
+alone "an empty program" "$empty"

@@ -107,7 +107,7 @@ void measureIdle(pid_t pid, std::chrono::seconds length) {
   std::printf("context switches in %lld idle seconds: %ld\n", static_cast<long long>(length.count()),
               contextSwitches(pid) - before);
   const std::filesystem::path rollup = "/proc/" + std::to_string(pid) + "/smaps_rollup";
-  std::printf("memory: PSS %ld b, its own alone %ld b, RSS %ld b\n", sum(rollup, "Pss:"),
+  std::printf("memory: PSS %ld KiB, its own alone %ld KiB, RSS %ld KiB\n", sum(rollup, "Pss:"),
               sum(rollup, "Private_Clean:") + sum(rollup, "Private_Dirty:"), sum(rollup, "Rss:"));
 }
 

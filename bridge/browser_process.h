@@ -32,4 +32,8 @@ std::optional<std::filesystem::path> applicationSupport();
 // The folder for this user's sockets on this computer; absent if there is none.
 std::optional<std::filesystem::path> socketFolder();
 
+// Gives up what a bridge does not need once it knows its browser, as far as the system can take that from it: from then
+// on it opens no file and starts no program.
+void giveUpRights();
+
 }  // namespace tollvane::bridge

@@ -6,6 +6,7 @@
 #include "bridge/browser_process.h"
 #include "bridge/parent_browser.h"
 #include "platform/linux/kernel/folders.h"
+#include "platform/linux/sandbox/sandbox.h"
 
 namespace tollvane::bridge {
 
@@ -24,5 +25,11 @@ std::filesystem::path ownProgram() { return ProcFs().executable(getpid()).value_
 
 std::optional<std::filesystem::path> applicationSupport() { return dataFolder(); }
 std::optional<std::filesystem::path> socketFolder() { return runtimeFolder(); }
+
+void giveUpRights() {
+#ifndef TOLLVANE_SANITIZED  // sanitizers look into processes and write reports
+  enterSandbox(Sandbox::relay);
+#endif
+}
 
 }  // namespace tollvane::bridge

@@ -70,4 +70,7 @@ std::optional<std::filesystem::path> applicationSupport() {
 
 std::optional<std::filesystem::path> socketFolder() { return std::nullopt; }
 
+// A program on macOS is restricted by the entitlements that it is signed with.
+void giveUpRights() {}
+
 }  // namespace tollvane::bridge

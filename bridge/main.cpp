@@ -35,6 +35,7 @@ int run(const std::vector<std::string>& arguments) {
   std::signal(SIGPIPE, SIG_IGN);
   const auto sockets = applicationSockets(ownProgram(), applicationSupport(), socketFolder());
   if (sockets.empty()) return EX_CONFIG;
+  giveUpRights();
   Bridge bridge({STDIN_FILENO, STDOUT_FILENO, std::move(launchedBy.end)}, sockets, std::move(relay));
   bridge.run();
   return EX_OK;

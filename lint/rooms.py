@@ -28,6 +28,7 @@ LIBRARIES = [
     ('PipeWire', r'(pipewire|spa)/'),
     ('PulseAudio', r'pulse/'),
     ('systemd', r'systemd/'),
+    ('seccomp', r'seccomp\.h'),
     ('Apple', r'(AppKit|CoreFoundation|Foundation|SafariServices|ServiceManagement|dispatch)/'),
     ('Qt', r'(Q[A-Z]\w+|Qt\w*|qpa/.*)$'),
     ('system', r'.*\.h$'),

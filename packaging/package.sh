@@ -42,11 +42,11 @@ trap 'rm -rf "$work"' EXIT
 # --- the bundle, without what only a debugger reads -------------------------------------------------------------------
 
 cp -R "$bundle" "$work/Tollvane"
-for program in Tollvane TollvaneLog TollvaneBridge TollvaneLogPulse.so; do
+for program in Tollvane TollvaneLog TollvaneBridge TollvaneLogPulse.so TollvaneWeb.so; do
   strip --strip-unneeded --remove-section=.comment "$work/Tollvane/$program"
 done
 chmod -R u=rwX,go=rX "$work/Tollvane"
-chmod 644 "$work/Tollvane/TollvaneLogPulse.so"
+chmod 644 "$work/Tollvane/"{TollvaneLogPulse,TollvaneWeb}.so
 mv "$work/Tollvane/Extensions/tollvane-chromium.zip" "$out/tollvane-extension-$version-chromium.zip"
 cp "$work/Tollvane/Extensions/firefox/tollvane.xpi" "$out/tollvane-extension-$version-firefox.xpi"
 
@@ -214,7 +214,7 @@ put "$work/overrides" /usr/share/lintian/overrides/tollvane
 # dpkg-shlibdeps wants the source package's file of that name.
 mkdir "$work/debian"
 printf 'Source: tollvane\n\nPackage: tollvane\nArchitecture: any\n' >"$work/debian/control"
-depends=$(cd "$work" && dpkg-shlibdeps -O root/usr/lib/tollvane/Tollvane{,Log,Bridge,LogPulse.so} 2>"$work/shlibdeps") ||
+depends=$(cd "$work" && dpkg-shlibdeps -O root/usr/lib/tollvane/Tollvane{,Log,Bridge,LogPulse.so,Web.so} 2>"$work/shlibdeps") ||
   { cat "$work/shlibdeps" >&2; fail "dpkg-shlibdeps failed."; }
 depends=${depends#shlibs:Depends=}
 bars=$(sed 's/#.*//' "$packaging/debian/bars.txt" | xargs | sed 's/ / | /g')

@@ -12,8 +12,10 @@
 #include <variant>
 
 #include "platform/linux/apps/applications.h"
+#include "platform/linux/sandbox/sandbox.h"
 #include "platform/posix/unique_fd.h"
 #include "soundlog/arguments.h"
+#include "soundlog/connection/addresses.h"
 #include "soundlog/sound_log.h"
 
 namespace tollvane::soundlog {
@@ -46,6 +48,13 @@ class DesktopApplications {
   Applications applications_{processes_, entries_, windows_};
 };
 
+// Before the first byte of another program is read.
+void giveUpRights(const Environment& environment) {
+#ifndef TOLLVANE_SANITIZED  // sanitizers look into processes and write reports
+  enterSandbox(areLocal(environment) ? Sandbox::localListener : Sandbox::listener);
+#endif
+}
+
 // The signals that ask the process to end, as a file descriptor, so that no library's thread receives them.
 UniqueFd endingSignals() {
   sigset_t signals;
@@ -61,6 +70,8 @@ int run(const Stream& stream) {
     std::fputs("TollvaneLog: There is no standard output to write to.\n", stderr);
     return EX_IOERR;
   }
+  const Environment environment = processEnvironment();
+  giveUpRights(environment);
   const UniqueFd signals = endingSignals();
   const std::unique_ptr<GMainLoop, LoopDeleter> loop(g_main_loop_new(nullptr, FALSE));
   const auto end = [&loop] { g_main_loop_quit(loop.get()); };
@@ -69,7 +80,7 @@ int run(const Stream& stream) {
   std::optional<DesktopApplications> made;
   const auto applications = [&made]() -> DesktopApplications& { return made ? *made : made.emplace(); };
   SoundLog log(
-      STDOUT_FILENO, format, processEnvironment(), [&](Pid pid) { return applications().of(pid); },
+      STDOUT_FILENO, format, environment, [&](Pid pid) { return applications().of(pid); },
       [&](std::string_view id) { return applications().nameOf(id); }, end);
   log.start();
   g_main_loop_run(loop.get());

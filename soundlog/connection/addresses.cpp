@@ -42,6 +42,14 @@ std::optional<std::filesystem::path> busSocket(std::string_view address) {
   return std::nullopt;
 }
 
+std::optional<std::filesystem::path> pulsePath(std::string_view server) {
+  // "{machine}unix:/path" is an address for the machine with this id only.
+  if (server.starts_with('{')) ascii::takePart(server, '}');
+  constexpr std::string_view unix = "unix:";
+  if (server.starts_with(unix)) server.remove_prefix(unix.size());
+  return server.starts_with('/') ? std::optional<std::filesystem::path>(server) : std::nullopt;
+}
+
 std::string withoutInstance(std::string_view address) {
   std::string result;
   while (!address.empty()) {
@@ -73,14 +81,8 @@ std::optional<std::filesystem::path> pipeWireSocket(const Environment& environme
 
 std::optional<std::filesystem::path> pulseSocket(const Environment& environment) {
   if (const auto servers = firstOf(environment, {"PULSE_SERVER"})) {
-    for (std::string_view rest = *servers; !rest.empty();) {
-      std::string_view server = ascii::takePart(rest, ' ');
-      // "{machine}unix:/path" is an address for the machine with this id only.
-      if (server.starts_with('{')) ascii::takePart(server, '}');
-      constexpr std::string_view unix = "unix:";
-      if (server.starts_with(unix)) server.remove_prefix(unix.size());
-      if (server.starts_with('/')) return std::filesystem::path(server);
-    }
+    for (std::string_view rest = *servers; !rest.empty();)
+      if (auto path = pulsePath(ascii::takePart(rest, ' '))) return path;
     return std::nullopt;
   }
   if (const auto directory = firstOf(environment, {"PULSE_RUNTIME_PATH"})) {
@@ -108,6 +110,20 @@ std::optional<BusAddress> sessionBus(const Environment& environment) {
     if (!bus.socket) bus.socket = busSocket(address);
   }
   return bus;
+}
+
+bool areLocal(const Environment& environment) {
+  const auto sound = firstOf(environment, {"PULSE_SERVER"}).value_or("");
+  for (std::string_view rest = sound; !rest.empty();) {
+    const std::string_view server = ascii::takePart(rest, ' ');
+    if (!server.empty() && !pulsePath(server)) return false;
+  }
+  const auto bus = firstOf(environment, {"DBUS_SESSION_BUS_ADDRESS"}).value_or("");
+  for (std::string_view rest = bus; !rest.empty();) {
+    const std::string_view address = ascii::takePart(rest, ';');
+    if (!address.empty() && !address.starts_with("unix:")) return false;
+  }
+  return true;
 }
 
 }  // namespace tollvane::soundlog

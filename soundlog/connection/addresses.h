@@ -30,4 +30,7 @@ struct BusAddress {
 // restarted bus has a new one.
 std::optional<BusAddress> sessionBus(const Environment& environment);
 
+// Whether all servers that the environment names are on this computer.
+bool areLocal(const Environment& environment);
+
 }  // namespace tollvane::soundlog

@@ -56,6 +56,24 @@ TEST_F(BrowserEndTest, ItEndsWhenTheBrowserReadsNoMore) {
   EXPECT_EQ(bridge.exitCode(), 0);
 }
 
+#ifndef TOLLVANE_SANITIZED
+// The line of /proc that begins with this word and a colon, without them.
+std::string statusOf(pid_t process, const std::string& word) {
+  std::ifstream stream("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(stream, line);)
+    if (line.starts_with(word + ":\t")) return line.substr(word.size() + 2);
+  return "no " + word;
+}
+
+TEST_F(BrowserEndTest, ItHasGivenUpItsRightsBeforeItSpeaksToAnApplication) {
+  FakeApplication application(socket());
+  RunningBridge bridge(dataHome());
+  Wire connection = application.accept();
+  EXPECT_EQ(statusOf(bridge.pid(), "NoNewPrivs"), "1");
+  EXPECT_EQ(statusOf(bridge.pid(), "Seccomp"), "2");
+}
+#endif
+
 TEST_F(BrowserEndTest, ItEndsWithTheBrowserEvenIfOthersHoldItsPipesOpen) {
   FakeApplication application(socket());
   RunningBridge bridge(dataHome(), {.browser = directory / "browser"});

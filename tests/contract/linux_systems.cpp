@@ -15,8 +15,8 @@
 #include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/system/executable_bundle.h"
 #include "platform/linux/system/json_defaults.h"
+#include "platform/linux/system/lazy_http.h"
 #include "platform/linux/system/qt_child_processes.h"
-#include "platform/linux/system/qt_http.h"
 #include "platform/linux/system/qt_main_queue.h"
 #include "platform/posix/posix_files.h"
 #include "tests/contract/bundle_contract.h"
@@ -149,7 +149,7 @@ class LinuxWeb : public EventLoop {
     return "http://127.0.0.1:" + std::to_string(server_.serverPort()) + "/";
   }
 
-  QtHttp http;
+  LazyHttp http{std::filesystem::path(TOLLVANE_BUNDLE) / "TollvaneWeb.so"};
 
  private:
   QTcpServer server_;

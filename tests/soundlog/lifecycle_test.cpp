@@ -67,6 +67,15 @@ TEST_F(LifecycleTest, AMissingSoundServerIsReportedAndSoIsTheOneThatComes) {
   EXPECT_EQ(aboutServer(*log), "sound_server=missing");
 }
 
+TEST_F(LifecycleTest, ItHasGivenUpItsRightsBeforeItsFirstLine) {
+  const auto log = sound_.begin({TOLLVANE_LOG, "stream", "--style", "ndjson"}, Process::Output::read);
+  EXPECT_EQ(aboutServer(*log), "sound_server=missing");
+  std::ifstream stream("/proc/" + std::to_string(log->pid()) + "/status");
+  const std::string status(std::istreambuf_iterator<char>(stream), {});
+  EXPECT_NE(status.find("NoNewPrivs:\t1\n"), status.npos) << status;
+  EXPECT_NE(status.find("Seccomp:\t2\n"), status.npos) << status;
+}
+
 TEST_F(LifecycleTest, AServerThatCrashesAndComesBackIsHeardAgain) {
   sound_.start();
   RunningLog log(sound_);

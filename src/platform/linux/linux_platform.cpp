@@ -68,6 +68,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       workspace_(applications_, clock_, activator_, launcher_),
       application_(tokens_),
       alerts_([this](QMessageBox& alert) { application_.bringForward(alert); }),
+      http_(bundle / "TollvaneWeb.so"),
       safari_(std::make_unique<NoSafari>()),
       login_(files_, configurationFolder(), bundle / "Tollvane"),
       settingsWindows_([this](QWidget& window) { application_.bringForward(window); }) {

@@ -19,8 +19,8 @@
 #include "platform/linux/system/clock_and_dates.h"
 #include "platform/linux/system/executable_bundle.h"
 #include "platform/linux/system/json_defaults.h"
+#include "platform/linux/system/lazy_http.h"
 #include "platform/linux/system/qt_child_processes.h"
-#include "platform/linux/system/qt_http.h"
 #include "platform/linux/system/qt_main_queue.h"
 #include "platform/linux/windows/linux_application.h"
 #include "platform/linux/windows/qt_alerts.h"
@@ -90,7 +90,7 @@ class LinuxPlatform {
   LinuxWorkspace workspace_;
   LinuxApplication application_;
   QtAlerts alerts_;
-  QtHttp http_;
+  LazyHttp http_;
   std::unique_ptr<SafariServices> safari_;
   AutostartLogin login_;
   QtSettingsWindows settingsWindows_;

@@ -58,6 +58,16 @@ TEST(Addresses, ANamedBusIsFoundAgainAfterARestart) {
   EXPECT_EQ(bus->socket, "/a b/bus");
 }
 
+TEST(Addresses, ServersOfOtherComputersAreToldFromLocalOnes) {
+  EXPECT_TRUE(areLocal(environment({})));
+  EXPECT_TRUE(areLocal(environment({{"PULSE_SERVER", "{abc}unix:/run/p  /run/q"},
+                                    {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/run/bus;unix:abstract=/tmp/b"}})));
+  for (const char* server : {"tcp:music.example", "music.example", "unix:/run/p tcp4:192.0.2.1"})
+    EXPECT_FALSE(areLocal(environment({{"PULSE_SERVER", server}}))) << server;
+  for (const char* bus : {"tcp:host=192.0.2.1,port=4000", "unix:path=/run/bus;nonce-tcp:host=192.0.2.1"})
+    EXPECT_FALSE(areLocal(environment({{"DBUS_SESSION_BUS_ADDRESS", bus}}))) << bus;
+}
+
 TEST(Addresses, ABusOutsideTheFileSystemHasNoSocketToWaitFor) {
   const auto bus = sessionBus(environment({{"DBUS_SESSION_BUS_ADDRESS", "unix:abstract=/tmp/x,guid=1;tcp:host=a"}}));
   ASSERT_TRUE(bus);

@@ -69,7 +69,7 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
   if (value.isValid()) return QDBusVariant(value);
   if (found == nullptr) {
     refuse(id);
-  } else {
+  } else if (calledFromDBus()) {
     sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("A menu item has no property of that name."));
   }
   return QDBusVariant(QString());
@@ -114,7 +114,7 @@ QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idError
 }
 
 void DBusMenu::refuse(int id) {
-  sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no menu item %1.").arg(id));
+  if (calledFromDBus()) sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no menu item %1.").arg(id));
 }
 
 // False if there is no such item.

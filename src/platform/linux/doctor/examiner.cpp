@@ -247,7 +247,8 @@ Examination examine(const fs::path& bundle, const WantedManifests& wanted, const
   Examination found;
   found.home = homeFolder();
   found.bundle = bundle;
-  for (const char* part : {"TollvaneLog", "TollvaneLogPulse.so", "TollvaneBridge", "Info.json", "Extensions", "icons"})
+  for (const char* part :
+       {"TollvaneLog", "TollvaneLogPulse.so", "TollvaneBridge", "TollvaneWeb.so", "Info.json", "Extensions", "icons"})
     if (!files.exists(bundle / part)) found.missingParts.emplace_back(part);
   found.hasSessionBus = bus.isConnected();
   found.running = running(bus);

@@ -1,9 +1,11 @@
 #include "platform/linux/drawing/symbols.h"
 
 #include <QColor>
+#include <QFile>
 #include <QImage>
 #include <QPainter>
-#include <QSvgRenderer>
+
+#include "platform/linux/drawing/symbol_path.h"
 
 // This is outside of all namespaces, because the resource's initialiser is. The linker drops the resources of a static
 // library unless something asks for them.
@@ -28,21 +30,21 @@ constexpr int sizes[] = {16, 22, 24, 32, 48, 64};
 
 QColor inkFor(BarTone tone) { return tone == BarTone::dark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x2e, 0x34, 0x36); }
 
-QImage render(QSvgRenderer& drawing, int size, const QColor& ink) {
+QImage render(const QPainterPath& drawing, int size, const QColor& ink) {
   QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);
   QPainter painter(&image);
   painter.setRenderHint(QPainter::Antialiasing);
-  drawing.render(&painter);
-  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-  painter.fillRect(image.rect(), ink);
-  painter.end();
+  painter.scale(qreal(size) / symbolSize, qreal(size) / symbolSize);
+  painter.fillPath(drawing, ink);
   return image;
 }
 
-QString drawingOf(const QString& iconName) {
+// Empty if there is no such drawing.
+QPainterPath drawingOf(const QString& iconName) {
   loadSymbolResources();
-  return QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName);
+  QFile file(QStringLiteral(":/tollvane/icons/%1.svg").arg(iconName));
+  return file.open(QIODevice::ReadOnly) ? symbolPath(file.readAll()) : QPainterPath();
 }
 
 }  // namespace
@@ -54,18 +56,16 @@ QString iconNameForSymbol(std::string_view symbolName) {
 }
 
 QList<QImage> drawIcon(const QString& iconName, BarTone tone) {
-  QSvgRenderer drawing;
-  if (iconName.isEmpty() || !drawing.load(drawingOf(iconName))) return {};
+  const QPainterPath drawing = drawingOf(iconName);
+  if (drawing.isEmpty()) return {};
   QList<QImage> images;
   for (const int size : sizes) images.append(render(drawing, size, inkFor(tone)));
   return images;
 }
 
 QImage drawSymbol(std::string_view symbolName, int pixels, const QColor& ink) {
-  QSvgRenderer drawing;
-  const QString iconName = iconNameForSymbol(symbolName);
-  if (iconName.isEmpty() || pixels <= 0 || !drawing.load(drawingOf(iconName))) return {};
-  return render(drawing, pixels, ink);
+  const QPainterPath drawing = drawingOf(iconNameForSymbol(symbolName));
+  return drawing.isEmpty() || pixels <= 0 ? QImage() : render(drawing, pixels, ink);
 }
 
 }  // namespace tollvane

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <utility>
 
+#include "platform/linux/system/lazy_http.h"
 #include "support/web_address.h"
 
 namespace tollvane {
@@ -82,3 +83,6 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
 }
 
 }  // namespace tollvane
+
+// The module's only entry point, see LazyHttp.
+extern "C" __attribute__((visibility("default"))) tollvane::Http* tollvaneMakeHttp() { return new tollvane::QtHttp(); }

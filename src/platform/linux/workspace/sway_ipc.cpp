@@ -4,9 +4,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLocalSocket>
+#include <QSocketNotifier>
 #include <QTimer>
+#include <array>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "platform/posix/local_socket.h"
@@ -85,22 +87,33 @@ std::optional<std::int64_t> bestWindow(const QByteArray& tree, const ActivationT
 class SwayIpc::Conversation : public QObject {
  public:
   Conversation(ActivationTarget target, std::function<void(Raised)> done)
-      : QObject(QCoreApplication::instance()), target_(std::move(target)), done_(std::move(done)) {
-    connect(&socket_, &QLocalSocket::connected, this, [this] {
-      // Anybody may listen there; the user's own compositor runs as the user.
-      if (!peerIsOwnUsers(static_cast<int>(socket_.socketDescriptor())).value_or(false)) return finish(Raised::unknown);
-      socket_.write(message(Question::getTree, {}));
-    });
-    connect(&socket_, &QLocalSocket::readyRead, this, [this] { read(); });
-    connect(&socket_, &QLocalSocket::errorOccurred, this, [this] { finish(Raised::unknown); });
+      : QObject(QCoreApplication::instance()), target_(std::move(target)), done_(std::move(done)) {}
+
+  void start(const std::string& path) {
+    stream_ = LocalStream::to(path);
+    if (!stream_) return finish(Raised::unknown);
+    input_.emplace(stream_.descriptor(), QSocketNotifier::Read);
+    connect(&*input_, &QSocketNotifier::activated, this, [this] { read(); });
     QTimer::singleShot(patience, this, [this] { finish(Raised::unknown); });
+    ask(Question::getTree, {});
   }
 
-  void start(const QString& path) { socket_.connectToServer(path); }
-
  private:
+  // A question is short, so it has room in the socket of a compositor that listens.
+  void ask(Question question, const QByteArray& payload) {
+    const QByteArray bytes = message(question, payload);
+    if (stream_.send({bytes.constData(), static_cast<std::size_t>(bytes.size())}) !=
+        static_cast<std::size_t>(bytes.size()))
+      finish(Raised::unknown);
+  }
+
   void read() {
-    received_ += socket_.readAll();
+    std::array<char, 16 * 1024> buffer;
+    std::string_view bytes;
+    const auto reading = stream_.read(buffer.data(), buffer.size(), bytes);
+    if (reading == LocalStream::Reading::nothingYet) return;
+    if (reading == LocalStream::Reading::ended) return finish(Raised::unknown);
+    received_.append(bytes.data(), static_cast<qsizetype>(bytes.size()));
     if (static_cast<std::size_t>(received_.size()) < headerSize) return;
     std::uint32_t length = 0;
     std::memcpy(&length, received_.constData() + sizeof magic, sizeof length);
@@ -114,27 +127,29 @@ class SwayIpc::Conversation : public QObject {
     const auto window = bestWindow(answer, target_);
     if (!window) return finish(Raised::noWindow);
     commanded_ = true;
-    socket_.write(message(Question::runCommand, "[con_id=" + QByteArray::number(qlonglong(*window)) + "] focus"));
+    ask(Question::runCommand, "[con_id=" + QByteArray::number(qlonglong(*window)) + "] focus");
   }
 
   void finish(Raised raised) {
     if (!done_) return;
     const auto done = std::exchange(done_, nullptr);
-    socket_.abort();
+    if (input_) input_->setEnabled(false);
+    stream_.close();
     deleteLater();
     done(raised);
   }
 
   ActivationTarget target_;
   std::function<void(Raised)> done_;
-  QLocalSocket socket_;
+  LocalStream stream_;
+  std::optional<QSocketNotifier> input_;
   QByteArray received_;
   bool commanded_ = false;
 };
 
 void SwayIpc::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
-  const QString path = qEnvironmentVariable("SWAYSOCK");
-  if (path.isEmpty()) return done(Raised::unknown);
+  const std::string path = qgetenv("SWAYSOCK").toStdString();
+  if (path.empty()) return done(Raised::unknown);
   (new Conversation(target, std::move(done)))->start(path);
 }
 
