@@ -1,5 +1,6 @@
 #include "browser/bridge_listener.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <filesystem>
@@ -27,12 +28,13 @@ void BridgeListener::listen() {
   listener_ = LocalListener::at(path_);
   if (listener_) watch();
   watchFolder();
-  if (!listener_) lookLater(retryDelay);
+  if (!listener_) lookLater(delay_);
+  delay_ = listener_ ? retryDelay : std::min<Duration>(2 * delay_, longestRetryDelay);
 }
 
 void BridgeListener::watchFolder() {
   foldersWatch_ = queue_.watchDirectory(std::filesystem::path(path_).parent_path(), [this] { lookLater(settling); });
-  if (!foldersWatch_) lookLater(retryDelay);
+  if (!foldersWatch_) lookLater(delay_);
 }
 
 void BridgeListener::watch() {

@@ -18,11 +18,12 @@ namespace tollvane {
 // Only its own user can connect. What stands at the path is replaced: the last Tollvane that is started hears the
 // browsers. If the socket's file or its folder vanishes, it is made again. If another Tollvane has replaced it, it is
 // left alone, and made again after that one has ended. Nothing is reported: while the socket cannot be made, no bridge
-// can connect, and there is another try every few seconds.
+// can connect, and there are more tries: after seconds at first, and every two minutes if it never can be made.
 class BridgeListener {
  public:
   static constexpr std::chrono::milliseconds settling{1000};    // between a change of the folder and a look at it
-  static constexpr std::chrono::milliseconds retryDelay{5000};  // between two tries
+  static constexpr std::chrono::milliseconds retryDelay{5000};  // between the first tries; doubles with each failure
+  static constexpr std::chrono::milliseconds longestRetryDelay{120'000};
 
   // Both arguments must outlive the listener.
   BridgeListener(MainQueue& queue, Files& files) : queue_(queue), files_(files) {}
@@ -53,6 +54,7 @@ class BridgeListener {
   std::unique_ptr<MainQueue::Watch> watch_;         // destroyed before `listener_`
   std::unique_ptr<MainQueue::Watch> ownersWatch_;   // destroyed before `owner_`
   std::unique_ptr<MainQueue::Watch> foldersWatch_;  // null while the folder cannot be watched
+  Duration delay_ = retryDelay;                     // before the next try
   bool lookIsDue_ = false;
   Liveness alive_;
 };

@@ -81,6 +81,19 @@ TEST_F(BridgeListenerTest, IfTheHomeCanHoldNoSocketBridgesComeThroughThatOfThisC
   EXPECT_THAT(link->connections, SizeIs(1));
 }
 
+TEST_F(BridgeListenerTest, AHomeThatNeverCanHoldTheSocketIsTriedLessAndLessOften) {
+  std::filesystem::remove(directory.path() / "Tollvane");
+  std::ofstream(directory.path() / "Tollvane") << "not a folder";
+  link->start();
+  system.queue.advance(BridgeListener::retryDelay);
+  std::filesystem::remove(directory.path() / "Tollvane");
+  std::filesystem::create_directories(directory.path() / "Tollvane");
+  system.queue.advance(BridgeListener::retryDelay);
+  EXPECT_FALSE(Bridge(path()).connected);
+  system.queue.advance(BridgeListener::retryDelay);
+  EXPECT_TRUE(Bridge(path()).connected);
+}
+
 // The socket is there, but nobody on this computer listens.
 TEST_F(BridgeListenerTest, IfAnotherComputerHasTakenTheHomesSocketBridgesComeThroughThatOfThisComputer) {
   system.locations.runtime = directory.path() / "run";
