@@ -275,7 +275,7 @@ class Link {
       if (error || cancel.is_cancelled())
         return;
       proxy.AttachRemote(VERSION, (answer, failure) => {
-        this._settled = true;
+        this._settled = true; // tests wait for this, to see that nothing follows
         // An older Tollvane knows nothing of this, and a newer one may want another version.
         if (failure || answer[0] !== VERSION || cancel.is_cancelled())
           return;

@@ -368,6 +368,55 @@ class GnomeTest(ExtensionSession):
         wait_until(lambda: not self.tips(), 'the end of the tooltip')
         self.assertEqual(self.evaluate('Main.panel.statusArea.tollvane._toolTip._timer'), 0, 'a timer runs on')
 
+    def test_the_settings_window_has_a_title_bar(self):
+        """GNOME draws none, so the toolkit must."""
+        def height(**environment):
+            tollvane = self.start_tollvane(environment={'QT_WAYLAND_CLIENT_BUFFER_INTEGRATION': '', **environment})
+            self.assertTrue(self.session.succeeds(*as_user(self.session), str(self.bundle / 'Tollvane')))
+            wait_until(lambda: self.titles() == ['Tollvane Settings'], 'the settings window')
+            found = wait_until(lambda: self.evaluate('global.get_window_actors()[0].meta_window.get_frame_rect().height'),
+                               'its size')
+            tollvane.end()
+            wait_until(lambda: not self.titles() and not self.has_bell(), 'the end of Tollvane')
+            return found
+        self.assertGreater(height(), height(QT_WAYLAND_DISABLE_WINDOWDECORATION='1'))
+
+    def portal(self, settings):
+        """The desktop portal with these settings, as a GNOME session has it."""
+        self.addCleanup(self.evaluate, 'globalThis.portal.close_sync(null); 1')
+        self.evaluate("""
+            const {Gio, GLib} = imports.gi;
+            const bus = globalThis.portal = Gio.DBusConnection.new_for_address_sync(
+              GLib.getenv('DBUS_SESSION_BUS_ADDRESS'), Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
+              Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, null, null);
+            const settings = SETTINGS;
+            const portal = Gio.DBusExportedObject.wrapJSObject(`<node><interface name="org.freedesktop.portal.Settings">
+              <method name="Read"><arg type="s" direction="in"/><arg type="s" direction="in"/>
+                <arg type="v" direction="out"/></method></interface></node>`, {
+              ReadAsync([group, key], call) {
+                const found = settings[key];
+                if (found)
+                  call.return_value(new GLib.Variant('(v)', [new GLib.Variant('v', found)]));
+                else
+                  call.return_dbus_error('org.freedesktop.portal.Error.NotFound', key);
+              }});
+            portal.export(bus, '/org/freedesktop/portal/desktop');
+            bus.call_sync('org.freedesktop.DBus', '/', 'org.freedesktop.DBus', 'RequestName',
+              new GLib.Variant('(su)', ['org.freedesktop.portal.Desktop', 4]), null, 0, -1, null);
+            1""".replace('SETTINGS', settings))
+
+    def test_look_and_text_size_are_the_desktops(self):
+        self.portal("{'color-scheme': new GLib.Variant('u', 1), 'font-name': new GLib.Variant('s', 'Sans 10'), "
+                    "'text-scaling-factor': new GLib.Variant('d', 1.5)}")
+        probe = self.start('menu_probe', str(self.bundle / 'icons'), 'none')
+        wait_until(lambda: self.look(probe) == 'look Sans 15 dark', 'the look of the desktop')
+
+    @staticmethod
+    def look(probe):
+        look = probe.ask('look')
+        probe.line()  # "obeyed"
+        return look
+
     def test_the_bell_goes_with_tollvane(self):
         tollvane = self.start_tollvane()
         tollvane.end()

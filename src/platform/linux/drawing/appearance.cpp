@@ -15,6 +15,10 @@ QString appearanceGroup() { return QStringLiteral("org.freedesktop.appearance");
 
 // Whether the toolkit gets its look elsewhere: from a plug-in that the user has chosen instead of the desktop's, or
 // from Plasma.
+// What desktops let people choose.
+constexpr double leastTextScale = 0.5;
+constexpr double mostTextScale = 3;
+
 bool isDressedByOthers() {
   const QByteArray plugin = qgetenv("QT_QPA_PLATFORMTHEME");
   const bool isDesktops = plugin.isEmpty() || plugin == "gtk2" || plugin == "gtk3" || plugin == "gnome";
@@ -144,9 +148,15 @@ Appearance::Appearance(const QDBusConnection& bus)
                      [this](const QVariant& value) { setAccent(value); }),
       fontSetting_(bus, QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name"),
                    [this](const QVariant& value) {
-                     // On X11 the desktop's shared settings are nearer: they say what its own panel uses.
-                     if (!hasX11Settings_) setFont(value.toString().toStdString());
-                   }) {
+                     fontOfPortal_ = value.toString().toStdString();
+                     dressWithPortalsFont();
+                   }),
+      scaleSetting_(bus, QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("text-scaling-factor"),
+                    [this](const QVariant& value) {
+                      const double scale = value.toDouble();
+                      textScale_ = scale >= leastTextScale && scale <= mostTextScale ? scale : 1;
+                      dressWithPortalsFont();
+                    }) {
   followX11();
 }
 
@@ -163,9 +173,15 @@ void Appearance::setAccent(const QVariant& value) {
   dress();
 }
 
-void Appearance::setFont(std::string_view description) {
+// On X11 the desktop's shared settings are nearer: they say what its own panel uses.
+void Appearance::dressWithPortalsFont() {
+  if (!hasX11Settings_ && !fontOfPortal_.empty()) setFont(fontOfPortal_, textScale_);
+}
+
+void Appearance::setFont(std::string_view description, double scale) {
   if (isDressedByOthers()) return;
-  const auto font = fontFromDescription(description);
+  auto font = fontFromDescription(description);
+  if (font && font->pointSizeF() > 0) font->setPointSizeF(font->pointSizeF() * scale);
   if (font && *font != QApplication::font()) QApplication::setFont(*font);
 }
 

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/linux/drawing/portal_setting.h"
@@ -45,19 +46,23 @@ class Appearance {
  private:
   void dress();
   void setAccent(const QVariant& value);
-  void setFont(std::string_view description);
+  void dressWithPortalsFont();
+  void setFont(std::string_view description, double scale = 1);
   void followX11();
   void readX11();
 
   QPalette desktops_;  // the palette that the toolkit found
   ColorScheme themes_ = ColorScheme::noPreference;
   std::optional<QColor> accent_;
+  std::string fontOfPortal_;
+  double textScale_ = 1;
   std::unique_ptr<XSettingsWatch> x11_;
   bool hasX11Settings_ = false;
   std::unique_ptr<QSocketNotifier> x11Changes_;
   ColorSchemeWatcher watcher_;
   PortalSetting accentSetting_;
   PortalSetting fontSetting_;
+  PortalSetting scaleSetting_;
 };
 
 // The portal's colour, red, green and blue from 0 to 1; absent if the user has chosen none, or if it is no such colour.

@@ -1,6 +1,9 @@
 #include "platform/linux/session/session_start.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
+#include <QLibraryInfo>
+#include <QVersionNumber>
 #include <cstdlib>
 
 #include "platform/linux/session/autostart_login.h"
@@ -21,8 +24,13 @@ DisplayChoice::DisplayChoice() {
   // The bell needs only the bus. If Qt's plugin for this kind of display is not installed, the bell is shown without
   // it.
   choose("QT_QPA_PLATFORM", isSet("WAYLAND_DISPLAY") ? "wayland;xcb;offscreen" : "xcb;offscreen");
-  // A menu and a few windows do not need a graphics driver, which is four times as large as all of Tollvane.
-  choose("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+  // A menu and a few windows do not need a graphics driver, which is larger than all of Tollvane. But older versions of
+  // Qt draw no title bar without one, and GNOME draws none. This stays in the environment, because Qt reads it only at
+  // the first window; GioLauncher keeps it from the programs that it starts.
+  const bool isTitleBarOurs = qgetenv("XDG_CURRENT_DESKTOP").split(':').contains("GNOME");
+  const bool drawsIt = QLibraryInfo::version() >= QVersionNumber(6, 8);
+  constexpr auto driver = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
+  if (!isSet(driver) && (drawsIt || !isTitleBarOurs)) qputenv(driver, "none");
 }
 
 DisplayChoice::~DisplayChoice() {

@@ -203,8 +203,11 @@ void ButtonView::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   const bool on = isEnabled();
   const QRectF box = QRectF(rect()).adjusted(ringRoom, ringRoom, -ringRoom, -ringRoom);
-  const QColor& ink = on ? look_->knob(true) : look_->disabled();
-  const QColor fill = readable(look_->rail(on), {ink}, on ? readableContrast : visibleContrast);
+  // The text of a disabled button adapts to the button. The other way round, the button could become dark on a light
+  // window.
+  const QColor& rail = look_->rail(on);
+  const QColor ink = on ? look_->knob(true) : readable(look_->disabled(), {rail}, visibleContrast);
+  const QColor fill = on ? readable(rail, {ink}, readableContrast) : rail;
   drawBox(painter, box, buttonRadius, isDown() ? fill.darker(112) : fill, look_->railEdge(on));
   painter.setPen(ink);
   painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());

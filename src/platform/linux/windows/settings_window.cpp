@@ -36,6 +36,7 @@ constexpr int belowTitle = 7;
 constexpr int titleIndent = 4;
 constexpr double baseFont = 13;  // in pixels
 constexpr int titleBar = 40;     // which the window manager draws
+constexpr int likelyPanel = 48;
 
 }  // namespace
 
@@ -243,8 +244,10 @@ void SettingsPage::fit() {
   if (baseSize_.isEmpty()) return;
   const double growth = std::max(1.0, QFontInfo(font()).pixelSize() / baseFont);
   QSize wanted = (QSizeF(baseSize_) * growth).toSize();
-  if (const QScreen* place = screen())
-    wanted = wanted.boundedTo(place->availableGeometry().size() - QSize(0, titleBar));
+  // On Wayland nobody says how much of the screen the panels take.
+  const bool knowsPanels = !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+  const QSize taken(0, titleBar + (knowsPanels ? 0 : likelyPanel));
+  if (const QScreen* place = screen()) wanted = wanted.boundedTo(place->availableGeometry().size() - taken);
   setFixedSize(wanted);
 }
 

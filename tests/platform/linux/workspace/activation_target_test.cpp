@@ -128,6 +128,19 @@ TEST(KWinWindows, TheListOfTheScriptIsRead) {
   for (const char* text : {"", "{}", "[", "null", "\xff"}) EXPECT_FALSE(kwinWindows(text)) << text;
 }
 
+TEST(KWinWindows, OneOfAThousandIsFound) {
+  QByteArray list = "[";
+  for (int pid = 1000; pid > 0; --pid) {
+    const QByteArray number = QByteArray::number(pid);
+    list += "{\"id\": \"{" + number + "}\", \"pid\": " + number + ", \"title\": \"" + QByteArray(400, 'x') + "\"},";
+  }
+  list.back() = ']';
+  const auto windows = kwinWindows(list);
+  ASSERT_TRUE(windows);
+  EXPECT_EQ(windows->size(), 1000U);
+  EXPECT_EQ(bestWindowOf(*windows, player())->id, "{100}");
+}
+
 TEST(ShellExtension, EachGenerationOfTheShellHasItsForm) {
   for (const char* version : {"43.9", "44", "43"}) EXPECT_EQ(formForShell(version), "43") << version;
   for (const char* version : {"45.0", "46.beta", "48.7"}) EXPECT_EQ(formForShell(version), "45") << version;
