@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """The desktops' own notification services, for real: notifications_test.py BUILD [TEST...]
 
-Each shows notifications of notify-send, with and without a sound, beside the whole Tollvane, which must credit each sound
-to the application that sent the notification. Needs what panels_test.py needs.
+Each shows notifications of notify-send, with and without a sound, beside the whole Tollvane, which must credit each
+sound to the application that sent the notification. Needs what panels_test.py needs.
 """
 
 import pathlib

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Pictures of the bell with its two menus in the panels of panels_test.py: panels_pictures.py BUILD DIRECTORY
 
-Each picture shows the menu that Tollvane draws (the left button) beside the one that the panel draws (the right button).
+Each picture shows the menu that Tollvane draws (the left button) beside the one that the panel draws (the right
+button).
 """
 
 import pathlib

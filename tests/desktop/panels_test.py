@@ -122,9 +122,9 @@ class PanelTest(unittest.TestCase):
         if cls.panel is None:
             raise unittest.SkipTest('not a panel')
         cls.session = cls.enterClassContext(PrivateSession(*cls.options))
-        cls.session.environment.update(XDG_CURRENT_DESKTOP=cls.desktop, GSETTINGS_BACKEND='keyfile', NO_AT_BRIDGE='0',
-                                       LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', QT_QPA_PLATFORM='xcb',
-                                       **cls.variables())
+        cls.session.environment.update(
+            XDG_CURRENT_DESKTOP=cls.desktop, GSETTINGS_BACKEND='keyfile', NO_AT_BRIDGE='0', LIBGL_ALWAYS_SOFTWARE='1',
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', QT_QPA_PLATFORM='xcb', **cls.variables())
         cls.lasting = {**cls.session.environment, 'TOLLVANE_PART_OF_SESSION': '1'}
         cls.allow_services('org.a11y.Bus')
         cls.session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')
@@ -461,7 +461,7 @@ position=10
 
 
 class CinnamonTest(PanelTest):
-    """A helper of Cinnamon hears the protocol and draws the menus. The panel draws the icons that the helper hands on."""
+    """A helper of Cinnamon hears the protocol and draws the menus. The panel draws the icons that it hands on."""
     options = ('--screen', '1024x768')
     desktop, panel = 'X-Cinnamon', 'xapp-sn-watcher'
     tells_what_is_open = tells_new_texts = False
