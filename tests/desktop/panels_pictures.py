@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Pictures of the bell with its two menus in the panels of panels_test.py: panels_pictures.py BUILD DIRECTORY
 
-Each picture shows the menu that Tollvane draws (the left button) beside the one that the panel draws (the right button).
+Each picture shows the menu that Tollvane draws (the left button) beside the one that the panel draws (the right
+button).
 """
 
 import pathlib
@@ -13,6 +14,7 @@ OUT = pathlib.Path(sys.argv.pop()).resolve()
 
 import panels_test
 from panels_test import Image, Lines
+from waiting import wait_until
 
 PROBE = panels_test.BUILD / 'tests/probes/menu_probe'
 BORDER = 12
@@ -59,10 +61,9 @@ def taken(test):
     for button in (test.button_of_own_menu, test.button_of_panel_menu):
         test.screen.click(*spot, button)
         test.screen.point(*test.screen.nowhere)
-        shot = test.picture_at_rest()
+        shots.append(wait_until(lambda: changed_since(without, test.picture_at_rest()), 'a menu'))
         test.screen.key('Escape')
-        changed = panels_test.ImageChops.difference(without, shot).getbbox()
-        shots.append((shot, changed))
+        wait_until(lambda: not changed_since(without, test.picture_at_rest()), 'the end of the menu')
     # Both are cut to the same height, with the bell in them.
     boxes = [(min(box[0], place.box[0]), min(box[1], place.box[1]), max(box[2], place.box[2]),
               max(box[3], place.box[3])) for _, box in shots]
@@ -73,6 +74,12 @@ def taken(test):
     whole.paste(cut[0], (0, 0))
     whole.paste(cut[1], (cut[0].width + BORDER, 0))
     return whole
+
+
+def changed_since(before, now):
+    """The new picture and where it differs, or nothing if it does not differ by as much as a menu."""
+    box = panels_test.ImageChops.difference(before, now).getbbox()
+    return (now, box) if box and box[3] - box[1] > 100 else None
 
 
 OUT.mkdir(parents=True, exist_ok=True)

@@ -30,6 +30,7 @@ BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.p
 SERVICES = pathlib.Path('/usr/share/dbus-1/services')
 WATCHER = ('org.kde.StatusNotifierWatcher', '/StatusNotifierWatcher', 'org.kde.StatusNotifierWatcher')
 ITEM = 'org.kde.StatusNotifierItem'
+LEAST_CONTRAST = 3  # what the guidelines for accessible content ask of symbols
 ROWS = ('menu item', 'menu', 'separator', 'check menu item')
 
 
@@ -94,6 +95,13 @@ class XScreen:
         return None
 
 
+def luminance(colour):
+    """As the guidelines for accessible content define it."""
+    red, green, blue = ((part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4)
+                        for part in (channel / 255 for channel in colour))
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue
+
+
 def unseen(value):
     found = re.search(r'\d+ unseen', str(value))
     return found[0] if found else ''
@@ -114,9 +122,9 @@ class PanelTest(unittest.TestCase):
         if cls.panel is None:
             raise unittest.SkipTest('not a panel')
         cls.session = cls.enterClassContext(PrivateSession(*cls.options))
-        cls.session.environment.update(XDG_CURRENT_DESKTOP=cls.desktop, GSETTINGS_BACKEND='keyfile', NO_AT_BRIDGE='0',
-                                       LIBGL_ALWAYS_SOFTWARE='1', QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', QT_QPA_PLATFORM='xcb',
-                                       **cls.variables())
+        cls.session.environment.update(
+            XDG_CURRENT_DESKTOP=cls.desktop, GSETTINGS_BACKEND='keyfile', NO_AT_BRIDGE='0', LIBGL_ALWAYS_SOFTWARE='1',
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON='1', QT_QPA_PLATFORM='xcb', **cls.variables())
         cls.lasting = {**cls.session.environment, 'TOLLVANE_PART_OF_SESSION': '1'}
         cls.allow_services('org.a11y.Bus')
         cls.session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')
@@ -285,12 +293,14 @@ class PanelTest(unittest.TestCase):
         if not self.shows_tooltips:
             self.two_sounds()
             wait_until(lambda: self.crop(hollow) != hollow.picture, 'another picture of the bell')
+            self.assert_is_seen(hollow)
             return
         self.screen.point(*spot)
         short_tip = wait_until(self.tooltip, 'the tooltip')
         self.screen.point(*self.screen.nowhere)
         self.two_sounds()
         wait_until(lambda: self.crop(hollow) != hollow.picture, 'another picture of the bell')
+        self.assert_is_seen(hollow)
         self.screen.point(*spot)
         if isinstance(short_tip, int):
             wait_until(lambda: (self.tooltip() or 0) > 2 * short_tip, 'a longer tooltip')
@@ -375,6 +385,13 @@ class PanelTest(unittest.TestCase):
     def crop(self, known):
         return Spot.of(self.screen.picture(), known.box).picture
 
+    def assert_is_seen(self, bell):
+        """Against what the panel showed in its place before."""
+        ground = luminance(self.empty.crop(bell.box).getpixel((0, 0)))
+        inks = [luminance(colour) for _, colour in self.crop(bell).getcolors(10000)]
+        contrast = max((max(ink, ground) + 0.05) / (min(ink, ground) + 0.05) for ink in inks)
+        self.assertGreaterEqual(contrast, LEAST_CONTRAST)
+
     def tooltip(self):
         """What the tooltip says. Panels of GTK do not tell screen readers: then it is the tooltip's width."""
         return next((each['name'] for each in self.shown(self.panel) if each['role'] == 'tool tip'),
@@ -444,7 +461,7 @@ position=10
 
 
 class CinnamonTest(PanelTest):
-    """A helper of Cinnamon hears the protocol and draws the menus. The panel draws the icons that the helper hands on."""
+    """A helper of Cinnamon hears the protocol and draws the menus. The panel draws the icons that it hands on."""
     options = ('--screen', '1024x768')
     desktop, panel = 'X-Cinnamon', 'xapp-sn-watcher'
     tells_what_is_open = tells_new_texts = False

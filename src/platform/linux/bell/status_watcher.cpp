@@ -98,7 +98,7 @@ bool WatcherRegistration::isOurs(const QString& item) const {
   return name == itemService_ || name == bus_.baseService();
 }
 
-XAppWatch::XAppWatch(QDBusConnection bus, std::function<void(bool)> onChange)
+XAppWatch::XAppWatch(const QDBusConnection& bus, const std::function<void(bool)>& onChange)
     : watcher_(xAppName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
   QObject::connect(
       &watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &watcher_,

@@ -40,7 +40,7 @@ class WatcherRegistration : public QObject {
 class XAppWatch {
  public:
   // `onChange` is called, after the constructor, whenever that watcher has come or gone. At first there is none.
-  XAppWatch(QDBusConnection bus, std::function<void(bool isThere)> onChange);
+  XAppWatch(const QDBusConnection& bus, const std::function<void(bool isThere)>& onChange);
 
  private:
   QDBusServiceWatcher watcher_;
