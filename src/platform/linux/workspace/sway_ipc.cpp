@@ -135,7 +135,8 @@ class SwayIpc::Conversation : public QObject {
 void SwayIpc::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
   const QString path = qEnvironmentVariable("SWAYSOCK");
   if (path.isEmpty()) return done(Raised::unknown);
-  (new Conversation(target, std::move(done)))->start(path);
+  auto* const conversation = new Conversation(target, std::move(done));
+  conversation->start(path);
 }
 
 }  // namespace tollvane
