@@ -14,6 +14,10 @@ target_compile_options(tollvane_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>
   $<$<CXX_COMPILER_ID:GNU>:-Wno-error=free-nonheap-object>)
 
+if(TOLLVANE_EVERYTHING)
+  include(cmake/everything.cmake)
+endif()
+
 # The same sources give the same programs, in any folder.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 

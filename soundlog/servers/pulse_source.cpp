@@ -176,6 +176,9 @@ StreamStart PulseSource::start(const pa_sink_input_info& info, const Properties&
 
 // The module's only entry point, see loadPulseSource.
 extern "C" __attribute__((visibility("default"))) tollvane::soundlog::SoundSource* tollvaneMakePulseSource(
-    tollvane::soundlog::SoundSource::Remember remember, tollvane::soundlog::SoundSource::Events events) {
+    tollvane::soundlog::SoundSource::Remember remember, tollvane::soundlog::SoundSource::Events events);
+
+tollvane::soundlog::SoundSource* tollvaneMakePulseSource(tollvane::soundlog::SoundSource::Remember remember,
+                                                         tollvane::soundlog::SoundSource::Events events) {
   return new tollvane::soundlog::PulseSource(std::move(remember), std::move(events));
 }

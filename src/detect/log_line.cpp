@@ -113,7 +113,7 @@ std::optional<LogLine> LogLineReader::read(std::string_view line) {
   std::optional<std::string_view> message;
   std::string_view maker;
   ancestors_.clear();
-  for (const auto& [key, value] : object) {
+  for (const auto [key, value] : object) {
     if (key == "eventMessage") message = textOf(value);
     if (key == "processImagePath") path = textOf(value);
     if (key == "makerName") maker = textOf(value).value_or("");

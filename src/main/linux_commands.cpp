@@ -104,7 +104,7 @@ int removeTraces(const std::filesystem::path& directory, bool all) {
 
 std::optional<int> runCommand(int argc, char* argv[], const std::filesystem::path& bundle) {
   const std::set<std::string_view> words(argv + std::min(argc, 1), argv + argc);
-  const auto are = [&](std::set<std::string_view> wanted) { return words == wanted; };
+  const auto are = [&](const std::set<std::string_view>& wanted) { return words == wanted; };
   if (are({"--help"})) {
     print(usage);
     return EXIT_SUCCESS;

@@ -32,6 +32,9 @@ class MainQueue {
   // Destroying this object ends the watching; its own block may do so.
   class Watch {
    public:
+    Watch() = default;
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
     virtual ~Watch() = default;
   };
 

@@ -51,7 +51,7 @@ std::string_view trimmed(std::string_view text) {
     U8_PREV(bytes, begin, next, c);
     if (c < 0 || !u_isUWhiteSpace(c)) break;
   }
-  return text.substr(begin, end - begin);
+  return text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
 }
 
 std::string_view prefix(std::string_view text, std::size_t characters) {

@@ -59,8 +59,8 @@ std::optional<ProcFs::Status> ProcFs::status(Pid pid) const {
   const auto close = text->rfind(')');
   if (close == std::string::npos || open >= close) return std::nullopt;
   std::string_view rest = std::string_view(*text).substr(close + 1);
-  constexpr std::size_t state = 0, parentPid = 1, startTime = 19;  // counted from behind the name
-  std::array<std::string_view, startTime + 1> fields;
+  constexpr std::size_t state = 0, parentPid = 1, startTime = 19, count = 20;  // counted from behind the name
+  std::array<std::string_view, count> fields;
   for (std::string_view& field : fields) {
     rest.remove_prefix(std::min(rest.find_first_not_of(" \n"), rest.size()));
     field = rest.substr(0, rest.find_first_of(" \n"));

@@ -42,7 +42,7 @@ class RichMenu : public QObject {
   bool isOpen() const { return (!widget_.isNull() && widget_->isVisible()) || isOpening(); }
 
   // The open menu; null if it is closed.
-  MenuWidget* widget() const { return widget_; }
+  MenuWidget* widget() const { return widget_.data(); }
 
   // Called right before an item's action. `activationToken`: for the user's choice; empty if the window system gives
   // none.

@@ -19,11 +19,10 @@ QAccessibleInterface* interfaceFor(const QString&, QObject* object) {
 }  // namespace
 
 void describeFormsToAccessibility() {
-  static const bool installed = [] {
+  [[maybe_unused]] static const bool installed = [] {
     QAccessible::installFactory(interfaceFor);
     return true;
   }();
-  Q_UNUSED(installed);
 }
 
 }  // namespace tollvane

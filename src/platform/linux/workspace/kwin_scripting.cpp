@@ -143,7 +143,7 @@ std::optional<std::vector<OpenWindow>> kwinWindows(const QByteArray& list) {
   const QJsonDocument document = QJsonDocument::fromJson(list);
   if (!document.isArray()) return std::nullopt;
   std::vector<OpenWindow> windows;
-  for (const auto& each : document.array()) {
+  for (const auto each : document.array()) {
     const QJsonObject window = each.toObject();
     const auto text = [&](const char* key) { return window.value(QLatin1String(key)).toString().toStdString(); };
     windows.push_back({.id = text("id"),

@@ -150,7 +150,8 @@ class SwayIpc::Conversation : public QObject {
 void SwayIpc::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
   const std::string path = qgetenv("SWAYSOCK").toStdString();
   if (path.empty()) return done(Raised::unknown);
-  (new Conversation(target, std::move(done)))->start(path);
+  auto* const conversation = new Conversation(target, std::move(done));
+  conversation->start(path);
 }
 
 }  // namespace tollvane

@@ -88,7 +88,6 @@ class Toplevels {
   Toplevels(const Toplevels&) = delete;
   Toplevels& operator=(const Toplevels&) = delete;
 
-  bool isOffered() const { return manager_ != nullptr; }
   const std::vector<std::unique_ptr<Toplevel>>& windows() const { return windows_; }
   void roundTrip() { wl_display_roundtrip_queue(display_, queue_); }
 

@@ -45,7 +45,7 @@ void X11Connection::beginQuestions(std::chrono::milliseconds patience) {
 bool X11Connection::waitForInput() {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
   pollfd descriptor{xcb_get_file_descriptor(connection_), POLLIN, 0};
-  if (left <= 0ms || ::poll(&descriptor, 1, static_cast<int>(left.count())) == 0) timedOut_ = true;
+  if (left.count() <= 0 || ::poll(&descriptor, 1, static_cast<int>(left.count())) == 0) timedOut_ = true;
   return !timedOut_;
 }
 

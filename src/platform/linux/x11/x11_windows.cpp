@@ -101,8 +101,8 @@ const std::vector<X11Window>& XcbWindows::normalWindows() {
   if (display == nullptr || *display == '\0') return windows_;
   // A server that was restarted is worth a second try at once.
   for (int attempt = 0; attempt < 2; ++attempt) {
-    const bool fresh = connection_ == nullptr;
-    if (fresh) connection_ = std::make_unique<Connection>();
+    const bool fresh = !connection_;
+    if (!connection_) connection_ = std::make_unique<Connection>();
     if (connection_->isAlive()) {
       if (connection_->read(windows_)) break;
       windows_.clear();
