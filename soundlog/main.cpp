@@ -49,7 +49,7 @@ class DesktopApplications {
 };
 
 // Before the first byte of another program is read.
-void giveUpRights(const Environment& environment) {
+void giveUpRights([[maybe_unused]] const Environment& environment) {
 #ifndef TOLLVANE_SANITIZED  // sanitizers look into processes and write reports
   enterSandbox(areLocal(environment) ? Sandbox::localListener : Sandbox::listener);
 #endif
