@@ -4,8 +4,6 @@
 
 #include "support/json_value.h"
 
-template class nlohmann::basic_json<>;
-
 namespace tollvane::json {
 namespace {
 

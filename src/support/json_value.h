@@ -1,7 +1,4 @@
-// nlohmann::json itself. Its code is compiled once, in json.cpp: compiling it wherever it is used takes half a minute a
-// file.
+// nlohmann::json itself, for code that makes values of its own.
 #pragma once
 
 #include <nlohmann/json.hpp>
-
-extern template class nlohmann::basic_json<>;

@@ -81,15 +81,13 @@ class TestPortal : public QObject {
   }
 
   void changeAccent(double red, double green, double blue) {
-    const QString group = QStringLiteral("org.freedesktop.appearance");
-    QDBusArgument color;
-    color.beginStructure();
-    color << red << green << blue;
-    color.endStructure();
-    Q_EMIT SettingChanged(group, QStringLiteral("accent-color"), QDBusVariant(QVariant::fromValue(color)));
+    accent_ = {red, green, blue};
+    Q_EMIT SettingChanged(QStringLiteral("org.freedesktop.appearance"), QStringLiteral("accent-color"),
+                          QDBusVariant(accent()));
   }
 
   void changeFont(const QString& font) {
+    font_ = font;
     Q_EMIT SettingChanged(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name"),
                           QDBusVariant(font));
   }
@@ -100,17 +98,30 @@ class TestPortal : public QObject {
   }
 
  public Q_SLOTS:
-  QDBusVariant Read(const QString& group, const QString& key) {
-    const bool known = group == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme");
-    return QDBusVariant(QVariant::fromValue(QDBusVariant(known ? colorScheme_ : 99U)));
+  QDBusVariant Read(const QString&, const QString& key) {
+    QVariant value = 99U;
+    if (key == QLatin1String("color-scheme")) value = colorScheme_;
+    if (key == QLatin1String("accent-color") && !accent_.empty()) value = accent();
+    if (key == QLatin1String("font-name") && !font_.isEmpty()) value = font_;
+    return QDBusVariant(QVariant::fromValue(QDBusVariant(value)));
   }
 
  Q_SIGNALS:
   void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
  private:
+  QVariant accent() const {
+    QDBusArgument color;
+    color.beginStructure();
+    for (const double part : accent_) color << part;
+    color.endStructure();
+    return QVariant::fromValue(color);
+  }
+
   TestBus bus_;
   uint colorScheme_;
+  QList<double> accent_;
+  QString font_;
 };
 
 // Counts the signals that the item sends.

@@ -13,12 +13,12 @@ namespace {
 
 QString appearanceGroup() { return QStringLiteral("org.freedesktop.appearance"); }
 
-// Whether the toolkit gets its look elsewhere: from a plug-in that the user has chosen instead of the desktop's, or
-// from Plasma.
 // What desktops let people choose.
 constexpr double leastTextScale = 0.5;
 constexpr double mostTextScale = 3;
 
+// Whether the toolkit gets its look elsewhere: from a plug-in that the user has chosen instead of the desktop's, or
+// from Plasma.
 bool isDressedByOthers() {
   const QByteArray plugin = qgetenv("QT_QPA_PLATFORMTHEME");
   const bool isDesktops = plugin.isEmpty() || plugin == "gtk2" || plugin == "gtk3" || plugin == "gnome";
