@@ -18,6 +18,11 @@ if(TOLLVANE_EVERYTHING)
   include(cmake/everything.cmake)
 endif()
 
+# For what draws, waits for files and speaks with other programs: it is no faster if it is optimised more, and takes
+# longer to compile.
+add_library(tollvane_waiting INTERFACE)
+target_compile_options(tollvane_waiting INTERFACE $<$<CONFIG:Release>:-O1>)
+
 # The same sources give the same programs, in any folder.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 
