@@ -33,22 +33,22 @@ struct ApplicationProcesses::Search {
   std::vector<Pid> withWindows;
 };
 
-std::optional<ApplicationProcess> ApplicationProcesses::process(Pid pid, Applications::Wanted wanted) const {
+std::optional<ApplicationProcess> ApplicationProcesses::process(Pid pid, const Owner& owner) const {
   // Whose process it is comes first, because that is far cheaper than finding its application.
   const ProcFs& processes = applications_.processes();
   if (!processes.isOwn(pid)) return std::nullopt;
   RunningProgram program = applications_.program(pid);
-  auto application = applications_.of(program, wanted);
+  auto application = owner(program);
   const auto status = application ? processes.status(pid) : std::nullopt;
   if (!status) return std::nullopt;
   return ApplicationProcess{pid, status->startTime, std::move(*application)};
 }
 
-std::vector<ApplicationProcess> ApplicationProcesses::regular() const {
+std::vector<ApplicationProcess> ApplicationProcesses::all(const Owner& owner) const {
   applications_.entries().refresh();
   std::vector<ApplicationProcess> found;
   for (const Pid pid : applications_.processes().all())
-    if (auto belonging = process(pid, Applications::Wanted::regular)) found.push_back(std::move(*belonging));
+    if (auto belonging = process(pid, owner)) found.push_back(std::move(*belonging));
   return found;
 }
 
@@ -74,10 +74,11 @@ std::vector<ApplicationProcess> ApplicationProcesses::of(const ProgramIndex::Ent
       std::any_of(wanted.begin(), wanted.end(), [](const auto& entry) { return isContained(*entry); });
   for (const X11Window& window : applications_.windows().normalWindows()) search.withWindows.push_back(window.pid);
   std::vector<ApplicationProcess> found;
+  const Owner owner = [this](RunningProgram& program) { return applications_.of(program, Applications::Wanted::any); };
   const auto collect = [&](auto mayBelong) {
     for (const Seen& each : everybody()) {
       if (!mayBelong(each)) continue;
-      auto belonging = process(each.pid, Applications::Wanted::any);
+      auto belonging = process(each.pid, owner);
       if (belonging && belonging->application.entry != nullptr && hasIdOf(wanted, belonging->application.entry))
         found.push_back(std::move(*belonging));
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,8 +26,11 @@ class ApplicationProcesses {
   ApplicationProcesses(const Applications& applications, const Clock& clock)
       : applications_(applications), clock_(clock) {}
 
-  // All of the user's processes that belong to an ordinary application, in ascending order.
-  std::vector<ApplicationProcess> regular() const;
+  using Owner = std::function<std::optional<Ownership>(RunningProgram& program)>;
+
+  // All of the user's processes for which `owner` finds one, in ascending order. `owner` may take the desktop entries
+  // as they are.
+  std::vector<ApplicationProcess> all(const Owner& owner) const;
 
   // The user's processes that belong to one of these entries, in ascending order. `knownPrograms`: the caller promises
   // that each entry names a real executable, not a script. If none of those runs, the other processes are not examined.
@@ -41,7 +45,7 @@ class ApplicationProcesses {
     std::optional<std::string> executable;
   };
 
-  std::optional<ApplicationProcess> process(Pid pid, Applications::Wanted wanted) const;
+  std::optional<ApplicationProcess> process(Pid pid, const Owner& owner) const;
   const std::vector<Seen>& everybody() const;
   bool mayBelong(const Seen& process, const Search& search) const;
 

@@ -45,12 +45,6 @@ std::vector<Pid> BrowserPrograms::running(const BrowserEdition& edition) const {
   return pids;
 }
 
-std::vector<Pid> BrowserPrograms::running() const {
-  std::vector<Pid> pids;
-  for (const Running& each : look()) pids.push_back(each.pid);
-  return pids;
-}
-
 std::vector<DesktopEntries::Entry> BrowserPrograms::entries(const BrowserEdition& edition) const {
   const DesktopEntries& all = applications_.entries();
   if (generation_ != all.generation()) {

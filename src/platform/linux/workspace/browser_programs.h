@@ -21,9 +21,8 @@ class BrowserPrograms {
   const BrowserEdition* editionOf(Pid pid) const;
   const BrowserEdition* editionOf(RunningProgram& program) const;
 
-  // The user's processes that run this edition's program, or any browser's, in ascending order.
+  // The user's processes that run this edition's program, in ascending order.
   std::vector<Pid> running(const BrowserEdition& edition) const;
-  std::vector<Pid> running() const;
 
   // The entries that start this edition's program, whatever their ids are, without those that start a single web
   // application in it. Not up to date before entries().refresh().

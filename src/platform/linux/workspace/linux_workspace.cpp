@@ -20,6 +20,10 @@ LinuxWorkspace::LinuxWorkspace(const Applications& applications, const Clock& cl
 std::optional<Ownership> LinuxWorkspace::ownership(Pid pid, Applications::Wanted wanted) const {
   applications_.entries().refresh();
   RunningProgram program = applications_.program(pid);
+  return ownership(program, wanted);
+}
+
+std::optional<Ownership> LinuxWorkspace::ownership(RunningProgram& program, Applications::Wanted wanted) const {
   auto application = applications_.of(program, wanted);
   if (application && application->entry != nullptr) return application;
   if (browsers_.editionOf(program) == nullptr) return application;
@@ -64,9 +68,8 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_
 }
 
 std::vector<RunningApplication> LinuxWorkspace::regularApplications() const {
-  auto found = processes_.regular();
-  add(browsers_.running(), found);
-  return oldestFirst(std::move(found));
+  return oldestFirst(
+      processes_.all([&](RunningProgram& program) { return ownership(program, Applications::Wanted::regular); }));
 }
 
 // Adds those of the browsers' processes that belong to no desktop entry. Those that belong to one were found by it.

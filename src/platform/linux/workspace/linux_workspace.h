@@ -36,6 +36,7 @@ class LinuxWorkspace : public Workspace {
  private:
   std::optional<RunningApplication> running(Pid pid, Applications::Wanted wanted) const;
   std::optional<Ownership> ownership(Pid pid, Applications::Wanted wanted = Applications::Wanted::any) const;
+  std::optional<Ownership> ownership(RunningProgram& program, Applications::Wanted wanted) const;
   void add(const std::vector<Pid>& browsers, std::vector<ApplicationProcess>& found) const;
   std::vector<RunningApplication> oldestFirst(std::vector<ApplicationProcess> found) const;
   RunningApplication running(Pid pid, std::uint64_t startTime, const Ownership& application) const;
