@@ -1,8 +1,23 @@
 #include "menu/source_opener.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace tollvane {
+namespace {
+
+// Of several processes of an application, the one that made the sound; if it is not among them, the first.
+std::optional<RunningApplication> makerAmong(const std::vector<RunningApplication>& candidates,
+                                             const SoundEvent& event) {
+  if (candidates.empty()) return std::nullopt;
+  const auto found = std::find_if(candidates.begin(), candidates.end(), [&](const RunningApplication& each) {
+    return event.maker && each.pid == event.maker->pid && each.startTime == event.maker->startTime;
+  });
+  return found != candidates.end() ? *found : candidates.front();
+}
+
+}  // namespace
 
 void SourceOpener::open(const SoundEvent& event) {
   if (event.browser && event.tabId) {
@@ -22,12 +37,12 @@ void SourceOpener::openTab(const SoundEvent& event, Browser in) {
   // If the tab came forward, its browser must come forward too, even if this object, which shows the alerts, is
   // destroyed.
   link_.focus(*event.tabId, in,
-              [workspace = &workspace_, title = event.tabTitle.value_or(""),
-               tell = alive_.guard([this, in, label](FocusResult result) { tabFocused(result, in, label); })](
-                  FocusResult result, std::string_view bundleID) mutable {
+              [workspace = &workspace_, event, tell = alive_.guard([this, in, label](FocusResult result) {
+                tabFocused(result, in, label);
+              })](FocusResult result, std::string_view bundleID) mutable {
                 if (result != FocusResult::focused) return tell(result);
-                const auto running = workspace->runningApplications(bundleID);
-                if (!running.empty()) workspace->activate(running.front(), title, [](bool) {});
+                const auto running = makerAmong(workspace->runningApplications(bundleID), event);
+                if (running) workspace->activate(*running, event.tabTitle.value_or(""), [](bool) {});
               });
 }
 
@@ -52,17 +67,10 @@ void SourceOpener::openApplication(const SoundEvent& event) {
   }));
 }
 
-// Of several processes of the application, the one that made the sound.
 std::optional<RunningApplication> SourceOpener::runningApplication(const SoundEvent& event) const {
-  std::optional<RunningApplication> found;
-  for (auto& candidate : workspace_.regularApplications()) {
-    if (candidate.localizedName != event.app) continue;
-    const bool isMaker =
-        event.maker && candidate.pid == event.maker->pid && candidate.startTime == event.maker->startTime;
-    if (isMaker) return candidate;
-    if (!found) found = std::move(candidate);
-  }
-  return found;
+  auto candidates = workspace_.regularApplications();
+  std::erase_if(candidates, [&](const auto& each) { return each.localizedName != event.app; });
+  return makerAmong(candidates, event);
 }
 
 // An application that has closed its windows and still runs shows one if it is started again, as by a launcher.

@@ -173,7 +173,6 @@ class Click(ApplicationTest):
                                                 'been closed, so there is nothing to go back to.')
         self.assertFalse(self.browser.is_in_front(tab))
 
-
     def test_on_an_entry_of_another_profile_shows_its_tab_and_of_a_closed_one_no_other(self):
         another = self.browser.another_profile()
         another.start()
@@ -185,8 +184,12 @@ class Click(ApplicationTest):
         another.open_tab(self.pages.address('Last', 'localhost'))
         another.run(theirs, 'playSound()')
         entry = self.tollvane.await_entry('Tab: Theirs ')
+        window = self.browser.open_window(self.pages.address('Before'))
+        self.addCleanup(self.close, window)
+        wait_until(lambda: self.browser.front_window_title().startswith('Before'), "this profile's window")
         self.tollvane.choose(entry)
         wait_until(lambda: another.run(theirs, IS_SHOWN), "the other profile's tab")
+        wait_until(lambda: another.front_window_title().startswith('Theirs'), "the other profile's window")
         self.assertFalse(any(self.browser.run(tab, IS_SHOWN) for tab in mine))
         another.close_tab(theirs)
         self.tollvane.choose(entry)

@@ -152,6 +152,17 @@ TEST_F(SourceOpenerTest, ATabThatCameForwardBringsItsBrowserForward) {
   EXPECT_THAT(alerts(), IsEmpty());
 }
 
+TEST_F(SourceOpenerTest, OfABrowsersProcessesTheOneThatMadeTheSoundComesForward) {
+  runFirefox();
+  system.workspace.addRunning(11, "Firefox", ActivationPolicy::regular, "org.mozilla.firefox");
+  const auto firefox = connectFirefox();
+  SoundEvent event = tabSound();
+  event.maker = system.workspace.running[1].application;
+  opener->open(event);
+  link.handle(*firefox, {{"type", "focusResult"}, {"req", 1}, {"ok", true}});
+  EXPECT_THAT(system.workspace.activated, ElementsAre(11));
+}
+
 TEST_F(SourceOpenerTest, OfTwoEditionsTheOneThatHasTheTabComesForward) {
   runFirefox();
   system.workspace.addRunning(11, "Firefox Nightly", ActivationPolicy::regular, "org.mozilla.nightly");

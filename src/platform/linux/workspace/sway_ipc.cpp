@@ -36,7 +36,7 @@ QByteArray message(Question question, const QByteArray& payload) {
 struct Search {
   const ActivationTarget& target;
   std::optional<std::int64_t> window;
-  std::pair<bool, int> best{};  // whether it is not the wanted one, and its rank: the smaller the better
+  ActivationTarget::Fit best{};
 
   // "focus" lists a container's children, the one that was in front most lately first.
   void look(const QJsonObject& node, int depth) {
@@ -58,11 +58,9 @@ struct Search {
     const std::string appId = node[QLatin1String("app_id")].toString().toStdString();
     const QJsonValue properties = node[QLatin1String("window_properties")];
     const std::string windowClass = properties[QLatin1String("class")].toString().toStdString();
-    const auto fits = target.rank(pid, {appId, windowClass});
-    if (!fits) return;
-    const std::pair found(!target.isWanted(node[QLatin1String("name")].toString().toStdString()), *fits);
-    if (window && best <= found) return;
-    best = found;
+    const auto fit = target.fit(pid, {appId, windowClass}, node[QLatin1String("name")].toString().toStdString());
+    if (!fit || (window && best <= *fit)) return;
+    best = *fit;
     window = node[QLatin1String("id")].toInteger();
   }
 };

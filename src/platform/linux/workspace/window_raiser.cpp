@@ -42,19 +42,25 @@ std::optional<int> ActivationTarget::rank(Pid windowPid, const std::vector<std::
   return best;
 }
 
+std::optional<ActivationTarget::Fit> ActivationTarget::fit(Pid windowPid, const std::vector<std::string>& windowNames,
+                                                           std::string_view windowTitle) const {
+  const auto found = rank(windowPid, windowNames);
+  return found ? std::optional<Fit>({!isWanted(windowTitle), *found}) : std::nullopt;
+}
+
 std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, const ActivationTarget& target) {
   struct Order {
-    int rank;
-    bool hasOtherTitle, isInactive;
+    ActivationTarget::Fit fit;
+    bool isInactive;
     double depth;
     auto operator<=>(const Order&) const = default;
   };
   std::optional<Order> best;
   std::optional<OpenWindow> found;
   for (const OpenWindow& window : windows) {
-    const auto rank = target.rank(window.pid, window.names);
-    if (!rank) continue;
-    const Order order{*rank, !target.isWanted(window.title), !window.isActive, -window.height};
+    const auto fit = target.fit(window.pid, window.names, window.title);
+    if (!fit) continue;
+    const Order order{*fit, !window.isActive, -window.height};
     if (best && !(order < *best)) continue;
     best = order;
     found = window;

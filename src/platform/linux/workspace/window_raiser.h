@@ -41,6 +41,12 @@ struct ActivationTarget {
 
   // The best of all that its process and its names tell.
   std::optional<int> rank(Pid windowPid, const std::vector<std::string>& windowNames) const;
+
+  // How well a window fits: the smaller the better; absent if it is another application's. The wanted title counts
+  // most, because only the title tells the windows of two profiles of a browser apart.
+  using Fit = std::pair<bool, int>;  // whether it has another title; its rank
+  std::optional<Fit> fit(Pid windowPid, const std::vector<std::string>& windowNames,
+                         std::string_view windowTitle) const;
 };
 
 // A window as a compositor describes it.
@@ -53,8 +59,8 @@ struct OpenWindow {
   double height = 0;      // the greater, the higher among the others
 };
 
-// The window that fits best; of several that fit equally well the one with the wanted title, else the active one, else
-// the highest. Absent if none belongs to the application.
+// The window that fits best; of several that fit equally well the active one, else the highest. Absent if no window
+// belongs to the application.
 std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, const ActivationTarget& target);
 
 enum class Raised {

@@ -59,7 +59,7 @@ class Activation : public QObject {
     matches_ = bestOf(*windows, target);
     if (x11_.timedOut()) return finish(Raised::unknown);
     if (matches_.empty()) return finish(isWholeDesktop() ? Raised::noWindow : Raised::unknown);
-    if (!target.title.empty()) chooseByTitle(target);
+    if (!target.title.empty()) preferActive();
     ask(matches_.back());
   }
 
@@ -94,31 +94,26 @@ class Activation : public QObject {
           {window, X11Owner::ask(x11_, window, atoms_.pid), x11_.property(window, atoms_.type, XCB_ATOM_ATOM, 32)});
     }
     std::vector<xcb_window_t> best;
-    int bestRank = 0;
+    ActivationTarget::Fit bestFit{};
     for (const Questions& question : questions) {
       const X11Owner owner = X11Owner::answer(x11_, question.owner);
       const auto types = x11_.values<xcb_atom_t>(question.type);
-      const auto rank = target.rank(owner.pid, {owner.instance, owner.windowClass});
-      if (!rank || !isForPeople(types)) continue;
-      if (!best.empty() && *rank > bestRank) continue;
-      if (!best.empty() && *rank < bestRank) best.clear();
-      bestRank = *rank;
+      const std::string title = target.title.empty() ? "" : titleOf(question.window);
+      const auto fit = target.fit(owner.pid, {owner.instance, owner.windowClass}, title);
+      if (!fit || !isForPeople(types)) continue;
+      if (!best.empty() && *fit > bestFit) continue;
+      if (!best.empty() && *fit < bestFit) best.clear();
+      bestFit = *fit;
       best.push_back(question.window);
     }
     return best;
   }
 
-  // If no window has the title, which may have changed, the one that is in front already stays there.
-  void chooseByTitle(const ActivationTarget& target) {
-    std::vector<xcb_window_t> wanted;
-    for (const xcb_window_t window : matches_)
-      if (target.isWanted(titleOf(window))) wanted.push_back(window);
-    if (wanted.empty()) {
-      const auto active = activeWindow();
-      std::copy_if(matches_.begin(), matches_.end(), std::back_inserter(wanted),
-                   [&](xcb_window_t window) { return window == active; });
-    }
-    if (!wanted.empty()) matches_ = std::move(wanted);
+  // Several windows may have the tab's title, or none if the page has changed it meanwhile: the one that is in front
+  // already stays there.
+  void preferActive() {
+    const auto active = activeWindow();
+    if (contains(matches_, active)) matches_ = {active};
   }
 
   std::string titleOf(xcb_window_t window) {

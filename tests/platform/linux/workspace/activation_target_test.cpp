@@ -92,7 +92,7 @@ TEST(Activator, ReportsNoWindowIfAnyWayIsCertainOfThat) {
 
 // Windows of compositors.
 
-TEST(BestWindow, TheProcessCountsFirstThenTheTitleThenWhatIsInFrontThenHeight) {
+TEST(BestWindow, TheTitleCountsFirstThenTheProcessThenWhatIsInFrontThenHeight) {
   ActivationTarget target = player();
   target.title = "Inbox";
   std::vector<OpenWindow> windows = {
@@ -103,12 +103,14 @@ TEST(BestWindow, TheProcessCountsFirstThenTheTitleThenWhatIsInFrontThenHeight) {
   EXPECT_EQ(bestWindowOf(windows, target)->id, "high");
   windows.push_back({.id = "front", .pid = 101, .isActive = true});
   EXPECT_EQ(bestWindowOf(windows, target)->id, "front");
-  windows.push_back({.id = "titled", .pid = 102, .title = "Inbox - Mail"});
-  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled");
-  windows.push_back({.id = "named", .names = {"", "example-player"}, .title = "Inbox", .isActive = true, .height = 9});
-  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled") << "a name tells less than a process";
   windows.push_back({.id = "own", .pid = 100});
   EXPECT_EQ(bestWindowOf(windows, target)->id, "own");
+  windows.push_back({.id = "titled", .pid = 102, .title = "Inbox - Mail"});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled") << "another profile of a browser is another process";
+  windows.push_back({.id = "named", .names = {"", "example-player"}, .title = "Inbox", .isActive = true, .height = 9});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "titled") << "a name tells less than a process";
+  windows.push_back({.id = "own titled", .pid = 100, .title = "Inbox"});
+  EXPECT_EQ(bestWindowOf(windows, target)->id, "own titled");
 }
 
 TEST(BestWindow, OthersWindowsAreNone) {
