@@ -26,10 +26,10 @@ BrowserProcess browserProcess(Pid parent, const std::vector<std::string>& argume
 // The real path of the program that runs in this process; empty if it cannot be known.
 std::filesystem::path ownProgram();
 
-// The folder in which applications keep their data for this user; absent if there is none.
+// The folder in which applications keep their data for this user; absent if the user has no home.
 std::optional<std::filesystem::path> applicationSupport();
 
-// The folder for this user's sockets on this computer; absent if there is none.
+// The folder for this user's sockets on this computer; absent if the system gives the user no such folder.
 std::optional<std::filesystem::path> socketFolder();
 
 // Gives up what a bridge does not need once it knows its browser, as far as the system can take that from it: from then

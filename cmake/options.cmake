@@ -53,8 +53,8 @@ function(tollvane_bundle_program target name)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY ${TOLLVANE_BUNDLE})
 endfunction()
 
-# tollvane_room(TARGET FOLDER [UNIT NAME] SOURCE...): adds the sources of one folder. All sources of one unit are compiled
-# together, which takes a quarter of the time; without UNIT, a folder is a unit of its own. So all names in a unit must
+# tollvane_room(TARGET FOLDER [UNIT NAME] SOURCE...): adds the sources of one folder. All sources of one unit are
+# compiled together, which takes a quarter of the time; without UNIT, a folder is a unit of its own. So all names in a unit must
 # differ, even those in anonymous namespaces.
 function(tollvane_room target folder)
   cmake_parse_arguments(PARSE_ARGV 2 room "" "UNIT" "")
@@ -65,4 +65,16 @@ function(tollvane_room target folder)
   target_sources(${target} PRIVATE ${room_UNPARSED_ARGUMENTS})
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${TOLLVANE_UNITY} UNITY_BUILD_MODE GROUP)
   set_source_files_properties(${room_UNPARSED_ARGUMENTS} PROPERTIES UNITY_GROUP ${room_UNIT})
+endfunction()
+
+# tollvane_module(TARGET LIBRARY NAME): the static library as a module in the bundle, NAME.so, which a program loads when
+# it first needs it.
+function(tollvane_module target library name)
+  set_target_properties(${library} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  add_library(${target} MODULE)
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${library}>)
+  target_link_libraries(${target} PRIVATE tollvane_options ${library})
+  set_target_properties(${target} PROPERTIES
+    LINKER_LANGUAGE CXX PREFIX "" OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${TOLLVANE_BUNDLE})
 endfunction()

@@ -19,7 +19,7 @@ QString labelOf(const AttributedText& title) {
   QString label;
   QString between;
   for (const TextRun& run : title) {
-    if (run.text.starts_with('\n') && !label.isEmpty()) between = dash;
+    if (beginsLine(run) && !label.isEmpty()) between = dash;
     const QString text = plainLine(run.text).trimmed();
     if (text.isEmpty()) continue;
     label += between + text;

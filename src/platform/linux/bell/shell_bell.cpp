@@ -31,7 +31,7 @@ QJsonArray linesOf(const MenuItem& item) {
   QJsonArray lines;
   QJsonArray line;
   for (const TextRun& run : item.attributedTitle) {
-    if (run.text.starts_with('\n')) lines.append(std::exchange(line, {}));
+    if (beginsLine(run)) lines.append(std::exchange(line, {}));
     QJsonObject made = runOf(run);
     const bool isEmpty = made.value(QLatin1String("text")).toString().isEmpty();
     if (isEmpty && run.font.family != FontFamily::monospacedDigits) continue;

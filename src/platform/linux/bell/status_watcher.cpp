@@ -23,7 +23,7 @@ QDBusMessage watcherCall(const QString& interface, const char* method) {
   return call;
 }
 
-// `answered` gets the unique name of the owner, unless there is none.
+// `answered` gets the unique name of the owner. It is not called if nobody owns the name.
 void askForOwner(const QDBusConnection& bus, QObject* asker, const QString& name,
                  std::function<void(const QString& owner)> answered) {
   QDBusMessage call =

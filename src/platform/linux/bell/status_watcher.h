@@ -39,7 +39,8 @@ class WatcherRegistration : public QObject {
 // draws nothing for a symbolic icon that is a file. It draws the pictures of an item that has no name for its icon.
 class XAppWatch {
  public:
-  // `onChange` is called, after the constructor, whenever that watcher has come or gone. At first there is none.
+  // `onChange` is called, after the constructor, whenever that watcher has come or gone. Until then no
+  // watcher of this kind is there.
   XAppWatch(const QDBusConnection& bus, const std::function<void(bool isThere)>& onChange);
 
  private:

@@ -98,7 +98,7 @@ bool hasShellExtension(const QDBusConnection& bus) {
 }
 
 // Sets the place for the bell, and the program that shows it.
-void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examination& found) {
+void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, bool hasExtension, Examination& found) {
   constexpr QLatin1String watcher("org.kde.StatusNotifierWatcher");
   if (isOnBus(bus, watcher)) {
     QDBusMessage call =
@@ -115,7 +115,7 @@ void findBellPlace(const QDBusConnection& bus, const X11Desktop& x11, Examinatio
     }
   }
   if (x11.hasTray) found.bellPlace = BellPlace::oldTray;
-  if (hasShellExtension(bus)) found.bellPlace = BellPlace::shell;
+  if (hasExtension) found.bellPlace = BellPlace::shell;
 }
 
 std::optional<RunningTollvane> running(const QDBusConnection& bus) {
@@ -128,10 +128,10 @@ std::optional<RunningTollvane> running(const QDBusConnection& bus) {
   return tollvane;
 }
 
-WindowWay windowWay(const QDBusConnection& bus, const X11Desktop& x11) {
+WindowWay windowWay(const QDBusConnection& bus, const X11Desktop& x11, bool hasExtension) {
   if (!variable("SWAYSOCK").empty()) return WindowWay::sway;
   if (isOnBus(bus, QLatin1String("org.kde.KWin"))) return WindowWay::kwin;
-  if (hasShellExtension(bus)) return WindowWay::shell;
+  if (hasExtension) return WindowWay::shell;
   if (variable("WAYLAND_DISPLAY").empty()) return x11.hasWindowManager ? WindowWay::x11 : WindowWay::none;
   return WindowWay::others;
 }
@@ -244,6 +244,7 @@ Examination examine(const fs::path& bundle, const WantedManifests& wanted, const
   PosixFiles files;
   const auto configuration = configurationFolder();
   const X11Desktop x11 = variable("DISPLAY").empty() ? X11Desktop() : X11Desktop::find();
+  const bool hasExtension = hasShellExtension(bus);
   Examination found;
   found.home = homeFolder();
   found.bundle = bundle;
@@ -254,9 +255,9 @@ Examination examine(const fs::path& bundle, const WantedManifests& wanted, const
   found.running = running(bus);
   found.soundServers = soundServers();
   found.notificationService = notificationService(bus);
-  findBellPlace(bus, x11, found);
+  findBellPlace(bus, x11, hasExtension, found);
   found.desktop = variable("XDG_CURRENT_DESKTOP");
-  found.windowWay = windowWay(bus, x11);
+  found.windowWay = windowWay(bus, x11, hasExtension);
   found.browsers = browsers(locations, wanted);
   found.login = AutostartLogin(files, configuration, bundle / "Tollvane").status();
   found.supportFolder = dataFolder().value_or("") / supportDirectoryName;

@@ -16,22 +16,15 @@ std::string keyFileText(std::string_view text) {
   return value;
 }
 
+// Quoted as the key's own rules say, and then written like every text of such a file.
 std::string execArgument(std::string_view argument) {
-  std::string text = "\"";
+  std::string quoted = "\"";
   for (const char c : argument) {
-    if (c == '\\') {
-      text += "\\\\\\\\";
-    } else if (c == '"' || c == '`' || c == '$') {
-      text += std::string("\\\\") + c;
-    } else if (c == '%') {
-      text += "%%";
-    } else if (c == '\n') {
-      text += "\\n";
-    } else {
-      text += c;
-    }
+    if (c == '\\' || c == '"' || c == '`' || c == '$') quoted += '\\';
+    if (c == '%') quoted += '%';
+    quoted += c;
   }
-  return text + '"';
+  return keyFileText(quoted + '"');
 }
 
 // A program's path must not contain a "=" in this key, and "env" would take it for one more variable. A shell starts

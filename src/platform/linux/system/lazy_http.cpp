@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <utility>
 
+#include "support/web_address.h"
+
 namespace tollvane {
 
 void LazyHttp::get(const HttpRequest& request, std::function<void(std::optional<HttpResponse>)> completion) {
   // A copy of Tollvane whose site does not exist asks for it all the same, and needs no library to be told so.
-  Http* const http = isNowhere(QUrl(QString::fromStdString(request.url)).host()) ? nullptr : loaded();
+  const QUrl url(QString::fromStdString(request.url));
+  Http* const http = web::mayAsk(url.scheme().toStdString(), url.host().toStdString()) ? loaded() : nullptr;
   if (http) return http->get(request, std::move(completion));
   QTimer::singleShot(0, &refused_, [completion = std::move(completion)] { completion(std::nullopt); });
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QObject>
-#include <QString>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -13,9 +12,6 @@
 #include "platform/http.h"
 
 namespace tollvane {
-
-// Names in this domain never exist (RFC 6761), so no server needs to be asked.
-inline bool isNowhere(const QString& host) { return host.endsWith(QLatin1String(".invalid")); }
 
 class LazyHttp : public Http {
  public:

@@ -5,7 +5,6 @@
 #include <QTimer>
 #include <utility>
 
-#include "platform/linux/system/lazy_http.h"
 #include "support/web_address.h"
 
 namespace tollvane {

@@ -61,7 +61,7 @@ constexpr bool isRegistered(LoginStatus status) {
 }
 
 // If the user has turned the application off in System Settings, registering succeeds and changes nothing. Only the
-// user can turn it on again, so a user who has just asked for it is taken to the place.
+// user can turn it on again, so the caller opens that page of System Settings if the user has just asked for it.
 constexpr bool showsSystemSettings(LoginStatus afterwards, AskedBy by) {
   return afterwards == LoginStatus::requiresApproval && by == AskedBy::user;
 }
