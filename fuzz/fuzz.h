@@ -15,4 +15,5 @@
     }                                                                              \
   } while (false)
 
+// NOLINTNEXTLINE(readability-identifier-naming): libFuzzer's name
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

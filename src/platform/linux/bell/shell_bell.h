@@ -6,7 +6,7 @@
 //     Attach(u version) -> u        the version that Tollvane speaks; the shell goes on only if it is its own
 //     Detach()                      the extension is turned off
 //     State() -> s symbol, s tooltip        Changed        signal: ask again        ShowMenu        signal: open it
-//     Menu() -> s        JSON: a list of items; see shell/gnome/body.js for its reader
+//     Menu() -> s        JSON; see shell_menu.h
 //     Choose(i number, s token)
 #pragma once
 
@@ -15,10 +15,10 @@
 #include <QObject>
 #include <QString>
 #include <functional>
-#include <map>
 #include <string>
 
 #include "platform/linux/bell/exported_menu.h"
+#include "platform/linux/bell/shell_menu.h"
 #include "platform/status_item.h"
 
 namespace tollvane {
@@ -69,7 +69,7 @@ class ShellBell : public QObject, public StatusItem, protected QDBusContext {
   QString symbol_, toolTip_;
   QString attached_;  // the unique name of the shell that has attached itself
   MenuNumbers numbers_;
-  std::map<int, MenuItem> items_;  // of the menu that was asked for last
+  ShellMenu shown_;  // what was asked for last
 };
 
 }  // namespace tollvane

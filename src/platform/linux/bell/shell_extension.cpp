@@ -5,9 +5,10 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
-#include <cstdlib>
 #include <utility>
 #include <vector>
+
+#include "support/ascii.h"
 
 namespace tollvane {
 namespace {
@@ -25,9 +26,9 @@ std::string formForShell(const std::string& version) {
   constexpr int firstModules = 45;
   constexpr int newest = 48;
   constexpr int oldest = 43;
-  const int major = std::atoi(version.c_str());
-  if (major < oldest || major > newest) return {};
-  return major < firstModules ? "43" : "45";
+  const auto major = ascii::number<int>(version.substr(0, version.find_first_of(".~ ")));
+  if (!major || *major < oldest || *major > newest) return {};
+  return *major < firstModules ? "43" : "45";
 }
 
 ShellExtension::ShellExtension(QDBusConnection bus, Files& files, std::filesystem::path forms,
