@@ -25,10 +25,11 @@ namespace {
 // So many lines, of which a quarter are sounds, each of another application.
 std::string lines(std::int64_t count) {
   std::string all;
-  for (std::int64_t i = 0; i < count; ++i)
+  for (std::int64_t i = 0; i < count; ++i) {
     all += i % 4
                ? test::logLine("/usr/sbin/audiomxd", "the format of a stream has changed, number " + std::to_string(i))
                : test::outputStarted("player " + std::to_string(i), 0);
+  }
   return all;
 }
 

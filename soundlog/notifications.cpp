@@ -10,7 +10,7 @@
 namespace tollvane::soundlog {
 namespace {
 
-constexpr const char* bus = "org.freedesktop.DBus";
+constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 constexpr const char* notifications = "org.freedesktop.Notifications";
 constexpr const char* notifyRule = "type='method_call',interface='org.freedesktop.Notifications',member='Notify'";
@@ -144,8 +144,9 @@ bool NotificationSource::becomeMonitor() {
     self->events_.served();
     return 0;
   };
-  const int result = sd_bus_call_method_async(monitor_->get(), &slot, bus, busPath, "org.freedesktop.DBus.Monitoring",
-                                              "BecomeMonitor", done, this, "asu", 2, notifyRule, ownerRule, 0);
+  const int result =
+      sd_bus_call_method_async(monitor_->get(), &slot, busName, busPath, "org.freedesktop.DBus.Monitoring",
+                               "BecomeMonitor", done, this, "asu", 2, notifyRule, ownerRule, 0);
   monitoring_.reset(slot);
   return result >= 0;
 }
@@ -169,7 +170,7 @@ bool NotificationSource::followService() {
   sd_bus_slot* slot = nullptr;
   if (sd_bus_add_match_async(queries_->get(), &slot, ownerRule, changed, added, this) < 0) return false;
   ownerChanges_.reset(std::exchange(slot, nullptr));
-  if (sd_bus_call_method_async(queries_->get(), &slot, bus, busPath, bus, "GetNameOwner", named, this, "s",
+  if (sd_bus_call_method_async(queries_->get(), &slot, busName, busPath, busName, "GetNameOwner", named, this, "s",
                                notifications) < 0) {
     return false;
   }
@@ -179,7 +180,7 @@ bool NotificationSource::followService() {
 
 void NotificationSource::called(sd_bus_message* message) {
   if (!served_) return;
-  if (sd_bus_message_is_signal(message, bus, "NameOwnerChanged")) {
+  if (sd_bus_message_is_signal(message, busName, "NameOwnerChanged")) {
     const char* owner = nullptr;
     if (sd_bus_message_read(message, "sss", nullptr, nullptr, &owner) > 0) owner_ = owner;
     return;
@@ -224,8 +225,9 @@ void NotificationSource::ask(const std::string& name, std::function<void(std::op
   if (questions_.size() >= mostQuestions) return answered(std::nullopt);
   Question& question = questions_.emplace_back(Question{this, std::move(answered), nullptr});
   sd_bus_slot* slot = nullptr;
-  const int result = sd_bus_call_method_async(queries_->get(), &slot, bus, busPath, bus, "GetConnectionUnixProcessID",
-                                              Question::answered, &question, "s", name.c_str());
+  const int result =
+      sd_bus_call_method_async(queries_->get(), &slot, busName, busPath, busName, "GetConnectionUnixProcessID",
+                               Question::answered, &question, "s", name.c_str());
   question.slot.reset(slot);
   if (result >= 0) return;
   const auto then = std::move(question.then);
@@ -243,8 +245,8 @@ void NotificationSource::serviceOwner(const char* owner) {
     return 0;
   };
   sd_bus_slot* slot = nullptr;
-  sd_bus_call_method_async(queries_->get(), &slot, bus, busPath, bus, "GetConnectionUnixProcessID", answered, this, "s",
-                           owner);
+  sd_bus_call_method_async(queries_->get(), &slot, busName, busPath, busName, "GetConnectionUnixProcessID", answered,
+                           this, "s", owner);
   ownerPid_.reset(slot);
 }
 

@@ -22,9 +22,10 @@ class MenuCommandsTest : public testing::Test {
   void hear(const std::string& app, Pid pid) { system.children.last().print(test::outputStarted(app, pid)); }
   void choose(std::string_view title) {
     const Menu menu = system.statusBar.openMenu();
-    for (const MenuItem& item : menu.items)
-      if (item.title == title || plainText(item.attributedTitle).find(title) != std::string::npos)
-        return item.action(item);
+    for (const MenuItem& item : menu.items) {
+      const bool isWanted = item.title == title || plainText(item.attributedTitle).find(title) != std::string::npos;
+      if (isWanted) return item.action(item);
+    }
     FAIL() << "no item " << title;
   }
   const std::vector<std::shared_ptr<SoundEvent>>& events() { return delegate->recorder().events; }

@@ -30,9 +30,10 @@ TEST(ApplicationSocketsTest, WithoutAHomeTheOthersAreLeft) {
 
 TEST(ApplicationSocketsTest, BesideABridgeThatIsElsewhereThereIsNone) {
   for (const char* program : {"", "TollvaneBridge", "/TollvaneBridge", "/opt/Tollvane/TollvaneBridge",
-                              "/usr/bin/TollvaneBridge", "/data/Tollvane/sbin/TollvaneBridge"})
+                              "/usr/bin/TollvaneBridge", "/data/Tollvane/sbin/TollvaneBridge"}) {
     EXPECT_THAT(applicationSockets(program, "/data", std::nullopt), ElementsAre("/data/Tollvane/bridge.sock"))
         << program;
+  }
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ class DesktopTest : public SharedSession<PrivateDesktop> {
 
   // Writes a shell script, which can be run as a program.
   std::filesystem::path script(const std::string& path, const std::string& text) const {
-    const auto file = write(path, "#!/bin/sh\n" + text);
+    auto file = write(path, "#!/bin/sh\n" + text);
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
     return file;
   }

@@ -33,7 +33,7 @@ class MenuHost : public QObject {
 
   bool aboutToShow(int id = 0) const { return call("AboutToShow", {id}).arguments().value(0).toBool(); }
 
-  QDBusMessage event(int id, const char* name, uint time = 0) const {
+  QDBusMessage sendEvent(int id, const char* name, uint time = 0) const {
     return call("Event", {id, QString::fromLatin1(name), QVariant::fromValue(QDBusVariant(QString())), time});
   }
 

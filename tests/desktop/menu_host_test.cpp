@@ -124,7 +124,7 @@ TEST_F(MenuHostTest, IsMadeAnewAtEachOpeningAndAChangeIsAnnouncedOnce) {
   MenuHost& host = start("five");
   const DBusMenuLayout before = host.layout();
   EXPECT_FALSE(host.aboutToShow());
-  host.event(0, "closed");
+  host.sendEvent(0, "closed");
   settle();
   EXPECT_EQ(host.updates, 0);
   bell_->tell("add Mail");
@@ -161,26 +161,26 @@ TEST_F(MenuHostTest, NothingMovesFromTheMomentItIsAboutToBeShown) {
   bell_->tell("add Mail");
   settle();
   EXPECT_EQ(host.updates, 0) << "the bar has not said yet that the menu is open";
-  host.event(MenuHost::find(host.layout(), "Signal")->id, "clicked");
+  host.sendEvent(MenuHost::find(host.layout(), "Signal")->id, "clicked");
   EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; })) << "the choice has closed it";
 }
 
 TEST_F(MenuHostTest, DoesNotChangeWhileItIsOpen) {
   MenuHost& host = start("five");
   const DBusMenuLayout before = host.layout();
-  host.event(0, "opened");
+  host.sendEvent(0, "opened");
   bell_->tell("add Mail");
   settle();
   EXPECT_EQ(host.updates, 0);
   EXPECT_EQ(numbers(host.layout()), numbers(before));
-  host.event(0, "closed");
+  host.sendEvent(0, "closed");
   EXPECT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; }));
 }
 
 TEST_F(MenuHostTest, AHostThatNeverReportsTheClosingGetsTheNewMenuAtTheNextOpening) {
   MenuHost& host = start("five");
   host.layout();
-  host.event(0, "opened");
+  host.sendEvent(0, "opened");
   bell_->tell("add Mail");
   EXPECT_TRUE(host.aboutToShow());
 }
@@ -190,7 +190,7 @@ TEST_F(MenuHostTest, AClickRunsTheItemThatWasShownEvenIfItIsGone) {
   const int signal = MenuHost::find(host.layout(), "Signal")->id;
   bell_->tell("clear");
   ASSERT_TRUE(waitUntilOnTheBus([&] { return host.updates == 1; }));
-  EXPECT_EQ(host.event(signal, "clicked").type(), QDBusMessage::ReplyMessage);
+  EXPECT_EQ(host.sendEvent(signal, "clicked").type(), QDBusMessage::ReplyMessage);
   EXPECT_TRUE(bell_->prints("chosen sound "));
   EXPECT_TRUE(bell_->prints("Signal | \n"));
 }
@@ -199,16 +199,16 @@ TEST_F(MenuHostTest, TheTokenOfTheClickIsThereWhenTheActionRuns) {
   MenuHost& host = start("five");
   const int settings = MenuHost::find(host.layout(), "Settings")->id;
   ItemOnTheBus(*bus_, bell_->service()).invoke("ProvideXdgActivationToken", {QStringLiteral("token-7")});
-  host.event(settings, "clicked");
+  host.sendEvent(settings, "clicked");
   EXPECT_TRUE(bell_->prints("chosen settings | token-7\n"));
 }
 
 TEST_F(MenuHostTest, DisabledItemsAndSeparatorsDoNothing) {
   MenuHost& host = start("none");
   const DBusMenuLayout layout = host.layout();
-  host.event(MenuHost::find(layout, "Mark all")->id, "clicked");
-  host.event(layout.children.at(1).id, "clicked");
-  host.event(MenuHost::find(layout, "Clear list")->id, "clicked");
+  host.sendEvent(MenuHost::find(layout, "Mark all")->id, "clicked");
+  host.sendEvent(layout.children.at(1).id, "clicked");
+  host.sendEvent(MenuHost::find(layout, "Clear list")->id, "clicked");
   ASSERT_TRUE(bell_->prints("chosen clearList"));
   EXPECT_EQ(bell_->count("chosen "), 1);
 }
@@ -218,7 +218,7 @@ TEST_F(MenuHostTest, UnknownNumbersAreRefusedAsTheProtocolSays) {
   host.layout();
   for (const int unknown : {-1, 123456, 2147483647}) {
     EXPECT_EQ(host.call("GetLayout", {unknown, -1, QStringList()}).type(), QDBusMessage::ErrorMessage);
-    EXPECT_EQ(host.event(unknown, "clicked").type(), QDBusMessage::ErrorMessage);
+    EXPECT_EQ(host.sendEvent(unknown, "clicked").type(), QDBusMessage::ErrorMessage);
     EXPECT_EQ(host.call("AboutToShow", {unknown}).type(), QDBusMessage::ErrorMessage);
     EXPECT_EQ(host.call("GetProperty", {unknown, QStringLiteral("label")}).type(), QDBusMessage::ErrorMessage);
   }

@@ -89,10 +89,11 @@ TEST_F(OneBellTest, OfManyStartsAtOnceOnlyOneKeepsRunning) {
   };
   EXPECT_TRUE(waitUntil([&] { return running() == 1; }, desktopPatience));
   for (const auto& each : starts) {
-    if (each->running())
+    if (each->running()) {
       awaitOwner(*each);
-    else
+    } else {
       EXPECT_EQ(each->exitCode(), 0);
+    }
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -116,8 +115,10 @@ class SmallScreenTest : public SettingsWindowTest {
 
 TEST_F(SmallScreenTest, TheWindowIsNotHigherThanTheScreenHasRoom) {
   start("welcome", "Welcome");
+  std::istringstream frame(order("frame").at(0));
+  std::string word;
   int x = 0, y = 0, width = 0, height = 0;
-  ASSERT_EQ(std::sscanf(order("frame").at(0).c_str(), "frame %d %d %d %d", &x, &y, &width, &height), 4);
+  ASSERT_TRUE(frame >> word >> x >> y >> width >> height);
   EXPECT_GE(y, 0);
   EXPECT_GT(height, 500);
   EXPECT_LE(y + height, 600);

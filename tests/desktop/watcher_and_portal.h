@@ -45,6 +45,7 @@ class TestWatcher : public QObject {
   void announceHost() { Q_EMIT StatusNotifierHostRegistered(); }
   QDBusConnection& bus() { return *bus_; }
 
+  // NOLINTBEGIN(readability-identifier-naming): names on the bus
  public Q_SLOTS:
   void RegisterStatusNotifierItem(const QString& service) {
     ++registrations_;
@@ -55,6 +56,7 @@ class TestWatcher : public QObject {
  Q_SIGNALS:
   void StatusNotifierItemRegistered(const QString& item);
   void StatusNotifierHostRegistered();
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   TestBus bus_;
@@ -97,6 +99,7 @@ class TestPortal : public QObject {
                           QDBusVariant(2U));
   }
 
+  // NOLINTBEGIN(readability-identifier-naming): names on the bus
  public Q_SLOTS:
   QDBusVariant Read(const QString&, const QString& key) {
     QVariant value = 99U;
@@ -108,6 +111,7 @@ class TestPortal : public QObject {
 
  Q_SIGNALS:
   void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   QVariant accent() const {

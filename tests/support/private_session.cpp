@@ -54,10 +54,11 @@ void PrivateSession::readAnswer() {
     const std::size_t equals = line->find('=');
     if (equals == std::string::npos) throw std::runtime_error("the private session said: " + *line);
     const std::string name = line->substr(0, equals), value = line->substr(equals + 1);
-    if (isVariable(name))
+    if (isVariable(name)) {
       own_[name] = variables_[name] = value;
-    else
+    } else {
       facts_[name] = value;
+    }
   }
   throw std::runtime_error("the private session has ended");
 }

@@ -100,7 +100,7 @@ std::unique_ptr<Process> PrivateSound::begin(const std::vector<std::string>& com
 }
 
 std::filesystem::path PrivateSound::tone(std::chrono::milliseconds length) const {
-  const auto file = session_.root() / ("tone-" + std::to_string(length.count()) + "ms.wav");
+  auto file = session_.root() / ("tone-" + std::to_string(length.count()) + "ms.wav");
   if (!std::filesystem::exists(file)) std::ofstream(file, std::ios::binary) << waveFile(length);
   return file;
 }

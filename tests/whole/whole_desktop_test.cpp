@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "support/ascii.h"
 #include "tests/desktop/desktop_fixture.h"
 #include "tests/desktop/running_processes.h"
 #include "tests/virtual/log_lines.h"
@@ -94,7 +95,7 @@ class WholeDesktopTest : public DesktopTest {
       std::istringstream lines(run({"xdotool", "getwindowgeometry", "--shell", window}));
       for (std::string line; std::getline(lines, line);) {
         const std::string name = line.substr(0, line.find('='));
-        const int value = std::atoi(line.substr(line.find('=') + 1).c_str());
+        const int value = ascii::number<int>(line.substr(line.find('=') + 1)).value_or(0);
         if (name == "X") place.x = value;
         if (name == "Y") place.y = value;
         if (name == "WIDTH") place.width = value;

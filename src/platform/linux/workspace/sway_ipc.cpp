@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 1s;
+constexpr auto swayPatience = 1s;
 constexpr std::uint32_t longestAnswer = 16 << 20;
 constexpr char magic[] = {'i', '3', '-', 'i', 'p', 'c'};
 constexpr std::size_t headerSize = sizeof magic + 2 * sizeof(std::uint32_t);
@@ -92,7 +92,7 @@ class SwayIpc::Conversation : public QObject {
     if (!stream_) return finish(Raised::unknown);
     input_.emplace(stream_.descriptor(), QSocketNotifier::Read);
     connect(&*input_, &QSocketNotifier::activated, this, [this] { read(); });
-    QTimer::singleShot(patience, this, [this] { finish(Raised::unknown); });
+    QTimer::singleShot(swayPatience, this, [this] { finish(Raised::unknown); });
     ask(Question::getTree, {});
   }
 

@@ -17,10 +17,11 @@ inline ui::Text sectionTitle(const ui::Section& section) {
 inline std::vector<ui::Control> controlsOf(const ui::Element& element) {
   return std::visit(
       [](const auto& each) {
-        if constexpr (std::is_same_v<decltype(each), const ui::Row&>)
+        if constexpr (std::is_same_v<decltype(each), const ui::Row&>) {
           return each.controls;
-        else
+        } else {
           return std::vector<ui::Control>{each};
+        }
       },
       element);
 }

@@ -26,10 +26,9 @@ using LanguageVariables = std::vector<test::Environment::Variable>;
 TEST(DesktopEntry, OnlyApplicationsAreRead) {
   EXPECT_TRUE(parseDesktopEntry("[Desktop Entry]\nType=Application\nName=A\n", ""));
   for (const char* text : {"", "[Desktop Entry]\n", "[Desktop Entry]\nType=Link\nName=A\n", "Type=Application\n",
-                           "[Other]\nType=Application\n", "[Desktop Entry]\nType=Directory\n",
-                           "\x7f"
-                           "ELF\x02\x01\x01"})
+                           "[Other]\nType=Application\n", "[Desktop Entry]\nType=Directory\n", "\177ELF\x02\x01\x01"}) {
     EXPECT_FALSE(parseDesktopEntry(text, "")) << text;
+  }
   EXPECT_FALSE(parseDesktopEntry(std::string(5000, '\0'), ""));
 }
 

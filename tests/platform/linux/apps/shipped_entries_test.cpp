@@ -23,7 +23,7 @@ struct Shipped {
   const char* name;
 };
 
-void PrintTo(const Shipped& row, std::ostream* stream) { *stream << row.id; }
+std::ostream& operator<<(std::ostream& out, const Shipped& row) { return out << row.id; }
 
 constexpr const char* session = "/user.slice/user-1000.slice/session-2.scope";
 constexpr const char* flatpak = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-flatpak-";

@@ -10,9 +10,11 @@ namespace {
 // The area inside, counted by points that are 0.02 apart.
 double areaOf(const QPainterPath& path) {
   constexpr double step = 0.02;
+  constexpr int points = static_cast<int>(symbolSize / step);
   long inside = 0;
-  for (double y = step / 2; y < symbolSize; y += step) {
-    for (double x = step / 2; x < symbolSize; x += step) inside += path.contains(QPointF(x, y));
+  for (int row = 0; row < points; ++row) {
+    for (int column = 0; column < points; ++column)
+      inside += path.contains(QPointF((column + 0.5) * step, (row + 0.5) * step));
   }
   return static_cast<double>(inside) * step * step;
 }
@@ -55,9 +57,10 @@ TEST(SymbolPath, ThereAreFourWaysFromOnePointOfACircleToAnother) {
 }
 
 TEST(SymbolPath, WhatFollowsAMistakeIsLeftOut) {
-  for (const char* rest : {"X5 6", "L", "L5", "L5 nothing", "c1 1 1 1 1 1"})
+  for (const char* rest : {"X5 6", "L", "L5", "L5 nothing", "c1 1 1 1 1 1"}) {
     EXPECT_EQ(pathOfData(QString(QLatin1String("M1 2L3 4") + QLatin1String(rest))).currentPosition(), QPointF(3, 4))
         << rest;
+  }
   EXPECT_TRUE(pathOfData(u"").isEmpty());
 }
 

@@ -55,9 +55,10 @@ TEST(ProgramLine, ScriptsAreFoundBehindOptions) {
       {"wine", {"wine", "start", "x"}, std::nullopt},
       {"firefox", {"firefox", "page.html"}, std::nullopt},
   };
-  for (const Row& row : rows)
+  for (const Row& row : rows) {
     EXPECT_EQ(scriptOf(row.interpreter, row.arguments), row.script)
         << row.interpreter << ' ' << ::testing::PrintToString(row.arguments);
+  }
 }
 
 TEST(ProgramLine, WordsInFrontOfTheProgramAreDropped) {

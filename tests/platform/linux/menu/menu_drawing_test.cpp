@@ -16,7 +16,6 @@
 
 #include "platform/linux/drawing/appearance.h"
 #include "platform/linux/drawing/contrast.h"
-#include "platform/linux/menu/menu_placement.h"
 #include "platform/linux/menu/menu_style.h"
 #include "platform/linux/menu/menu_title.h"
 #include "platform/linux/menu/menu_widget.h"
@@ -244,49 +243,6 @@ TEST(Appearance, ThePaletteIsKeptIfItFitsTheColourScheme) {
   EXPECT_EQ(paletteFor(ColorScheme::dark, light).color(QPalette::Highlight), QColor(Qt::blue));
 }
 
-// Places.
-
-constexpr QRect screen(0, 0, 1000, 700);
-
-TEST(MenuPlacement, StandsAlongThePanelBesideTheIcon) {
-  const QSize menu(300, 400);
-  EXPECT_EQ(menuPosition(menu, {500, 10}, screen, screen.adjusted(0, 26, 0, 0)), QPoint(488, 26));
-  EXPECT_EQ(menuPosition(menu, {500, 690}, screen, screen.adjusted(0, 0, 0, -26)), QPoint(488, 274));
-  EXPECT_EQ(menuPosition(menu, {10, 200}, screen, screen.adjusted(26, 0, 0, 0)), QPoint(26, 188));
-  EXPECT_EQ(menuPosition(menu, {990, 200}, screen, screen.adjusted(0, 0, -26, 0)), QPoint(674, 188));
-}
-
-TEST(MenuPlacement, StandsBesideAPanelThatReservesNoRoom) {
-  const QSize menu(300, 400);
-  EXPECT_EQ(menuPosition(menu, {500, 10}, screen, screen, {0, 0, 1000, 48}), QPoint(488, 48));
-  EXPECT_EQ(menuPosition(menu, {500, 690}, screen, screen, {0, 652, 1000, 48}), QPoint(488, 252));
-  EXPECT_EQ(menuPosition(menu, {10, 200}, screen, screen, {0, 0, 40, 700}), QPoint(40, 188));
-  EXPECT_EQ(menuPosition(menu, {990, 200}, screen, screen, {960, 0, 40, 700}), QPoint(660, 188));
-}
-
-TEST(MenuPlacement, APanelOfOneScreenIsNotOnAnother) {
-  const QRect second(1000, 0, 800, 600);
-  EXPECT_EQ(menuPosition({300, 400}, {1700, 8}, second, second, {1000, 0, 800, 30}), QPoint(1500, 30));
-  EXPECT_EQ(menuPosition({300, 400}, {1700, 8}, second, second, {0, 0, 1000, 48}), QPoint(1500, 20));
-}
-
-TEST(MenuPlacement, AWindowOverHalfOfTheScreenIsNoPanel) {
-  EXPECT_EQ(menuPosition({300, 400}, {500, 10}, screen, screen.adjusted(0, 26, 0, 0), screen), QPoint(488, 26));
-}
-
-TEST(MenuPlacement, IsWhollyOnTheScreenWhereverTheClickWas) {
-  const QRect rooms[] = {screen, screen.adjusted(0, 26, 0, 0), screen.adjusted(0, 0, -40, -26)};
-  for (const QRect& room : rooms)
-    for (int x = -50; x < 1100; x += 50)
-      for (int y = -50; y < 800; y += 50)
-        EXPECT_TRUE(screen.contains(QRect(menuPosition({300, 400}, {x, y}, screen, room), QSize(300, 400))))
-            << x << ' ' << y;
-}
-
-TEST(MenuPlacement, AMenuThatIsTooLargeShowsItsBeginning) {
-  EXPECT_EQ(menuPosition({2000, 2000}, {990, 10}, screen, screen.adjusted(0, 26, 0, 0)), QPoint(0, 0));
-}
-
 // Whole menus.
 
 class OpenMenu {
@@ -406,9 +362,10 @@ TEST(RichMenu, EveryEntryHasANameForScreenReaders) {
 double strongestInk(const QImage& image, const QRect& row) {
   const QColor behind = image.pixelColor(row.left() + 2, row.top() + 1);
   double strongest = 1;
-  for (int y = row.top(); y <= row.bottom(); ++y)
+  for (int y = row.top(); y <= row.bottom(); ++y) {
     for (int x = row.left(); x <= row.right(); ++x)
       strongest = std::max(strongest, contrast(image.pixelColor(x, y), behind));
+  }
   return strongest;
 }
 

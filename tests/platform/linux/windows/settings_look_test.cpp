@@ -39,9 +39,10 @@ std::vector<QPalette> palettes() {
 TEST(SettingsLook, EveryTextIsReadableOnTheGroupWhateverTheAccent) {
   for (const QPalette& palette : palettes()) {
     const SettingsLook look(palette, QApplication::font());
-    for (const TextColor role : allColors)
+    for (const TextColor role : allColors) {
       EXPECT_GE(contrast(look.color(role), look.group()), 4.5)
           << static_cast<int>(role) << " on " << look.group().name().toStdString();
+    }
   }
 }
 

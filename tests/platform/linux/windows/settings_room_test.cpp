@@ -25,7 +25,7 @@ struct NamedFont {
   double points;
 };
 
-void PrintTo(const NamedFont& font, std::ostream* out) { *out << font.family << ' ' << font.points; }
+std::ostream& operator<<(std::ostream& out, const NamedFont& font) { return out << font.family << ' ' << font.points; }
 
 class SettingsRoom : public testing::TestWithParam<std::tuple<std::string, NamedFont, ColorScheme>> {
  protected:
