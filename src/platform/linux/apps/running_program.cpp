@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -113,9 +114,12 @@ const RunningProgram::Script& RunningProgram::script() {
   script_->name = scriptOf(*executable(), arguments());
   if (!script_->name) return *script_;
   const std::string& name = *script_->name;
-  if (!name.ends_with(".exe")) script_->file = processes_.fileNamed(pid_, name);
-  // A script may be gone, or be where only the process itself can see it.
-  if (!script_->file && name.starts_with('/')) script_->file = name;
+  if (name.starts_with('/')) {
+    // Whether the file exists does not matter: it may be gone, or be where only the process itself can see it.
+    script_->file = std::filesystem::path(name).lexically_normal().string();
+  } else if (!name.ends_with(".exe")) {
+    script_->file = processes_.fileNamed(pid_, name);
+  }
   return *script_;
 }
 

@@ -19,7 +19,7 @@ void WriteWatch::add(const std::string& folder) {
 
 bool WriteWatch::takeWrites() {
   bool any = false;
-  alignas(inotify_event) std::array<char, 4096> buffer{};
+  alignas(inotify_event) std::array<char, 4096> buffer;  // not cleared, because most calls read nothing
   while (inotify_ && ::read(inotify_.get(), buffer.data(), buffer.size()) > 0) any = true;
   return any;
 }
