@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tests/support/process.h"
 #include "tests/support/temporary_directory.h"
 
@@ -24,10 +26,11 @@ class CommandsTest : public testing::Test {
   Answer run(const std::vector<std::string>& options) {
     std::vector<std::string> command = {TOLLVANE_BUNDLE "/Tollvane"};
     command.insert(command.end(), options.begin(), options.end());
-    const Variables variables = {{"HOME", home.path().string()},
-                                 {"PATH", "/usr/bin:/bin"},
-                                 {"LANG", "C.UTF-8"},
-                                 {"XDG_RUNTIME_DIR", (home / "run").string()}};
+    Variables variables = {{"HOME", home.path().string()},
+                           {"PATH", "/usr/bin:/bin"},
+                           {"LANG", "C.UTF-8"},
+                           {"XDG_RUNTIME_DIR", (home / "run").string()}};
+    if (const char* sanitizer = std::getenv("TSAN_OPTIONS")) variables.emplace("TSAN_OPTIONS", sanitizer);
     Process process(command, {.output = Process::Output::read, .variables = variables, .errors = home / "errors"});
     Answer answer;
     answer.output = process.rest();
