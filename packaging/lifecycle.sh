@@ -81,6 +81,10 @@ left_in_system() {
 }
 nothing_left() { [ -z "$(left_in_system)" ]; }
 in_home() { (cd "$home" && find . -path '*ollvane*' -type f -exec md5sum {} + | sort); }
+# GNOME Shell's schema, which stands for the shell.
+shell_default() { GSETTINGS_BACKEND=memory gsettings get org.gnome.shell enabled-extensions; }
+is_on_in_shell() { [ "$(shell_default)" = "['tollvane@quarnel.com']" ]; }
+is_not_on_in_shell() { [ "$(shell_default)" = "@as []" ]; }
 home_is_same() { [ "$(in_home)" = "$home_before" ]; }
 
 start_tollvane
@@ -108,6 +112,10 @@ packages --allow-downgrades install "$work/tollvane_0.0.1.deb"
 check "a downgrade keeps the history" same_history
 check "and the settings" test -s "$home/.config/Tollvane/defaults.json"
 
+check "without GNOME Shell its default is not touched" test ! -e /usr/share/glib-2.0/schemas/05_tollvane.gschema.override
+packages install gnome-shell-common libglib2.0-bin
+check "where GNOME Shell comes, its extension is on for users who have chosen none" is_on_in_shell
+
 home_before=$(in_home)
 log_pid=$(log_tool)
 packages remove tollvane
@@ -117,6 +125,7 @@ check "nothing of it is left in the system" nothing_left
 packages --allow-downgrades install "$work/tollvane_0.0.1.deb"
 packages purge tollvane
 check "nor after it was installed again and purged" nothing_left
+check "and GNOME Shell has its own default again" is_not_on_in_shell
 check "the home is untouched" home_is_same
 [ -z "$(left_in_system)" ] || left_in_system
 exit $wrong

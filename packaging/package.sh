@@ -142,12 +142,13 @@ if [ -n "$signed_id" ]; then
   done
 fi
 
-# GNOME Shell loads extensions for all users from this folder; each user turns them on. Up to 44 they are scripts.
+# GNOME Shell loads extensions for all users from this folder; postinst turns ours on. Up to 44 they are scripts.
 generation=45
 if [ "${release%%.*}" = 12 ]; then generation=43; fi
 mkdir -p "$share/gnome-shell/extensions"
 ln -s "../../../lib/tollvane/Extensions/gnome/$generation/tollvane@quarnel.com" \
   "$share/gnome-shell/extensions/tollvane@quarnel.com"
+put "$packaging/linux/gnome.gschema.override" /usr/lib/tollvane/gnome.gschema.override
 
 # The manifests in /etc are links, because they are no settings: nothing of them stays when the package is removed.
 "$build/packaging/system_manifests" "$work/Tollvane" /usr/lib/tollvane/TollvaneBridge "$work/manifests"
@@ -218,7 +219,8 @@ depends=$(cd "$work" && dpkg-shlibdeps -O root/usr/lib/tollvane/Tollvane{,Log,Br
   { cat "$work/shlibdeps" >&2; fail "dpkg-shlibdeps failed."; }
 depends=${depends#shlibs:Depends=}
 bars=$(sed 's/#.*//' "$packaging/debian/bars.txt" | xargs | sed 's/ / | /g')
-install -m 755 "$packaging/debian/prerm" "$root/DEBIAN/prerm"
+install -m 755 -t "$root/DEBIAN" "$packaging/debian/"{postinst,prerm,postrm}
+install -m 644 -t "$root/DEBIAN" "$packaging/debian/triggers"
 (cd "$root" && find . -path ./DEBIAN -prune -o -type f -printf '%P\0' | sort -z | xargs -0 md5sum) >"$root/DEBIAN/md5sums"
 # As Policy counts it: a file in whole KiB, anything else as one.
 size=$(find "$root" -path "$root/DEBIAN" -prune -o -type f -printf '%s\n' -o -printf '1\n' |
