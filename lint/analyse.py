@@ -30,7 +30,11 @@ def jobs(build):
 def run(job):
     file, directory, command = job
     done = subprocess.run(command, cwd=directory, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-    return file, done.returncode != 0 or 'warning:' in done.stdout, done.stdout
+    places = [line.split(':')[0] for line in done.stdout.splitlines() if ' error: ' in line or ' warning: ' in line]
+    # What the analyser finds in a library's header is about the library: Qt's hand objects on to code that the analyser
+    # does not see.
+    is_bad = any(pathlib.Path(directory, place).is_relative_to(ROOT) for place in places)
+    return file, is_bad or (done.returncode != 0 and not places), done.stdout
 
 
 if len(sys.argv) != 2:

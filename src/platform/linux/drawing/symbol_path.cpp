@@ -37,31 +37,31 @@ class PathReader {
     rest_ = rest_.mid(1);
     switch (command) {
       case u'M':
-        if (const auto to = numbers<2>()) return path_.moveTo((*to)[0], (*to)[1]), true;
-        return false;
+        return draw<2>([this](const auto& to) { path_.moveTo(to[0], to[1]); });
       case u'L':
-        if (const auto to = numbers<2>()) return path_.lineTo((*to)[0], (*to)[1]), true;
-        return false;
+        return draw<2>([this](const auto& to) { path_.lineTo(to[0], to[1]); });
       case u'H':
-        if (const auto to = number()) return path_.lineTo(*to, path_.currentPosition().y()), true;
-        return false;
+        return draw<1>([this](const auto& to) { path_.lineTo(to[0], path_.currentPosition().y()); });
       case u'V':
-        if (const auto to = number()) return path_.lineTo(path_.currentPosition().x(), *to), true;
-        return false;
+        return draw<1>([this](const auto& to) { path_.lineTo(path_.currentPosition().x(), to[0]); });
       case u'C':
-        if (const auto at = numbers<6>())
-          return path_.cubicTo((*at)[0], (*at)[1], (*at)[2], (*at)[3], (*at)[4], (*at)[5]), true;
-        return false;
+        return draw<6>([this](const auto& to) { path_.cubicTo(to[0], to[1], to[2], to[3], to[4], to[5]); });
       case u'A':
-        if (const auto arc = numbers<7>())
-          return addArc((*arc)[0], (*arc)[3] != 0, (*arc)[4] != 0, {(*arc)[5], (*arc)[6]}), true;
-        return false;
+        return draw<7>([this](const auto& arc) { addArc(arc[0], arc[3] != 0, arc[4] != 0, {arc[5], arc[6]}); });
       case u'Z':
         path_.closeSubpath();
         return true;
       default:
         return false;
     }
+  }
+
+  // Reads so many numbers and draws with them. False, and nothing is drawn, if one is missing.
+  template <std::size_t count, typename Draw>
+  bool draw(Draw drawWith) {
+    const auto read = numbers<count>();
+    if (read) drawWith(*read);
+    return read.has_value();
   }
 
   // From where the path is to `end`, on a circle of this radius, or on the smallest one that reaches `end`.

@@ -83,5 +83,4 @@ void QtHttp::get(const HttpRequest& request, Completion completion) {
 
 }  // namespace tollvane
 
-// The module's only entry point, see LazyHttp.
-extern "C" __attribute__((visibility("default"))) tollvane::Http* tollvaneMakeHttp() { return new tollvane::QtHttp(); }
+tollvane::Http* tollvaneMakeHttp() { return new tollvane::QtHttp(); }

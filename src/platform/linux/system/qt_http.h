@@ -17,3 +17,6 @@ class QtHttp : public Http {
 };
 
 }  // namespace tollvane
+
+// The module's only entry point, see LazyHttp.
+extern "C" __attribute__((visibility("default"))) tollvane::Http* tollvaneMakeHttp();
