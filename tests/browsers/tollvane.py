@@ -34,9 +34,7 @@ class Tollvane:
         self.bridge = session.data / 'Tollvane/bin/TollvaneBridge'
         self.process = None
         self._accessibility = Accessibility(session)
-        settings = session.config / 'Tollvane/defaults.json'
-        settings.parent.mkdir()
-        settings.write_text(json.dumps({'hasLaunchedBefore': True}))  # so that no welcome appears
+        session.write('.config/Tollvane/defaults.json', json.dumps({'hasLaunchedBefore': True}))  # so without a welcome
 
     def start(self):
         """Starts the application. Returns when the panel shows the bell and the log tool listens."""

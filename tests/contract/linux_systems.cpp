@@ -30,6 +30,7 @@
 #include "tests/contract/process_table_contract.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_application.h"
 
 namespace tollvane::test {
 namespace {
@@ -71,10 +72,7 @@ class EventLoop {
   }
 
  private:
-  int argc_ = 1;
-  char name_[5] = "test";
-  char* argv_[2] = {name_, nullptr};
-  QCoreApplication application_{argc_, argv_};
+  TestApplication application_;
 };
 
 class LinuxMainQueue : public EventLoop {

@@ -42,10 +42,10 @@ class ServiceTest(unittest.TestCase):
         # Another user runs some sessions, who may not be allowed to reach the build.
         cls.bundle = cls.session.home / 'Tollvane'
         shutil.copytree(BUILD / 'Tollvane', cls.bundle)
-        cls.write('.config/Tollvane/defaults.json', '{"hasLaunchedBefore": true}')
+        cls.session.write('.config/Tollvane/defaults.json', '{"hasLaunchedBefore": true}')
         # A new sender for each notification, because two sounds of one application in a row count as one.
         for number in range(MOST_SENDERS):
-            cls.write(f'.local/share/applications/parcel-{number}.desktop',
+            cls.session.write(f'.local/share/applications/parcel-{number}.desktop',
                       f'[Desktop Entry]\nType=Application\nName=Parcel Watch {number}\nExec=notify-send\n')
         cls.senders = iter(range(MOST_SENDERS))
         cls.own()
@@ -63,12 +63,6 @@ class ServiceTest(unittest.TestCase):
             file.writeframes(bytes(RATE))
         path.chmod(0o644)
         return path
-
-    @classmethod
-    def write(cls, path, text):
-        file = cls.session.home / path
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
 
     @classmethod
     def own(cls):

@@ -136,10 +136,10 @@ class PanelTest(unittest.TestCase):
         (cls.bundle / 'TollvaneLog').unlink()
         (cls.bundle / 'TollvaneLog').write_text(f"#!/bin/sh\nexec cat <>'{cls.sounds}'\n")
         (cls.bundle / 'TollvaneLog').chmod(0o755)
-        cls.write('.config/Tollvane/defaults.json', '{"hasLaunchedBefore": true}')
+        cls.session.write('.config/Tollvane/defaults.json', '{"hasLaunchedBefore": true}')
         for name, program in (('Wall Clock', 'xmessage -title xmessage ding'), ('Pocket Calculator', 'xcalc'),
                               ('Sundial', cls.session.home / 'sundial')):
-            cls.write(f'.local/share/applications/{name.lower().replace(" ", "-")}.desktop',
+            cls.session.write(f'.local/share/applications/{name.lower().replace(" ", "-")}.desktop',
                       f'[Desktop Entry]\nType=Application\nName={name}\nExec={program}\n')
         shutil.copy('/usr/bin/xmessage', cls.session.home / 'sundial')
         cls.start_panel()
@@ -159,12 +159,6 @@ class PanelTest(unittest.TestCase):
     def start(cls, name, *command):
         """Starts what stays for all tests of the class."""
         return cls.session.start(name, command, env=cls.lasting)
-
-    @classmethod
-    def write(cls, path, text):
-        file = cls.session.home / path
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
 
     @classmethod
     def allow_services(cls, *names):
@@ -429,7 +423,7 @@ class LXQtTest(PanelTest):
 
     @classmethod
     def start_panel(cls):
-        cls.write('.config/lxqt/panel.conf', '[General]\npanels=panel1\n\n[panel1]\nplugins=statusnotifier\n'
+        cls.session.write('.config/lxqt/panel.conf', '[General]\npanels=panel1\n\n[panel1]\nplugins=statusnotifier\n'
                   'position=Top\npanelSize=32\niconSize=22\nwidth=100\nwidth-percent=true\nalignment=-1\n\n'
                   '[statusnotifier]\ntype=statusnotifier\n')
         cls.start('panel', 'lxqt-panel')
@@ -440,7 +434,7 @@ class MateTest(PanelTest):
 
     @classmethod
     def start_panel(cls):
-        cls.write('.config/glib-2.0/settings/keyfile', """[org/mate/panel/general]
+        cls.session.write('.config/glib-2.0/settings/keyfile', """[org/mate/panel/general]
 toplevel-id-list=['top']
 object-id-list=['tray']
 
@@ -475,7 +469,7 @@ class CinnamonTest(PanelTest):
 
     @classmethod
     def start_panel(cls):
-        cls.write('.config/glib-2.0/settings/keyfile', """[org/cinnamon]
+        cls.session.write('.config/glib-2.0/settings/keyfile', """[org/cinnamon]
 enabled-applets=['panel1:right:0:systray@cinnamon.org:0', 'panel1:right:1:xapp-status@cinnamon.org:1']
 panels-enabled=['1:0:bottom']
 panels-height=['1:40']
@@ -528,7 +522,7 @@ class BudgieTest(PanelTest):
 
     @classmethod
     def start_panel(cls):
-        cls.write('.config/glib-2.0/settings/keyfile', """[com/solus-project/budgie-panel]
+        cls.session.write('.config/glib-2.0/settings/keyfile', """[com/solus-project/budgie-panel]
 panels=['top']
 migration-level=2
 

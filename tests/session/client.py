@@ -60,6 +60,12 @@ class PrivateSession:
         self._processes.append(process)
         return process
 
+    def write(self, path, text):
+        """Writes a file below the home directory."""
+        file = self.home / path
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+
     def succeeds(self, *command):
         try:
             return subprocess.run(command, env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/test_application.h"
+
 namespace tollvane {
 namespace {
 
@@ -34,10 +36,7 @@ class LazyHttpTest : public testing::Test {
     return answered.value_or(false);
   }
 
-  int arguments = 1;
-  char name[5] = "test";
-  char* values[2] = {name, nullptr};
-  QCoreApplication application{arguments, values};
+  test::TestApplication application;
 };
 
 TEST_F(LazyHttpTest, AnAddressThatIsNotAskedNeedsNoModule) {

@@ -10,6 +10,7 @@
 #include "detect/watcher.h"
 #include "platform/linux/system/executable_bundle.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_application.h"
 #include "tests/virtual/log_lines.h"
 #include "tests/virtual/virtual_platform.h"
 
@@ -41,10 +42,7 @@ class QtChildProcessesTest : public testing::Test {
   }
   void waitForEnd() { ASSERT_EQ(QCoreApplication::exec(), 0) << "the program did not end"; }
 
-  int argc = 1;
-  char name[5] = "test";
-  char* argv[2] = {name, nullptr};
-  QCoreApplication application{argc, argv};
+  test::TestApplication application;
   QtChildProcesses children;
   std::string output;
   std::function<void()> whenOutput;

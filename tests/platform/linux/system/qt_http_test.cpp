@@ -7,6 +7,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include "tests/support/test_application.h"
+
 namespace tollvane {
 namespace {
 
@@ -62,10 +64,7 @@ class QtHttpTest : public testing::Test {
   }
   Answer get(const std::string& url, Duration timeout = 15s) { return get({.url = url, .timeout = timeout}); }
 
-  int arguments = 1;
-  char name[5] = "test";
-  char* values[2] = {name, nullptr};
-  QCoreApplication application{arguments, values};
+  test::TestApplication application;
   QtHttp http;
 };
 

@@ -11,6 +11,7 @@
 #include "platform/linux/system/qt_main_queue.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_application.h"
 
 namespace tollvane {
 namespace {
@@ -79,10 +80,7 @@ TEST(SystemClockTest, SteadyTimeCountsFromTheMachinesStartIncludingSleep) {
 
 class QtMainQueueTest : public testing::Test {
  protected:
-  int argc = 1;
-  char name[5] = "test";
-  char* argv[2] = {name, nullptr};
-  QCoreApplication application{argc, argv};
+  test::TestApplication application;
 };
 
 TEST_F(QtMainQueueTest, BlocksRunInOrderAfterTheCurrentWork) {

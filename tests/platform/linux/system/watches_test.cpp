@@ -9,6 +9,7 @@
 #include "platform/linux/system/qt_main_queue.h"
 #include "platform/posix/unique_fd.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_application.h"
 
 namespace tollvane {
 namespace {
@@ -31,10 +32,7 @@ class WatchesTest : public testing::Test {
     runUntil([&] { return settled; });
   }
 
-  int argc = 1;
-  char name[5] = "test";
-  char* argv[2] = {name, nullptr};
-  QCoreApplication application{argc, argv};
+  test::TestApplication application;
   QtMainQueue queue;
 };
 
