@@ -6,8 +6,7 @@
 namespace tollvane::bridge {
 
 // The application that the program at this path is a part of: the outermost folder that ends in ".app", because
-// browsers keep their helpers as applications inside their own. Empty if the program is a
-// part of no application.
+// browsers keep their helpers as applications inside their own. Empty if the program is a part of no application.
 inline std::filesystem::path applicationBundle(const std::filesystem::path& program) {
   std::filesystem::path folder;
   for (const auto& step : program) {

@@ -54,8 +54,8 @@ function(tollvane_bundle_program target name)
 endfunction()
 
 # tollvane_room(TARGET FOLDER [UNIT NAME] SOURCE...): adds the sources of one folder. All sources of one unit are
-# compiled together, which takes a quarter of the time; without UNIT, a folder is a unit of its own. So all names in a unit must
-# differ, even those in anonymous namespaces.
+# compiled together, which takes a quarter of the time; without UNIT, a folder is a unit of its own. So all names in a
+# unit must differ, even those in anonymous namespaces.
 function(tollvane_room target folder)
   cmake_parse_arguments(PARSE_ARGV 2 room "" "UNIT" "")
   if(NOT room_UNIT)

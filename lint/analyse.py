@@ -24,17 +24,18 @@ def jobs(build):
         words = shlex.split(entry['command'])
         at = words.index('-o')
         for flags in (WARNINGS, ANALYSER):
-            yield entry['file'], entry['directory'], [*words[:at], *words[at + 2:], *flags]
+            yield entry['file'], entry['directory'], [*words[:at], *words[at + 2:], *flags], flags is ANALYSER
 
 
 def run(job):
-    file, directory, command = job
+    file, directory, command, is_analyser = job
     done = subprocess.run(command, cwd=directory, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     places = [line.split(':')[0] for line in done.stdout.splitlines() if ' error: ' in line or ' warning: ' in line]
     # What the analyser finds in a library's header is about the library: Qt's hand objects on to code that the analyser
     # does not see.
-    is_bad = any(pathlib.Path(directory, place).is_relative_to(ROOT) for place in places)
-    return file, is_bad or (done.returncode != 0 and not places), done.stdout
+    is_ours = any(pathlib.Path(directory, place).is_relative_to(ROOT) for place in places)
+    is_bad = done.returncode != 0 and (not is_analyser or is_ours or not places)
+    return file, is_bad, done.stdout
 
 
 if len(sys.argv) != 2:

@@ -26,8 +26,8 @@ class Locations {
   // none (a user without a home directory).
   virtual std::optional<std::filesystem::path> applicationSupport() const = 0;
 
-  // The directory for this user's sockets on this computer, which no other computer shares. Absent if the system
-  // gives the user no such directory.
+  // The directory for this user's sockets on this computer, which no other computer shares. Absent if the system gives
+  // the user no such directory.
   virtual std::optional<std::filesystem::path> runtimeFolder() const = 0;
 
   // The directories in which the browser with this bundle identifier looks for the manifests of native programs that it

@@ -26,7 +26,7 @@ std::string formForShell(const std::string& version) {
   constexpr int firstModules = 45;
   constexpr int newest = 48;
   constexpr int oldest = 43;
-  const auto major = ascii::number<int>(version.substr(0, version.find_first_of(".~ ")));
+  const auto major = ascii::number<int>(version.substr(0, version.find_first_not_of("0123456789")));
   if (!major || *major < oldest || *major > newest) return {};
   return *major < firstModules ? "43" : "45";
 }

@@ -1,8 +1,8 @@
 // A menu as the extension of GNOME Shell reads it: a text in JSON. Main thread only.
 //
-//   [{"id": 1, "name": "3:07:42 PM  Firefox", "enabled": true, "toolTip": "...", "key": ",", "lines": [[RUN, ...],
-//   ...],
-//     "items": [...]}, {"id": 2, "separator": true}, ...]
+//   [{"id": 1, "name": "3:07:42 PM  Firefox", "enabled": true, "toolTip": "...", "key": ",",
+//     "lines": [[RUN, ...], ...], "items": [...]},
+//    {"id": 2, "separator": true}, ...]
 //   RUN: {"text": "Firefox", "style": "bold|time|small|indent|", "color": "label|secondary|faint|accent"}
 //
 // "toolTip", "key" and "items", the submenu, are there only if the item has them. Texts are plain. shell/gnome/body.js

@@ -58,9 +58,11 @@ struct Search {
     const std::string appId = node[QLatin1String("app_id")].toString().toStdString();
     const QJsonValue properties = node[QLatin1String("window_properties")];
     const std::string windowClass = properties[QLatin1String("class")].toString().toStdString();
-    const auto fit = target.fit(pid, {appId, windowClass}, node[QLatin1String("name")].toString().toStdString());
-    if (!fit || (window && best <= *fit)) return;
-    best = *fit;
+    const auto rank = target.rank(pid, {appId, windowClass});
+    if (!rank) return;
+    const auto fit = target.fit(*rank, node[QLatin1String("name")].toString().toStdString());
+    if (window && best <= fit) return;
+    best = fit;
     window = node[QLatin1String("id")].toInteger();
   }
 };

@@ -42,12 +42,6 @@ std::optional<int> ActivationTarget::rank(Pid windowPid, const std::vector<std::
   return best;
 }
 
-std::optional<ActivationTarget::Fit> ActivationTarget::fit(Pid windowPid, const std::vector<std::string>& windowNames,
-                                                           std::string_view windowTitle) const {
-  const auto found = rank(windowPid, windowNames);
-  return found ? std::optional<Fit>({!isWanted(windowTitle), *found}) : std::nullopt;
-}
-
 std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, const ActivationTarget& target) {
   struct Order {
     ActivationTarget::Fit fit;
@@ -58,9 +52,9 @@ std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, c
   std::optional<Order> best;
   std::optional<OpenWindow> found;
   for (const OpenWindow& window : windows) {
-    const auto fit = target.fit(window.pid, window.names, window.title);
-    if (!fit) continue;
-    const Order order{*fit, !window.isActive, -window.height};
+    const auto rank = target.rank(window.pid, window.names);
+    if (!rank) continue;
+    const Order order{target.fit(*rank, window.title), !window.isActive, -window.height};
     if (best && !(order < *best)) continue;
     best = order;
     found = window;

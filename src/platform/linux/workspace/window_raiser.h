@@ -42,11 +42,10 @@ struct ActivationTarget {
   // The best of all that its process and its names tell.
   std::optional<int> rank(Pid windowPid, const std::vector<std::string>& windowNames) const;
 
-  // How well a window fits: the smaller the better; absent if it is another application's. The wanted title counts
-  // most, because only the title tells the windows of two profiles of a browser apart.
+  // How well one of the application's windows fits: the smaller the better. The wanted title counts most, because only
+  // the title tells the windows of two profiles of a browser apart.
   using Fit = std::pair<bool, int>;  // whether it has another title; its rank
-  std::optional<Fit> fit(Pid windowPid, const std::vector<std::string>& windowNames,
-                         std::string_view windowTitle) const;
+  Fit fit(int windowRank, std::string_view windowTitle) const { return {!isWanted(windowTitle), windowRank}; }
 };
 
 // A window as a compositor describes it.

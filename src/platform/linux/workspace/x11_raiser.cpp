@@ -98,12 +98,12 @@ class Activation : public QObject {
     for (const Questions& question : questions) {
       const X11Owner owner = X11Owner::answer(x11_, question.owner);
       const auto types = x11_.values<xcb_atom_t>(question.type);
-      const std::string title = target.title.empty() ? "" : titleOf(question.window);
-      const auto fit = target.fit(owner.pid, {owner.instance, owner.windowClass}, title);
-      if (!fit || !isForPeople(types)) continue;
-      if (!best.empty() && *fit > bestFit) continue;
-      if (!best.empty() && *fit < bestFit) best.clear();
-      bestFit = *fit;
+      const auto rank = target.rank(owner.pid, {owner.instance, owner.windowClass});
+      if (!rank || !isForPeople(types)) continue;
+      const auto fit = target.fit(*rank, target.title.empty() ? "" : titleOf(question.window));
+      if (!best.empty() && fit > bestFit) continue;
+      if (!best.empty() && fit < bestFit) best.clear();
+      bestFit = fit;
       best.push_back(question.window);
     }
     return best;
