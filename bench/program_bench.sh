@@ -71,12 +71,32 @@ ldd "$bundle/Tollvane" | awk '$1 ~ /^lib(Qt6|icu|simdjson|double-conv|pcre2-16|b
 plugins=$(dirname "$(ldd "$bundle/Tollvane" | awk '$1 ~ /^libQt6Core/ {print $3}')")/qt6/plugins
 cp -L "$(dirname "$plugins")"/../libQt6XcbQpa.so.6 "$root"
 cp -r "$plugins" "$root/plugins"
-# alone NAME PROGRAM: its memory with these libraries.
-alone() {
-  start "$1" env LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$2"
-  sleep 5
-  echo "PSS with no other program of the toolkit, MiB: $1 $(pss "$!")"
-  stop "$!"
+# start_alone NAME PROGRAM
+start_alone() { start "$1" env LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$2"; }
+# tell WHAT PID: what this process holds, and how much of it no file on disk contains.
+tell() {
+  local anonymous
+  anonymous=$(awk '/^Anonymous:/ {printf "%.1f", $2 / 1024}' "/proc/$2/smaps_rollup")
+  echo "PSS with no other program of the toolkit, MiB: $1 $(pss "$2"), in no file $anonymous"
 }
-alone Tollvane "$bundle/Tollvane"
-alone "an empty program" "$empty"
+# Opens the menu, or closes it if it is open.
+toggle_menu() { LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$bundle/Tollvane" --show-menu; }
+
+start_alone tollvane "$bundle/Tollvane"
+tollvane=$!
+while read -r -t 10 -u "$items" line; do [[ $line == *StatusNotifierItemRegistered* ]] && break; done
+tell "Tollvane, started just now" "$tollvane"
+sleep 5
+tell "Tollvane at rest" "$tollvane"
+toggle_menu
+sleep 1
+tell "Tollvane with its menu open" "$tollvane"
+toggle_menu
+sleep 5
+tell "Tollvane at rest again" "$tollvane"
+stop "$tollvane"
+start_alone "an empty program" "$empty"
+empty_program=$!
+sleep 5
+tell "an empty program" "$empty_program"
+stop "$empty_program"

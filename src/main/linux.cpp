@@ -5,6 +5,7 @@
 // What it must know about a start by the desktop, the desktop puts into the environment.
 
 #include <QApplication>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -16,6 +17,7 @@
 #include "platform/linux/session/session_end.h"
 #include "platform/linux/session/session_start.h"
 #include "platform/linux/session/single_instance.h"
+#include "platform/linux/system/resting_memory.h"
 
 namespace {
 
@@ -86,5 +88,6 @@ int main(int argc, char* argv[]) {
   const LastWord lastWord([&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
   if (showMenu) platform.showMenu();
+  const RestingMemory memory(std::chrono::seconds(2));
   return QApplication::exec();
 }
