@@ -90,9 +90,35 @@ void readPids(simdjson::dom::element value, std::vector<Pid>& pids) {
 
 std::string_view lastPathComponent(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
+// Absent if the object has no message.
+std::optional<LogLine> membersOf(const simdjson::dom::object& object, std::vector<Pid>& ancestors) {
+  std::optional<std::string_view> path;
+  std::optional<std::string_view> message;
+  std::string_view maker;
+  ancestors.clear();
+  for (const auto [key, value] : object) {
+    if (key == "eventMessage") message = textOf(value);
+    if (key == "processImagePath") path = textOf(value);
+    if (key == "makerName") maker = textOf(value).value_or("");
+    if (key == "ancestors") readPids(value, ancestors);
+  }
+  if (!message) return std::nullopt;
+  return LogLine{lastPathComponent(path.value_or("")), *message, maker, ancestors};
+}
+
 }  // namespace
 
 struct LogLineReader::Parser {
+  std::optional<simdjson::dom::object> object(std::string_view line) {
+    simdjson::dom::object result;
+    auto error = json.parse(line.data(), line.size(), /*realloc_if_needed=*/false).get(result);
+    if (error != simdjson::SUCCESS) {
+      removeNumbers(line, copy);
+      error = json.parse(copy.data(), line.size(), /*realloc_if_needed=*/false).get(result);
+    }
+    return error == simdjson::SUCCESS ? std::optional(result) : std::nullopt;
+  }
+
   simdjson::dom::parser json;
   std::string copy;  // of a line that could not be read as it was
 };
@@ -102,25 +128,8 @@ LogLineReader::~LogLineReader() = default;
 
 std::optional<LogLine> LogLineReader::read(std::string_view line) {
   if (parser_->json.capacity() > longestUsualLine) parser_ = std::make_unique<Parser>();
-  simdjson::dom::object object;
-  auto error = parser_->json.parse(line.data(), line.size(), /*realloc_if_needed=*/false).get(object);
-  if (error != simdjson::SUCCESS) {
-    removeNumbers(line, parser_->copy);
-    error = parser_->json.parse(parser_->copy.data(), line.size(), /*realloc_if_needed=*/false).get(object);
-  }
-  if (error != simdjson::SUCCESS) return std::nullopt;
-  std::optional<std::string_view> path;
-  std::optional<std::string_view> message;
-  std::string_view maker;
-  ancestors_.clear();
-  for (const auto [key, value] : object) {
-    if (key == "eventMessage") message = textOf(value);
-    if (key == "processImagePath") path = textOf(value);
-    if (key == "makerName") maker = textOf(value).value_or("");
-    if (key == "ancestors") readPids(value, ancestors_);
-  }
-  if (!message) return std::nullopt;
-  return LogLine{lastPathComponent(path.value_or("")), *message, maker, ancestors_};
+  const auto object = parser_->object(line);
+  return object ? membersOf(*object, ancestors_) : std::nullopt;
 }
 
 }  // namespace tollvane

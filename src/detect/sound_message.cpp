@@ -4,7 +4,6 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
-#include <array>
 #include <climits>
 
 #include "support/ascii.h"
@@ -139,25 +138,30 @@ std::optional<SoundMessage> serverReport(std::string_view message) {
 
 // For each pattern above: a text that it must contain, as it stands in JSON (where the quotes of a message are
 // escaped), and the character of this text that log lines hold least often. Searching for this character alone is the
-// fastest way; texts with the same one share a search.
-struct Needles {
-  char rarest;
-  std::array<std::string_view, 2> texts;
-};
-constexpr Needles needles[] = {
-    {'_', {R"(\"output_running\":true)"}},
-    {'P', {"inClientPID "}},
-    {'N', {"NotificationRecord app:"}},
-    {'=', {"bundle=", "sound_server="}},
-};
+// fastest way.
+struct Needle {
+  constexpr Needle(std::string_view needle, char character)
+      : text(needle), rarest(character), offset(needle.find(character)) {}
 
-bool holds(std::string_view text, const Needles& wanted) {
-  for (auto at = text.find(wanted.rarest); at != text.npos; at = text.find(wanted.rarest, at + 1)) {
-    for (const std::string_view needle : wanted.texts) {
-      const std::size_t offset = needle.find(wanted.rarest);
-      if (offset <= at && text.substr(at - offset, needle.size()) == needle) return true;
-    }
+  bool isAround(std::string_view line, std::size_t at) const {
+    return offset <= at && line.substr(at - offset, text.size()) == text;
   }
+
+  std::string_view text;
+  char rarest;
+  std::size_t offset;  // of the rarest character
+};
+constexpr Needle output(R"(\"output_running\":true)", '_');
+constexpr Needle request("inClientPID ", 'P');
+constexpr Needle record("NotificationRecord app:", 'N');
+constexpr Needle bundle("bundle=", '=');
+constexpr Needle server("sound_server=", '=');
+
+// Needles with the same rarest character share a search.
+template <typename... Needles>
+bool holds(std::string_view line, const Needle& needle, const Needles&... others) {
+  for (auto at = line.find(needle.rarest); at != line.npos; at = line.find(needle.rarest, at + 1))
+    if (needle.isAround(line, at) || (others.isAround(line, at) || ...)) return true;
   return false;
 }
 
@@ -175,9 +179,8 @@ bool holdsUnicodeEscape(std::string_view text) {
 }  // namespace
 
 bool mayHoldSoundMessage(std::string_view jsonText) {
-  for (const Needles& each : needles)
-    if (holds(jsonText, each)) return true;
-  return holdsUnicodeEscape(jsonText);
+  return holds(jsonText, output) || holds(jsonText, request) || holds(jsonText, record) ||
+         holds(jsonText, bundle, server) || holdsUnicodeEscape(jsonText);
 }
 
 std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message) {
