@@ -8,7 +8,7 @@
 - What the extension costs the shell's main thread: reading a menu of 50 sounds, and filling the menu with its rows,
   beside as many of the shell's own rows.
 
-Needs what tests/desktop/shells_test.py needs.
+Needs what tests/desktop/shell_session.py needs.
 """
 
 import json
@@ -20,7 +20,8 @@ import time
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE.parent / 'tests/desktop'), str(HERE.parent / 'tests/session')]
 
-from shells_test import ExtensionSession, KWinSession
+from gnome_session import ExtensionSession
+from kwin_test import KWinSession
 from waiting import wait_until
 
 CLICKS = 30

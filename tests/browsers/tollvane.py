@@ -34,7 +34,8 @@ class Tollvane:
         self.bridge = session.data / 'Tollvane/bin/TollvaneBridge'
         self.process = None
         self._accessibility = Accessibility(session)
-        session.write('.config/Tollvane/defaults.json', json.dumps({'hasLaunchedBefore': True}))  # so without a welcome
+        # So that no welcome appears.
+        session.write('.config/Tollvane/defaults.json', json.dumps({'hasLaunchedBefore': True}))
 
     def start(self):
         """Starts the application. Returns when the panel shows the bell and the log tool listens."""

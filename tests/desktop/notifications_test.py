@@ -2,12 +2,11 @@
 """The desktops' own notification services, for real: notifications_test.py BUILD [TEST...]
 
 Each shows notifications of notify-send, with and without a sound, beside the whole Tollvane, which must credit each
-sound to the application that sent the notification. Needs what panels_test.py needs.
+sound to the application that sent the notification. Needs what panel_session.py needs.
 """
 
 import pathlib
 import shutil
-import subprocess
 import sys
 import unittest
 import wave
@@ -46,9 +45,9 @@ class ServiceTest(unittest.TestCase):
         # A new sender for each notification, because two sounds of one application in a row count as one.
         for number in range(MOST_SENDERS):
             cls.session.write(f'.local/share/applications/parcel-{number}.desktop',
-                      f'[Desktop Entry]\nType=Application\nName=Parcel Watch {number}\nExec=notify-send\n')
+                              f'[Desktop Entry]\nType=Application\nName=Parcel Watch {number}\nExec=notify-send\n')
         cls.senders = iter(range(MOST_SENDERS))
-        cls.own()
+        cls.session.own_home()
         cls.start_service()
         wait_until(lambda: cls.session.bus.has(SERVICE[0]), f'{cls.__name__}: the service', pause=0.2)
         cls.start('tollvane', str(cls.bundle / 'Tollvane'))
@@ -65,24 +64,12 @@ class ServiceTest(unittest.TestCase):
         return path
 
     @classmethod
-    def own(cls):
-        if 'user' in cls.session.facts:
-            subprocess.run(['chown', '-R', cls.session.facts['user'], str(cls.session.home)], check=True)
-
-    @classmethod
-    def as_user(cls, *command):
-        if 'user' not in cls.session.facts:
-            return list(command)
-        user, group = cls.session.facts['user'].split(':')
-        return ['setpriv', f'--reuid={user}', f'--regid={group}', '--clear-groups', *command]
-
-    @classmethod
     def start(cls, name, *command):
-        return cls.session.start(name, cls.as_user(*command), env=cls.session.environment)
+        return cls.session.start(name, cls.session.as_user(*command), env=cls.session.environment)
 
     @classmethod
     def play_marker(cls):
-        cls.session.succeeds(*cls.as_user('pw-play', str(cls.marker)))
+        cls.session.succeeds(*cls.session.as_user('pw-play', cls.marker))
 
     @classmethod
     def history(cls):
@@ -96,7 +83,7 @@ class ServiceTest(unittest.TestCase):
         before, number = len(self.history()), next(self.senders)
         command = ['notify-send', '--app-name=parcel', f'--hint=string:desktop-entry:parcel-{number}',
                    *(f'--hint={hint}' for hint in hints), 'Your parcel', 'has arrived']
-        self.assertTrue(self.session.succeeds(*self.as_user(*command)))
+        self.assertTrue(self.session.succeeds(*self.session.as_user(*command)))
         return f'Parcel Watch {number}', lambda: self.history()[before:]
 
     def hint(self, name):

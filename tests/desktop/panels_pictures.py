@@ -13,10 +13,12 @@ if len(sys.argv) != 3:
 OUT = pathlib.Path(sys.argv.pop()).resolve()
 
 import panels_test
-from panels_test import Image, Lines
+from PIL import Image, ImageChops
+from panel_screen import Lines
+from panel_session import BUILD
 from waiting import wait_until
 
-PROBE = panels_test.BUILD / 'tests/probes/menu_probe'
+PROBE = BUILD / 'tests/probes/menu_probe'
 BORDER = 12
 
 
@@ -31,11 +33,11 @@ class Look:
     @classmethod
     def start_panel(cls):
         dark = cls.tone == 'dark'
-        cls.write('.config/lxqt/lxqt.conf', f'[General]\ntheme={cls.tone}\n')
-        cls.write('.config/plasmarc', f'[Theme]\nname=breeze-{cls.tone}\n')
+        cls.session.write('.config/lxqt/lxqt.conf', f'[General]\ntheme={cls.tone}\n')
+        cls.session.write('.config/plasmarc', f'[Theme]\nname=breeze-{cls.tone}\n')
         if dark:
             scheme = pathlib.Path('/usr/share/color-schemes/BreezeDark.colors')
-            cls.write('.config/kdeglobals', scheme.read_text() if scheme.exists() else '')
+            cls.session.write('.config/kdeglobals', scheme.read_text() if scheme.exists() else '')
         super().start_panel()
 
 
@@ -78,7 +80,7 @@ def taken(test):
 
 def changed_since(before, now):
     """The new picture and where it differs, or nothing if it does not differ by as much as a menu."""
-    box = panels_test.ImageChops.difference(before, now).getbbox()
+    box = ImageChops.difference(before, now).getbbox()
     return (now, box) if box and box[3] - box[1] > 100 else None
 
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Pictures of bell and menu in GNOME Shell: shells_pictures.py BUILD DIRECTORY
 
-With Tollvane's own extension, and with the one for indicators. Needs what shells_test.py needs.
+With Tollvane's own extension, and with the one for indicators. Needs what shell_session.py needs.
 """
 
 import pathlib
@@ -11,7 +11,7 @@ if len(sys.argv) != 3:
     sys.exit('shells_pictures.py: name the build and the directory for the pictures.')
 OUT = pathlib.Path(sys.argv.pop())
 
-import shells_test
+import shell_session
 from client import PrivateSession
 from waiting import wait_until
 
@@ -25,7 +25,7 @@ def evaluate(session, script):
 
 def take(extension, scenario, find):
     with PrivateSession('--wayland', 'gnome', '--screen', '1024x600', '--extension', extension) as session:
-        bell = shells_test.Probe(session, 'menu_probe', str(shells_test.BUILD / 'Tollvane/icons'), scenario)
+        bell = shell_session.Probe(session, 'menu_probe', str(shell_session.BUILD / 'Tollvane/icons'), scenario)
         bell.ask('image bell.fill')
         if '/' in extension:
             bell.ask('claim')
@@ -47,6 +47,6 @@ def take(extension, scenario, find):
 
 OUT.mkdir(parents=True, exist_ok=True)
 for name, scenario in PICTURES:
-    extension, find = (str(shells_test.EXTENSION), 'tollvane') if name == 'tollvane' else \
-        (shells_test.INDICATORS, 'appindicator')
+    extension, find = (str(shell_session.EXTENSION), 'tollvane') if name == 'tollvane' else \
+        (shell_session.INDICATORS, 'appindicator')
     (OUT / f'gnome-{name}-{scenario}.png').write_bytes(take(extension, scenario, find))

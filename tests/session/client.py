@@ -66,6 +66,18 @@ class PrivateSession:
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text)
 
+    def as_user(self, *command):
+        """The command, as the user whose session it is runs it."""
+        if 'user' not in self.facts:
+            return list(map(str, command))
+        user, group = self.facts['user'].split(':')
+        return ['setpriv', f'--reuid={user}', f'--regid={group}', '--clear-groups', *map(str, command)]
+
+    def own_home(self):
+        """Gives everything in the home directory to the user whose session it is."""
+        if 'user' in self.facts:
+            subprocess.run(['chown', '-R', self.facts['user'], str(self.home)], check=True)
+
     def succeeds(self, *command):
         try:
             return subprocess.run(command, env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,

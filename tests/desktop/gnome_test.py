@@ -1,303 +1,14 @@
 #!/usr/bin/env python3
-"""Tollvane in the shells that people have, for real: shells_test.py BUILD [TEST...]
+"""Tollvane in GNOME Shell, for real: gnome_test.py BUILD [TEST...]"""
 
-The shells run without a screen in private sessions. `tests/session/software fetch session shells` provides them.
-"""
-
-import json
 import pathlib
-import re
-import shutil
 import subprocess
-import sys
 import unittest
-import wave
 
-HERE = pathlib.Path(__file__).resolve().parent
-sys.path.append(str(HERE.parent / 'session'))
-
+from gnome_session import ExtensionSession, GnomeSession
+from shell_session import EXTENSION, INDICATORS
 from bus import BusError
-from client import PrivateSession
 from waiting import wait_until
-
-BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'
-PROBES = BUILD / 'tests/probes'
-SIZE = ('--screen', '1024x768')
-
-
-def form():
-    """The form of our extension for the GNOME Shell that is here."""
-    said = subprocess.run(['gnome-shell', '--version'], capture_output=True, text=True).stdout
-    found = re.search(r'\d+', said)
-    return '45' if found and int(found[0]) >= 45 else '43'
-
-
-EXTENSION = BUILD / f'Tollvane/Extensions/gnome/{form()}/tollvane@quarnel.com'
-INDICATORS = 'ubuntu-appindicators@ubuntu.com'
-
-
-class Probe:
-    """A program that obeys lines and answers each with a line."""
-
-    def __init__(self, session, name, *arguments, program=None, environment=None):
-        command = [str(program or PROBES / name), *arguments]
-        if 'user' in session.facts:
-            command = [*as_user(session), *command]
-        self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                     env={**session.environment, **(environment or {})})
-        self.pid, self.name = self.process.pid, name
-
-    def ask(self, line):
-        self.process.stdin.write(line + '\n')
-        self.process.stdin.flush()
-        return self.process.stdout.readline().rstrip('\n')
-
-    def line(self):
-        return self.process.stdout.readline().rstrip('\n')
-
-    def end(self):
-        self.process.kill()
-        self.process.wait()
-
-
-class ShellTest(unittest.TestCase):
-    """A session with a shell, and what a window of another application needs: an entry, and a program of its own."""
-    options = ()
-
-    @classmethod
-    def setUpClass(cls):
-        cls.session = cls.enterClassContext(PrivateSession(*SIZE, *cls.options))
-        # Another user runs the session, who may not be allowed to reach the build.
-        cls.bundle = cls.session.home / 'Tollvane'
-        shutil.copytree(BUILD / 'Tollvane', cls.bundle)
-        applications = cls.session.data / 'applications'
-        applications.mkdir(parents=True)
-        for name in ('one', 'two'):
-            program = cls.session.home / name
-            shutil.copy(PROBES / 'desktop_probe', program)
-            (applications / f'{name}.desktop').write_text(
-                f'[Desktop Entry]\nType=Application\nName=Window {name}\nExec={program}\n')
-        if 'user' in cls.session.facts:
-            subprocess.run(['chown', '-R', cls.session.facts['user'], str(cls.session.home)], check=True)
-
-    def start(self, *arguments, **options):
-        """A program that ends with the test."""
-        probe = Probe(self.session, *arguments, **options)
-        self.addCleanup(probe.end)
-        return probe
-
-    def start_tollvane(self, **options):
-        settings = self.session.config / 'Tollvane/defaults.json'
-        settings.parent.mkdir(exist_ok=True)
-        settings.write_text('{"hasLaunchedBefore": true}')
-        if 'user' in self.session.facts:
-            subprocess.run(['chown', '-R', self.session.facts['user'], str(self.session.home)], check=True)
-        return self.start('tollvane', program=self.bundle / 'Tollvane', **options)
-
-    def window(self, name):
-        probe = self.start(name, program=self.session.home / name)
-        self.assertEqual(probe.line(), 'ready')
-        probe.process.stdin.write(f'alert I am {name}|and here I stay|OK\n')
-        probe.process.stdin.flush()
-        wait_until(lambda: self.active_pid() == probe.pid, f'the window of {name} in front')
-        return probe
-
-    def sound(self):
-        """The path of a file with half a second of sound."""
-        path = self.session.root / 'ding.wav'
-        with wave.open(str(path), 'wb') as file:
-            file.setparams((1, 2, 8000, 0, 'NONE', ''))
-            file.writeframes(bytes(8000))
-        path.chmod(0o644)
-        return str(path)
-
-    def asker(self, **options):
-        asker = self.start('desktop_probe', **options)
-        self.assertEqual(asker.line(), 'ready')
-        return asker
-
-    def activate(self, probe):
-        return self.asker().ask(f'activate {probe.pid}')
-
-
-class KWinSession(ShellTest):
-    """Runs scripts in KWin."""
-    options = ('--wayland', 'kwin')
-
-    def script(self, body, stays=False):
-        """Runs a script in KWin and returns what it prints. Unless it stays, it is unloaded then."""
-        file = self.session.root / 'tmp/test.js'
-        mark = f'answer-{KWinSession.number()}:'
-        file.write_text(f'print("{mark}" + (function() {{ {body} }})());')
-        file.chmod(0o644)
-        kwin = ('org.kde.KWin', '/Scripting', 'org.kde.kwin.Scripting')
-        self.session.bus.call(*kwin, 'loadScript', 'ss', file, mark)
-        self.session.bus.call(*kwin, 'start')
-        log = pathlib.Path(self.session.facts['log']) / 'wayland'
-        answer = wait_until(lambda: [line for line in log.read_text(errors='replace').splitlines() if mark in line],
-                            'an answer of KWin')
-        if not stays:
-            self.session.bus.call(*kwin, 'unloadScript', 's', mark)
-        return answer[0].split(mark, 1)[1].strip().rstrip('"')
-
-    counter = 0
-
-    @classmethod
-    def number(cls):
-        KWinSession.counter += 1
-        return KWinSession.counter
-
-    def active_pid(self):
-        found = self.script('const a = workspace.activeWindow || workspace.activeClient; return a ? a.pid : 0;')
-        return int(found)
-
-
-class KWinTest(KWinSession):
-    def test_a_window_behind_another_comes_forward(self):
-        one, two = self.window('one'), self.window('two')
-        self.assertEqual(self.activate(one), 'activated yes')
-        self.assertEqual(self.active_pid(), one.pid)
-        self.assertEqual(self.activate(two), 'activated yes')
-        self.assertEqual(self.active_pid(), two.pid)
-
-    def test_a_minimised_window_comes_forward(self):
-        one, two = self.window('one'), self.window('two')
-        self.script(f'for (const w of (workspace.windowList ? workspace.windowList() : workspace.clientList())) '
-                    f'if (w.pid === {one.pid}) w.minimized = true; return 1;')
-        self.assertEqual(self.active_pid(), two.pid)
-        self.assertEqual(self.activate(one), 'activated yes')
-        self.assertEqual(self.active_pid(), one.pid)
-
-    def test_no_window_is_said_to_be_none(self):
-        probe = self.start('one', program=self.session.home / 'one')
-        self.assertEqual(probe.line(), 'ready')
-        self.assertEqual(self.activate(probe), 'activated no')
-
-    def test_no_script_stays_behind(self):
-        one = self.window('one')
-        before = self.loaded_scripts()
-        self.assertEqual(self.activate(one), 'activated yes')
-        wait_until(lambda: self.loaded_scripts() == before, f'the end of our scripts; before: {before}')
-        self.session.bus.call('org.kde.KWin', '/Scripting', 'org.kde.kwin.Scripting', 'loadScript', 'ss',
-                              '/nonexistent', 'a-script')
-        self.assertNotEqual(self.loaded_scripts(), before, 'the test sees no scripts')
-
-    def test_a_long_title_with_markup_hides_no_window(self):
-        one, two = self.window('one'), self.window('two')
-        self.assertEqual(one.ask('title <b>&amp;"\\' + 'x' * 10000), 'ok')
-        title = f'return [workspace].map(w => w.windowList ? w.windowList() : w.clientList())[0]' \
-                f'.find(w => w.pid === {one.pid}).caption'
-        wait_until(lambda: len(self.script(title)) > 1000, 'the title')  # the toolkit cuts it too
-        self.assertIn('<b>&amp;"\\xxx', self.script(title))
-        self.assertEqual(self.activate(one), 'activated yes')
-        self.assertEqual(self.active_pid(), one.pid)
-
-    def test_kwin_may_start_anew(self):
-        asker = self.asker(environment={'QT_QPA_PLATFORM': 'offscreen'})
-        self.session.tell('kill wayland')
-        self.assertEqual(asker.ask('activate 1'), 'activated no')
-        self.session.tell('start wayland')
-        one = self.window('one')
-        self.window('two')
-        self.assertEqual(asker.ask(f'activate {one.pid}'), 'activated yes')
-        self.assertEqual(self.active_pid(), one.pid)
-
-    def loaded_scripts(self):
-        """The objects of scripts on the bus: /1 and so on, or /Scripting/Script1 and so on."""
-        tree = self.session.output('busctl', f"--address={self.session.environment['DBUS_SESSION_BUS_ADDRESS']}",
-                                   'tree', '--list', 'org.kde.KWin')
-        return sorted(line for line in tree.splitlines() if re.fullmatch(r'/(Scripting/Script)?\d+', line))
-
-
-class GnomeSession(ShellTest):
-    """Looks into GNOME Shell, and presses its keys."""
-
-    def evaluate(self, script):
-        done, answer = self.session.bus.call('org.gnome.Shell', '/org/gnome/Shell', 'org.gnome.Shell', 'Eval', 's',
-                                             script)
-        self.assertTrue(done, answer)
-        return json.loads(answer) if answer else None
-
-    def active_pid(self):
-        return self.evaluate('global.display.focus_window ? global.display.focus_window.get_pid() : 0')
-
-    def titles(self):
-        return self.evaluate('global.get_window_actors().map(a => a.meta_window.get_title())')
-
-    def press(self, *keys):
-        """All at once. The device stays, because the window would lose the keyboard with it."""
-        self.evaluate('const {Clutter, GLib} = imports.gi; globalThis.keys ??= Clutter.get_default_backend()'
-                      '.get_default_seat().create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);'
-                      f'const names = {json.dumps(keys)}; const press = (name, down) => globalThis.keys.notify_keyval('
-                      'GLib.get_monotonic_time(), Clutter[`KEY_${name}`], down);'
-                      'for (const name of names) press(name, 1); for (const name of names.reverse()) press(name, 0); 1')
-
-    def point(self, x, y):
-        self.evaluate('const {Clutter, GLib} = imports.gi; globalThis.pointer ??= Clutter.get_default_backend()'
-                      '.get_default_seat().create_virtual_device(Clutter.InputDeviceType.POINTER_DEVICE);'
-                      f'globalThis.pointer.notify_absolute_motion(GLib.get_monotonic_time(), {x}, {y}); 1')
-
-
-class ExtensionSession(GnomeSession):
-    """Tollvane's own extension, in a shell that has no other place for the bell."""
-    options = ('--wayland', 'gnome', '--sound', 'pipewire', '--extension', str(EXTENSION))
-
-    def setUp(self):
-        self.addCleanup(self.turn_extension, on=True)
-
-    def asker(self, **options):
-        asker = super().asker(**options)
-        self.assertEqual(asker.ask('own com.quarnel.tollvane'), 'ok')
-        return asker
-
-    def start_tollvane(self, **options):
-        tollvane = super().start_tollvane(**options)
-        wait_until(self.has_bell, 'the bell')
-        return tollvane
-
-    def has_bell(self):
-        return self.evaluate('Boolean(Main.panel.statusArea.tollvane)')
-
-    def play(self):
-        self.assertTrue(self.session.succeeds(*as_user(self.session), 'pw-play', self.sound()))
-
-    def menu(self):
-        """The texts of each row, without the separators, after the menu was opened."""
-        return self.evaluate('const m = Main.panel.statusArea.tollvane.menu; m.open(); m._getMenuItems()'
-                             '.filter(i => i.accessible_name || i.label).map(i => i.accessible_name || i.label.text)')
-
-    def bell(self):
-        return self.evaluate('const b = Main.panel.statusArea.tollvane; [b._icon.gicon.get_file().get_basename(), '
-                             'b.accessible_name]')
-
-    def choose(self, name):
-        self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
-                      f'.find(i => i.accessible_name === {json.dumps(name)}).activate(null); 1')
-
-    def open_menu(self):
-        self.evaluate('Main.panel.statusArea.tollvane.menu.open(); 1')
-        wait_until(lambda: self.menu()[-1] == 'Quit Tollvane', 'the menu')
-
-    def tips(self):
-        """The tooltips on the screen, each with its width, and whether it is read as markup."""
-        return self.evaluate('Main.uiGroup.get_children().filter(c => c.has_style_class_name?.("tollvane-tip"))'
-                             '.map(c => [c.text, c.x >= 0 && c.x + c.width <= global.screen_width && '
-                             'c.y + c.height <= global.screen_height, c.clutter_text.use_markup])')
-
-    def point_at(self, actor):
-        x, y = self.evaluate(f'const a = {actor}; const [x, y] = a.get_transformed_position(); '
-                             '[x + a.width / 2, y + a.height / 2]')
-        self.point(x, y)
-
-    def turn_extension(self, on):
-        self.evaluate(f"Main.extensionManager.{'enable' if on else 'disable'}Extension('tollvane@quarnel.com')")
-
-    def extension_state(self):
-        """1: on, 2: off, 3: it failed. Later shells call the first two active and inactive."""
-        return self.evaluate("Main.extensionManager.lookup('tollvane@quarnel.com').state")
-
-    def shows_menu(self):
-        return self.session.succeeds(*as_user(self.session), str(self.bundle / 'Tollvane'), '--show-menu')
 
 
 class GnomeTest(ExtensionSession):
@@ -335,7 +46,7 @@ class GnomeTest(ExtensionSession):
 
     def test_a_key_opens_the_menu(self):
         self.start_tollvane()
-        self.assertTrue(self.session.succeeds(*as_user(self.session), str(self.bundle / 'Tollvane'), '--show-menu'))
+        self.assertTrue(self.shows_menu())
         wait_until(lambda: self.evaluate('Main.panel.statusArea.tollvane.menu.isOpen'), 'the open menu')
 
     def test_keys_choose_commands(self):
@@ -372,10 +83,10 @@ class GnomeTest(ExtensionSession):
         """GNOME draws none, so the toolkit must."""
         def height(**environment):
             tollvane = self.start_tollvane(environment={'QT_WAYLAND_CLIENT_BUFFER_INTEGRATION': '', **environment})
-            self.assertTrue(self.session.succeeds(*as_user(self.session), str(self.bundle / 'Tollvane')))
+            self.assertTrue(self.session.succeeds(*self.session.as_user(self.bundle / 'Tollvane')))
             wait_until(lambda: self.titles() == ['Tollvane Settings'], 'the settings window')
-            found = wait_until(lambda: self.evaluate('global.get_window_actors()[0].meta_window.get_frame_rect().height'),
-                               'its size')
+            window = 'global.get_window_actors()[0].meta_window'
+            found = wait_until(lambda: self.evaluate(f'{window}.get_frame_rect().height'), 'its size')
             tollvane.end()
             wait_until(lambda: not self.titles() and not self.has_bell(), 'the end of Tollvane')
             return found
@@ -547,8 +258,12 @@ class GnomeTest(ExtensionSession):
         drawn = self.evaluate("""
             const rows = Main.panel.statusArea.tollvane.menu._getMenuItems();
             const found = [];
-            const visit = actor => actor.clutter_text ? actor.text && found.push([actor.text.length, actor.clutter_text.use_markup]) :
-              actor.get_children().forEach(visit);
+            const visit = actor => {
+              if (!actor.clutter_text)
+                actor.get_children().forEach(visit);
+              else if (actor.text)
+                found.push([actor.text.length, actor.clutter_text.use_markup]);
+            };
             visit(rows[0]);
             const box = Main.panel.statusArea.tollvane.menu.actor;
             [found, box.width <= global.screen_width && box.get_transformed_position()[0] >= 0]""")
@@ -602,7 +317,7 @@ class InstalledGnomeTest(ExtensionSession):
         wait_until(lambda: self.play() or self.bell()[0] == 'tollvane-bell-fill-symbolic.svg', 'a filled bell')
         rows = wait_until(lambda: (found := self.menu())[0].startswith('Recent') and found, 'the menu with the sound')
         self.assertIn('pw-play', rows[1])
-        said = subprocess.run([*as_user(self.session), '/usr/lib/tollvane/Tollvane', '--doctor'], text=True,
+        said = subprocess.run(self.session.as_user('/usr/lib/tollvane/Tollvane', '--doctor'), text=True,
                               env=self.session.environment, capture_output=True, check=False).stdout
         self.assertIn("GNOME Shell shows the bell, with Tollvane's extension.", said)
         self.assertIn("Windows come forward through Tollvane's extension of GNOME Shell.", said)
@@ -625,8 +340,8 @@ class BareGnomeTest(GnomeSession):
 
 
 class IndicatorTest(GnomeSession):
-    """The bell in GNOME Shell with its extension for indicators, which draws the menu that it finds on the bus. It reads
-    the properties of an item once, and then only those of which it is told."""
+    """The bell in GNOME Shell with its extension for indicators, which draws the menu that it finds on the bus. It
+    reads the properties of an item once, and then only those of which it is told."""
     options = ('--wayland', 'gnome', '--extension', INDICATORS)
 
     def menu(self, then=''):
@@ -662,11 +377,6 @@ class IndicatorTest(GnomeSession):
         bell.ask('clear')
         wait_until(lambda: self.menu()[0][0] == 'No sounds yet', 'the header without sounds')
         self.assertIn(['Mark all as seen', False], self.menu())
-
-
-def as_user(session):
-    user, group = session.facts['user'].split(':')
-    return ['setpriv', f'--reuid={user}', f'--regid={group}', '--clear-groups']
 
 
 if __name__ == '__main__':

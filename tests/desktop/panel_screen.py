@@ -1,0 +1,76 @@
+"""What the tests of panels see and do on a screen."""
+
+import io
+import re
+import subprocess
+import typing
+
+from PIL import Image
+
+
+class Spot(typing.NamedTuple):
+    """A part of the screen, and what it showed."""
+    box: tuple
+    picture: Image.Image
+
+    @staticmethod
+    def of(screen, box):
+        return Spot(box, screen.crop(box))
+
+
+class Lines:
+    """A program that answers lines with lines."""
+
+    def __init__(self, session, name, command, **environment):
+        self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                     env={**session.environment, **environment})
+
+    def ask(self, line):
+        self.process.stdin.write(line + '\n')
+        self.process.stdin.flush()
+        return self.process.stdout.readline().rstrip('\n')
+
+
+class XScreen:
+    """Pointer, keyboard, windows and pictures on X11."""
+    nowhere = (900, 700)
+
+    def __init__(self, session):
+        self.session = session
+
+    def picture(self):
+        done = subprocess.run(['import', '-window', 'root', 'ppm:-'], env=self.session.environment,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
+        return Image.open(io.BytesIO(done.stdout)).convert('RGB')
+
+    def point(self, x, y):
+        # Two steps, because some panels wait for a movement inside the icon.
+        self.session.output('xdotool', 'mousemove', str(x - 2), str(y), 'mousemove', str(x), str(y))
+
+    def click(self, x, y, button=1):
+        self.point(x, y)
+        self.session.output('xdotool', 'click', str(button))
+
+    def key(self, name):
+        self.session.output('xdotool', 'key', name)
+
+    def in_front(self):
+        return self.session.output('xdotool', 'getactivewindow', 'getwindowname')
+
+    def bring_forward(self, title):
+        self.session.output('xdotool', 'search', '--onlyvisible', '--name', f'^{title}$', 'windowactivate')
+
+    def width_of_tooltip(self):
+        for line in self.session.output('xwininfo', '-root', '-tree').splitlines():
+            found = re.match(r'\s+(0x[0-9a-f]+) .* (\d+)x\d+\+', line)
+            if found and 'TYPE_TOOLTIP' in self.session.output('xprop', '-id', found[1], '_NET_WM_WINDOW_TYPE') and \
+                    'IsViewable' in self.session.output('xwininfo', '-id', found[1]):
+                return int(found[2])
+        return None
+
+
+def luminance(colour):
+    """As the guidelines for accessible content define it."""
+    red, green, blue = ((part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4)
+                        for part in (channel / 255 for channel in colour))
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue
