@@ -73,7 +73,7 @@ class ExtensionSession(GnomeSession):
 
     def open_menu(self):
         self.evaluate('Main.panel.statusArea.tollvane.menu.open(); 1')
-        wait_until(lambda: self.menu()[-1] == 'Quit Tollvane', 'the menu')
+        wait_until(lambda: self.menu()[-1:] == ['Quit Tollvane'], 'the menu')
 
     def tips(self):
         """The tooltips on the screen, each with its width, and whether it is read as markup."""
