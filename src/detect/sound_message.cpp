@@ -151,11 +151,11 @@ struct Needle {
   char rarest;
   std::size_t offset;  // of the rarest character
 };
-constexpr Needle output(R"(\"output_running\":true)", '_');
-constexpr Needle request("inClientPID ", 'P');
-constexpr Needle record("NotificationRecord app:", 'N');
-constexpr Needle bundle("bundle=", '=');
-constexpr Needle server("sound_server=", '=');
+constexpr Needle outputNeedle(R"(\"output_running\":true)", '_');
+constexpr Needle requestNeedle("inClientPID ", 'P');
+constexpr Needle recordNeedle("NotificationRecord app:", 'N');
+constexpr Needle bundleNeedle("bundle=", '=');
+constexpr Needle serverNeedle("sound_server=", '=');
 
 // Needles with the same rarest character share a search.
 template <typename... Needles>
@@ -179,8 +179,8 @@ bool holdsUnicodeEscape(std::string_view text) {
 }  // namespace
 
 bool mayHoldSoundMessage(std::string_view jsonText) {
-  return holds(jsonText, output) || holds(jsonText, request) || holds(jsonText, record) ||
-         holds(jsonText, bundle, server) || holdsUnicodeEscape(jsonText);
+  return holds(jsonText, outputNeedle) || holds(jsonText, requestNeedle) || holds(jsonText, recordNeedle) ||
+         holds(jsonText, bundleNeedle, serverNeedle) || holdsUnicodeEscape(jsonText);
 }
 
 std::optional<SoundMessage> soundMessage(std::string_view process, std::string_view message) {

@@ -1,5 +1,6 @@
 // Bytes in odd pieces, sides that do not read, and messages of every size.
 #include <algorithm>
+#include <cstdint>
 #include <random>
 
 #include "tests/bridge/bridge_fixture.h"
@@ -72,7 +73,7 @@ TEST_F(PressureTest, MessagesOfAllSizesKeepTheirOrder) {
   std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same sizes in each run
   std::uniform_int_distribution<std::size_t> shift(0, 17);
   for (int i = 0; i < 1000; ++i) {
-    const std::string message = numbered(i, random() >> (32 - shift(random)));
+    const std::string message = numbered(i, std::uint64_t{random()} >> (32 - shift(random)));
     ASSERT_TRUE(bridge.input.write(frame(message)));
     ASSERT_TRUE(connection.line() == message);
     ASSERT_TRUE(connection.write(line(message)));

@@ -9,6 +9,8 @@
 #include <QEvent>
 #include <QWidget>
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -24,11 +26,15 @@ bool isWatchedByDebugger() {
   return false;
 }
 
+void* pointerTo(std::uintptr_t address) {
+  return reinterpret_cast<void*>(address);  // NOLINT(performance-no-int-to-ptr): the dynamic linker gives numbers
+}
+
 // Whether the dynamic linker has written into the parts of a program file that are only read otherwise.
 bool isTextRelocated(const dl_phdr_info& object) {
   for (std::size_t i = 0; i < object.dlpi_phnum; ++i) {
     if (object.dlpi_phdr[i].p_type != PT_DYNAMIC) continue;
-    const auto* entry = reinterpret_cast<const ElfW(Dyn)*>(object.dlpi_addr + object.dlpi_phdr[i].p_vaddr);
+    const auto* entry = static_cast<const ElfW(Dyn)*>(pointerTo(object.dlpi_addr + object.dlpi_phdr[i].p_vaddr));
     for (; entry->d_tag != DT_NULL; ++entry) {
       if (entry->d_tag == DT_TEXTREL) return true;
       if (entry->d_tag == DT_FLAGS && (entry->d_un.d_val & DF_TEXTREL) != 0) return true;
@@ -46,7 +52,7 @@ int giveBackPagesOf(dl_phdr_info* object, std::size_t, void*) {
     const std::uintptr_t begin = (object->dlpi_addr + part.p_vaddr) / page * page;
     const std::uintptr_t end = (object->dlpi_addr + part.p_vaddr + part.p_memsz) / page * page;
     // The kernel refuses for what is no file, such as its own part of every process.
-    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
+    if (begin < end) madvise(pointerTo(begin), end - begin, MADV_DONTNEED);
   }
   return 0;
 }

@@ -162,6 +162,13 @@ const std::vector<Attempt> neverNeeded = {
     {"serve a socket", listenAtSocket},
 };
 
+// On 32-bit x86 one call stands for all calls of sockets, and a filter does not see its arguments.
+#ifdef __i386__
+constexpr bool seesFamilies = false;
+#else
+constexpr bool seesFamilies = true;
+#endif
+
 const std::vector<Attempt> network = {
     {"make a socket for the internet", makeSocket<AF_INET, SOCK_STREAM>},
     {"make a socket for datagrams", makeSocket<AF_INET, SOCK_DGRAM>},
@@ -193,7 +200,7 @@ const std::vector<Attempt> neededByListeners = {
 
 TEST(SandboxTest, AListenerOfThisComputerCanOnlyListen) {
   expectRefused(Sandbox::localListener, neverNeeded);
-  expectRefused(Sandbox::localListener, network);
+  if (seesFamilies) expectRefused(Sandbox::localListener, network);
   expectPossible(Sandbox::localListener, neededByListeners);
 }
 
@@ -205,7 +212,7 @@ TEST(SandboxTest, AListenerReachesOtherComputersIfItMust) {
 
 TEST(SandboxTest, ARelayOnlyPassesBytesOn) {
   expectRefused(Sandbox::relay, neverNeeded);
-  expectRefused(Sandbox::relay, network);
+  if (seesFamilies) expectRefused(Sandbox::relay, network);
   expectRefused(
       Sandbox::relay,
       {{"read a file", openFile<O_RDONLY>},
