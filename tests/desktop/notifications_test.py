@@ -14,7 +14,7 @@ import wave
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent / 'session'))
 
-from client import PrivateSession
+from client import PrivateSession, program
 from waiting import wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'
@@ -118,7 +118,8 @@ class MateServiceTest(ServiceTest):
 
     @classmethod
     def start_service(cls):
-        cls.start('service', '/usr/lib/mate-notification-daemon/mate-notification-daemon')
+        cls.start('service', program('/usr/lib/mate-notification-daemon/mate-notification-daemon',
+                                     '/usr/libexec/mate-notification-daemon/mate-notification-daemon'))
 
 
 class XfceServiceTest(ServiceTest):

@@ -7,6 +7,8 @@ import typing
 
 from PIL import Image
 
+STEPS = 8  # of the pointer to its goal
+
 
 class Spot(typing.NamedTuple):
     """A part of the screen, and what it showed."""
@@ -22,8 +24,8 @@ class Lines:
     """A program that answers lines with lines."""
 
     def __init__(self, session, name, command, **environment):
-        self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                     env={**session.environment, **environment})
+        self.process = session.start(name, session.as_user(*command), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                     text=True, env={**session.environment, **environment})
 
     def ask(self, line):
         self.process.stdin.write(line + '\n')
@@ -44,8 +46,9 @@ class XScreen:
         return Image.open(io.BytesIO(done.stdout)).convert('RGB')
 
     def point(self, x, y):
-        # Two steps, because some panels wait for a movement inside the icon.
-        self.session.output('xdotool', 'mousemove', str(x - 2), str(y), 'mousemove', str(x), str(y))
+        # In steps as by a hand: some panels wait for a movement inside the icon, and Qt's menus count movements.
+        self.session.output('xdotool', 'mousemove', str(x - STEPS), str(y),
+                            *STEPS * ['sleep', '0.01', 'mousemove_relative', '1', '0'])
 
     def click(self, x, y, button=1):
         self.point(x, y)

@@ -2,10 +2,12 @@
 """Tollvane in the panels of desktops on X11, for real: panels_test.py BUILD [TEST...]"""
 
 import json
+import re
 import unittest
 
 from panel_session import PanelTest
 from bus import BusError
+from client import program
 from waiting import wait_until
 
 
@@ -51,6 +53,10 @@ class CinnamonTest(PanelTest):
     desktop, panel = 'X-Cinnamon', 'xapp-sn-watcher'
     tells_what_is_open = tells_new_texts = False
 
+    @classmethod
+    def variables(cls):
+        return {'XDG_SESSION_TYPE': 'x11'}
+
     def tooltip(self):
         icons = "imports.ui.appletManager.getRunningInstancesForUuid('xapp-status@cinnamon.org')[0].statusIcons"
         done, text = self.session.bus.call(
@@ -66,13 +72,19 @@ panels-enabled=['1:0:bottom']
 panels-height=['1:40']
 """)
         cls.start('panel', 'cinnamon')
-        cls.start('sn-watcher', '/usr/libexec/xapps/sn-watcher/xapp-sn-watcher')
+        cls.start('sn-watcher', program('/usr/libexec/xapps/sn-watcher/xapp-sn-watcher',
+                                      '/usr/lib/x86_64-linux-gnu/xapps/xapp-sn-watcher'))
 
 
 class PlasmaTest(PanelTest):
     desktop, panel = 'KDE', 'plasmashell'
-    layout = """panels().forEach(panel => panel.remove()); const bar = new Panel; bar.location = "bottom";
-                bar.height = 44; bar.addWidget("org.kde.plasma.systemtray");"""
+    template = 'org.kde.plasma.desktop.defaultPanel'  # what a user gets at the first start; here the tray only
+    layout = 'const bar = new Panel; bar.location = "bottom"; bar.height = 44; bar.addWidget("org.kde.plasma.systemtray");'
+    background = 'desktops().forEach(desktop => desktop.wallpaperPlugin = "org.kde.color"); print(panels().length);'
+
+    def tooltip(self):
+        return next((each['name'] for each in self.shown(self.panel) if each['role'] in ('label', 'heading') and
+                     each['showing'] and re.match('Tollvane|Last sound', each['name'])), None)
 
     def bell_in(self, changed):
         """The bell has come to the left of other icons, and has moved them."""
@@ -81,23 +93,28 @@ class PlasmaTest(PanelTest):
 
     @classmethod
     def variables(cls):
-        return {'KDE_FULL_SESSION': 'true', 'KDE_SESSION_VERSION': '5'}
+        return {'KDE_FULL_SESSION': 'true', 'KDE_SESSION_VERSION': '6' if program('kded6').startswith('/') else '5'}
 
     @classmethod
     def start_panel(cls):
+        folder = f'.local/share/plasma/layout-templates/{cls.template}'
+        about = {'KPackageStructure': 'Plasma/LayoutTemplate', 'X-Plasma-Shell': 'plasmashell',
+                 'X-Plasma-ContainmentCategories': ['panel'],
+                 'KPlugin': {'Id': cls.template, 'Name': 'Tray', 'ServiceTypes': ['Plasma/LayoutTemplate']}}
+        cls.session.write(f'{folder}/metadata.json', json.dumps(about))
+        cls.session.write(f'{folder}/contents/layout.js', cls.layout)
+        cls.session.own_home()
         cls.allow_services('org.kde.*')
-        cls.start('kded', 'kded5')
+        cls.start('kded', program('kded6', 'kded5'))
         cls.start('panel', 'plasmashell')
-        shell = ('org.kde.plasmashell', '/PlasmaShell', 'org.kde.PlasmaShell')
-        wait_until(lambda: cls.session.bus.has('org.kde.plasmashell'), 'plasmashell on the bus')
 
-        def lay_out():
+        def is_laid_out():
             try:
-                cls.session.bus.call(*shell, 'evaluateScript', 's', cls.layout)
-                return True
+                return cls.session.bus.call('org.kde.plasmashell', '/PlasmaShell', 'org.kde.PlasmaShell',
+                                            'evaluateScript', 's', cls.background)[0].strip() == '1'
             except BusError:
                 return False
-        wait_until(lay_out, 'a panel with the system tray', pause=1)
+        wait_until(is_laid_out, 'a panel with the system tray', pause=1)
 
 
 class BudgieTest(PanelTest):

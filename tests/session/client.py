@@ -10,6 +10,7 @@ Programs that are started here end with the session.
 
 import pathlib
 import re
+import shutil
 import subprocess
 
 from bus import Bus
@@ -19,6 +20,11 @@ PROGRAM = pathlib.Path(__file__).resolve().parent / 'private_session'
 
 class SessionFailure(Exception):
     """Raised with private_session's sentence about what failed."""
+
+
+def program(*candidates):
+    """The first of these programs that is here: versions of Debian put some into different places."""
+    return next((found for each in candidates if (found := shutil.which(each))), candidates[0])
 
 
 class PrivateSession:
