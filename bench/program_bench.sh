@@ -25,15 +25,17 @@ start_item_monitor() {
 
 # Tenths of a millisecond from the start of Tollvane until the panel's watcher announces its item.
 start_to_icon() {
-  local begin=$EPOCHREALTIME line end
+  local begin=$EPOCHREALTIME end
   start tollvane "$bundle/Tollvane"
   tollvane=$!
-  while read -r -t 10 -u "$items" line; do
-    end=$EPOCHREALTIME
-    [[ $line == *StatusNotifierItemRegistered* ]] || continue
-    echo $(((${end/./} - ${begin/./}) / 100))
-    return
-  done
+  await_icon
+  end=$EPOCHREALTIME
+  echo $(((${end/./} - ${begin/./}) / 100))
+}
+
+await_icon() {
+  local line
+  while read -r -t 10 -u "$items" line; do [[ $line == *StatusNotifierItemRegistered* ]] && return; done
   echo "the icon did not appear" >&2
   exit 1
 }
@@ -64,29 +66,46 @@ echo "idle for $idle_seconds s, context switches: $(($(context_switches "$tollva
 echo "PSS, MiB: $(pss "$tollvane") (the panel beside it: $(pss "$panel_pid"))"
 stop "$tollvane"
 
-# Of the toolkit's libraries each program here has a copy of its own, so that no other program on the machine shares them
-# and makes the figure smaller.
+# Of the toolkit's libraries each program here has a copy of its own, so that no other program on the machine shares
+# them and makes the figure smaller.
 ldd "$bundle/Tollvane" | awk '$1 ~ /^lib(Qt6|icu|simdjson|double-conv|pcre2-16|b2|md4c|harfbuzz|graphite)/ {print $3}' |
   xargs cp -Lt "$root"
 plugins=$(dirname "$(ldd "$bundle/Tollvane" | awk '$1 ~ /^libQt6Core/ {print $3}')")/qt6/plugins
 cp -L "$(dirname "$plugins")"/../libQt6XcbQpa.so.6 "$root"
 cp -r "$plugins" "$root/plugins"
-# start_alone NAME PROGRAM
-start_alone() { start "$1" env LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$2"; }
-# tell WHAT PID: what this process holds, and how much of it no file on disk contains.
+alone=(env LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins")
+# tell WHAT PID: what this process holds, and how much of it no file contains.
 tell() {
   local anonymous
   anonymous=$(awk '/^Anonymous:/ {printf "%.1f", $2 / 1024}' "/proc/$2/smaps_rollup")
   echo "PSS with no other program of the toolkit, MiB: $1 $(pss "$2"), in no file $anonymous"
 }
 # Opens the menu, or closes it if it is open.
-toggle_menu() { LD_LIBRARY_PATH="$root" QT_PLUGIN_PATH="$root/plugins" "$bundle/Tollvane" --show-menu; }
+toggle_menu() { in_session "${alone[@]}" "$bundle/Tollvane" --show-menu; }
+processor_us() { awk '{print int($1 / 1000)}' "/proc/$tollvane/schedstat"; }
+page_faults() { awk '{print $10}' "/proc/$tollvane/stat"; }
+# tell_openings WHEN SECONDS: what it costs to open the menu so long after it was closed; the mean of five.
+tell_openings() {
+  local processor=0 faults=0 opening
+  for opening in 1 2 3 4 5; do
+    sleep "$2"
+    processor=$((processor - $(processor_us))) faults=$((faults - $(page_faults)))
+    toggle_menu
+    sleep 0.5
+    processor=$((processor + $(processor_us))) faults=$((faults + $(page_faults)))
+    toggle_menu
+  done
+  echo "opening the menu $1: $((processor / opening)) us of the processor, $((faults / opening)) page faults"
+}
 
-start_alone tollvane "$bundle/Tollvane"
+start tollvane "${alone[@]}" "$bundle/Tollvane"
 tollvane=$!
-while read -r -t 10 -u "$items" line; do [[ $line == *StatusNotifierItemRegistered* ]] && break; done
+await_icon
 tell "Tollvane, started just now" "$tollvane"
-sleep 5
+sleep 1
+before=$(processor_us)
+sleep 4
+echo "giving back what the start needed: at most $(($(processor_us) - before)) us of the processor"
 tell "Tollvane at rest" "$tollvane"
 toggle_menu
 sleep 1
@@ -94,8 +113,10 @@ tell "Tollvane with its menu open" "$tollvane"
 toggle_menu
 sleep 5
 tell "Tollvane at rest again" "$tollvane"
+tell_openings "after a rest" 4
+tell_openings "at once" 0.5
 stop "$tollvane"
-start_alone "an empty program" "$empty"
+start empty "${alone[@]}" "$empty"
 empty_program=$!
 sleep 5
 tell "an empty program" "$empty_program"

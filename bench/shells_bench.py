@@ -133,8 +133,8 @@ class KWinBench(KWinSession):
             item = self.number_of(probe)
             known = len(self.forward(probe))
             begin = time.time()
-            self.session.bus.call(self.item, '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', 'Event', 'isvu', item,
-                                  'clicked', 's', '', 0)
+            self.session.bus.call(self.item, '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', 'Event', 'isvu',
+                                  item, 'clicked', 's', '', 0)
             wait_until(lambda: len(self.forward(probe)) > known, 'the window in front')
             taken.append(self.forward(probe)[known] - begin * 1000)
         print_clicks('KWin', taken)

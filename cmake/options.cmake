@@ -67,8 +67,8 @@ function(tollvane_room target folder)
   set_source_files_properties(${room_UNPARSED_ARGUMENTS} PROPERTIES UNITY_GROUP ${room_UNIT})
 endfunction()
 
-# tollvane_module(TARGET LIBRARY NAME): the static library as a module in the bundle, NAME.so, which a program loads when
-# it first needs it.
+# tollvane_module(TARGET LIBRARY NAME): the static library as a module in the bundle, NAME.so, which a program loads
+# when it first needs it.
 function(tollvane_module target library name)
   set_target_properties(${library} PROPERTIES
     POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

@@ -88,6 +88,6 @@ int main(int argc, char* argv[]) {
   const LastWord lastWord([&] { delegate.applicationWillTerminate(); });
   delegate.applicationDidFinishLaunching();
   if (showMenu) platform.showMenu();
-  const RestingMemory memory(std::chrono::seconds(2));
+  RestingMemory memory(std::chrono::seconds(2));
   return QApplication::exec();
 }

@@ -280,6 +280,17 @@ TEST_F(WholeDesktopTest, TheDoctorSeesTheOneThatRunsItsBellAndThatItsProgramWasR
   EXPECT_TRUE(tollvane->running());
 }
 
+TEST_F(WholeDesktopTest, AtRestItHoldsFarLessThanAtItsStart) {
+  start();
+  const auto kibibytes = [&](const std::string& name) {
+    std::ifstream status("/proc/" + std::to_string(tollvane->pid()) + "/status");
+    for (std::string word; status >> word;)
+      if (word == name && status >> word) return std::stol(word);
+    return 0L;
+  };
+  EXPECT_TRUE(eventually([&] { return kibibytes("VmHWM:") > 0 && kibibytes("VmRSS:") < kibibytes("VmHWM:") / 2; }));
+}
+
 TEST_F(WholeDesktopTest, UninstallEndsTheOneThatRuns) {
   const fs::path autostart = root() / ".config/autostart/tollvane.desktop";
   launch();

@@ -107,7 +107,7 @@ scmp_arg_cmp masked(unsigned index, scmp_datum_t mask, scmp_datum_t value) {
   return {index, SCMP_CMP_MASKED_EQ, mask, value};
 }
 
-// On 32-bit x86 one call stands for all calls of sockets, and their arguments cannot be seen.
+// On 32-bit x86, socketcall() makes sockets too, and a filter does not see its arguments.
 bool seesFamilies() { return seccomp_arch_native() != SCMP_ARCH_X86; }
 
 void listener() {

@@ -1,6 +1,6 @@
 // Gives back memory that a resting program does not need. A start reads far more of the toolkit's libraries than is
 // used afterwards: tables of the dynamic linker, code that runs once. So do menus and windows. Main thread only; needs
-// a QApplication.
+// a QCoreApplication.
 #pragma once
 
 #include <QObject>
@@ -10,16 +10,15 @@
 
 namespace tollvane {
 
-// Gives back what the heap holds in reserve, and the pages with unchanged parts of program files. Those stay in the
-// system's cache of files, from which it takes memory first; each one that is used again comes back from there without
-// reading the disk. Does nothing while a debugger watches the process, because its breakpoints are changes to such
-// pages. Any thread.
+// Gives back what the heap holds in reserve, and the pages of the program and its libraries that are as they stand in
+// the files. The system keeps those in its cache of files until it needs that memory; each one that is used again comes
+// back from there, or else from the disk. Parts of a library in which anything was changed, such as a debugger's
+// breakpoints, stay. Any thread.
 void giveBackMemory();
 
 class RestingMemory : public QObject {
  public:
-  // Calls `giveBack` when the program has been at rest for some time: after its start, and each time after a menu or a
-  // window has closed and no other is open.
+  // Calls `giveBack` when `rest` has passed since the start, and again each time after a menu or a window has closed.
   explicit RestingMemory(std::chrono::milliseconds rest, std::function<void()> giveBack = giveBackMemory);
 
   bool eventFilter(QObject* watched, QEvent* event) override;

@@ -162,7 +162,7 @@ const std::vector<Attempt> neverNeeded = {
     {"serve a socket", listenAtSocket},
 };
 
-// On 32-bit x86 one call stands for all calls of sockets, and a filter does not see its arguments.
+// On 32-bit x86, socketcall() makes sockets too, and a filter does not see its arguments.
 #ifdef __i386__
 constexpr bool seesFamilies = false;
 #else
