@@ -205,12 +205,9 @@ class KWin:
         width, height = session.options.screen or DEFAULT_SIZE
         session.environment.update(XDG_CURRENT_DESKTOP='KDE', LIBGL_ALWAYS_SOFTWARE='1',
                                    QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none')
-        # Input and pictures are otherwise for Plasma's own programs only.
-        environment = {**session.environment, 'QT_QPA_PLATFORM': '', 'KWIN_WAYLAND_NO_PERMISSION_CHECKS': '1',
-                       'KWIN_SCREENSHOT_NO_PERMISSION_CHECKS': '1'}
         process = session.launch('wayland', ['kwin_wayland', '--virtual', '--width', str(width), '--height',
                                              str(height), '--socket', 'wayland-0', '--no-lockscreen'], 'wayland',
-                                 env=environment)
+                                 env={**session.environment, 'QT_QPA_PLATFORM': ''})
         session.await_part(KWin.title, 'wayland', process,
                            lambda: accepts(session.run / 'wayland-0') and session.bus.has('org.kde.KWin'))
         session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
