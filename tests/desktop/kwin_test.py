@@ -4,8 +4,8 @@
 import re
 import unittest
 
-from kwin_scripts import run_script
 from shell_session import ShellTest
+from kwin_scripts import run_script
 from waiting import wait_until
 
 

@@ -360,8 +360,8 @@ class PanelTest(unittest.TestCase):
         self.await_menu(self.panel)
 
     def layout(self):
-        return self.session.bus.call(self.bells()[0][0], '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', 'GetLayout',
-                                     'iias', 0, -1, 0)
+        return self.session.bus.call(self.bells()[0][0], '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu',
+                                     'GetLayout', 'iias', 0, -1, 0)
 
     def await_menu(self, program):
         """Gives the keyboard to a row, because otherwise a menu of Qt is not found."""

@@ -79,7 +79,8 @@ panels-height=['1:40']
 class PlasmaTest(PanelTest):
     desktop, panel = 'KDE', 'plasmashell'
     template = 'org.kde.plasma.desktop.defaultPanel'  # what a user gets at the first start; here the tray only
-    layout = 'const bar = new Panel; bar.location = "bottom"; bar.height = 44; bar.addWidget("org.kde.plasma.systemtray");'
+    layout = ('const bar = new Panel; bar.location = "bottom"; bar.height = 44; '
+              'bar.addWidget("org.kde.plasma.systemtray");')
     background = 'desktops().forEach(desktop => desktop.wallpaperPlugin = "org.kde.color"); print(panels().length);'
 
     def tooltip(self):

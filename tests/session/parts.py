@@ -197,6 +197,19 @@ class Sway:
             GDK_BACKEND='wayland')
 
 
+class Labwc:
+    title = 'the compositor (labwc)'
+
+    @staticmethod
+    def start(session):
+        session.environment.update(
+            XDG_CURRENT_DESKTOP='labwc:wlroots', WLR_BACKENDS='headless', WLR_LIBINPUT_NO_DEVICES='1',
+            WLR_RENDERER='pixman', QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none')
+        process = session.launch('wayland', ['labwc'], 'wayland')
+        session.await_part(Labwc.title, 'wayland', process, lambda: accepts(session.run / 'wayland-0'))
+        session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
+
+
 class KWin:
     title = 'the compositor (kwin_wayland)'
 
@@ -266,7 +279,7 @@ class GnomeShell:
 class Wayland:
     """The compositor that the session was asked for."""
     title = 'the compositor'
-    KINDS = {'sway': Sway, 'kwin': KWin, 'gnome': GnomeShell}
+    KINDS = {'sway': Sway, 'labwc': Labwc, 'kwin': KWin, 'gnome': GnomeShell}
 
     @staticmethod
     def start(session):
