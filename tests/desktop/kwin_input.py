@@ -3,7 +3,7 @@
 
 Obeys lines on its standard input: "move X Y", "button CODE DOWN" and "key CODE DOWN", with the codes of
 linux/input-event-codes.h and DOWN 1 or 0. Each is answered with "obeyed" when KWin has taken it. The devices exist as
-long as this program runs. It must be run by the user of the session, because KWin looks at its clients' programs.
+long as this program runs. KWin keeps this for Plasma's own programs, unless KWIN_WAYLAND_NO_PERMISSION_CHECKS is 1.
 """
 
 import os

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Windows of other applications in KWin, for real: kwin_test.py BUILD [TEST...]"""
 
-import pathlib
 import re
 import unittest
 
 from shell_session import ShellTest
+from kwin_scripts import run_script
 from waiting import wait_until
 
 
@@ -14,27 +14,7 @@ class KWinSession(ShellTest):
     options = ('--wayland', 'kwin')
 
     def script(self, body, stays=False):
-        """Runs a script in KWin and returns what it prints. Unless it stays, it is unloaded then."""
-        file = self.session.root / 'tmp/test.js'
-        mark = f'answer-{KWinSession.number()}:'
-        file.write_text(f'print("{mark}" + (function() {{ {body} }})());')
-        file.chmod(0o644)
-        kwin = ('org.kde.KWin', '/Scripting', 'org.kde.kwin.Scripting')
-        self.session.bus.call(*kwin, 'loadScript', 'ss', file, mark)
-        self.session.bus.call(*kwin, 'start')
-        log = pathlib.Path(self.session.facts['log']) / 'wayland'
-        answer = wait_until(lambda: [line for line in log.read_text(errors='replace').splitlines() if mark in line],
-                            'an answer of KWin')
-        if not stays:
-            self.session.bus.call(*kwin, 'unloadScript', 's', mark)
-        return answer[0].split(mark, 1)[1].strip().rstrip('"')
-
-    counter = 0
-
-    @classmethod
-    def number(cls):
-        KWinSession.counter += 1
-        return KWinSession.counter
+        return run_script(self.session, body, stays)
 
     def active_pid(self):
         found = self.script('const a = workspace.activeWindow || workspace.activeClient; return a ? a.pid : 0;')

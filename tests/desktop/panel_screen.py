@@ -39,35 +39,40 @@ class XScreen:
 
     def __init__(self, session):
         self.session = session
+        self.environment = dict(session.environment)
+
+    def output(self, *command):
+        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True, timeout=30).stdout.strip()
 
     def picture(self):
-        done = subprocess.run(['import', '-window', 'root', 'ppm:-'], env=self.session.environment,
+        done = subprocess.run(['import', '-window', 'root', 'ppm:-'], env=self.environment,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
         return Image.open(io.BytesIO(done.stdout)).convert('RGB')
 
     def point(self, x, y):
         # In steps as by a hand: some panels wait for a movement inside the icon, and Qt's menus count movements.
-        self.session.output('xdotool', 'mousemove', str(x - STEPS), str(y),
+        self.output('xdotool', 'mousemove', str(x - STEPS), str(y),
                             *STEPS * ['sleep', '0.01', 'mousemove_relative', '1', '0'])
 
     def click(self, x, y, button=1):
         self.point(x, y)
-        self.session.output('xdotool', 'click', str(button))
+        self.output('xdotool', 'click', str(button))
 
     def key(self, name):
-        self.session.output('xdotool', 'key', name)
+        self.output('xdotool', 'key', name)
 
     def in_front(self):
-        return self.session.output('xdotool', 'getactivewindow', 'getwindowname')
+        return self.output('xdotool', 'getactivewindow', 'getwindowname')
 
     def bring_forward(self, title):
-        self.session.output('xdotool', 'search', '--onlyvisible', '--name', f'^{title}$', 'windowactivate')
+        self.output('xdotool', 'search', '--onlyvisible', '--name', f'^{title}$', 'windowactivate')
 
     def width_of_tooltip(self):
-        for line in self.session.output('xwininfo', '-root', '-tree').splitlines():
+        for line in self.output('xwininfo', '-root', '-tree').splitlines():
             found = re.match(r'\s+(0x[0-9a-f]+) .* (\d+)x\d+\+', line)
-            if found and 'TYPE_TOOLTIP' in self.session.output('xprop', '-id', found[1], '_NET_WM_WINDOW_TYPE') and \
-                    'IsViewable' in self.session.output('xwininfo', '-id', found[1]):
+            if found and 'TYPE_TOOLTIP' in self.output('xprop', '-id', found[1], '_NET_WM_WINDOW_TYPE') and \
+                    'IsViewable' in self.output('xwininfo', '-id', found[1]):
                 return int(found[2])
         return None
 

@@ -55,6 +55,7 @@ class PanelTest(unittest.TestCase):
         if cls.panel is None:
             raise unittest.SkipTest('not a panel')
         cls.session = cls.enterClassContext(PrivateSession(*cls.options))
+        cls.screen = cls.make_screen()
         cls.session.environment.update({
             'XDG_CURRENT_DESKTOP': cls.desktop, 'GSETTINGS_BACKEND': 'keyfile', 'NO_AT_BRIDGE': '0',
             'LIBGL_ALWAYS_SOFTWARE': '1', 'QT_LINUX_ACCESSIBILITY_ALWAYS_ON': '1', 'QT_QPA_PLATFORM': 'xcb',
@@ -62,7 +63,6 @@ class PanelTest(unittest.TestCase):
         cls.lasting = {**cls.session.environment, 'TOLLVANE_PART_OF_SESSION': '1'}
         cls.allow_services('org.a11y.Bus')
         cls.session.bus.call('org.a11y.Bus', '/org/a11y/bus', 'org.a11y.Bus', 'GetAddress')
-        cls.screen = cls.make_screen()
         cls.bundle = cls.session.home / 'Tollvane'
         shutil.copytree(BUILD / 'Tollvane', cls.bundle)
         cls.sounds = cls.session.root / 'sounds'
@@ -360,8 +360,8 @@ class PanelTest(unittest.TestCase):
         self.await_menu(self.panel)
 
     def layout(self):
-        return self.session.bus.call(self.bells()[0][0], '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', 'GetLayout',
-                                     'iias', 0, -1, 0)
+        return self.session.bus.call(self.bells()[0][0], '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu',
+                                     'GetLayout', 'iias', 0, -1, 0)
 
     def await_menu(self, program):
         """Gives the keyboard to a row, because otherwise a menu of Qt is not found."""

@@ -197,6 +197,19 @@ class Sway:
             GDK_BACKEND='wayland')
 
 
+class Labwc:
+    title = 'the compositor (labwc)'
+
+    @staticmethod
+    def start(session):
+        session.environment.update(
+            XDG_CURRENT_DESKTOP='labwc:wlroots', WLR_BACKENDS='headless', WLR_LIBINPUT_NO_DEVICES='1',
+            WLR_RENDERER='pixman', QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none')
+        process = session.launch('wayland', ['labwc'], 'wayland')
+        session.await_part(Labwc.title, 'wayland', process, lambda: accepts(session.run / 'wayland-0'))
+        session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
+
+
 class KWin:
     title = 'the compositor (kwin_wayland)'
 
@@ -205,12 +218,9 @@ class KWin:
         width, height = session.options.screen or DEFAULT_SIZE
         session.environment.update(XDG_CURRENT_DESKTOP='KDE', LIBGL_ALWAYS_SOFTWARE='1',
                                    QT_WAYLAND_CLIENT_BUFFER_INTEGRATION='none')
-        # Input and pictures are otherwise for Plasma's own programs only.
-        environment = {**session.environment, 'QT_QPA_PLATFORM': '', 'KWIN_WAYLAND_NO_PERMISSION_CHECKS': '1',
-                       'KWIN_SCREENSHOT_NO_PERMISSION_CHECKS': '1'}
         process = session.launch('wayland', ['kwin_wayland', '--virtual', '--width', str(width), '--height',
                                              str(height), '--socket', 'wayland-0', '--no-lockscreen'], 'wayland',
-                                 env=environment)
+                                 env={**session.environment, 'QT_QPA_PLATFORM': ''})
         session.await_part(KWin.title, 'wayland', process,
                            lambda: accepts(session.run / 'wayland-0') and session.bus.has('org.kde.KWin'))
         session.environment.update(WAYLAND_DISPLAY='wayland-0', QT_QPA_PLATFORM='wayland', GDK_BACKEND='wayland')
@@ -269,7 +279,7 @@ class GnomeShell:
 class Wayland:
     """The compositor that the session was asked for."""
     title = 'the compositor'
-    KINDS = {'sway': Sway, 'kwin': KWin, 'gnome': GnomeShell}
+    KINDS = {'sway': Sway, 'labwc': Labwc, 'kwin': KWin, 'gnome': GnomeShell}
 
     @staticmethod
     def start(session):
