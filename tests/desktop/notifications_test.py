@@ -14,7 +14,7 @@ import wave
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent / 'session'))
 
-from client import PrivateSession, program
+from client import LIBRARIES, PrivateSession, program
 from waiting import wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'
@@ -128,7 +128,7 @@ class XfceServiceTest(ServiceTest):
     @classmethod
     def start_service(cls):
         cls.session.tell('service org.xfce.Xfconf')
-        cls.start('service', '/usr/lib/x86_64-linux-gnu/xfce4/notifyd/xfce4-notifyd')
+        cls.start('service', f'{LIBRARIES}/xfce4/notifyd/xfce4-notifyd')
 
 
 class PlasmaServiceTest(ServiceTest):
@@ -136,7 +136,7 @@ class PlasmaServiceTest(ServiceTest):
 
     @classmethod
     def start_service(cls):
-        cls.start('activities', '/usr/lib/x86_64-linux-gnu/libexec/kactivitymanagerd')
+        cls.start('activities', f'{LIBRARIES}/libexec/kactivitymanagerd')
         cls.start('service', 'plasmashell')
 
 

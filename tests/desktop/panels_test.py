@@ -7,7 +7,7 @@ import unittest
 
 from panel_session import PanelTest
 from bus import BusError
-from client import program
+from client import LIBRARIES, program
 from waiting import wait_until
 
 
@@ -73,7 +73,7 @@ panels-height=['1:40']
 """)
         cls.start('panel', 'cinnamon')
         cls.start('sn-watcher', program('/usr/libexec/xapps/sn-watcher/xapp-sn-watcher',
-                                      '/usr/lib/x86_64-linux-gnu/xapps/xapp-sn-watcher'))
+                                      f'{LIBRARIES}/xapps/xapp-sn-watcher'))
 
 
 class PlasmaTest(PanelTest):

@@ -12,9 +12,11 @@ import pathlib
 import re
 import shutil
 import subprocess
+import sysconfig
 
 from bus import Bus
 
+LIBRARIES = f'/usr/lib/{sysconfig.get_config_var("MULTIARCH")}'  # Debian's place for those of this machine
 PROGRAM = pathlib.Path(__file__).resolve().parent / 'private_session'
 
 
