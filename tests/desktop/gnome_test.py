@@ -265,9 +265,12 @@ class GnomeTest(ExtensionSession):
                 found.push([actor.text.length, actor.clutter_text.use_markup]);
             };
             visit(rows[0]);
+            found""")
+        self.assertEqual(drawn, [[401, False], [401, False], [6, False]])
+        wait_until(lambda: self.evaluate("""
             const box = Main.panel.statusArea.tollvane.menu.actor;
-            [found, box.width <= global.screen_width && box.get_transformed_position()[0] >= 0]""")
-        self.assertEqual(drawn, [[[401, False], [401, False], [6, False]], True])
+            const left = box.get_transformed_position()[0];
+            box.width > 0 && left >= 0 && left + box.width <= global.screen_width"""), 'the menu on the screen')
         self.point_at('Main.panel.statusArea.tollvane.menu._getMenuItems()[0]')
         wait_until(lambda: self.tips(), 'the tooltip')
         self.assertEqual(self.tips(), [[text, True, False]])
