@@ -11,7 +11,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr const char* probeApplication = "probe-of-notifications";
+constexpr const char* notificationProbe = "probe-of-notifications";
+constexpr const char* soundProbe = "probe-of-sounds";
 
 }  // namespace
 
@@ -78,12 +79,13 @@ void RunningLog::closeOutput() {
 bool RunningLog::listens() {
   const auto until = std::chrono::steady_clock::now() + patience;
   while (std::chrono::steady_clock::now() < until) {
-    const auto probe = sound_.begin({"paplay", sound_.tone(10ms)});
+    // This name is reported if the process ends too soon for its number.
+    const auto probe = sound_.begin({"paplay", std::string("--client-name=") + soundProbe, sound_.tone(10ms)});
     probes_.push_back(probe->pid());
     if (probe->exitCode(5s) != 0) continue;
     while (const auto heard = nextOfAll(300ms)) {
-      if (heard->pid == probe->pid()) return true;
-      if (!isProbe(*heard)) kept_.push_back(*heard);
+      if (isProbe(*heard)) return true;
+      kept_.push_back(*heard);
     }
   }
   return false;
@@ -92,9 +94,9 @@ bool RunningLog::listens() {
 bool RunningLog::seesNotifications() {
   const auto until = std::chrono::steady_clock::now() + patience;
   while (std::chrono::steady_clock::now() < until) {
-    notify(sound_, "", {"1", "desktop-entry", "s", probeApplication});
+    notify(sound_, "", {"1", "desktop-entry", "s", notificationProbe});
     while (const auto heard = nextOfAll(300ms)) {
-      if (heard->name == probeApplication) return true;
+      if (heard->name == notificationProbe) return true;
       if (!isProbe(*heard)) kept_.push_back(*heard);
     }
   }
@@ -114,7 +116,8 @@ std::optional<Heard> RunningLog::next(std::chrono::milliseconds deadline) {
 }
 
 bool RunningLog::isProbe(const Heard& heard) const {
-  return heard.name == probeApplication || std::find(probes_.begin(), probes_.end(), heard.pid) != probes_.end();
+  return heard.name == notificationProbe || heard.name == soundProbe ||
+         std::find(probes_.begin(), probes_.end(), heard.pid) != probes_.end();
 }
 
 std::vector<Heard> RunningLog::heardSoFar() {
