@@ -70,12 +70,14 @@ export class KnownTabs {
     if (this.#browser) this.#local.set({ [KEPT]: { browser: this.#browser, known } }).catch(() => {});
   }
 
+  // Needed once after a start of the browser or of the extension; session storage tells whether it was done.
   async #recall() {
     const { [KEPT]: kept } = await this.#local.get(KEPT);
-    const isOurs = kept?.browser === this.#browser && this.#memory.isFresh && !this.#isNewRun;
+    const isOurs = kept?.browser === this.#browser && !this.#memory.get('recalled') && !this.#isNewRun;
     if (kept && kept.browser !== this.#browser) await this.#local.remove(KEPT);
     const known = this.#pairs();
     const lost = isOurs ? kept.known.filter(([reported]) => this.find(reported) === undefined) : [];
     if (lost.length + known.length > 0) this.#set([...lost, ...known]);
+    this.#memory.set('recalled', true);
   }
 }

@@ -14,7 +14,6 @@ export class RunMemory {
   #values = {};
 
   ready;
-  isFresh = false;  // whether this is the first background after a start of the browser or of the extension
   carried = false;  // whether this is the first background after an update of the extension
 
   constructor({ session, local }, clock) {
@@ -40,7 +39,6 @@ export class RunMemory {
 
   async #load() {
     this.#values = await this.#session.get(null);
-    this.isFresh = Object.keys(this.#values).length === 0;
     const { [CARRIED]: carried } = await this.#local.get(CARRIED);
     if (!carried) return;
     await this.#local.remove(CARRIED);

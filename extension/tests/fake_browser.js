@@ -87,9 +87,11 @@ export class FakeBrowser {
   }
 
   // As the user does in the list of extensions.
-  async reloadExtension() {
+  // `left`: what the background wrote while it was ended.
+  async reloadExtension(left = {}) {
     this.stopBackground();
     this.session = new Area();
+    await this.session.set(left);
     await this.start();
   }
 

@@ -204,6 +204,25 @@ test('nor one reload after the other, nor a tab that is reported before the brid
   assert.equal(await focusNamed(second), true);
 });
 
+test('nor a background that ends before the bridge has spoken', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.reloadExtension();
+  await browser.restartBackground();
+  await theBrowserIs('4711');
+  assert.equal(await focusNamed(before), true);
+});
+
+test('nor what the background before the reload wrote at its end', async () => {
+  await theBrowserIs('4711');
+  await browser.sound(7);
+  const before = browser.named(7);
+  await browser.reloadExtension({ failures: 1 });
+  await theBrowserIs('4711');
+  assert.equal(await focusNamed(before), true);
+});
+
 test('a request right behind the first words of the bridge finds the tab', async () => {
   await theBrowserIs('4711');
   await browser.sound(7);
