@@ -181,16 +181,25 @@ test('an id that another profile reported leads nowhere', async () => {
 // The bridge names the browser's process.
 const theBrowserIs = (name) => browser.says({ type: 'link', open: true, browser: name });
 
-test('a reload of the extension does not forget the tab', async () => {
-  await theBrowserIs('4711');
-  await browser.sound(7);
-  const before = browser.named(7);
-  await browser.reloadExtension();
-  await theBrowserIs('4711');
-  assert.equal(await focusNamed(before), true);
-});
+for (const [what, reload] of [
+  ['a reload of the extension', () => browser.reloadExtension()],
+  ['a reload with what the background before it wrote at its end', () => browser.reloadExtension({ failures: 1 })],
+  ['a background that ends before the bridge has spoken', async () => {
+    await browser.reloadExtension();
+    await browser.restartBackground();
+  }],
+]) {
+  test(`${what} does not forget the tab`, async () => {
+    await theBrowserIs('4711');
+    await browser.sound(7);
+    const before = browser.named(7);
+    await reload();
+    await theBrowserIs('4711');
+    assert.equal(await focusNamed(before), true);
+  });
+}
 
-test('nor one reload after the other, nor a tab that is reported before the bridge has spoken', async () => {
+test('nor does one reload after the other, nor a tab that is reported before the bridge has spoken', async () => {
   await browser.sound(7);
   const first = browser.named(7);
   await theBrowserIs('4711');
@@ -202,25 +211,6 @@ test('nor one reload after the other, nor a tab that is reported before the brid
   await theBrowserIs('4711');
   assert.equal(await focusNamed(first), true);
   assert.equal(await focusNamed(second), true);
-});
-
-test('nor a background that ends before the bridge has spoken', async () => {
-  await theBrowserIs('4711');
-  await browser.sound(7);
-  const before = browser.named(7);
-  await browser.reloadExtension();
-  await browser.restartBackground();
-  await theBrowserIs('4711');
-  assert.equal(await focusNamed(before), true);
-});
-
-test('nor what the background before the reload wrote at its end', async () => {
-  await theBrowserIs('4711');
-  await browser.sound(7);
-  const before = browser.named(7);
-  await browser.reloadExtension({ failures: 1 });
-  await theBrowserIs('4711');
-  assert.equal(await focusNamed(before), true);
 });
 
 test('a request right behind the first words of the bridge finds the tab', async () => {

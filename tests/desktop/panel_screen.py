@@ -20,19 +20,6 @@ class Spot(typing.NamedTuple):
         return Spot(box, screen.crop(box))
 
 
-class Lines:
-    """A program that answers lines with lines."""
-
-    def __init__(self, session, name, command, **environment):
-        self.process = session.start(name, session.as_user(*command), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                     text=True, env={**session.environment, **environment})
-
-    def ask(self, line):
-        self.process.stdin.write(line + '\n')
-        self.process.stdin.flush()
-        return self.process.stdout.readline().rstrip('\n')
-
-
 class XScreen:
     """Pointer, keyboard, windows and pictures on X11."""
     nowhere = (900, 700)

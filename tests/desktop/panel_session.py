@@ -20,8 +20,8 @@ sys.path.append(str(HERE.parent / 'session'))
 from PIL import ImageChops
 
 from bus import BusError
-from client import PrivateSession
-from panel_screen import Lines, Spot, XScreen, luminance
+from client import Lines, PrivateSession
+from panel_screen import Spot, XScreen, luminance
 from waiting import wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'

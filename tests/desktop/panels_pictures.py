@@ -14,7 +14,7 @@ OUT = pathlib.Path(sys.argv.pop()).resolve()
 
 import panels_test
 from PIL import Image, ImageChops
-from panel_screen import Lines
+from client import Lines
 from panel_session import BUILD
 from waiting import wait_until
 

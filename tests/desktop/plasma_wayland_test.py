@@ -15,7 +15,8 @@ import unittest
 from panel_session import BUILD, HERE
 from PIL import ImageChops
 from kwin_scripts import run_script
-from panel_screen import STEPS, Lines, XScreen
+from client import Lines
+from panel_screen import STEPS, XScreen
 from panels_test import PlasmaTest
 from waiting import wait_until
 

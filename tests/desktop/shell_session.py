@@ -15,7 +15,7 @@ import wave
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent / 'session'))
 
-from client import PrivateSession
+from client import Lines, PrivateSession
 from waiting import wait_until
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else HERE.parent.parent / 'build/release'
@@ -34,22 +34,12 @@ EXTENSION = BUILD / f'Tollvane/Extensions/gnome/{form()}/tollvane@quarnel.com'
 INDICATORS = 'ubuntu-appindicators@ubuntu.com'
 
 
-class Probe:
-    """A program that obeys lines and answers each with a line."""
+class Probe(Lines):
+    """One of the tests' programs, or another one that obeys lines."""
 
     def __init__(self, session, name, *arguments, program=None, environment=None):
-        command = session.as_user(program or PROBES / name, *arguments)
-        self.process = session.start(name, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                     env={**session.environment, **(environment or {})})
+        super().__init__(session, name, [program or PROBES / name, *arguments], **(environment or {}))
         self.pid, self.name = self.process.pid, name
-
-    def ask(self, line):
-        self.process.stdin.write(line + '\n')
-        self.process.stdin.flush()
-        return self.process.stdout.readline().rstrip('\n')
-
-    def line(self):
-        return self.process.stdout.readline().rstrip('\n')
 
     def end(self):
         self.process.kill()

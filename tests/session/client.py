@@ -128,3 +128,19 @@ class PrivateSession:
             name, _, value = line.partition('=')
             (self.environment if re.fullmatch('[A-Z0-9_]+', name) else self.facts)[name] = value
         raise SessionFailure('the private session has ended')
+
+
+class Lines:
+    """A program that answers lines with lines."""
+
+    def __init__(self, session, name, command, **environment):
+        self.process = session.start(name, session.as_user(*command), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                     text=True, env={**session.environment, **environment})
+
+    def ask(self, line):
+        self.process.stdin.write(line + '\n')
+        self.process.stdin.flush()
+        return self.line()
+
+    def line(self):
+        return self.process.stdout.readline().rstrip('\n')
