@@ -196,4 +196,10 @@ bool ProcFs::isOwn(Pid pid) const {
   return ::stat(path(pid, "").c_str(), &status) == 0 && status.st_uid == ::getuid();
 }
 
+bool ProcFs::hasOurRoot(Pid pid) const {
+  struct stat ours {}, theirs {};
+  return ::stat((root_ / "self/root/").c_str(), &ours) == 0 && ::stat(path(pid, "root/").c_str(), &theirs) == 0 &&
+         ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
+}
+
 }  // namespace tollvane

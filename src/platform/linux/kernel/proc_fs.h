@@ -66,6 +66,9 @@ class ProcFs : public ProcessTable {
   // Whether the process belongs to the user that runs this program.
   bool isOwn(Pid pid) const;
 
+  // Whether the process has this program's root directory. A process in a container has another one.
+  bool hasOurRoot(Pid pid) const;
+
   const std::filesystem::path& root() const { return root_; }
 
  private:

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "catalogue/browsers.h"
+#include "platform/linux/apps/desktop_session.h"
 #include "support/text.h"
 
 namespace tollvane {
@@ -68,8 +69,11 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_
 }
 
 std::vector<RunningApplication> LinuxWorkspace::regularApplications() const {
-  return oldestFirst(
-      processes_.all([&](RunningProgram& program) { return ownership(program, Applications::Wanted::regular); }));
+  return oldestFirst(processes_.all([&](RunningProgram& program) -> std::optional<Ownership> {
+    auto application = ownership(program, Applications::Wanted::regular);
+    if (application && !isInThisDesktopSession(applications_.processes(), program.pid())) return std::nullopt;
+    return application;
+  }));
 }
 
 // Adds those of the browsers' processes that belong to no desktop entry. Those that belong to one were found by it.

@@ -27,7 +27,7 @@ void writeFile(const fs::path& file, std::string_view content) {
 }
 
 FakeSystem::FakeSystem() : processes_(directory_.path() / "proc") {
-  fs::create_directories(directory_.path() / "proc");
+  fs::create_directories(directory_.path() / "proc/self/root");
   environment.dataFolders = {at("/home/share"), at("/usr/local/share"), at("/usr/share")};
   environment.configurationFolders = {at("/home/config"), at("/etc/xdg")};
   environment.userUnitFolders = {at("/home/config/systemd/user"), at("/usr/lib/systemd/user")};
@@ -65,7 +65,7 @@ fs::path FakeSystem::entry(std::string_view id, std::string_view text, std::stri
 void FakeSystem::process(const FakeProcess& process) {
   const fs::path folder = processes_.root() / std::to_string(process.pid);
   fs::remove_all(folder);
-  fs::create_directories(folder / "root");
+  fs::create_directories(folder);
   writeFile(folder / "stat", std::to_string(process.pid) + " (" + process.command + ") " + process.state + " " +
                                  std::to_string(process.parent) + " 1 1 0 -1 4194304 1 2 3 4 5 6 7 8 20 0 1 0 " +
                                  std::to_string(process.startTime) + " 1000 100 18446744073709551615\n");
@@ -79,7 +79,11 @@ void FakeSystem::process(const FakeProcess& process) {
   if (!process.executable.empty() && process.state != 'Z') fs::create_symlink(process.executable, folder / "exe");
   fs::create_directories(at("/home"));
   fs::create_symlink(at("/home"), folder / "cwd");
-  if (!process.flatpakInfo.empty()) writeFile(folder / "root/.flatpak-info", process.flatpakInfo);
+  if (process.flatpakInfo.empty()) {
+    fs::create_directory_symlink("../self/root", folder / "root");
+  } else {
+    writeFile(folder / "root/.flatpak-info", process.flatpakInfo);
+  }
 }
 
 DesktopEntries& FakeSystem::entries() {

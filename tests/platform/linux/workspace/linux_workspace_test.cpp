@@ -7,6 +7,7 @@
 #include <chrono>
 
 #include "tests/platform/linux/apps/fake_system.h"
+#include "tests/support/environment.h"
 
 namespace tollvane {
 namespace {
@@ -219,6 +220,37 @@ TEST(RegularApplications, AreListedOldestFirstOneForEachProcess) {
   const std::vector<RunningApplication> expected = {{102, "Player", ActivationPolicy::regular, 10},
                                                     {100, "Player", ActivationPolicy::regular, 30}};
   EXPECT_EQ(system.workspace().regularApplications(), expected);
+}
+
+TEST(RegularApplications, OfTheUsersOtherDesktopSessionsAreNotListed) {
+  const test::Environment here{{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}};
+  FakeSystem system;
+  system.program("/usr/bin/player");
+  system.entry("player", "Name=Player\nExec=player\n");
+  const auto isListedWith = [&](std::vector<std::string> environment, const std::string& flatpakInfo = {}) {
+    system.process({.pid = 100,
+                    .executable = system.at("/usr/bin/player"),
+                    .environment = std::move(environment),
+                    .flatpakInfo = flatpakInfo});
+    return !system.workspace().regularApplications().empty();
+  };
+  EXPECT_FALSE(isListedWith({"DISPLAY=:10.0"}));
+  EXPECT_FALSE(isListedWith({"DISPLAY=:10", "WAYLAND_DISPLAY=wayland-1"}));
+  EXPECT_FALSE(isListedWith({"WAYLAND_DISPLAY=/run/user/1000/wayland-1"}));
+  EXPECT_FALSE(isListedWith({"DISPLAY=localhost:0"})) << "a display at the other end of a connection";
+
+  EXPECT_TRUE(isListedWith({"DISPLAY=:0.0"}));
+  EXPECT_TRUE(isListedWith({"DISPLAY=:0", "WAYLAND_DISPLAY=wayland-1"}));
+  EXPECT_TRUE(isListedWith({"DISPLAY=:10", "WAYLAND_DISPLAY=wayland-0"}));
+  EXPECT_TRUE(isListedWith({"DISPLAY=", "WAYLAND_DISPLAY=/run/user/1000/wayland-0"}));
+  EXPECT_TRUE(isListedWith({"HOME=/home/me"})) << "a program that says nothing may be in a terminal of this session";
+  EXPECT_TRUE(isListedWith({"DISPLAY=:99"}, "[Application]\nname=player\n"))
+      << "displays have other names in a container";
+
+  const test::Environment noWayland{{"WAYLAND_DISPLAY", nullptr}};
+  EXPECT_TRUE(isListedWith({"DISPLAY=:0", "WAYLAND_DISPLAY=wayland-1"}));
+  EXPECT_FALSE(isListedWith({"DISPLAY=:10", "WAYLAND_DISPLAY=wayland-0"}));
+  EXPECT_TRUE(isListedWith({"WAYLAND_DISPLAY=wayland-0"})) << "of which nothing is known here";
 }
 
 std::optional<bool> activate(FakeSystem& system, Pid pid) {

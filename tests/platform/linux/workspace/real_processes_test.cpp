@@ -8,9 +8,11 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <memory>
 
 #include "platform/linux/workspace/linux_workspace.h"
 #include "tests/platform/linux/apps/fake_system.h"
+#include "tests/support/environment.h"
 #include "tests/support/process.h"
 
 namespace tollvane {
@@ -99,6 +101,23 @@ TEST_F(RealProcesses, ACopiedProgramIsFoundByItsEntry) {
   ASSERT_EQ(running.size(), 1u);
   EXPECT_EQ(running.front().pid, child.pid());
   EXPECT_EQ(processes.parentPid(child.pid()), ::getpid());
+}
+
+TEST_F(RealProcesses, AnApplicationOnAnotherDisplayIsNotOfThisDesktopSession) {
+  installNap();
+  system.entry(name, "Name=Afternoon Nap\nExec=" + name + "\n");
+  const auto onDisplay = [&](const char* display) {
+    const test::Environment there{{"DISPLAY", display}, {"WAYLAND_DISPLAY", nullptr}};
+    return std::make_unique<Child>(std::vector<std::string>{nap, "60"});
+  };
+  const auto here = onDisplay(":54321"), elsewhere = onDisplay(":54322");
+  for (const Pid each : {here->pid(), elsewhere->pid()}) awaitExecutable(each, nap);
+  const test::Environment display{{"DISPLAY", ":54321"}, {"WAYLAND_DISPLAY", nullptr}};
+  std::vector<Pid> listed;
+  for (const auto& each : workspace.regularApplications())
+    if (each.localizedName == "Afternoon Nap") listed.push_back(each.pid);
+  EXPECT_EQ(listed, std::vector{here->pid()});
+  EXPECT_TRUE(workspace.runningApplication(elsewhere->pid())) << "its sounds have a name all the same";
 }
 
 TEST_F(RealProcesses, AProgramThatIsReplacedWhileItRunsKeepsItsName) {
