@@ -38,14 +38,15 @@ class Chromium(Browser):
         preferences = self.profile / 'Default/Preferences'
         if self.extension and not preferences.exists():
             preferences.write_text(json.dumps({'extensions': {'ui': {'developer_mode': True}}}))
+        self.session.own_home()
         self._pipe = _Pipe()
-        self.process = self.session.start('chromium', [
+        self.process = self.session.start('chromium', self.session.as_user(
             *self.command, '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
             '--disable-component-update', '--disable-sync', '--password-store=basic', '--remote-debugging-pipe',
             f'--user-data-dir={self.profile}',
             *([f'--load-extension={self.extension / "chromium"}'] if self.extension else []),
             '--autoplay-policy=no-user-gesture-required', *(['--no-sandbox'] if os.geteuid() == 0 else []),
-            '--restore-last-session' if restore else 'about:blank'], env=self.environment(), **self._pipe.options())
+            '--restore-last-session' if restore else 'about:blank'), env=self.environment(), **self._pipe.options())
         self._pipe.started()
         self._sessions = {}
         wait_until(self.tabs, 'the first window')

@@ -33,9 +33,10 @@ class Firefox(Browser):
         port = _free_port()
         with open(self.profile / 'user.js', 'a') as preferences:
             preferences.write(f'user_pref("marionette.port", {port});\n')
-        self.process = self.session.start(
-            'firefox', [*self.command, '--profile', str(self.profile), '--no-remote', '--marionette',
-                        '-remote-allow-system-access'], env=self.environment())
+        self.session.own_home()
+        self.process = self.session.start('firefox', self.session.as_user(
+            *self.command, '--profile', self.profile, '--no-remote', '--marionette', '-remote-allow-system-access'),
+            env=self.environment())
         if self._wire:
             self._wire.close()  # the connection to the run before
         self._wire = _Wire(port)
