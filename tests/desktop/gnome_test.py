@@ -92,6 +92,30 @@ class GnomeTest(ExtensionSession):
             return found
         self.assertGreater(height(), height(QT_WAYLAND_DISABLE_WINDOWDECORATION='1'))
 
+    def test_settings_and_alerts_come_forward_with_name_and_icon(self):
+        self.start_tollvane()
+        one = self.window('one')
+        row = wait_until(lambda: one.ask(f'play {self.sound()}') and
+                         next((each for each in self.menu() if 'Window one' in each), None), 'the sound', pause=1)
+        self.choose('Settings…')
+        self.assert_comes_forward('Tollvane Settings')
+        one.end()
+        self.window('two')
+        self.open_menu()
+        self.choose(row)
+        self.assert_comes_forward('Tollvane')
+
+    def assert_comes_forward(self, title):
+        def front():
+            return self.evaluate("""
+                const window = global.display.focus_window;
+                const app = window && imports.gi.Shell.WindowTracker.get_default().get_window_app(window);
+                app ? [window.get_title(), app.get_id(), app.get_name(), app.get_icon().to_string()] : []""")
+        wait_until(lambda: front()[:1] == [title], f'the window {title} in front')
+        _, entry, name, icon = wait_until(lambda: (found := front())[1].startswith('tollvane') and found, 'its entry')
+        self.assertEqual((entry, name), ('tollvane.desktop', 'Tollvane'))
+        self.assertTrue(pathlib.Path(icon).is_file() or icon == 'tollvane', icon)
+
     def portal(self, settings):
         """The desktop portal with these settings, as a GNOME session has it."""
         self.addCleanup(self.evaluate, 'globalThis.portal.close_sync(null); 1')

@@ -52,6 +52,10 @@ class XScreen:
     def in_front(self):
         return self.output('xdotool', 'getactivewindow', 'getwindowname')
 
+    def property_in_front(self, name):
+        """A property of the window in front, as xprop writes it."""
+        return self.output('xprop', '-id', self.output('xdotool', 'getactivewindow'), name).partition(' = ')[2]
+
     def bring_forward(self, title):
         self.output('xdotool', 'search', '--onlyvisible', '--name', f'^{title}$', 'windowactivate')
 

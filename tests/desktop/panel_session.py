@@ -320,6 +320,12 @@ class PanelTest(unittest.TestCase):
 
     def assert_comes_forward(self, title):
         wait_until(lambda: self.screen.in_front() == title, f'the window {title} in front')
+        self.assert_has_name_and_icon(title)
+
+    def assert_has_name_and_icon(self, _):
+        """What panels and switchers of windows show of the window in front."""
+        self.assertEqual(self.screen.property_in_front('WM_CLASS'), '"Tollvane", "Tollvane"')
+        self.assertIn('Icon (', self.screen.property_in_front('_NET_WM_ICON'))
 
     def crop(self, known):
         return Spot.of(self.screen.picture(), known.box).picture
