@@ -47,8 +47,8 @@ class Workspace {
   // All running processes of the application with this bundle identifier, the oldest first.
   virtual std::vector<RunningApplication> runningApplications(std::string_view bundleID) const = 0;
 
-  // All ordinary applications that run in this user's desktop session, with each of their processes, in the system's own
-  // order. Another session of the same user has windows that cannot come forward here.
+  // All ordinary applications that run in this user's desktop session, with each of their processes, in the system's
+  // own order. Another session of the same user has windows that cannot come forward here.
   virtual std::vector<RunningApplication> regularApplications() const = 0;
 
   // The names under which the desktop shows the application with this bundle identifier, whether it runs or not;

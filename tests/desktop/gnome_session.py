@@ -1,6 +1,7 @@
 """Sessions with GNOME Shell: what the tests of it read there and do to it."""
 
 import json
+import pathlib
 
 from shell_session import EXTENSION, ShellTest
 from waiting import wait_until
@@ -34,6 +35,35 @@ class GnomeSession(ShellTest):
                       '.get_default_seat().create_virtual_device(Clutter.InputDeviceType.POINTER_DEVICE);'
                       f'globalThis.pointer.notify_absolute_motion(GLib.get_monotonic_time(), {x}, {y}); 1')
 
+    def point_at(self, actor):
+        x, y = self.evaluate(f'const a = {actor}; const [x, y] = a.get_transformed_position(); '
+                             '[x + a.width / 2, y + a.height / 2]')
+        self.point(x, y)
+
+    def click_at(self, actor):
+        self.point_at(actor)
+        for state in ('PRESSED', 'RELEASED'):
+            self.evaluate('const {Clutter, GLib} = imports.gi; globalThis.pointer.notify_button('
+                          f'GLib.get_monotonic_time(), Clutter.BUTTON_PRIMARY, Clutter.ButtonState.{state}); 1')
+
+    def start_tollvane(self, **options):
+        """Returns when the shell knows its desktop entry, which the first start brings."""
+        tollvane = super().start_tollvane(**options)
+        wait_until(lambda: self.evaluate("Boolean(imports.gi.Shell.AppSystem.get_default().lookup_app("
+                                         "'tollvane.desktop'))"), 'its entry in the shell', pause=0.2)
+        return tollvane
+
+    def assert_comes_forward(self, title):
+        def front():
+            return self.evaluate("""
+                const window = global.display.focus_window;
+                const app = window && imports.gi.Shell.WindowTracker.get_default().get_window_app(window);
+                app ? [window.get_title(), app.get_id(), app.get_name(), app.get_icon()?.to_string() ?? ""] : []""")
+        *_, name, icon = wait_until(lambda: (found := front())[:2] == [title, 'tollvane.desktop'] and found,
+                                    f"Tollvane's window {title} in front")
+        self.assertEqual(name, 'Tollvane')
+        self.assertTrue(pathlib.Path(icon).is_file() or icon == 'tollvane', icon)
+
 
 class ExtensionSession(GnomeSession):
     """Tollvane's own extension, in a shell that has no other place for the bell."""
@@ -59,7 +89,7 @@ class ExtensionSession(GnomeSession):
         self.assertTrue(self.session.succeeds(*self.session.as_user('pw-play', self.sound())))
 
     def menu(self):
-        """The texts of each row, without the separators, after the menu was opened."""
+        """The texts of each row after the menu was opened. That of a separator is empty."""
         return self.evaluate('const m = Main.panel.statusArea.tollvane.menu; m.open(); m._getMenuItems()'
                              '.filter(i => i.accessible_name || i.label).map(i => i.accessible_name || i.label.text)')
 
@@ -80,11 +110,6 @@ class ExtensionSession(GnomeSession):
         return self.evaluate('Main.uiGroup.get_children().filter(c => c.has_style_class_name?.("tollvane-tip"))'
                              '.map(c => [c.text, c.x >= 0 && c.x + c.width <= global.screen_width && '
                              'c.y + c.height <= global.screen_height, c.clutter_text.use_markup])')
-
-    def point_at(self, actor):
-        x, y = self.evaluate(f'const a = {actor}; const [x, y] = a.get_transformed_position(); '
-                             '[x + a.width / 2, y + a.height / 2]')
-        self.point(x, y)
 
     def turn_extension(self, on):
         self.evaluate(f"Main.extensionManager.{'enable' if on else 'disable'}Extension('tollvane@quarnel.com')")

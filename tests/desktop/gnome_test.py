@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Tollvane in GNOME Shell, for real: gnome_test.py BUILD [TEST...]"""
 
+import json
 import pathlib
 import subprocess
 import unittest
@@ -40,9 +41,36 @@ class GnomeTest(ExtensionSession):
         rows = wait_until(lambda: (found := self.menu())[0].startswith('Recent') and found, 'the menu with the sound')
         self.assertEqual(rows[0], 'Recent sounds · 1 unseen')
         self.assertIn('pw-play', rows[1])
-        self.assertEqual(rows[-1], 'Quit Tollvane')
+        self.assertEqual(rows[2:], ['', 'Mark all as seen', 'Open full history', 'Clear list', '', 'Check for updates',
+                                    'Browser extensions…', 'Settings…', 'Quit Tollvane'])
         self.choose('Mark all as seen')
         wait_until(lambda: self.bell()[0] == 'tollvane-bell-symbolic.svg', 'a hollow bell')
+
+    def test_an_open_menu_stays_as_it_is_and_is_right_when_it_is_opened_again(self):
+        one = self.window('one')
+        self.start_tollvane()
+        wait_until(lambda: self.play() or 'unseen' in self.bell()[1], 'a sound')
+        before = wait_until(lambda: (found := self.menu())[0].startswith('Recent') and found, 'the menu with the sound')
+        wait_until(lambda: one.ask(f'play {self.sound()}') and 'Window one' in self.bell()[1], 'another one', pause=1)
+        self.assertEqual(self.menu(), before)
+
+        def opened_again():
+            self.evaluate('Main.panel.statusArea.tollvane.menu.close(); 1')
+            return self.menu()
+        rows = wait_until(lambda: 'Window one' in (found := opened_again())[1] and found, 'the menu with both')
+        self.assertEqual(rows[0], 'Recent sounds · 2 unseen')
+        self.assertIn('pw-play', rows[2])
+        self.choose('Mark all as seen')
+        wait_until(lambda: opened_again()[0] == 'Recent sounds', 'a menu without unseen sounds')
+        self.assertFalse(self.is_enabled('Mark all as seen'))
+        self.assertIn('Window one', self.menu()[1])
+        self.choose('Clear list')
+        wait_until(lambda: opened_again()[0] == 'No sounds yet', 'the empty menu')
+        self.assertEqual(self.menu()[1:3], ['', 'Mark all as seen'])
+
+    def is_enabled(self, name):
+        return self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
+                             f'.find(i => i.accessible_name === {json.dumps(name)}).sensitive')
 
     def test_a_key_opens_the_menu(self):
         self.start_tollvane()
@@ -95,8 +123,8 @@ class GnomeTest(ExtensionSession):
     def test_settings_and_alerts_come_forward_with_name_and_icon(self):
         self.start_tollvane()
         one = self.window('one')
-        row = wait_until(lambda: one.ask(f'play {self.sound()}') and
-                         next((each for each in self.menu() if 'Window one' in each), None), 'the sound', pause=1)
+        wait_until(lambda: one.ask(f'play {self.sound()}') and 'Window one' in self.bell()[1], 'the sound', pause=1)
+        row = wait_until(lambda: next((each for each in self.menu() if 'Window one' in each), None), 'its row')
         self.choose('Settings…')
         self.assert_comes_forward('Tollvane Settings')
         one.end()
@@ -104,17 +132,6 @@ class GnomeTest(ExtensionSession):
         self.open_menu()
         self.choose(row)
         self.assert_comes_forward('Tollvane')
-
-    def assert_comes_forward(self, title):
-        def front():
-            return self.evaluate("""
-                const window = global.display.focus_window;
-                const app = window && imports.gi.Shell.WindowTracker.get_default().get_window_app(window);
-                app ? [window.get_title(), app.get_id(), app.get_name(), app.get_icon().to_string()] : []""")
-        wait_until(lambda: front()[:1] == [title], f'the window {title} in front')
-        _, entry, name, icon = wait_until(lambda: (found := front())[1].startswith('tollvane') and found, 'its entry')
-        self.assertEqual((entry, name), ('tollvane.desktop', 'Tollvane'))
-        self.assertTrue(pathlib.Path(icon).is_file() or icon == 'tollvane', icon)
 
     def portal(self, settings):
         """The desktop portal with these settings, as a GNOME session has it."""
@@ -366,6 +383,11 @@ class BareGnomeTest(GnomeSession):
                          sorted(each.name for each in EXTENSION.iterdir()))
 
 
+# The menus of the extension for indicators.
+MENUS = ('Object.keys(Main.panel.statusArea).filter(key => key.startsWith("appindicator"))'
+         '.map(key => Main.panel.statusArea[key]?.menu)')
+
+
 class IndicatorTest(GnomeSession):
     """The bell in GNOME Shell with its extension for indicators, which draws the menu that it finds on the bus. It
     reads the properties of an item once, and then only those of which it is told."""
@@ -373,17 +395,14 @@ class IndicatorTest(GnomeSession):
 
     def menu(self, then=''):
         # An item that registers anew may leave an empty one behind for a moment.
-        return self.evaluate('const menus = Object.keys(Main.panel.statusArea).filter(key => '
-                             'key.startsWith("appindicator")).map(key => Main.panel.statusArea[key]?.menu); '
-                             f'{then}; '
+        return self.evaluate(f'const menus = {MENUS}; {then}; '
                              'const m = menus.find(menu => menu?._getMenuItems().length > 1); '
                              '(m?._getMenuItems() ?? []).map(i => [i.label?.text ?? "", i.sensitive])')
 
-    def bell_with_menu(self):
+    def bell_with_menu(self, start=None):
         """Sometimes the extension never asks for the menu of an item that has registered while the shell starts."""
         for _ in range(5):
-            bell = self.start('menu_probe', str(self.bundle / 'icons'), 'none')
-            bell.ask('image bell')
+            bell = (start or self.probe)()
             try:
                 wait_until(lambda: self.menu('menus.forEach(m => m?.open())')[:1] == [['No sounds yet', False]],
                            'the empty menu', deadline=10, pause=0.3)
@@ -391,6 +410,18 @@ class IndicatorTest(GnomeSession):
             except TimeoutError:
                 bell.end()
         self.fail('the extension shows no menu')
+
+    def probe(self):
+        bell = self.start('menu_probe', str(self.bundle / 'icons'), 'none')
+        bell.ask('image bell')
+        return bell
+
+    def test_a_click_on_settings_brings_them_forward(self):
+        self.window('one')
+        self.bell_with_menu(self.start_tollvane)
+        self.click_at(f'{MENUS}.find(menu => menu?._getMenuItems().length > 1)._getMenuItems()'
+                      ".find(each => each.label?.text === 'Settings…')")
+        self.assert_comes_forward('Tollvane Settings')
 
     def test_the_menu_is_right_after_sounds_came_and_went(self):
         bell = self.bell_with_menu()

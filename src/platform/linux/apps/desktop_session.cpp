@@ -22,8 +22,7 @@ struct Variable {
 };
 
 constexpr std::array<Variable, 2> variables{{
-    {"DISPLAY", withoutScreen},
-    {"WAYLAND_DISPLAY", lastComponent},  // a name or a path
+    {"DISPLAY", withoutScreen}, {"WAYLAND_DISPLAY", lastComponent},  // a name or a path
 }};
 
 }  // namespace
@@ -33,14 +32,16 @@ bool isInThisDesktopSession(const ProcFs& processes, Pid pid) {
   if (!processes.hasOurRoot(pid)) return true;
   const std::array names{variables[0].name, variables[1].name};
   const auto theirs = processes.environment(pid, names);
-  bool hasAnother = false;
+  bool weHaveOne = false, theyHaveOne = false;
   for (std::size_t i = 0; i < theirs.size(); ++i) {
-    const char* const ours = std::getenv(names[i].data());
-    if (ours == nullptr || *ours == '\0' || !theirs[i] || theirs[i]->empty()) continue;
-    if (variables[i].display(*theirs[i]) == variables[i].display(ours)) return true;
-    hasAnother = true;
+    const char* const variable = std::getenv(names[i].data());
+    const std::string_view our = variables[i].display(variable == nullptr ? "" : variable);
+    const std::string_view their = theirs[i] ? variables[i].display(*theirs[i]) : std::string_view();
+    if (!our.empty() && our == their) return true;
+    weHaveOne = weHaveOne || !our.empty();
+    theyHaveOne = theyHaveOne || !their.empty();
   }
-  return !hasAnother;
+  return !weHaveOne || !theyHaveOne;
 }
 
 }  // namespace tollvane

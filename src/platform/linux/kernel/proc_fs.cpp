@@ -197,7 +197,8 @@ bool ProcFs::isOwn(Pid pid) const {
 }
 
 bool ProcFs::hasOurRoot(Pid pid) const {
-  struct stat ours {}, theirs {};
+  struct stat ours {
+  }, theirs{};
   return ::stat((root_ / "self/root/").c_str(), &ours) == 0 && ::stat(path(pid, "root/").c_str(), &theirs) == 0 &&
          ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
 }

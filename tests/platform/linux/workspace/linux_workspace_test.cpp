@@ -250,7 +250,10 @@ TEST(RegularApplications, OfTheUsersOtherDesktopSessionsAreNotListed) {
   const test::Environment noWayland{{"WAYLAND_DISPLAY", nullptr}};
   EXPECT_TRUE(isListedWith({"DISPLAY=:0", "WAYLAND_DISPLAY=wayland-1"}));
   EXPECT_FALSE(isListedWith({"DISPLAY=:10", "WAYLAND_DISPLAY=wayland-0"}));
-  EXPECT_TRUE(isListedWith({"WAYLAND_DISPLAY=wayland-0"})) << "of which nothing is known here";
+  EXPECT_FALSE(isListedWith({"WAYLAND_DISPLAY=wayland-0"})) << "this session has no compositor";
+
+  const test::Environment noDisplay{{"DISPLAY", nullptr}};
+  EXPECT_TRUE(isListedWith({"DISPLAY=:0"})) << "of this session nothing is known";
 }
 
 std::optional<bool> activate(FakeSystem& system, Pid pid) {
