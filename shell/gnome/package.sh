@@ -15,7 +15,9 @@ form() {
   mkdir -p "$folder"
   cat "head-$1.js" menu.js body.js "tail-$1.js" >"$folder/extension.js"
   jq --argjson versions "$2" '. + {"shell-version": $versions}' metadata.json >"$folder/metadata.json"
-  cp stylesheet.css ../../src/platform/linux/icons/hicolor/symbolic/apps/tollvane-bell*-symbolic.svg "$folder"
+  cp stylesheet.css stylesheet-light.css ../../src/platform/linux/icons/hicolor/symbolic/apps/tollvane-bell*-symbolic.svg "$folder"
 }
 form 43 '["43", "44"]'
+mv "$folder/stylesheet-light.css" "$folder/classic.css" # what those versions call it
 form 45 '["45", "46", "47", "48"]'
+cp stylesheet.css "$folder/stylesheet-dark.css" # without it, the shell does not change to the light one

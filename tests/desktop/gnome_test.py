@@ -7,8 +7,9 @@ import subprocess
 import unittest
 
 from gnome_session import ExtensionSession, GnomeSession
-from shell_session import EXTENSION, INDICATORS
+from shell_session import EXTENSION, INDICATORS, shell_version
 from bus import BusError
+from contrast import contrast
 from waiting import wait_until
 
 
@@ -156,6 +157,32 @@ class GnomeTest(ExtensionSession):
             bus.call_sync('org.freedesktop.DBus', '/', 'org.freedesktop.DBus', 'RequestName',
               new GLib.Variant('(su)', ['org.freedesktop.portal.Desktop', 4]), null, 0, -1, null);
             1""".replace('SETTINGS', settings))
+
+    def test_tabs_can_be_read_in_dark_and_light_menus_whatever_the_accent_colour(self):
+        bell = self.start('menu_probe', str(self.bundle / 'icons'), 'tabs')
+        bell.ask('image bell.fill')
+        bell.ask('claim')
+        wait_until(self.has_bell, 'the bell')
+        wait_until(lambda: len(self.menu()) > 9, 'the menu with tabs')
+        self.evaluate("""
+            globalThis.look = new imports.gi.Gio.Settings({schema_id: 'org.gnome.desktop.interface'});
+            globalThis.find = (actor, name) => actor.has_style_class_name?.(name) ? actor : actor.get_children()
+              .reduce((found, each) => found ?? globalThis.find(each, name), null); 1""")
+        seen = set()
+        for scheme in ('default', 'prefer-light'):
+            for accent in ('blue', 'yellow', 'red', 'purple', 'slate'):
+                ink, ground = self.evaluate(f"""
+                    const rgb = colour => [colour.red, colour.green, colour.blue];
+                    globalThis.look.set_string('color-scheme', '{scheme}');
+                    if (globalThis.look.settings_schema.has_key('accent-color'))
+                      globalThis.look.set_string('accent-color', '{accent}');
+                    const {{menu}} = Main.panel.statusArea.tollvane;
+                    const tab = globalThis.find(menu.box, 'tollvane-accent');
+                    [rgb(tab.get_theme_node().get_foreground_color()),
+                     rgb(menu.box.get_theme_node().get_background_color())]""")
+                self.assertGreaterEqual(contrast(ink, ground), 4.5, (scheme, accent, ink, ground))
+                seen.add((*ink, *ground))
+        self.assertEqual(len(seen), 10 if shell_version() >= 47 else 1, seen)
 
     def test_look_and_text_size_are_the_desktops(self):
         self.portal("{'color-scheme': new GLib.Variant('u', 1), 'font-name': new GLib.Variant('s', 'Sans 10'), "

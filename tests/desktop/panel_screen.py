@@ -66,10 +66,3 @@ class XScreen:
                     'IsViewable' in self.output('xwininfo', '-id', found[1]):
                 return int(found[2])
         return None
-
-
-def luminance(colour):
-    """As the guidelines for accessible content define it."""
-    red, green, blue = ((part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4)
-                        for part in (channel / 255 for channel in colour))
-    return 0.2126 * red + 0.7152 * green + 0.0722 * blue

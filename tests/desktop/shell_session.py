@@ -23,11 +23,19 @@ PROBES = BUILD / 'tests/probes'
 SIZE = ('--screen', '1024x768')
 
 
-def form():
-    """The form of our extension for the GNOME Shell that is here."""
-    said = subprocess.run(['gnome-shell', '--version'], capture_output=True, text=True).stdout
+def shell_version():
+    """Of the GNOME Shell that is here; 0 if there is none."""
+    try:
+        said = subprocess.run(['gnome-shell', '--version'], capture_output=True, text=True).stdout
+    except FileNotFoundError:
+        said = ''
     found = re.search(r'\d+', said)
-    return '45' if found and int(found[0]) >= 45 else '43'
+    return int(found[0]) if found else 0
+
+
+def form():
+    """The form of our extension for that GNOME Shell."""
+    return '45' if shell_version() >= 45 else '43'
 
 
 EXTENSION = BUILD / f'Tollvane/Extensions/gnome/{form()}/tollvane@quarnel.com'

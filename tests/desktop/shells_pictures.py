@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Pictures of bell and menu in GNOME Shell: shells_pictures.py BUILD DIRECTORY
 
-With Tollvane's own extension, and with the one for indicators. Needs what shell_session.py needs.
+With Tollvane's own extension, and with the one for indicators; or the light menu, if the shell has one, as from 47 on.
+Needs what shell_session.py needs.
 """
 
 import pathlib
@@ -16,15 +17,19 @@ from client import PrivateSession
 from waiting import wait_until
 
 SHELL = ('org.gnome.Shell', '/org/gnome/Shell', 'org.gnome.Shell')
-PICTURES = [('tollvane', 'tabs'), ('tollvane', 'fifty'), ('indicators', 'tabs')]
+PICTURES = [('tollvane', 'tabs', 'dark'), ('tollvane', 'fifty', 'dark'), ('indicators', 'tabs', 'dark')]
+if shell_session.shell_version() >= 47:
+    PICTURES = [('tollvane', 'tabs', 'light')]
 
 
 def evaluate(session, script):
     return session.bus.call(*SHELL, 'Eval', 's', script)[1]
 
 
-def take(extension, scenario, find):
+def take(extension, scenario, find, tone):
     with PrivateSession('--wayland', 'gnome', '--screen', '1024x600', '--extension', extension) as session:
+        evaluate(session, "new imports.gi.Gio.Settings({schema_id: 'org.gnome.desktop.interface'})"
+                          f".set_string('color-scheme', 'prefer-{tone}'); 1")
         bell = shell_session.Probe(session, 'menu_probe', str(shell_session.BUILD / 'Tollvane/icons'), scenario)
         bell.ask('image bell.fill')
         if '/' in extension:
@@ -46,7 +51,8 @@ def take(extension, scenario, find):
 
 
 OUT.mkdir(parents=True, exist_ok=True)
-for name, scenario in PICTURES:
+for name, scenario, tone in PICTURES:
     extension, find = (str(shell_session.EXTENSION), 'tollvane') if name == 'tollvane' else \
         (shell_session.INDICATORS, 'appindicator')
-    (OUT / f'gnome-{name}-{scenario}.png').write_bytes(take(extension, scenario, find))
+    file = f'gnome-{name}-{scenario}{"-light" if tone == "light" else ""}.png'
+    (OUT / file).write_bytes(take(extension, scenario, find, tone))

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 #include "platform/linux/kernel/program_line.h"
@@ -10,33 +11,26 @@
 namespace tollvane {
 namespace {
 
-// ":0.1" is a screen of the display ":0", see X(7).
-std::string_view withoutScreen(std::string_view display) {
-  const auto dot = display.find('.', display.find_last_of(':') + 1);
-  return display.substr(0, dot);
+constexpr std::array<std::string_view, 2> variables{"DISPLAY", "WAYLAND_DISPLAY"};
+
+// ":0.1" is a screen of the display ":0", see X(7). A display of Wayland is a name or a path.
+std::string_view displayIn(std::string_view value) {
+  const std::string_view name = lastComponent(value);
+  const auto colon = name.find_last_of(':');
+  return colon == std::string_view::npos ? name : name.substr(0, name.find('.', colon));
 }
-
-struct Variable {
-  std::string_view name;
-  std::string_view (*display)(std::string_view value);
-};
-
-constexpr std::array<Variable, 2> variables{{
-    {"DISPLAY", withoutScreen}, {"WAYLAND_DISPLAY", lastComponent},  // a name or a path
-}};
 
 }  // namespace
 
 bool isInThisDesktopSession(const ProcFs& processes, Pid pid) {
   // A container gives displays names of its own.
   if (!processes.hasOurRoot(pid)) return true;
-  const std::array names{variables[0].name, variables[1].name};
-  const auto theirs = processes.environment(pid, names);
+  const auto theirs = processes.environment(pid, variables);
   bool weHaveOne = false, theyHaveOne = false;
   for (std::size_t i = 0; i < theirs.size(); ++i) {
-    const char* const variable = std::getenv(names[i].data());
-    const std::string_view our = variables[i].display(variable == nullptr ? "" : variable);
-    const std::string_view their = theirs[i] ? variables[i].display(*theirs[i]) : std::string_view();
+    const char* const ours = std::getenv(std::string(variables[i]).c_str());
+    const std::string_view our = displayIn(ours == nullptr ? "" : ours);
+    const std::string_view their = theirs[i] ? displayIn(*theirs[i]) : std::string_view();
     if (!our.empty() && our == their) return true;
     weHaveOne = weHaveOne || !our.empty();
     theyHaveOne = theyHaveOne || !their.empty();
