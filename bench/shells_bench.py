@@ -56,7 +56,7 @@ class GnomeBench(ExtensionSession):
             wait_until(lambda: self.active_pid() == other.pid, 'the other window in front')
             self.rows_of(probe)
             begin = self.evaluate(f"""
-                const rows = Main.panel.statusArea.tollvane.menu._getMenuItems();
+                const rows = Main.panel.statusArea.tollvane._rows._getMenuItems();
                 const row = rows.find(each => each.accessible_name?.includes('{self.name_of(probe)}'));
                 globalThis.times = {{}};
                 const begin = imports.gi.GLib.get_monotonic_time();
@@ -100,10 +100,10 @@ class GnomeBench(ExtensionSession):
             const bell = Main.panel.statusArea.tollvane;
             const text = bell._shown;
             const fill = median(50, () => {{ bell._shown = ''; bell._fillWith(text); }});
-            const rows = bell.menu._getMenuItems();
+            const rows = bell._rows._getMenuItems();
             const own = median(50, () => {{
-              for (let i = 0; i < rows.length; i++) bell.menu.addAction('A row of the shell', () => {{}});
-              bell.menu._getMenuItems().slice(rows.length).forEach(each => each.destroy());
+              for (let i = 0; i < rows.length; i++) bell._rows.addAction('A row of the shell', () => {{}});
+              bell._rows._getMenuItems().slice(rows.length).forEach(each => each.destroy());
             }});
             [median(500, () => menuFrom(text)), median(500, () => bell._fillWith(text)), fill, own, rows.length]""")
         read, same, fill, own, rows = figures

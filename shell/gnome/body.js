@@ -91,6 +91,26 @@ class ToolTip {
   }
 }
 
+// Puts a view that scrolls into the place of an actor, and the actor into it: where the screen is too small for a menu,
+// the shell cuts it.
+function scrolled(actor) {
+  const parent = actor.get_parent();
+  const view = new St.ScrollView({hscrollbar_policy: St.PolicyType.NEVER, overlay_scrollbars: true});
+  parent.remove_child(actor);
+  if (view.add_actor) // until GNOME Shell 47
+    view.add_actor(actor);
+  else
+    view.set_child(actor);
+  parent.add_child(view);
+  return view;
+}
+
+function scrollTo(view, row) {
+  const adjustment = view.vadjustment ?? view.vscroll.adjustment;
+  const {y1, y2} = row.get_allocation_box();
+  adjustment.value = Math.max(Math.min(adjustment.value, y1), y2 - adjustment.page_size);
+}
+
 // One sound or command: one line or two, and the keys at the end.
 const Row = GObject.registerClass(
 class TollvaneRow extends PopupMenu.PopupBaseMenuItem {
@@ -125,6 +145,9 @@ class TollvaneBell extends PanelMenu.Button {
     this._toolTip.follow(this, () => this.menu.isOpen ? '' : this.accessible_name);
     this.connect('destroy', () => this._toolTip.hide());
     this.menu.actor.add_style_class_name('tollvane-menu');
+    this._rows = new PopupMenu.PopupMenuSection();
+    this.menu.addMenuItem(this._rows);
+    this._scroll = scrolled(this._rows.actor);
     this.menu.connect('open-state-changed', (_menu, open) => {
       this._toolTip.hide();
       if (open)
@@ -154,7 +177,7 @@ class TollvaneBell extends PanelMenu.Button {
     if (items.length === 0)
       return;
     this._shown = text;
-    this.menu.removeAll();
+    this._rows.removeAll();
     this._keys.clear();
     for (const item of items)
       this._add(item);
@@ -164,15 +187,19 @@ class TollvaneBell extends PanelMenu.Button {
     const choose = id => this._link.choose(id);
     const rowOf = each => each.isSeparator ? new PopupMenu.PopupSeparatorMenuItem() :
       new Row(each, this._toolTip, choose);
+    const add = row => {
+      this._rows.addMenuItem(row);
+      row.connect('key-focus-in', () => scrollTo(this._scroll, row));
+    };
     if (item.items.length === 0) {
-      this.menu.addMenuItem(rowOf(item));
+      add(rowOf(item));
       if (item.key)
         this._keys.set(item.key, item.id);
       return;
     }
     // Most of the sounds are in the submenu, and most people do not open it. An empty one would not open.
     const below = new PopupMenu.PopupSubMenuMenuItem(item.name, false);
-    this.menu.addMenuItem(below);
+    add(below);
     const {menu} = below;
     const [first, ...others] = item.items;
     menu.addMenuItem(rowOf(first));

@@ -90,7 +90,7 @@ class ExtensionSession(GnomeSession):
 
     def menu(self):
         """The texts of each row after the menu was opened. That of a separator is empty."""
-        return self.evaluate('const m = Main.panel.statusArea.tollvane.menu; m.open(); m._getMenuItems()'
+        return self.evaluate('const {menu, _rows} = Main.panel.statusArea.tollvane; menu.open(); _rows._getMenuItems()'
                              '.filter(i => i.accessible_name || i.label).map(i => i.accessible_name || i.label.text)')
 
     def bell(self):
@@ -98,7 +98,7 @@ class ExtensionSession(GnomeSession):
                              'b.accessible_name]')
 
     def choose(self, name):
-        self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
+        self.evaluate('Main.panel.statusArea.tollvane._rows._getMenuItems()'
                       f'.find(i => i.accessible_name === {json.dumps(name)}).activate(null); 1')
 
     def open_menu(self):

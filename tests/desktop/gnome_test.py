@@ -70,7 +70,7 @@ class GnomeTest(ExtensionSession):
         self.assertEqual(self.menu()[1:3], ['', 'Mark all as seen'])
 
     def is_enabled(self, name):
-        return self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems()'
+        return self.evaluate('Main.panel.statusArea.tollvane._rows._getMenuItems()'
                              f'.find(i => i.accessible_name === {json.dumps(name)}).sensitive')
 
     def test_a_key_opens_the_menu(self):
@@ -83,7 +83,7 @@ class GnomeTest(ExtensionSession):
         self.open_menu()
         self.press('comma')
         self.press('Down')
-        wait_until(lambda: self.evaluate('Main.panel.statusArea.tollvane.menu._getMenuItems().some(i => i.active)'),
+        wait_until(lambda: self.evaluate('Main.panel.statusArea.tollvane._rows._getMenuItems().some(i => i.active)'),
                    'a chosen row: a comma alone does nothing')
         self.press('Control_L', 'comma')
         wait_until(lambda: 'Tollvane Settings' in self.titles(), 'the settings window')
@@ -98,7 +98,7 @@ class GnomeTest(ExtensionSession):
         self.assertRegex(self.tips()[0][0], r'^Last sound: pw-play.* at .* · 1 unseen$')
         self.open_menu()
         wait_until(lambda: not self.tips(), 'the end of the tooltip')
-        self.point_at('Main.panel.statusArea.tollvane.menu._getMenuItems()[1]')
+        self.point_at('Main.panel.statusArea.tollvane._rows._getMenuItems()[1]')
         wait_until(lambda: self.tips(), 'the tooltip of the sound')
         [[tip, is_on_screen, is_markup]] = self.tips()
         self.assertRegex(tip, '^Click to open pw-play')
@@ -158,12 +158,27 @@ class GnomeTest(ExtensionSession):
               new GLib.Variant('(su)', ['org.freedesktop.portal.Desktop', 4]), null, 0, -1, null);
             1""".replace('SETTINGS', settings))
 
-    def test_tabs_can_be_read_in_dark_and_light_menus_whatever_the_accent_colour(self):
+    def menu_with_tabs(self):
         bell = self.start('menu_probe', str(self.bundle / 'icons'), 'tabs')
         bell.ask('image bell.fill')
         bell.ask('claim')
         wait_until(self.has_bell, 'the bell')
         wait_until(lambda: len(self.menu()) > 9, 'the menu with tabs')
+
+    def test_every_row_is_reached_if_the_menu_is_higher_than_the_screen(self):
+        self.menu_with_tabs()
+        rows = 'Main.panel.statusArea.tollvane._rows._getMenuItems()'
+        self.evaluate(f"{rows}.forEach(row => {{ row.style = 'padding: 40px'; }}); 1")
+
+        def place(row):
+            return self.evaluate(f'const row = {row}; [row.get_transformed_position()[1], row.get_transformed_size()[1]]')
+        wait_until(lambda: sum(place(f'{rows}.at(-1)')) > 1000, 'a menu that is too high')
+        for row in (f'{rows}.at(-1)', f'{rows}[1]', f'{rows}.at(-1)'):
+            self.evaluate(f'{row}.grab_key_focus(); 1')
+            wait_until(lambda: 0 <= (found := place(row))[0] and sum(found) <= 768, 'the row on the screen')
+
+    def test_tabs_can_be_read_in_dark_and_light_menus_whatever_the_accent_colour(self):
+        self.menu_with_tabs()
         self.evaluate("""
             globalThis.look = new imports.gi.Gio.Settings({schema_id: 'org.gnome.desktop.interface'});
             globalThis.find = (actor, name) => actor.has_style_class_name?.(name) ? actor : actor.get_children()
@@ -320,11 +335,11 @@ class GnomeTest(ExtensionSession):
                          f'({long})')
         wait_until(self.has_bell, 'the bell')
         text = self.evaluate(long)[:400] + '…'
-        rows = 'Main.panel.statusArea.tollvane.menu._getMenuItems()'
+        rows = 'Main.panel.statusArea.tollvane._rows._getMenuItems()'
         wait_until(lambda: self.evaluate(f'{rows}.length') == 80, 'the first 80 rows')
         self.assertEqual(self.menu()[0], text)
         drawn = self.evaluate("""
-            const rows = Main.panel.statusArea.tollvane.menu._getMenuItems();
+            const rows = Main.panel.statusArea.tollvane._rows._getMenuItems();
             const found = [];
             const visit = actor => {
               if (!actor.clutter_text)
@@ -339,7 +354,7 @@ class GnomeTest(ExtensionSession):
             const box = Main.panel.statusArea.tollvane.menu.actor;
             const left = box.get_transformed_position()[0];
             box.width > 0 && left >= 0 && left + box.width <= global.screen_width"""), 'the menu on the screen')
-        self.point_at('Main.panel.statusArea.tollvane.menu._getMenuItems()[0]')
+        self.point_at('Main.panel.statusArea.tollvane._rows._getMenuItems()[0]')
         wait_until(lambda: self.tips(), 'the tooltip')
         self.assertEqual(self.tips(), [[text, True, False]])
 

@@ -27,7 +27,7 @@ def evaluate(session, script):
 
 
 def take(extension, scenario, find, tone):
-    with PrivateSession('--wayland', 'gnome', '--screen', '1024x600', '--extension', extension) as session:
+    with PrivateSession('--wayland', 'gnome', '--screen', '1024x700', '--extension', extension) as session:
         evaluate(session, "new imports.gi.Gio.Settings({schema_id: 'org.gnome.desktop.interface'})"
                           f".set_string('color-scheme', 'prefer-{tone}'); 1")
         bell = shell_session.Probe(session, 'menu_probe', str(shell_session.BUILD / 'Tollvane/icons'), scenario)
@@ -35,7 +35,7 @@ def take(extension, scenario, find, tone):
         if '/' in extension:
             bell.ask('claim')
         item = f'Main.panel.statusArea[Object.keys(Main.panel.statusArea).find(key => key.startsWith("{find}"))]'
-        wait_until(lambda: evaluate(session, f'{item}?.menu.numMenuItems > 3') == 'true' or
+        wait_until(lambda: evaluate(session, f'({item}?._rows ?? {item}?.menu)?.numMenuItems > 3') == 'true' or
                    evaluate(session, f'{item}?.menu.open(); 1') != '1', 'the menu')
         # The shell tells of things that this session does not have.
         evaluate(session, 'Main.messageTray.hide(); Main.messageTray.bannerBlocked = true; 1')
