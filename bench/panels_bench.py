@@ -35,6 +35,10 @@ class Changes:
         for line in self.spy.stdout:
             self.times.append((time.monotonic(), line.rsplit(' ', 1)[-1].strip()))
 
+    def first(self, wanted, known):
+        """The first time of this window, without those of before."""
+        return next((when for when, window in self.times[known:] if window == wanted), None)
+
     def end(self):
         self.spy.kill()
         self.spy.wait()
@@ -57,8 +61,7 @@ def measure(panel):
         known = len(changes.times)
         begin = time.monotonic()
         panel.screen.output('xdotool', 'click', '1')
-        end = wait_until(lambda: next((when for when, window in changes.times[known:] if window == numbers[name]), None),
-                         f'the window {name} in front')
+        end = wait_until(lambda: changes.first(numbers[name], known), f'the window {name} in front')
         taken.append((end - begin) * 1000)
         wait_until(lambda: panel.screen.in_front() == name, 'its title')
     return taken

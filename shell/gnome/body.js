@@ -97,7 +97,7 @@ function scrolled(actor) {
   const parent = actor.get_parent();
   const view = new St.ScrollView({hscrollbar_policy: St.PolicyType.NEVER, overlay_scrollbars: true});
   parent.remove_child(actor);
-  if (view.add_actor) // until GNOME Shell 47
+  if (view.add_actor) // before GNOME Shell 46
     view.add_actor(actor);
   else
     view.set_child(actor);

@@ -171,7 +171,9 @@ class GnomeTest(ExtensionSession):
         self.evaluate(f"{rows}.forEach(row => {{ row.style = 'padding: 40px'; }}); 1")
 
         def place(row):
-            return self.evaluate(f'const row = {row}; [row.get_transformed_position()[1], row.get_transformed_size()[1]]')
+            """Top and height."""
+            return self.evaluate(f'const row = {row}; '
+                                 '[row.get_transformed_position()[1], row.get_transformed_size()[1]]')
         wait_until(lambda: sum(place(f'{rows}.at(-1)')) > 1000, 'a menu that is too high')
         for row in (f'{rows}.at(-1)', f'{rows}[1]', f'{rows}.at(-1)'):
             self.evaluate(f'{row}.grab_key_focus(); 1')
