@@ -7,8 +7,8 @@
 namespace tollvane {
 
 // Whether windows of this process of the user can appear in the desktop session of this program. The displays in the
-// process's environment tell. If there are none, as in a text login, or none that can be compared, as in a container, it
-// counts as being here.
+// process's environment tell. If there are none, as in a text login, or none that can be compared, as in a container,
+// it counts as being here.
 bool isInThisDesktopSession(const ProcFs& processes, Pid pid);
 
 }  // namespace tollvane
