@@ -199,7 +199,7 @@ for (const [what, reload] of [
   });
 }
 
-test('nor does one reload after the other, nor a tab that is reported before the bridge has spoken', async () => {
+test('two reloads in a row do not forget the tab, nor does one that is reported before the bridge has spoken', async () => {
   await browser.sound(7);
   const first = browser.named(7);
   await theBrowserIs('4711');

@@ -105,10 +105,15 @@ function scrolled(actor) {
   return view;
 }
 
-function scrollTo(view, row) {
-  const adjustment = view.vadjustment ?? view.vscroll.adjustment;
-  const {y1, y2} = row.get_allocation_box();
-  adjustment.value = Math.max(Math.min(adjustment.value, y1), y2 - adjustment.page_size);
+const positionOf = view => view.vadjustment ?? view.vscroll.adjustment;
+
+// Scrolls as far as it takes to show a row of `content`, which is in the view.
+function scrollTo(view, content, row) {
+  let top = 0;
+  for (let each = row; each && each !== content; each = each.get_parent())
+    top += each.get_allocation_box().y1;
+  const position = positionOf(view);
+  position.value = Math.max(Math.min(position.value, top), top + row.height - position.page_size);
 }
 
 // One sound or command: one line or two, and the keys at the end.
@@ -150,14 +155,22 @@ class TollvaneBell extends PanelMenu.Button {
     this._scroll = scrolled(this._rows.actor);
     this.menu.connect('open-state-changed', (_menu, open) => {
       this._toolTip.hide();
-      if (open)
-        this.fill();
+      if (!open)
+        return;
+      positionOf(this._scroll).value = 0;
+      this.fill();
     });
     this.menu.actor.connect('key-press-event', (_actor, event) => this._pressed(event));
-    // A menu without items does not open, and items come only when it opens.
+    // Until the first items come, which is when it opens.
     this._fillWith('[{"enabled": false, "lines": [[{"text": "No sounds yet"}]]}]');
     this.show_state('bell', 'Tollvane');
     this.fill();
+  }
+
+  // The shell ends only what is directly in its menu.
+  destroy() {
+    this._rows.destroy();
+    super.destroy();
   }
 
   show_state(symbol, toolTip) {
@@ -187,25 +200,26 @@ class TollvaneBell extends PanelMenu.Button {
     const choose = id => this._link.choose(id);
     const rowOf = each => each.isSeparator ? new PopupMenu.PopupSeparatorMenuItem() :
       new Row(each, this._toolTip, choose);
-    const add = row => {
-      this._rows.addMenuItem(row);
-      row.connect('key-focus-in', () => scrollTo(this._scroll, row));
+    const add = (menu, row) => {
+      menu.addMenuItem(row);
+      row.connect('key-focus-in', () => scrollTo(this._scroll, this._rows.actor, row));
     };
     if (item.items.length === 0) {
-      add(rowOf(item));
+      add(this._rows, rowOf(item));
       if (item.key)
         this._keys.set(item.key, item.id);
       return;
     }
     // Most of the sounds are in the submenu, and most people do not open it. An empty one would not open.
     const below = new PopupMenu.PopupSubMenuMenuItem(item.name, false);
-    add(below);
+    add(this._rows, below);
     const {menu} = below;
+    menu._needsScrollbar = () => false; // the whole menu scrolls
     const [first, ...others] = item.items;
-    menu.addMenuItem(rowOf(first));
+    add(menu, rowOf(first));
     menu.connect('open-state-changed', (_menu, open) => {
       for (const each of open ? others.splice(0) : [])
-        menu.addMenuItem(rowOf(each));
+        add(menu, rowOf(each));
     });
   }
 

@@ -59,8 +59,8 @@ class GnomeTest(ExtensionSession):
             self.evaluate('Main.panel.statusArea.tollvane.menu.close(); 1')
             return self.menu()
         rows = wait_until(lambda: 'Window one' in (found := opened_again())[1] and found, 'the menu with both')
-        self.assertEqual(rows[0], 'Recent sounds · 2 unseen')
-        self.assertIn('pw-play', rows[2])
+        self.assertRegex(rows[0], r'^Recent sounds · \d+ unseen$')
+        self.assertTrue(any('pw-play' in row for row in rows[2:]), rows)
         self.choose('Mark all as seen')
         wait_until(lambda: opened_again()[0] == 'Recent sounds', 'a menu without unseen sounds')
         self.assertFalse(self.is_enabled('Mark all as seen'))
@@ -158,15 +158,15 @@ class GnomeTest(ExtensionSession):
               new GLib.Variant('(su)', ['org.freedesktop.portal.Desktop', 4]), null, 0, -1, null);
             1""".replace('SETTINGS', settings))
 
-    def menu_with_tabs(self):
-        bell = self.start('menu_probe', str(self.bundle / 'icons'), 'tabs')
+    def menu_of(self, scenario):
+        bell = self.start('menu_probe', str(self.bundle / 'icons'), scenario)
         bell.ask('image bell.fill')
         bell.ask('claim')
         wait_until(self.has_bell, 'the bell')
-        wait_until(lambda: len(self.menu()) > 9, 'the menu with tabs')
+        wait_until(lambda: len(self.menu()) > 9, 'the menu with sounds')
 
     def test_every_row_is_reached_if_the_menu_is_higher_than_the_screen(self):
-        self.menu_with_tabs()
+        self.menu_of('fifty')
         rows = 'Main.panel.statusArea.tollvane._rows._getMenuItems()'
         self.evaluate(f"{rows}.forEach(row => {{ row.style = 'padding: 40px'; }}); 1")
 
@@ -175,16 +175,21 @@ class GnomeTest(ExtensionSession):
             return self.evaluate(f'const row = {row}; '
                                  '[row.get_transformed_position()[1], row.get_transformed_size()[1]]')
         wait_until(lambda: sum(place(f'{rows}.at(-1)')) > 1000, 'a menu that is too high')
-        for row in (f'{rows}.at(-1)', f'{rows}[1]', f'{rows}.at(-1)'):
+        submenu = f'{rows}.find(row => row.menu)'
+        self.evaluate(f'{submenu}.menu.open(false); 1')
+        wait_until(lambda: self.evaluate(f'{submenu}.menu._getMenuItems().length') == 45, 'the older sounds')
+        for row in (f'{rows}.at(-1)', f'{rows}[1]', f'{submenu}.menu._getMenuItems().at(-1)', f'{rows}.at(-1)'):
             self.evaluate(f'{row}.grab_key_focus(); 1')
             wait_until(lambda: 0 <= (found := place(row))[0] and sum(found) <= 768, 'the row on the screen')
 
     def test_tabs_can_be_read_in_dark_and_light_menus_whatever_the_accent_colour(self):
-        self.menu_with_tabs()
+        self.menu_of('tabs')
         self.evaluate("""
             globalThis.look = new imports.gi.Gio.Settings({schema_id: 'org.gnome.desktop.interface'});
             globalThis.find = (actor, name) => actor.has_style_class_name?.(name) ? actor : actor.get_children()
               .reduce((found, each) => found ?? globalThis.find(each, name), null); 1""")
+        self.addCleanup(self.evaluate, "for (const key of ['color-scheme', 'accent-color']) "
+                                       'if (globalThis.look.settings_schema.has_key(key)) globalThis.look.reset(key); 1')
         seen = set()
         for scheme in ('default', 'prefer-light'):
             for accent in ('blue', 'yellow', 'red', 'purple', 'slate'):
@@ -232,11 +237,14 @@ class GnomeTest(ExtensionSession):
         said_before = len(log.read_text(errors='replace'))
         self.start_tollvane()
         count = 'imports.system.gc(); Object.keys(Main.panel.statusArea).length + Main.panel._rightBox.get_n_children()'
-        before = self.evaluate(count)
+        handlers = 'Object.keys(Main.sessionMode._signalConnections).length'  # each menu has one
+        before, handlers_before = self.evaluate(count), self.evaluate(handlers)
+        self.assertGreater(handlers_before, 0)
         extension = "Main.extensionManager.lookup('tollvane@quarnel.com').stateObj"
         self.evaluate(f'for (let i = 0; i < 100; i++) {{ {extension}.disable(); {extension}.enable(); }} 1')
         wait_until(self.has_bell, 'the bell')
         self.assertEqual(self.evaluate(count), before)
+        self.assertEqual(self.evaluate(handlers), handlers_before)
         self.assertNotIn('tollvane@quarnel.com', log.read_text(errors='replace')[said_before:])
 
     def test_the_extension_may_be_off_for_a_while(self):

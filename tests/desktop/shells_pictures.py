@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Pictures of bell and menu in GNOME Shell: shells_pictures.py BUILD DIRECTORY
 
-With Tollvane's own extension, and with the one for indicators; or the light menu, if the shell has one, as from 47 on.
+With Tollvane's own extension, and with the one for indicators; or the light menu, from GNOME Shell 47 on.
 Needs what shell_session.py needs.
 """
 

@@ -1,5 +1,5 @@
 // Which of a user's desktop sessions a process belongs to. A user may have several at once, as one at the machine and
-// one over the network. Any thread.
+// one over the network. Main thread.
 #pragma once
 
 #include "platform/linux/kernel/proc_fs.h"

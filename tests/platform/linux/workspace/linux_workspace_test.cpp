@@ -227,8 +227,10 @@ TEST(RegularApplications, OfTheUsersOtherDesktopSessionsAreNotListed) {
   FakeSystem system;
   system.program("/usr/bin/player");
   system.entry("player", "Name=Player\nExec=player\n");
-  const auto isListedWith = [&](std::vector<std::string> environment, const std::string& flatpakInfo = {}) {
+  const auto isListedWith = [&](std::vector<std::string> environment, const std::string& flatpakInfo = {},
+                                Pid parent = 1) {
     system.process({.pid = 100,
+                    .parent = parent,
                     .executable = system.at("/usr/bin/player"),
                     .environment = std::move(environment),
                     .flatpakInfo = flatpakInfo});
@@ -246,6 +248,11 @@ TEST(RegularApplications, OfTheUsersOtherDesktopSessionsAreNotListed) {
   EXPECT_TRUE(isListedWith({"HOME=/home/me"})) << "a program that says nothing may be in a terminal of this session";
   EXPECT_TRUE(isListedWith({"DISPLAY=:99"}, "[Application]\nname=player\n"))
       << "displays have other names in a container";
+  system.process({.pid = 50, .parent = 40, .environment = {"DISPLAY=:10"}});
+  system.process({.pid = 40, .environment = {"DISPLAY=:0"}});
+  EXPECT_FALSE(isListedWith({"DISPLAY=:10"})) << "its parent is init";
+  EXPECT_TRUE(isListedWith({"DISPLAY=:10"}, {}, 50)) << "a display that was started here is a window here";
+  EXPECT_FALSE(isListedWith({"DISPLAY=:10"}, {}, 60)) << "whose parent has ended";
 
   const test::Environment noWayland{{"WAYLAND_DISPLAY", nullptr}};
   EXPECT_TRUE(isListedWith({"DISPLAY=:0", "WAYLAND_DISPLAY=wayland-1"}));
