@@ -165,7 +165,9 @@ struct Desktop {
   NoX11Windows windows;
   BackgroundPrograms background{entries};
   Applications applications{machine->processes, entries, windows, &background};
-  Activator nobody{{}};
+  test::VirtualClock time;
+  test::VirtualMainQueue queue{time};
+  Activator nobody{{}, queue};
   GioLauncher launcher{nullptr};
   test::HurryingClock clock;  // each search scans all processes itself
   LinuxWorkspace workspace{applications, clock, nobody, launcher};

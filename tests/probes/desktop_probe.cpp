@@ -22,6 +22,7 @@
 #include <utility>
 
 #include "platform/linux/system/clock_and_dates.h"
+#include "platform/linux/system/qt_main_queue.h"
 #include "platform/linux/windows/linux_application.h"
 #include "platform/linux/windows/qt_alerts.h"
 #include "platform/linux/workspace/bus_activation.h"
@@ -44,6 +45,7 @@ const char* yesOrNo(bool value) { return value ? "yes" : "no"; }
 
 struct Desktop {
   SystemClock clock;
+  QtMainQueue queue;
   ProcFs processes;
   DesktopEntries entries;
   XcbWindows windows{clock};
@@ -56,7 +58,7 @@ struct Desktop {
   WaylandToplevels wayland;
   X11Raiser x11;
   BusActivation busActivation{QDBusConnection::sessionBus(), launcher, tokens};
-  Activator activator{{&sway, &kwin, &gnome, &wayland, &x11, &busActivation}};
+  Activator activator{{&sway, &kwin, &gnome, &wayland, &x11, &busActivation}, queue};
   LinuxWorkspace workspace{applications, clock, activator, launcher};
   LinuxApplication application{tokens};
   QtAlerts alerts{[this](QMessageBox& alert) { application.bringForward(alert); }};

@@ -64,7 +64,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& bundle)
       kwin_(QDBusConnection::sessionBus()),
       gnome_(QDBusConnection::sessionBus()),
       busActivation_(QDBusConnection::sessionBus(), launcher_, tokens_),
-      activator_({&sway_, &kwin_, &gnome_, &wayland_, &x11_, &busActivation_}),
+      activator_({&sway_, &kwin_, &gnome_, &wayland_, &x11_, &busActivation_}, queue_),
       workspace_(applications_, clock_, activator_, launcher_),
       application_(tokens_),
       alerts_([this](QMessageBox& alert) { application_.bringForward(alert); }),

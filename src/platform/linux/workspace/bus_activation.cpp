@@ -25,8 +25,8 @@ bool isBusName(const QString& id) {
 }  // namespace
 
 void BusActivation::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
-  // Any other application may open something new instead, such as an empty document.
-  if (target.entry == nullptr || !target.entry->singleMainWindow) return done(Raised::unknown);
+  // It tells no titles. Any other application may open something new instead, such as an empty document.
+  if (target.isTitleNeeded || target.entry == nullptr || !target.entry->singleMainWindow) return done(Raised::unknown);
   const QString id = QString::fromStdString(target.entry->id);
   if (!target.entry->dbusActivatable || !isBusName(id) || !bus_.isConnected())
     return startAgain(target, std::move(done));

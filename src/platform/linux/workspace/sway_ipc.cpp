@@ -61,8 +61,8 @@ struct Search {
     const auto rank = target.rank(pid, {appId, windowClass});
     if (!rank) return;
     const auto fit = target.fit(*rank, node[QLatin1String("name")].toString().toStdString());
-    if (window && best <= fit) return;
-    best = fit;
+    if (!fit || (window && best <= *fit)) return;
+    best = *fit;
     window = node[QLatin1String("id")].toInteger();
   }
 };

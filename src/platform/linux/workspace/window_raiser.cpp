@@ -1,6 +1,7 @@
 #include "platform/linux/workspace/window_raiser.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "platform/linux/kernel/program_line.h"
@@ -8,6 +9,9 @@
 
 namespace tollvane {
 namespace {
+
+constexpr std::chrono::milliseconds betweenLooks{100};
+constexpr int mostLooks = 10;
 
 enum Rank { ownProcess, starter, otherProcess, sameName, host };
 
@@ -53,8 +57,9 @@ std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, c
   std::optional<OpenWindow> found;
   for (const OpenWindow& window : windows) {
     const auto rank = target.rank(window.pid, window.names);
-    if (!rank) continue;
-    const Order order{target.fit(*rank, window.title), !window.isActive, -window.height};
+    const auto fit = rank ? target.fit(*rank, window.title) : std::nullopt;
+    if (!fit) continue;
+    const Order order{*fit, !window.isActive, -window.height};
     if (best && !(order < *best)) continue;
     best = order;
     found = window;
@@ -63,7 +68,21 @@ std::optional<OpenWindow> bestWindowOf(const std::vector<OpenWindow>& windows, c
 }
 
 void Activator::raise(const ActivationTarget& target, std::function<void(Raised)> done) {
-  tryFrom(0, target, Raised::unknown, std::move(done));
+  const int request = ++requests_;
+  tryFrom(0, target, Raised::unknown, [this, target, request, done = std::move(done)](Raised raised) {
+    if (raised == Raised::yes && !target.title.empty()) lookForTitle(target, request, mostLooks);
+    done(raised);
+  });
+}
+
+void Activator::lookForTitle(ActivationTarget target, int request, int times) {
+  target.isTitleNeeded = true;
+  queue_.after(betweenLooks, alive_.guard([this, target, request, times] {
+    if (request != requests_) return;
+    tryFrom(0, target, Raised::unknown, [this, target, request, times](Raised raised) {
+      if (raised != Raised::yes && times > 1) lookForTitle(target, request, times - 1);
+    });
+  }));
 }
 
 void Activator::tryFrom(std::size_t index, const ActivationTarget& target, Raised soFar,

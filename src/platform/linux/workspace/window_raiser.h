@@ -1,7 +1,7 @@
 // Bringing another application's window in front of all others. The desktops have no common way to do it, so there are
 // several, and the first that leads there is taken.
 //
-//   Activator activator({&sway, &x11, &busActivation});
+//   Activator activator({&sway, &x11, &busActivation}, queue);
 //   activator.raise({.pid = 4711, .entry = entry}, [](Raised raised) { ... });
 //
 // Main thread only.
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/linux/apps/desktop_entries.h"
+#include "platform/main_queue.h"
 #include "platform/process_table.h"
 #include "support/liveness.h"
 
@@ -27,6 +28,7 @@ struct ActivationTarget {
   std::vector<Pid> hosts = {};            // what it runs inside of: the terminal emulator of a program without windows
   DesktopEntries::Entry entry = nullptr;  // null: it has none
   std::string title = {};                 // a part of the wanted window's title; empty: any window
+  bool isTitleNeeded = false;             // a window with another title does not fit at all
 
   // Whether a window with this title is the wanted one.
   bool isWanted(std::string_view windowTitle) const {
@@ -45,7 +47,11 @@ struct ActivationTarget {
   // How well one of the application's windows fits: the smaller the better. The wanted title counts most, because only
   // the title tells the windows of two profiles of a browser apart.
   using Fit = std::pair<bool, int>;  // whether it has another title; its rank
-  Fit fit(int windowRank, std::string_view windowTitle) const { return {!isWanted(windowTitle), windowRank}; }
+  std::optional<Fit> fit(int windowRank, std::string_view windowTitle) const {
+    const bool hasAnother = !isWanted(windowTitle);
+    if (hasAnother && isTitleNeeded) return std::nullopt;
+    return Fit{hasAnother, windowRank};
+  }
 };
 
 // A window as a compositor describes it.
@@ -77,17 +83,21 @@ class WindowRaiser {
   virtual void raise(const ActivationTarget& target, std::function<void(Raised)> done) = 0;
 };
 
-// Tries several ways, in their order. They outlive it.
+// Tries several ways, in their order. They and the queue outlive it. A browser's window gets the title of a tab a
+// moment after the tab has come forward; so if a title is wanted, the window that has it by then is raised, too.
 class Activator : public WindowRaiser {
  public:
-  explicit Activator(std::vector<WindowRaiser*> raisers) : raisers_(std::move(raisers)) {}
+  Activator(std::vector<WindowRaiser*> raisers, MainQueue& queue) : raisers_(std::move(raisers)), queue_(queue) {}
 
   void raise(const ActivationTarget& target, std::function<void(Raised)> done) override;
 
  private:
   void tryFrom(std::size_t index, const ActivationTarget& target, Raised soFar, std::function<void(Raised)> done);
+  void lookForTitle(ActivationTarget target, int request, int times);
 
   std::vector<WindowRaiser*> raisers_;
+  MainQueue& queue_;
+  int requests_ = 0;  // a later request ends the search for the title of an earlier one
   Liveness alive_;
 };
 

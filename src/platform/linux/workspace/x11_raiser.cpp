@@ -101,9 +101,9 @@ class Activation : public QObject {
       const auto rank = target.rank(owner.pid, {owner.instance, owner.windowClass});
       if (!rank || !isForPeople(types)) continue;
       const auto fit = target.fit(*rank, target.title.empty() ? "" : titleOf(question.window));
-      if (!best.empty() && fit > bestFit) continue;
-      if (!best.empty() && fit < bestFit) best.clear();
-      bestFit = fit;
+      if (!fit || (!best.empty() && *fit > bestFit)) continue;
+      if (!best.empty() && *fit < bestFit) best.clear();
+      bestFit = *fit;
       best.push_back(question.window);
     }
     return best;

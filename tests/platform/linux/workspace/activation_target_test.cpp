@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "platform/linux/bell/shell_extension.h"
 #include "platform/linux/workspace/kwin_scripting.h"
 #include "platform/linux/workspace/window_raiser.h"
+#include "tests/virtual/virtual_time.h"
 
 namespace tollvane {
 namespace {
+
+using namespace std::chrono_literals;
 
 ActivationTarget player() {
   auto entry = std::make_shared<DesktopEntry>();
@@ -57,37 +62,89 @@ TEST(ActivationTarget, ItsOwnNameComesBeforeTheTerminalItRunsIn) {
 class Fixed : public WindowRaiser {
  public:
   explicit Fixed(Raised answer) : answer_(answer) {}
-  void raise(const ActivationTarget&, std::function<void(Raised)> done) override {
+  void raise(const ActivationTarget& target, std::function<void(Raised)> done) override {
     ++asked;
-    done(answer_);
+    done(target.isTitleNeeded && asked < titleAppearsAt ? Raised::noWindow : answer_);
   }
+  int titleAppearsAt = 0;
   int asked = 0;
 
  private:
   Raised answer_;
 };
 
-Raised ask(Activator& activator) {
+struct Time {
+  test::VirtualClock clock;
+  test::VirtualMainQueue queue{clock};
+};
+
+Raised ask(Activator& activator, const std::string& title = {}) {
   std::optional<Raised> answer;
-  activator.raise({}, [&](Raised raised) { answer = raised; });
+  activator.raise({.title = title}, [&](Raised raised) { answer = raised; });
   return answer.value();
 }
 
 TEST(Activator, TheWaysAreTriedInOrderUntilOneSucceeds) {
+  Time time;
   Fixed nowhere(Raised::unknown), there(Raised::yes), notAsked(Raised::yes);
-  Activator activator({&nowhere, &there, &notAsked});
+  Activator activator({&nowhere, &there, &notAsked}, time.queue);
   EXPECT_EQ(ask(activator), Raised::yes);
   EXPECT_EQ(notAsked.asked, 0);
 }
 
 TEST(Activator, ReportsNoWindowIfAnyWayIsCertainOfThat) {
+  Time time;
   Fixed none(Raised::noWindow), nowhere(Raised::unknown);
-  Activator both({&none, &nowhere});
+  Activator both({&none, &nowhere}, time.queue);
   EXPECT_EQ(ask(both), Raised::noWindow);
-  Activator neither({&nowhere});
+  Activator neither({&nowhere}, time.queue);
   EXPECT_EQ(ask(neither), Raised::unknown);
-  Activator empty({});
+  Activator empty({}, time.queue);
   EXPECT_EQ(ask(empty), Raised::unknown);
+}
+
+TEST(Activator, AWindowThatGetsTheTitleOfItsTabOnlyNowIsRaisedToo) {
+  Time time;
+  Fixed browser(Raised::yes);
+  browser.titleAppearsAt = 4;  // until then another window of the browser is raised
+  Activator activator({&browser}, time.queue);
+  EXPECT_EQ(ask(activator, "News"), Raised::yes);
+  EXPECT_EQ(browser.asked, 1) << "at once";
+  time.queue.advance(200ms);
+  EXPECT_EQ(browser.asked, 3);
+  time.queue.advance(1min);
+  EXPECT_EQ(browser.asked, 4) << "once it is there, nothing is asked any more";
+}
+
+TEST(Activator, ATitleThatNeverAppearsIsLookedForForASecond) {
+  Time time;
+  Fixed browser(Raised::yes);
+  browser.titleAppearsAt = 1000;
+  Activator activator({&browser}, time.queue);
+  ask(activator, "News");
+  time.queue.advance(1min);
+  EXPECT_EQ(browser.asked, 11);
+  EXPECT_TRUE(time.queue.idle());
+}
+
+TEST(Activator, ALaterRequestEndsTheSearchForATitle) {
+  Time time;
+  Fixed browser(Raised::yes);
+  browser.titleAppearsAt = 1000;
+  Activator activator({&browser}, time.queue);
+  ask(activator, "News");
+  ask(activator);
+  time.queue.advance(1min);
+  EXPECT_EQ(browser.asked, 2);
+}
+
+TEST(Activator, WithoutATitleOrAWindowNothingIsLookedFor) {
+  Time time;
+  Fixed window(Raised::yes), none(Raised::noWindow);
+  Activator activator({&window}, time.queue), nothing({&none}, time.queue);
+  ask(activator);
+  ask(nothing, "News");
+  EXPECT_TRUE(time.queue.idle());
 }
 
 // Windows of compositors.
