@@ -19,7 +19,7 @@ import panels_test
 from waiting import wait_until
 
 CLICKS = 30
-PANELS = ('LXQt', 'Mate', 'Cinnamon', 'Budgie', 'Xfce', 'Plasma')
+PANELS = ('LXQt', 'Mate', 'Cinnamon', 'Budgie', 'Plasma')
 
 
 class Changes:

@@ -119,18 +119,6 @@ class PlasmaTest(PanelTest):
         wait_until(is_laid_out, 'a panel with the system tray', pause=1)
 
 
-class XfceTest(PanelTest):
-    desktop, panel = 'XFCE', 'xfce4-panel'
-    tells_new_texts = False
-    options = (*PanelTest.options, '--panel', 'xfce4')
-
-    @classmethod
-    def start_panel(cls):
-        """Starts it once more, because the session's own tells screen readers nothing."""
-        cls.session.tell('stop panel')
-        cls.start('panel', 'xfce4-panel', '--disable-wm-check')
-
-
 class BudgieTest(PanelTest):
     """Budgie's own tray is of the old kind. Its applet for indicators shows status items: without tooltips, and every
     click opens the menu that the panel draws."""
